@@ -1,0 +1,59 @@
+# Shared by ./demo and ./check: messages, and the installation of what is missing.
+# Sourced with the repository as current directory.
+
+set -euo pipefail
+
+say() { printf '\n== %s\n' "$*"; }
+
+# The last line of a failing run says what failed.
+fail() {
+    printf '\n%s: FAILED: %s\n' "$(basename "$0")" "$*" >&2
+    exit 1
+}
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        return 127
+    fi
+}
+
+is_installed() {
+    dpkg-query -W -f '${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
+}
+
+# install_packages NAME...: installs the Debian packages that are not there yet.
+install_packages() {
+    local package missing=()
+    for package in "$@"; do
+        is_installed "$package" || missing+=("$package")
+    done
+    if [ ${#missing[@]} -eq 0 ]; then
+        echo "all needed packages are installed"
+        return
+    fi
+    echo "installing: ${missing[*]}"
+    command -v apt-get >/dev/null || fail "this is no Debian system; please install: ${missing[*]}"
+    [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null ||
+        fail "neither root nor sudo; please install: ${missing[*]}"
+    as_root apt-get update -qq || fail "apt-get update"
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
+        >/dev/null || fail "apt-get could not install: ${missing[*]}"
+}
+
+build_packages=(g++ gcc libc6-dev cmake ninja-build qtbase5-dev libqt5svg5-dev)
+test_packages=(libgtest-dev libgmock-dev binutils clang-format)
+
+# configure_and_build PRESET [cmake option]...
+configure_and_build() {
+    local preset=$1 log
+    shift
+    log=$(mktemp)
+    cmake --preset "$preset" "$@" >"$log" 2>&1 ||
+        { cat "$log"; fail "configuring preset $preset"; }
+    rm -f "$log"
+    cmake --build --preset "$preset" || fail "building preset $preset"
+}

@@ -1,0 +1,493 @@
+#include "recording.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <limits>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace simulator {
+namespace {
+
+constexpr std::string_view FirstLine = "# scribera recording 1";
+constexpr std::size_t LargestFile = std::size_t{64} << 20;
+// Larger than any pad, small enough that a 32-bit position times it fits into 63 bits.
+constexpr int LargestExtent = 1'000'000;
+
+std::string systemReason(int code)
+{
+    return std::generic_category().message(code);
+}
+
+// Untrusted words end up in messages: keep them short and printable.
+std::string quoted(std::string_view text)
+{
+    constexpr std::size_t Longest = 40;
+    std::string result = "'";
+    for (char character : text.substr(0, Longest))
+        result += character >= ' ' && character <= '~' ? character : '?';
+    if (text.size() > Longest)
+        result += "...";
+    return result + "'";
+}
+
+bool isBlank(char character)
+{
+    return character == ' ' || character == '\t';
+}
+
+std::string_view trimmed(std::string_view text)
+{
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+class RecordingParser
+{
+public:
+    RecordingParser(Recording& recording, std::string& reason) : m_recording(recording), m_reason(reason) {}
+
+    bool takeLine(std::string_view line)
+    {
+        if (trimmed(line).empty() || line.front() == '#')
+            return true;
+        const std::size_t colon = line.find(':');
+        return colon == std::string_view::npos ? takeSample(line) : takeHeader(line, colon);
+    }
+
+    bool finish() { return headerComplete(); }
+
+private:
+    bool refuse(std::string reason)
+    {
+        m_reason = std::move(reason);
+        return false;
+    }
+
+    bool takeHeader(std::string_view line, std::size_t colon)
+    {
+        const std::string_view name = trimmed(line.substr(0, colon));
+        const std::string_view value = trimmed(line.substr(colon + 1));
+        if (!m_recording.samples.empty())
+            return refuse("header line " + quoted(name) + " behind the first sample");
+        if (name == "model") {
+            if (m_hasModel)
+                return refuse("second header line 'model'");
+            if (value.empty() || value.size() > 64)
+                return refuse("model has no name or one of more than 64 bytes");
+            m_recording.model = value;
+            m_hasModel = true;
+            return true;
+        }
+        if (name == "area")
+            return takeArea(value);
+        if (name == "max-pressure") {
+            std::int64_t number = 0;
+            if (m_recording.maxPressure != 0)
+                return refuse("second header line 'max-pressure'");
+            if (!parseInteger(value, number) || number < 1 || number > LargestExtent)
+                return refuse("max-pressure " + quoted(value) + " is not an integer from 1 to 1000000");
+            m_recording.maxPressure = static_cast<int>(number);
+            return true;
+        }
+        return refuse("unknown header line " + quoted(name));
+    }
+
+    bool takeArea(std::string_view value)
+    {
+        if (m_recording.area.width != 0)
+            return refuse("second header line 'area'");
+        std::array<std::string_view, 4> words;
+        std::size_t count = 0;
+        if (!splitWords(value, words.data(), words.size(), count) || count != words.size())
+            return refuse("area needs four numbers: originX originY width height");
+        std::array<std::int64_t, 4> numbers{};
+        for (std::size_t index = 0; index < words.size(); ++index) {
+            const bool isExtent = index >= 2;
+            if (!parseInteger(words[index], numbers[index]) || numbers[index] > LargestExtent ||
+                numbers[index] < (isExtent ? 1 : -LargestExtent))
+                return refuse("area number " + quoted(words[index]) + " is no integer or out of range");
+        }
+        m_recording.area = {static_cast<int>(numbers[0]), static_cast<int>(numbers[1]),
+                            static_cast<int>(numbers[2]), static_cast<int>(numbers[3])};
+        return true;
+    }
+
+    bool headerComplete()
+    {
+        if (!m_hasModel)
+            return refuse("header line 'model' is missing");
+        if (m_recording.area.width == 0)
+            return refuse("header line 'area' is missing");
+        if (m_recording.maxPressure == 0)
+            return refuse("header line 'max-pressure' is missing");
+        return true;
+    }
+
+    bool takeSample(std::string_view line)
+    {
+        if (m_recording.samples.empty() && !headerComplete())
+            return false;
+        std::array<std::string_view, 5> words;
+        std::size_t count = 0;
+        if (!splitWords(line, words.data(), words.size(), count) || count != words.size())
+            return refuse("a sample needs five numbers: milliseconds x y pressure status");
+        std::array<std::int64_t, 5> numbers{};
+        for (std::size_t index = 0; index < words.size(); ++index) {
+            if (!parseInteger(words[index], numbers[index]))
+                return refuse(quoted(words[index]) + " is not an integer");
+            if (index > 0 && (numbers[index] < std::numeric_limits<int>::min() ||
+                              numbers[index] > std::numeric_limits<int>::max()))
+                return refuse(quoted(words[index]) + " does not fit into 32 bits");
+        }
+        if (numbers[0] < 0 || numbers[0] > LongestRecording)
+            return refuse("time " + quoted(words[0]) + " is not within 0 to 1000000000 ms");
+        if (!m_recording.samples.empty() && numbers[0] < m_recording.samples.back().milliseconds)
+            return refuse("time " + quoted(words[0]) + " is before the previous sample's");
+        m_recording.samples.push_back({numbers[0], static_cast<int>(numbers[1]), static_cast<int>(numbers[2]),
+                                       static_cast<int>(numbers[3]), static_cast<int>(numbers[4])});
+        return true;
+    }
+
+    Recording& m_recording;
+    std::string& m_reason;
+    bool m_hasModel = false;
+};
+
+constexpr int NotBase64 = -1;
+
+int base64Value(char character)
+{
+    if (character >= 'A' && character <= 'Z')
+        return character - 'A';
+    if (character >= 'a' && character <= 'z')
+        return character - 'a' + 26;
+    if (character >= '0' && character <= '9')
+        return character - '0' + 52;
+    if (character == '+')
+        return 62;
+    if (character == '/')
+        return 63;
+    return NotBase64;
+}
+
+// Strict: no blanks inside, complete groups, padding only at the end and with unused bits zero.
+bool decodeBase64(std::string_view text, std::vector<unsigned char>& bytes, std::size_t& offset,
+                  std::string& reason)
+{
+    std::size_t padding = 0;
+    while (padding < 2 && padding < text.size() && text[text.size() - 1 - padding] == '=')
+        ++padding;
+    const std::size_t digits = text.size() - padding;
+    for (offset = 0; offset < digits; ++offset) {
+        if (base64Value(text[offset]) == NotBase64) {
+            reason = "byte " + quoted(text.substr(offset, 1)) +
+                     " is not of the Base64 alphabet, and a recording would begin with '" +
+                     std::string(FirstLine) + "'";
+            return false;
+        }
+    }
+    offset = text.size();
+    if (text.size() % 4 != 0) {
+        reason = "the Base64 text ends within a group of four";
+        return false;
+    }
+    bytes.clear();
+    bytes.reserve(text.size() / 4 * 3);
+    unsigned int group = 0;
+    int bits = 0;
+    for (std::size_t index = 0; index < digits; ++index) {
+        group = (group << 6) | static_cast<unsigned int>(base64Value(text[index]));
+        bits += 6;
+        if (bits >= 8) {
+            bits -= 8;
+            bytes.push_back(static_cast<unsigned char>(group >> bits));
+            group &= (1U << bits) - 1;
+        }
+    }
+    if (group != 0) {
+        offset = digits - 1;
+        reason = "the last Base64 digit carries bits that belong to no byte";
+        return false;
+    }
+    return true;
+}
+
+std::uint64_t littleEndian(const unsigned char* bytes, int count)
+{
+    std::uint64_t value = 0;
+    for (int index = count - 1; index >= 0; --index)
+        value = (value << 8) | bytes[index];
+    return value;
+}
+
+} // namespace
+
+bool parseInteger(std::string_view text, std::int64_t& value)
+{
+    if (text.size() > 1 && text.front() == '+' && text[1] != '-')
+        text.remove_prefix(1);
+    const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return code == std::errc() && end == text.data() + text.size();
+}
+
+bool splitWords(std::string_view line, std::string_view* words, std::size_t capacity, std::size_t& count)
+{
+    count = 0;
+    std::size_t position = 0;
+    for (;;) {
+        while (position < line.size() && isBlank(line[position]))
+            ++position;
+        if (position == line.size())
+            return count <= capacity;
+        const std::size_t begin = position;
+        while (position < line.size() && !isBlank(line[position]))
+            ++position;
+        if (count < capacity)
+            words[count] = line.substr(begin, position - begin);
+        ++count;
+    }
+}
+
+bool readFile(const std::string& path, std::string& content, std::string& error)
+{
+    const auto refuse = [&](const std::string& reason) {
+        error = path + ": " + reason;
+        return false;
+    };
+    // Not blocking: a named pipe without a writer must not hang the host.
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (file < 0)
+        return refuse("cannot be opened: " + systemReason(errno));
+    const auto refuseOpen = [&](const std::string& reason) {
+        close(file);
+        return refuse(reason);
+    };
+    struct stat state = {};
+    if (fstat(file, &state) != 0)
+        return refuseOpen("cannot be examined: " + systemReason(errno));
+    if (!S_ISREG(state.st_mode))
+        return refuseOpen("is not a regular file");
+    if (state.st_size > static_cast<off_t>(LargestFile))
+        return refuseOpen("is larger than 64 MiB");
+    content.clear();
+    content.reserve(static_cast<std::size_t>(state.st_size));
+    std::array<char, 65536> block;
+    for (;;) {
+        const ssize_t count = read(file, block.data(), block.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return refuseOpen("cannot be read: " + systemReason(errno));
+        if (count == 0)
+            break;
+        content.append(block.data(), static_cast<std::size_t>(count));
+        if (content.size() > LargestFile)
+            return refuseOpen("is larger than 64 MiB");
+    }
+    close(file);
+    return true;
+}
+
+bool parseRecording(std::string_view text, const std::string& name, Recording& recording, std::string& error)
+{
+    recording = Recording();
+    std::string reason;
+    RecordingParser parser(recording, reason);
+    std::size_t number = 0;
+    const auto refuse = [&] {
+        error = name + ":" + std::to_string(std::max<std::size_t>(number, 1)) + ": " + reason;
+        return false;
+    };
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        const std::string_view line = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        ++number;
+        if (number == 1 && line != FirstLine) {
+            reason = "the first line is not '" + std::string(FirstLine) + "'";
+            return refuse();
+        }
+        if (!parser.takeLine(line))
+            return refuse();
+    }
+    if (number == 0)
+        reason = "the first line is not '" + std::string(FirstLine) + "'";
+    return number > 0 && parser.finish() ? true : refuse();
+}
+
+bool parsePacketStream(std::string_view text, const std::string& name, Recording& recording,
+                       std::string& error)
+{
+    constexpr std::size_t RecordSize = 24;
+    recording = Recording();
+    recording.scalable = false;
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
+        text.remove_suffix(1);
+
+    const auto refuse = [&](std::size_t offset, const std::string& reason) {
+        error = name + ":" + std::to_string(offset) + ": " + reason;
+        return false;
+    };
+    if (text.empty())
+        return refuse(0, "neither a recording nor an ink packet stream, it is empty");
+    std::vector<unsigned char> bytes;
+    std::size_t offset = 0;
+    std::string reason;
+    if (!decodeBase64(text, bytes, offset, reason))
+        return refuse(offset, reason);
+    const auto offsetOfByte = [](std::size_t index) { return index / 3 * 4 + index % 3; };
+
+    const std::size_t count = bytes.size() / RecordSize;
+    if (bytes.size() % RecordSize != 1)
+        return refuse(text.size(), "the stream has " + std::to_string(bytes.size()) +
+                                       " bytes, which is no number of 24-byte records and one byte");
+    if (bytes.back() != 0)
+        return refuse(offsetOfByte(bytes.size() - 1), "the byte behind the last record is not zero");
+
+    recording.samples.reserve(count);
+    std::uint64_t firstTick = 0;
+    bool inStroke = false;
+    for (std::size_t index = 0; index < count; ++index) {
+        const unsigned char* record = bytes.data() + index * RecordSize;
+        const auto label = [index] { return "record " + std::to_string(index + 1) + ": "; };
+        const unsigned int status = record[6];
+        if (status > 1)
+            return refuse(offsetOfByte(index * RecordSize + 6),
+                          label() + "status " + std::to_string(status) + " is neither 0 nor 1");
+        const std::uint64_t tick = littleEndian(record + 8, 8);
+        if (index == 0)
+            firstTick = tick;
+        // The difference is taken modulo 2^64, so a tick that goes back shows as an absurd one too.
+        const std::uint64_t elapsed = tick - firstTick;
+        if (elapsed > static_cast<std::uint64_t>(LongestRecording) ||
+            (index > 0 && static_cast<std::int64_t>(elapsed) < recording.samples.back().milliseconds))
+            return refuse(offsetOfByte(index * RecordSize + 8),
+                          label() + "its tick goes back, or is over 1000000000 ms after the first");
+        RecordedSample sample;
+        sample.milliseconds = static_cast<std::int64_t>(elapsed);
+        sample.x = static_cast<std::uint16_t>(littleEndian(record, 2));
+        sample.y = static_cast<std::int16_t>(littleEndian(record + 2, 2));
+        sample.pressure = static_cast<std::int16_t>(littleEndian(record + 4, 2));
+        sample.status = status == 1 ? PenUp : inStroke ? PenMove : PenDown;
+        inStroke = status == 0;
+        recording.samples.push_back(sample);
+    }
+    return true;
+}
+
+bool readRecording(const std::string& path, Recording& recording, std::string& error)
+{
+    std::string content;
+    if (!readFile(path, content, error))
+        return false;
+    return content.starts_with('#') ? parseRecording(content, path, recording, error)
+                                    : parsePacketStream(content, path, recording, error);
+}
+
+std::string formatRecording(const Recording& recording)
+{
+    std::string text(FirstLine);
+    const auto number = [&](std::int64_t value, char behind) {
+        text += std::to_string(value);
+        text += behind;
+    };
+    text += "\nmodel: " + recording.model + "\narea: ";
+    number(recording.area.originX, ' ');
+    number(recording.area.originY, ' ');
+    number(recording.area.width, ' ');
+    number(recording.area.height, '\n');
+    text += "max-pressure: ";
+    number(recording.maxPressure, '\n');
+    for (const RecordedSample& sample : recording.samples) {
+        number(sample.milliseconds, ' ');
+        number(sample.x, ' ');
+        number(sample.y, ' ');
+        number(sample.pressure, ' ');
+        number(sample.status, '\n');
+    }
+    return text;
+}
+
+bool writeFile(const std::string& text, const std::string& path, std::string& error)
+{
+    const bool toStandardOutput = path == "-";
+    std::FILE* file = toStandardOutput ? stdout : std::fopen(path.c_str(), "wbe");
+    const auto refuse = [&](int code) {
+        error = (toStandardOutput ? "standard output" : path) + ": cannot be written: " + systemReason(code);
+        return false;
+    };
+    if (file == nullptr)
+        return refuse(errno);
+    errno = 0;
+    bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+    int code = errno;
+    if (!toStandardOutput && std::fclose(file) != 0 && written) {
+        code = errno;
+        written = false;
+    }
+    if (written)
+        return true;
+    struct stat state = {};
+    if (!toStandardOutput && lstat(path.c_str(), &state) == 0 && S_ISREG(state.st_mode))
+        unlink(path.c_str());
+    return refuse(code);
+}
+
+bool writeRecording(const Recording& recording, const std::string& path, std::string& error)
+{
+    return writeFile(formatRecording(recording), path, error);
+}
+
+namespace {
+
+// To the nearest, halves upwards, also below zero. divisor > 0.
+std::int64_t roundedQuotient(std::int64_t dividend, std::int64_t divisor)
+{
+    const std::int64_t shifted = dividend + divisor / 2;
+    const std::int64_t quotient = shifted / divisor;
+    return shifted % divisor < 0 ? quotient - 1 : quotient;
+}
+
+int scaledPosition(int position, int fromOrigin, int fromExtent, int toOrigin, int toExtent)
+{
+    const std::int64_t distance = static_cast<std::int64_t>(position) - fromOrigin;
+    const std::int64_t scaled = roundedQuotient(distance * toExtent, fromExtent);
+    return toOrigin + static_cast<int>(std::clamp<std::int64_t>(scaled, 0, toExtent - 1));
+}
+
+} // namespace
+
+void scaleRecording(Recording& recording, const Area& area, int maxPressure)
+{
+    if (!recording.scalable)
+        return;
+    const Area from = recording.area;
+    const int fromPressure = recording.maxPressure;
+    for (RecordedSample& sample : recording.samples) {
+        if (sample.status < PenDown || sample.status > PenUp)
+            continue;
+        if (from != area) {
+            sample.x = scaledPosition(sample.x, from.originX, from.width, area.originX, area.width);
+            sample.y = scaledPosition(sample.y, from.originY, from.height, area.originY, area.height);
+        }
+        if (fromPressure != maxPressure) {
+            const std::int64_t scaled =
+                roundedQuotient(static_cast<std::int64_t>(sample.pressure) * maxPressure, fromPressure);
+            sample.pressure = static_cast<int>(std::clamp<std::int64_t>(scaled, 0, maxPressure));
+        }
+    }
+    recording.area = area;
+    recording.maxPressure = maxPressure;
+}
+
+} // namespace simulator
