@@ -1,0 +1,86 @@
+// What the example hosts share: a family of functions, and a person at the pad.
+#pragma once
+
+#include "scriberasdk.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLibrary>
+#include <QString>
+#include <QThread>
+
+#include <atomic>
+#include <cstdio>
+#include <vector>
+
+struct Model
+{
+    const char* name;
+    int deviceType;
+};
+
+inline constexpr Model kModels[] = {{"K210", SCK210_DEVICE},
+                                    {"K420", SCK420_DEVICE},
+                                    {"K421B", SCK421B_DEVICE},
+                                    {"KM730", SCKM730_DEVICE},
+                                    {"T580", SCT580_DEVICE}};
+
+inline std::atomic<int> pressedKey{-1}; // written on the library's key-action thread
+
+// One family of functions: the model's prefix in front of the operation's name.
+class Pad
+{
+public:
+    Pad(QLibrary& library, const Model& model) : m_library(library), m_model(model) {}
+
+    // The result of the operation; a function that the library lacks ends the program.
+    template <typename Result = int, typename... Arguments>
+    Result call(const char* operation, Arguments... arguments) const
+    {
+        const QByteArray name = QByteArray("SC") + m_model.name + "_" + operation;
+        const auto function =
+            reinterpret_cast<Result (*)(int, Arguments...)>(m_library.resolve(name.constData()));
+        if (!function)
+            qFatal("%s: no such function", name.constData());
+        return function(m_model.deviceType, arguments...);
+    }
+
+    // A text that the library made, copied and given back through its Free function.
+    template <typename... Arguments>
+    QByteArray text(const char* operation, const char* freeOperation, Arguments... arguments) const
+    {
+        char* const text = call<char*>(operation, arguments...);
+        const QByteArray copy(text);
+        call<void>(freeOperation, text);
+        return copy;
+    }
+
+    int points() const { return qMax(0, call("GetTotalPacketsNumber")); }
+
+    bool save(int type, const QString& path) const
+    {
+        std::vector<wchar_t> widePath(static_cast<std::size_t>(path.size()) + 1, L'\0');
+        path.toWCharArray(widePath.data());
+        return call("SaveDrawingImage", type, widePath.data(), 1) == ARI_SUCCESS;
+    }
+
+    // Lets the person sign until a key is pressed; shows the time and the points meanwhile. Returns the
+    // seconds.
+    double waitForKey(const char* title) const
+    {
+        pressedKey = -1;
+        call(
+            "SignatureStatusCallback", +[](int status) { pressedKey = status; });
+        QElapsedTimer clock;
+        for (clock.start(); pressedKey < 0 && clock.elapsed() < 60000; QThread::msleep(20)) {
+            QApplication::processEvents();
+            std::fprintf(stderr, "\r%-22s %5.1f s, %d points ", title, clock.elapsed() / 1000.0, points());
+        }
+        std::fprintf(stderr, "\r%60s\r", "");
+        return clock.elapsed() / 1000.0;
+    }
+
+private:
+    QLibrary& m_library;
+    const Model& m_model;
+};

@@ -1,0 +1,119 @@
+#include "log/logfileutil.h"
+
+#include "sync/mutex.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <iterator>
+#include <memory>
+#include <time.h>
+
+unsigned char g_bEnableLog = 0;
+char g_cKeyBuf[256] = {};
+char g_cKeyBuf_InThread[256] = {};
+wchar_t g_wszKeyBuf[256] = {};
+char g_cValueBuf[256] = {};
+char g_cValueBuf_InThread[256] = {};
+wchar_t g_wszValueBuf[256] = {};
+
+namespace {
+
+constexpr char kMainLogFile[] = "/tmp/scriberasdk.log";
+constexpr char kInThreadLogFile[] = "/tmp/scriberasdk_inthread.log";
+
+// Guards the format buffers and the order of the lines. Never destroyed: a worker thread may still write a
+// line while the process is exiting.
+CMutex& LogMutex()
+{
+    static CMutex& s_Mutex = *new CMutex;
+    return s_Mutex;
+}
+
+struct CFileCloser
+{
+    void operator()(std::FILE* pFile) const { std::fclose(pFile); }
+};
+
+void AppendLine(const char* pszFile, const char* func, const char* text, const char* tail)
+{
+    const std::unique_ptr<std::FILE, CFileCloser> pFile(std::fopen(pszFile, "a+"));
+    if (pFile)
+        std::fprintf(pFile.get(), "[%s]:%s, %s", func, text, tail);
+}
+
+using NarrowText = std::array<char, 256>;
+
+NarrowText Narrow(const wchar_t* pwszText)
+{
+    NarrowText Result{};
+    // Converts what the locale knows, up to the first character that it does not; the last byte stays zero.
+    std::wcstombs(Result.data(), pwszText, Result.size() - 1);
+    return Result;
+}
+
+// The label as one text. Labels are literals of the library, far shorter than this.
+using LabelText = std::array<char, 192>;
+
+LabelText TextOf(const CLogLabel& Label)
+{
+    LabelText Text;
+    std::snprintf(Text.data(), Text.size(), "%s%s%s", Label.m_pszOwner, Label.m_pszJoin, Label.m_pszFunction);
+    return Text;
+}
+
+} // namespace
+
+std::uint64_t GetTickCount()
+{
+    timespec Now{};
+    clock_gettime(CLOCK_MONOTONIC, &Now);
+    return static_cast<std::uint64_t>(Now.tv_sec) * 1000 + static_cast<std::uint64_t>(Now.tv_nsec) / 1000000;
+}
+
+void MyDebug(const char* func, const char* text, const char* tail)
+{
+    AppendLine(kMainLogFile, func, text, tail);
+}
+
+void MyDebug(const wchar_t* func, const wchar_t* text, const wchar_t* tail)
+{
+    MyDebug(Narrow(func).data(), Narrow(text).data(), Narrow(tail).data());
+}
+
+void MyDebug_InsideThread(const char* func, const char* text, const char* tail)
+{
+    AppendLine(kInThreadLogFile, func, text, tail);
+}
+
+void WriteLogLine(ELogFile eFile, const CLogLabel& Label, const char* pszFormat, ...) noexcept
+{
+    const LabelText Text = TextOf(Label);
+    const CLocker Lock(LogMutex());
+    char* const pBuffer = eFile == ELogFile::Main ? g_cKeyBuf : g_cKeyBuf_InThread;
+    std::va_list Arguments;
+    va_start(Arguments, pszFormat);
+    std::vsnprintf(pBuffer, std::size(g_cKeyBuf), pszFormat, Arguments);
+    va_end(Arguments);
+    if (eFile == ELogFile::Main)
+        MyDebug(Text.data(), pBuffer, "\n");
+    else
+        MyDebug_InsideThread(Text.data(), pBuffer, "\n");
+}
+
+void WriteWideLogLine(const CLogLabel& Label, const wchar_t* pwszFormat, ...) noexcept
+{
+    // The labels are ASCII, so widening them byte by byte is exact.
+    const LabelText Text = TextOf(Label);
+    std::array<wchar_t, std::tuple_size_v<LabelText>> WideText;
+    std::copy(Text.begin(), Text.end(), WideText.begin());
+    const CLocker Lock(LogMutex());
+    std::va_list Arguments;
+    va_start(Arguments, pwszFormat);
+    std::vswprintf(g_wszKeyBuf, std::size(g_wszKeyBuf), pwszFormat, Arguments);
+    va_end(Arguments);
+    MyDebug(WideText.data(), g_wszKeyBuf, L"\n");
+}

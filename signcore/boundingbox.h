@@ -1,0 +1,34 @@
+// Where the ink of an image is, and images with their white made transparent.
+#pragma once
+
+#include "signcore/objectidentity.h"
+
+#include <QImage>
+#include <QRect>
+
+// Clip settings of an export.
+struct CClipSettings
+{
+    bool m_bClipImage = false;
+    int m_nClipMarginX = 0; // pixels left and right of the ink
+    int m_nClipMarginY = 0; // pixels above and below it
+};
+
+struct CInkBox
+{
+    // The ink widened by the margins and clamped to the image; inclusive edges. Without ink its left lies
+    // beyond its right, unless the margins are huge.
+    QRect m_rcBoundBox;
+    bool m_bHasInk = false;
+
+    // The part of the image that a clipped export takes: null when there is nothing to take.
+    QImage CopyFrom(const QImage& Image, const CClipSettings& Clip) const;
+};
+
+// Scans an ARGB32 image. A pixel is ink when its red, green and blue are not all 255. With logging on, every
+// ink pixel writes lines: under Label, and under the tag of an edge that it moves.
+CInkBox CheckSignImageBoundingBox(const QImage& Image, const CClipSettings& Clip, const CLogLabel& Label);
+
+// Makes every pixel of a 32-bit image that equals the colour exactly, alpha included, fully transparent; its
+// red, green and blue stay.
+void MakeAsTransparentImage(QImage& Image, const QColor& Color, const CLogLabel& Label);

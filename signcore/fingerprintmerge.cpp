@@ -1,0 +1,165 @@
+#include "signcore/fingerprintmerge.h"
+
+#include "scriberasdk.h"
+#include "signcore/signcanvas.h"
+
+#include <QPainter>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+void DrawFingerprint(QImage& Canvas, const QImage& Fingerprint, const QRectF& rcTargetFP)
+{
+    QPainter Painter(&Canvas);
+    Painter.setCompositionMode(QPainter::RasterOp_SourceAndDestination);
+    Painter.drawImage(rcTargetFP, Fingerprint, QRectF(0, 0, kFPWidth, kFPHeight));
+}
+
+} // namespace
+
+CFingerprintMerge::CFingerprintMerge(const CObjectIdentity& Identity)
+    : m_Identity(Identity), m_FPOnlyCanvas(BlankCanvas(kFPWidth, kFPHeight)),
+      m_nNewFPProcessActionID(NFPPA_NONE)
+{
+}
+
+void CFingerprintMerge::SetFPOnlyCanvas(QImage Fingerprint)
+{
+    m_FPOnlyCanvas = std::move(Fingerprint);
+    m_bFPBlank = false;
+    m_bFullMergeOwed = true;
+}
+
+void CFingerprintMerge::ClearFPOnlyCanvas()
+{
+    m_FPOnlyCanvas = BlankCanvas(kFPWidth, kFPHeight);
+    m_bFPBlank = true;
+    m_FPLayer = QImage();
+    m_bFullMergeOwed = true;
+}
+
+void CFingerprintMerge::SetActionID(int nActionID)
+{
+    m_nNewFPProcessActionID = nActionID;
+    m_bFullMergeOwed = true;
+}
+
+void CFingerprintMerge::SetFPRect(const QRect& rcFP)
+{
+    m_rcFP = rcFP;
+    m_bFullMergeOwed = true;
+}
+
+std::shared_ptr<CFPPicture> CFingerprintMerge::Picture() const
+{
+    return m_Pictures.empty() || m_Pictures.back()->IsGone() ? nullptr : m_Pictures.back();
+}
+
+void CFingerprintMerge::SetPicture(std::shared_ptr<CFPPicture> pPicture)
+{
+    m_Pictures.push_back(std::move(pPicture));
+}
+
+std::vector<std::shared_ptr<CFPPicture>> CFingerprintMerge::TakePictures()
+{
+    return std::exchange(m_Pictures, {});
+}
+
+void CFingerprintMerge::ClearPictures()
+{
+    for (const std::shared_ptr<CFPPicture>& pPicture : m_Pictures)
+        pPicture->Clear();
+}
+
+bool CFingerprintMerge::ShowsInCanvas() const
+{
+    return !m_bFPBlank &&
+           (m_nNewFPProcessActionID == NFPPA_NONE || m_nNewFPProcessActionID == NFPPA_SIGN_FP_SAME_WIDGET);
+}
+
+// Where the fingerprint goes on the canvas; hands it on where it goes elsewhere.
+QRectF CFingerprintMerge::TargetRect(const QSize& CanvasSize, const CLogLabel& Label, ELogFile eFile)
+{
+    switch (m_nNewFPProcessActionID) {
+    case NFPPA_NONE: {
+        SCR_LOG_TO(eFile, Label, "<%ld>-m_nNewFPProcessActionID == NFPPA_NONE");
+        const double dblTargetFPHeight = CanvasSize.height() * 0.5;
+        const double dblTargetFPWidth = dblTargetFPHeight * 208.0 / 288.0;
+        const double dblTargetFPX = (CanvasSize.width() - dblTargetFPWidth) * 0.5;
+        const double dblTargetFPY = (CanvasSize.height() - dblTargetFPHeight) * 0.5;
+        SCR_LOG_TO(eFile, Label, "<%ld>-dblTargetFPHeight=%f, dblTargetFPWidth=%f", dblTargetFPHeight,
+                   dblTargetFPWidth);
+        SCR_LOG_TO(eFile, Label, "<%ld>-dblTargetFPX=%f, dblTargetFPY=%f", dblTargetFPX, dblTargetFPY);
+        return {dblTargetFPX, dblTargetFPY, dblTargetFPWidth, dblTargetFPHeight};
+    }
+    case NFPPA_SIGN_FP_SAME_WIDGET:
+        SCR_LOG_TO(eFile, Label, "<%ld>-m_nNewFPProcessActionID == NFPPA_SIGN_FP_SAME_WIDGET");
+        return {static_cast<double>(m_rcFP.left()), static_cast<double>(m_rcFP.top()),
+                static_cast<double>(m_rcFP.right()) - m_rcFP.left() + 1,
+                static_cast<double>(m_rcFP.bottom()) - m_rcFP.top() + 1};
+    case NFPPA_SIGN_FP_DIFFERENT_WIDGET:
+        SCR_LOG_TO(eFile, Label, "<%ld>-m_nNewFPProcessActionID == NFPPA_SIGN_FP_DIFFERENT_WIDGET");
+        break;
+    case NFPPA_FP_ON_CANVAS_FROM_JS:
+        SCR_LOG_TO(eFile, Label, "<%ld>-m_nNewFPProcessActionID == NFPPA_FP_ON_CANVAS_FROM_JS");
+        break;
+    default:
+        return {0, 0, 0, 0};
+    }
+    if (const std::shared_ptr<CFPPicture> pPicture = Picture()) {
+        if (!m_Identity.IsWidget())
+            SCR_LOG_TO(eFile, Label, "<%ld>-b4 call m_pNewFPWidget->UpdateFPImage(m_FPOnlyCanvas)...");
+        pPicture->UpdateFPImage(m_FPOnlyCanvas, eFile);
+    }
+    return {0, 0, 0, 0};
+}
+
+QRect CFingerprintMerge::MergeSignCanvasAndFPCanvas(QImage& SignCanvas, const QImage& Strokes,
+                                                    const QRect& rcTouched, ELogFile eFile)
+{
+    const CLogLabel Label = m_Identity.Label("MergeSignCanvasAndFPCanvas()");
+    SCR_LOG_TO(eFile, Label, "<%ld>-Enter...");
+    const QRectF rcTargetFP = TargetRect(SignCanvas.size(), Label, eFile);
+    SCR_LOG_TO(eFile, Label, "<%ld>-rcTargetFP.left=%f, top=%f, width=%f, height=%f", rcTargetFP.left(),
+               rcTargetFP.top(), rcTargetFP.width(), rcTargetFP.height());
+    SCR_LOG_TO(eFile, Label, "<%ld>-rcSourceFP.left=%f, top=%f, width=%f, height=%f", 0.0, 0.0,
+               static_cast<double>(kFPWidth), static_cast<double>(kFPHeight));
+    QRect rcChanged = rcTouched;
+    if (m_bFullMergeOwed) {
+        MergeAll(SignCanvas, Strokes, rcTargetFP);
+        rcChanged = SignCanvas.rect();
+        m_bFullMergeOwed = false;
+    } else {
+        MergePart(SignCanvas, Strokes, rcTouched);
+    }
+    SCR_LOG_TO(eFile, Label, "<%ld>-leave !");
+    return rcChanged;
+}
+
+void CFingerprintMerge::MergeAll(QImage& SignCanvas, const QImage& Strokes, const QRectF& rcTargetFP)
+{
+    m_FPLayer = QImage();
+    SignCanvas = Strokes.copy();
+    if (ShowsInCanvas() && !SignCanvas.isNull()) {
+        m_FPLayer = BlankCanvas(Strokes.width(), Strokes.height());
+        DrawFingerprint(m_FPLayer, m_FPOnlyCanvas, rcTargetFP);
+        DrawFingerprint(SignCanvas, m_FPOnlyCanvas, rcTargetFP);
+    }
+}
+
+void CFingerprintMerge::MergePart(QImage& SignCanvas, const QImage& Strokes, const QRect& rcPart) const
+{
+    for (int nY = rcPart.top(); nY <= rcPart.bottom(); ++nY) {
+        auto* const pMerged = reinterpret_cast<QRgb*>(SignCanvas.scanLine(nY));
+        const auto* const pStrokes = reinterpret_cast<const QRgb*>(Strokes.constScanLine(nY));
+        if (m_FPLayer.isNull()) {
+            std::copy(pStrokes + rcPart.left(), pStrokes + rcPart.right() + 1, pMerged + rcPart.left());
+            continue;
+        }
+        const auto* const pLayer = reinterpret_cast<const QRgb*>(m_FPLayer.constScanLine(nY));
+        for (int nX = rcPart.left(); nX <= rcPart.right(); ++nX)
+            pMerged[nX] = pStrokes[nX] & pLayer[nX];
+    }
+}

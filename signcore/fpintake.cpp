@@ -1,0 +1,98 @@
+#include "signcore/fpintake.h"
+
+#include "signcore/fppicture.h"
+#include "signcore/liveobject.h"
+#include "sync/atomicmember.h"
+
+#include <QImage>
+
+#include <numeric>
+#include <thread>
+
+namespace {
+
+constexpr int kRawSize = kFPWidth * kFPHeight;
+
+QImage TwoColourPicture(const unsigned char* pucRawData, int nThresholdValue)
+{
+    QImage Picture(kFPWidth, kFPHeight, QImage::Format_ARGB32);
+    for (int nY = 0; nY < kFPHeight; ++nY) {
+        auto* const pRow = reinterpret_cast<QRgb*>(Picture.scanLine(nY));
+        for (int nX = 0; nX < kFPWidth; ++nX)
+            pRow[nX] =
+                pucRawData[nY * kFPWidth + nX] < nThresholdValue ? qRgb(255, 0, 0) : qRgb(255, 255, 255);
+    }
+    return Picture;
+}
+
+} // namespace
+
+void CFingerprintIntake::RxSignPadFPRawData(const unsigned char* pucRawData, int nDataLength, int nScore)
+{
+    const CLogLabel Label = m_Identity.Label(m_Identity.m_Model.m_pszFPRawDataFunction);
+    SCR_LOG(Label, "<%ld>-Enter, pucRawData=%lx, nDataLength=%d, nScore=%d", AsHex(pucRawData), nDataLength,
+            nScore);
+    int nClears = 0;
+    if (!m_Canvas.AcceptFPScore(nScore, nClears)) {
+        SCR_LOG(Label, "<%ld>-leave !");
+        return;
+    }
+    const int nThresholdValue = std::accumulate(pucRawData, pucRawData + kRawSize, 0) / kRawSize;
+    SCR_LOG(Label, "<%ld>nThresholdValue = %d", nThresholdValue);
+    m_Canvas.SetFingerprint(TwoColourPicture(pucRawData, nThresholdValue), nClears);
+    const CLocker Lock(m_FPDeviceImageMutex);
+    m_FPDeviceImage = MakeDeviceImage(pucRawData, nThresholdValue);
+    StoreShared(m_bNewFPDeviceImage, true);
+    SCR_LOG(Label, "<%ld>-leave !");
+}
+
+CFingerprintIntake::DeviceImage CFingerprintIntake::MakeDeviceImage(const unsigned char* pucRawData,
+                                                                    int nThresholdValue)
+{
+    DeviceImage Image;
+    auto* pNext = Image.data();
+    for (int nY = 0; nY < kDeviceHeight; ++nY) {
+        for (int nX = 0; nX < kDeviceWidth; ++nX) {
+            // The top-left pixel of each 2 x 2 block, as red or white.
+            const bool bRidge = pucRawData[2 * nY * kFPWidth + 2 * nX] < nThresholdValue;
+            *pNext++ = bRidge ? 0xF8 : 0xFF;
+            *pNext++ = bRidge ? 0x00 : 0xFF;
+        }
+    }
+    return Image;
+}
+
+void CFingerprintIntake::CheckIfAnyNewFPImageRawDataOnDeviceAvailable()
+{
+    m_bShowFPDeviceImage = false;
+    if (!LoadShared(m_bNewFPDeviceImage))
+        return;
+    const CLocker Lock(m_FPDeviceImageMutex);
+    m_FPDeviceImageToShow = m_FPDeviceImage;
+    StoreShared(m_bNewFPDeviceImage, false);
+    m_bShowFPDeviceImage = true;
+}
+
+void CFingerprintIntake::ProcessShowFPImgaeRawDataOnDevice()
+{
+    if (!m_bShowFPDeviceImage && !m_bFPDeviceImageShown) {
+        std::this_thread::yield();
+        return;
+    }
+    const CLiveObject::CUse Use;
+    if (CLiveObject::IsClosedForExit())
+        return;
+    if (m_bShowFPDeviceImage && m_Driver.m_pfn_SCRDAPI_ShowFPImageOnDevice) {
+        // The result does not matter: a picture that did not arrive is as good as one that nobody looks at.
+        m_Driver.m_pfn_SCRDAPI_ShowFPImageOnDevice(m_FPDeviceImageToShow.data(),
+                                                   static_cast<int>(m_FPDeviceImageToShow.size()),
+                                                   kDeviceWidth, kDeviceHeight, &m_bGoingToShutDown);
+        m_bFPDeviceImageShown = true;
+    } else if (m_bFPDeviceImageShown) {
+        m_bFPDeviceImageShown = false;
+        if (!m_Identity.IsWidget())
+            SCR_LOG_INTHREAD(m_Identity.Label("ProcessShowFPImgaeRawDataOnDevice()"),
+                             "<%ld>-b4 call MergeSignCanvasAndFPCanvas()...");
+        m_Canvas.MergeAfterTransfer();
+    }
+}

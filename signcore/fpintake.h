@@ -1,0 +1,53 @@
+// Intake of fingerprints, and their way to the pad's own display.
+#pragma once
+
+#include "signcore/objectidentity.h"
+#include "signcore/scriberadriver.h"
+#include "signcore/signcanvas.h"
+#include "sync/mutex.h"
+
+#include <array>
+
+// The fingerprint side of one sign object. The driver's thread takes fingerprints in; the display thread
+// sends the reduced picture back and then has the canvases merged.
+class CFingerprintIntake
+{
+public:
+    // GoingToShutDown is the object's shut-down flag: the driver polls it during a transfer.
+    CFingerprintIntake(const CObjectIdentity& Identity, CSignCanvas& Canvas, const CScriberaDriver& Driver,
+                       bool& bGoingToShutDown)
+        : m_Identity(Identity), m_Canvas(Canvas), m_Driver(Driver), m_bGoingToShutDown(bGoingToShutDown)
+    {
+    }
+
+    // Takes a raw image of 208 x 288 grey bytes, row by row, if it scores better than the one that is there.
+    void RxSignPadFPRawData(const unsigned char* pucRawData, int nDataLength, int nScore);
+
+    // The two steps of the display thread's loop.
+    void CheckIfAnyNewFPImageRawDataOnDeviceAvailable();
+    void ProcessShowFPImgaeRawDataOnDevice();
+
+private:
+    // The pad's display: 104 x 144 pixels of 16 bits, high byte first.
+    static constexpr int kDeviceWidth = 104;
+    static constexpr int kDeviceHeight = 144;
+    using DeviceImage = std::array<unsigned char, kDeviceWidth * kDeviceHeight * 2>;
+
+    static DeviceImage MakeDeviceImage(const unsigned char* pucRawData, int nThresholdValue);
+
+    const CObjectIdentity& m_Identity;
+    CSignCanvas& m_Canvas;
+    const CScriberaDriver& m_Driver;
+    bool& m_bGoingToShutDown;
+
+    // Handed from the driver's to the display thread; m_FPDeviceImageMutex protects the picture. The flag
+    // changes under the mutex too, but is looked at without it while the display thread polls.
+    CMutex m_FPDeviceImageMutex;
+    DeviceImage m_FPDeviceImage{};
+    bool m_bNewFPDeviceImage = false;
+
+    // The display thread's own.
+    DeviceImage m_FPDeviceImageToShow{};
+    bool m_bShowFPDeviceImage = false;
+    bool m_bFPDeviceImageShown = false;
+};

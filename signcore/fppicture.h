@@ -1,0 +1,86 @@
+// The picture of a fingerprint that is shown or held apart from the signing canvas.
+#pragma once
+
+#include "signcore/boundingbox.h"
+#include "signcore/signcanvas.h"
+#include "sync/mutex.h"
+
+#include <QImage>
+#include <QObject>
+#include <QRect>
+
+// Size of a fingerprint in pixels.
+constexpr int kFPWidth = 208;
+constexpr int kFPHeight = 288;
+
+// The rectangle that a host's four numbers mean, with its edges saturated.
+QRect RectFromHost(int nLeft, int nTop, int nWidth, int nHeight);
+
+// Whether both corners, taken literally, lie within a canvas of this size.
+bool HasCornersWithin(const QRect& rcRect, int nWidth, int nHeight);
+
+// Writes the leave line of a placement that was or was not inside, and gives its result.
+int LeaveFPPlacement(const CLogLabel& Label, bool bInside);
+
+// The part of the image in the rectangle, or the whole image for an empty rectangle; null for one that is
+// inside out or absurdly large.
+QImage CopyOfRect(const QImage& Image, const QRect& rcRect);
+
+// What a CK421BFPWidget shows, and what stands in for one where no widget can be made. Shared by its widget
+// and its sign object: the GUI thread paints and may destroy the widget at any time, the display and driver
+// threads update, the host's threads export. m_Mutex protects all members; a change is noted for repainting
+// while it is held.
+class CFPPicture
+{
+public:
+    // A white picture of this size.
+    CFPPicture(int nWidth, int nHeight);
+
+    // Connects the widget that shows the picture. pView gets rid of itself when the sign object shuts down;
+    // pObserver is told of changes while the widget is visible.
+    void Attach(QObject* pView, ICanvasObserver* pObserver);
+    void SetVisible(bool bVisible);
+
+    // Called by the dying widget: the picture counts as gone from here on.
+    void DetachView();
+    bool IsGone() const;
+
+    // Ends the widget: at once where that is possible, else through its event loop. To be called without
+    // locks.
+    void ReleaseView();
+
+    // Placement in a widget of the given own size, and on a canvas of the host's size, which the picture then
+    // gets.
+    int SetDisplayedFPImageAt(const void* pParentWidget, int nOwnWidth, int nOwnHeight,
+                              const int (&FPRect)[4]);
+    int SetDisplayedFPImageAt(int nCanvasWidth, int nCanvasHeight, const int (&FPRect)[4]);
+
+    // Takes over the fingerprint and draws it where it was placed. Writes its lines where its caller does.
+    void UpdateFPImage(const QImage& Image, ELogFile eFile);
+    void Clear();
+    void Shutdown();
+
+    // Base64 text of the picture; see the exported function.
+    char* EncodeBase64SignImage(const CClipSettings& Clip, bool bFPImageOnly, int nImageTypeID);
+
+    // A copy of the part of the picture that lies in the rectangle, for painting.
+    QImage CopyOf(const QRect& rcPart) const;
+
+private:
+    static CLogLabel Label(const char* pszFunction) { return {"CK421BFPWidget", "::", pszFunction}; }
+
+    // Has the part repainted if the picture is seen; the caller holds the mutex.
+    void NotifyChanged(const QRect& rcChanged) const;
+
+    mutable CMutex m_Mutex;
+    QImage m_FPCanvas;
+    QImage m_FPImage;
+    CImageWitness m_Witness;
+    QRect m_rcFP{QPoint(0, 0), QPoint(-1, -1)};
+    qint64 m_nDrawnKey = 0; // identifies the fingerprint that is drawn; 0 none
+
+    QObject* m_pView = nullptr;
+    ICanvasObserver* m_pObserver = nullptr;
+    bool m_bVisible = false;
+    bool m_bGone = false;
+};

@@ -1,0 +1,91 @@
+#include "signcore/keyactions.h"
+
+#include "signcore/liveobject.h"
+
+#include <thread>
+
+void CKeyActions::NoteTouch(int nKey)
+{
+    if (nKey == kCancelKey)
+        StoreShared(m_bPenDownOnCancelButton, true);
+    StoreShared(m_nKeyStatus, nKey);
+}
+
+void CKeyActions::Arm(int nKey)
+{
+    const CLocker Lock(m_KeyActionMutex);
+    ArmLocked(nKey);
+}
+
+void CKeyActions::ArmLocked(int nKey)
+{
+    StoreShared(m_nDoClickConfirmOrCancelKeyActionFlag, nKey);
+}
+
+void CKeyActions::CheckIfWeCanDoConfirmOrCancelKeyAction()
+{
+    // The mutex is left alone while nothing waits: a spinning thread that kept taking it would starve the
+    // pen.
+    if (!IsActionPending()) {
+        std::this_thread::yield();
+        return;
+    }
+    const CLiveObject::CUse Use;
+    if (CLiveObject::IsClosedForExit())
+        return;
+    const CLocker Lock(m_KeyActionMutex);
+    switch (LoadShared(m_nDoClickConfirmOrCancelKeyActionFlag)) {
+    case kConfirmKey:
+        DoClickConfirmKeyAction();
+        break;
+    case kCancelKey:
+        DoClickCancelKeyAction();
+        break;
+    default:
+        break;
+    }
+}
+
+void CKeyActions::DoClickConfirmKeyAction()
+{
+    DoClickKeyAction(kConfirmKey, "DoClickConfirmKeyAction()", "<%ld>-Pen_Down_On_Confirm_Key !");
+}
+
+void CKeyActions::DoClickCancelKeyAction()
+{
+    DoClickKeyAction(kCancelKey, "DoClickCancelKeyAction()", "<%ld>-Pen_Down_On_Cancel_Key !");
+}
+
+void CKeyActions::DoClickKeyAction(int nKey, const char* pszFunction, const char* pszLine)
+{
+    const CLogLabel Label = m_Identity.Label(pszFunction);
+    SCR_LOG_INTHREAD(Label, "<%ld>-Enter...");
+    if (const auto pfnStatus = LoadShared(m_pfnSignatureStatusCallback))
+        pfnStatus(nKey);
+    SCR_LOG_INTHREAD(Label, pszLine);
+    ArmLocked(kNoKey);
+    SCR_LOG_INTHREAD(Label, "<%ld>-leave !");
+}
+
+int CKeyActions::SetSignatureStatusCallback(void (*pStatus)(int))
+{
+    const CLogLabel Label = m_Identity.Label("SetSignatureStatusCallback()");
+    SCR_LOG(Label, "<%ld>-enter, pStatus=%lx", AsHex(pStatus));
+    StoreShared(m_pfnSignatureStatusCallback, pStatus);
+    SCR_LOG(Label, "<%ld>-leave with nResult=%d", ARI_SUCCESS);
+    return ARI_SUCCESS;
+}
+
+int CKeyActions::GetDeviceConfirmOrCancelKeyStatus()
+{
+    const CLogLabel Label = m_Identity.Label("GetDeviceConfirmOrCancelKeyStatus()");
+    SCR_LOG(Label, "<%ld>-enter...");
+    const int nKeyStatus = std::atomic_ref(m_nKeyStatus).exchange(kNoKey);
+    SCR_LOG(Label, "<%ld>-leave with nKeyStatus=%d", nKeyStatus);
+    return nKeyStatus;
+}
+
+bool CKeyActions::TakeCancelTouch()
+{
+    return std::atomic_ref(m_bPenDownOnCancelButton).exchange(false);
+}

@@ -1,0 +1,48 @@
+// From a raw pen sample to stroke, key, stored point and notification.
+#pragma once
+
+#include "ink/inkpoints.h"
+#include "signcore/keyactions.h"
+#include "signcore/pensetup.h"
+#include "signcore/realtimedata.h"
+#include "signcore/signcanvas.h"
+
+#include <memory>
+
+// The state machine behind the driver's pen callback. Runs on the driver's thread, which alone touches its
+// own members; what it works on is protected where it lives.
+class CPenPipeline
+{
+public:
+    CPenPipeline(const CObjectIdentity& Identity, const CPenSetup& PenSetup, CSignCanvas& Canvas,
+                 CKeyActions& KeyActions, const CRealTimeData& RealTimeData)
+        : m_Identity(Identity), m_PenSetup(PenSetup), m_Canvas(Canvas), m_KeyActions(KeyActions),
+          m_RealTimeData(RealTimeData)
+    {
+    }
+
+    // Takes one sample. Points go to pPoints, if there is such a list; moves above nPressureLimit are
+    // refused.
+    void RxSignPadRawData(int nX, int nY, int nP, int nPenStatus, CInkPointList* pPoints, int nPressureLimit);
+
+private:
+    void PenDown(int nX, int nY, int nP, CInkPointList* pPoints);
+    void PenMove(int nX, int nY, int nP, CInkPointList* pPoints, int nPressureLimit);
+    void PenUp(int nX, int nY, int nP, CInkPointList* pPoints);
+    void KeyRelease();
+    void KeyDown(int nKey, const char* pszDownLine, const char* pszSkipLine);
+
+    CCanvasSample Convert(const CPenState& Pen, int nX, int nY, int nP) const;
+    void StoreAndNotify(CInkPointList* pPoints, int nX, int nY, int nP) const;
+    CLogLabel SampleLabel() const { return m_Identity.Label(m_Identity.m_Model.m_pszRawDataFunction); }
+    CLogLabel KeyLabel() const { return m_Identity.Label(m_Identity.m_Model.m_pszKeyLineFunction); }
+
+    const CObjectIdentity& m_Identity;
+    const CPenSetup& m_PenSetup;
+    CSignCanvas& m_Canvas;
+    CKeyActions& m_KeyActions;
+    const CRealTimeData& m_RealTimeData;
+
+    bool m_bPenDown = false;      // a stroke is in progress
+    int m_nPenDownKeyID = kNoKey; // the key that the pen is on
+};

@@ -1,0 +1,264 @@
+#include "signcore/signcanvas.h"
+
+#include "signcore/fingerprintmerge.h"
+
+#include <QBrush>
+#include <QPainter>
+#include <QPen>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace {
+
+constexpr std::int64_t kMaxCanvasBytes = std::int64_t{1} << 30;
+constexpr std::int64_t kBytesPerPixel = 4;
+
+// All pixels that a segment can touch: half its width around it, and what antialiasing adds. A width below
+// one pixel still draws one.
+QRect TouchedBy(const QLineF& Segment, double dblWidth, const QRect& rcCanvas)
+{
+    const double dblReach = std::max(std::abs(dblWidth), 1.0) / 2 + 2;
+    const auto Edge = [](double dblValue, int nMin, int nMax) {
+        return static_cast<int>(std::clamp(dblValue, static_cast<double>(nMin), static_cast<double>(nMax)));
+    };
+    QRect rcTouched;
+    rcTouched.setCoords(
+        Edge(std::floor(std::min(Segment.x1(), Segment.x2()) - dblReach), 0, rcCanvas.right()),
+        Edge(std::floor(std::min(Segment.y1(), Segment.y2()) - dblReach), 0, rcCanvas.bottom()),
+        Edge(std::ceil(std::max(Segment.x1(), Segment.x2()) + dblReach), 0, rcCanvas.right()),
+        Edge(std::ceil(std::max(Segment.y1(), Segment.y2()) + dblReach), 0, rcCanvas.bottom()));
+    return rcTouched;
+}
+
+// Fills with white what an export may still hold a snapshot of, without copying it first.
+void Whiten(QImage& Canvas)
+{
+    if (Canvas.isDetached())
+        Canvas.fill(Qt::white);
+    else
+        Canvas = BlankCanvas(Canvas.width(), Canvas.height());
+}
+
+} // namespace
+
+void DrawStrokeSegment(QPainter& Painter, const QLineF& Segment, double dblWidth, const QColor& Color)
+{
+    Painter.setRenderHint(QPainter::Antialiasing, true);
+    QPen Pen(QBrush(Qt::black, Qt::SolidPattern), dblWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+    Pen.setColor(Color);
+    Painter.setPen(Pen);
+    Painter.drawLines(&Segment, 1);
+}
+
+QImage BlankCanvas(int nWidth, int nHeight)
+{
+    if (nWidth <= 0 || nHeight <= 0 || std::int64_t{nWidth} * nHeight > kMaxCanvasBytes / kBytesPerPixel)
+        return {};
+    QImage Canvas(nWidth, nHeight, QImage::Format_ARGB32);
+    Canvas.fill(Qt::white);
+    return Canvas;
+}
+
+QImage CopyInside(const QImage& Image, const QRect& rcPart)
+{
+    const QRect rcInside = rcPart & Image.rect();
+    return rcInside.isEmpty() ? QImage() : Image.copy(rcInside);
+}
+
+void WarmUpDrawing()
+{
+    QImage Canvas = BlankCanvas(8, 8);
+    QPainter Painter(&Canvas);
+    DrawStrokeSegment(Painter, QLineF(1, 1, 6, 5), 2.5, Qt::black);
+    Painter.setCompositionMode(QPainter::RasterOp_SourceAndDestination);
+    Painter.drawImage(QRectF(1, 1, 4.5, 4.5), BlankCanvas(4, 4), QRectF(0, 0, 4, 4));
+}
+
+CSignCanvas::CSignCanvas(const CObjectIdentity& Identity)
+    : m_Identity(Identity),
+      m_pMerge(Identity.m_Model.m_bHasFingerprint ? std::make_unique<CFingerprintMerge>(Identity) : nullptr)
+{
+}
+
+CSignCanvas::~CSignCanvas() = default;
+
+void CSignCanvas::clearCanvas(int nWidth, int nHeight)
+{
+    QImage Blank = BlankCanvas(nWidth, nHeight);
+    const CLocker Lock(m_CanvasMutex);
+    m_Witness.NoteWrite();
+    m_SignCanvas = std::move(Blank);
+    if (m_pMerge) {
+        m_SignOnlyCanvas = m_SignCanvas;
+        m_pMerge->ClearFPOnlyCanvas();
+    }
+}
+
+void CSignCanvas::Resize(int nWidth, int nHeight)
+{
+    const QImage Blank = BlankCanvas(nWidth, nHeight);
+    QImage Resized = Blank;
+    const CLocker Lock(m_CanvasMutex);
+    m_Witness.NoteWrite();
+    if (!Resized.isNull()) {
+        QPainter Painter(&Resized);
+        Painter.drawImage(0, 0, m_SignCanvas);
+    }
+    m_SignCanvas = std::move(Resized);
+    if (m_pMerge) {
+        // What is seen stays until the next merge, which starts from empty canvases.
+        m_SignOnlyCanvas = Blank;
+        m_pMerge->ClearFPOnlyCanvas();
+    }
+}
+
+void CSignCanvas::ClearSignCanvas()
+{
+    const CLogLabel Label = m_Identity.Label("ClearSignCanvas()");
+    SCR_LOG(Label, "<%ld>-enter...");
+    QRect rcChanged;
+    {
+        const CLocker Lock(m_CanvasMutex);
+        m_Witness.NoteWrite();
+        Whiten(m_SignCanvas);
+        rcChanged = m_SignCanvas.rect();
+        if (m_pMerge) {
+            Whiten(m_SignOnlyCanvas);
+            m_pMerge->ClearFPOnlyCanvas();
+            m_pMerge->ClearPictures(); // no biometric picture outlives a clear
+            m_nFPScore = 0;
+            ++m_nClears;
+        }
+    }
+    NotifyChanged(rcChanged);
+    SCR_LOG(Label, "<%ld>-leave !");
+}
+
+void CSignCanvas::StartAt(double dblX, double dblY)
+{
+    m_dblLastSignWndX = dblX;
+    m_dblLastSignWndY = dblY;
+}
+
+void CSignCanvas::StartSignOnCanvas(double dblX, double dblY, double dblPressure, const CPenState& Pen)
+{
+    const CLogLabel Label = m_Identity.Label("StartSignOnCanvas()");
+    SCR_LOG(Label, "<%ld>-enter, dblX=%f, dblY=%f, dblPressure=%f", dblX, dblY, dblPressure);
+    const double dblWidth = Pen.StrokeWidth(dblPressure);
+    const QLineF Segment(m_dblLastSignWndX, m_dblLastSignWndY, dblX, dblY);
+    StartAt(dblX, dblY);
+    QRect rcChanged;
+    {
+        const CLocker Lock(m_CanvasMutex);
+        m_Witness.NoteWrite();
+        if (!m_SignCanvas.isNull()) {
+            QPainter Painter(&PenCanvas());
+            DrawStrokeSegment(Painter, Segment, dblWidth, Pen.m_PenColor);
+            rcChanged = TouchedBy(Segment, dblWidth, m_SignCanvas.rect());
+        }
+        if (m_pMerge)
+            rcChanged = m_pMerge->MergeSignCanvasAndFPCanvas(m_SignCanvas, m_SignOnlyCanvas, rcChanged,
+                                                             ELogFile::Main);
+    }
+    NotifyChanged(rcChanged);
+    if (!m_Identity.IsWidget())
+        SCR_LOG(Label, "<%ld>-leave !");
+}
+
+QImage CSignCanvas::Snapshot() const
+{
+    const CLocker Lock(m_CanvasMutex);
+    m_Witness.NoteRead();
+    return m_SignCanvas;
+}
+
+QImage CSignCanvas::CopyOf(const QRect& rcPart) const
+{
+    const CLocker Lock(m_CanvasMutex);
+    m_Witness.NoteRead();
+    return CopyInside(m_SignCanvas, rcPart);
+}
+
+void CSignCanvas::NotifyChanged(const QRect& rcChanged) const
+{
+    if (m_pObserver && !rcChanged.isEmpty())
+        m_pObserver->CanvasChanged(rcChanged);
+}
+
+int CSignCanvas::FPScore() const
+{
+    const CLocker Lock(m_CanvasMutex);
+    return m_nFPScore;
+}
+
+bool CSignCanvas::AcceptFPScore(int nScore, int& nClears)
+{
+    const CLocker Lock(m_CanvasMutex);
+    if (nScore <= m_nFPScore)
+        return false;
+    m_nFPScore = nScore;
+    nClears = m_nClears;
+    return true;
+}
+
+void CSignCanvas::SetFingerprint(QImage Fingerprint, int nClears)
+{
+    const CLocker Lock(m_CanvasMutex);
+    // A clear in between has taken this fingerprint back already.
+    if (nClears == m_nClears)
+        m_pMerge->SetFPOnlyCanvas(std::move(Fingerprint));
+}
+
+void CSignCanvas::MergeAfterTransfer()
+{
+    QRect rcChanged;
+    {
+        const CLocker Lock(m_CanvasMutex);
+        m_Witness.NoteWrite();
+        m_pMerge->OweFullMerge();
+        rcChanged = m_pMerge->MergeSignCanvasAndFPCanvas(m_SignCanvas, m_SignOnlyCanvas, m_SignCanvas.rect(),
+                                                         ELogFile::InThread);
+    }
+    NotifyChanged(rcChanged);
+}
+
+CSignCanvas::CFPPlacement CSignCanvas::FPPlacement() const
+{
+    const CLocker Lock(m_CanvasMutex);
+    return {m_pMerge->ActionID(), m_pMerge->FPRect(), m_pMerge->Picture()};
+}
+
+void CSignCanvas::SetFPRect(const QRect& rcFP)
+{
+    const CLocker Lock(m_CanvasMutex);
+    m_pMerge->SetFPRect(rcFP);
+}
+
+void CSignCanvas::SetFPAction(int nActionID)
+{
+    const CLocker Lock(m_CanvasMutex);
+    m_pMerge->SetActionID(nActionID);
+}
+
+void CSignCanvas::SetFPPicture(std::shared_ptr<CFPPicture> pPicture)
+{
+    const CLocker Lock(m_CanvasMutex);
+    m_pMerge->SetPicture(std::move(pPicture));
+}
+
+std::vector<std::shared_ptr<CFPPicture>> CSignCanvas::TakeFPPictures()
+{
+    const CLocker Lock(m_CanvasMutex);
+    return m_pMerge ? m_pMerge->TakePictures() : std::vector<std::shared_ptr<CFPPicture>>();
+}
+
+QImage CSignCanvas::FingerprintForSvg() const
+{
+    const CLocker Lock(m_CanvasMutex);
+    const bool bShown =
+        m_pMerge && m_nFPScore > 0 &&
+        (m_pMerge->ActionID() == NFPPA_NONE || m_pMerge->ActionID() == NFPPA_SIGN_FP_SAME_WIDGET);
+    return bShown ? m_pMerge->FPOnlyCanvas() : QImage();
+}

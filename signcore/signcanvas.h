@@ -1,0 +1,124 @@
+// The signing canvas: the image that the pen draws into.
+#pragma once
+
+#include "signcore/objectidentity.h"
+#include "signcore/pensetup.h"
+#include "sync/mutex.h"
+
+#include <QImage>
+#include <QLineF>
+#include <QRect>
+
+#include <memory>
+#include <vector>
+
+class CFPPicture;
+class CFingerprintMerge;
+class QPainter;
+
+// Told of every change of a picture, on the thread that made it. Only notes it: the canvas or the picture may
+// be locked meanwhile.
+class ICanvasObserver
+{
+public:
+    virtual void CanvasChanged(const QRect& rcChanged) = 0;
+
+protected:
+    ~ICanvasObserver() = default;
+};
+
+// Draws one stroke segment the way every picture of a signature has it, on screen, in files and as vectors.
+void DrawStrokeSegment(QPainter& Painter, const QLineF& Segment, double dblWidth, const QColor& Color);
+
+// An opaque white image of this size; a null one for sizes that are zero, negative or beyond 1 GiB of pixels.
+QImage BlankCanvas(int nWidth, int nHeight);
+
+// A copy of the part of the image that lies in the rectangle; null when none does.
+QImage CopyInside(const QImage& Image, const QRect& rcPart);
+
+// Draws once, out of sight, so that everything global that drawing needs of Qt exists from then on.
+void WarmUpDrawing();
+
+// The canvas of one sign object. The driver's thread draws, the host's thread clears and resizes, the display
+// thread merges, the exporting threads and the paint handling copy; m_CanvasMutex serialises them all. The
+// last point belongs to the driver's thread alone.
+//
+// On a model with a fingerprint reader the pen draws into a canvas of its own, and what everybody sees is
+// that canvas merged with the fingerprint.
+class CSignCanvas
+{
+public:
+    explicit CSignCanvas(const CObjectIdentity& Identity);
+    ~CSignCanvas();
+
+    // Set before the first thread that draws is started.
+    void SetObserver(ICanvasObserver* pObserver) { m_pObserver = pObserver; }
+
+    // Replaces the canvas by a blank one of this size.
+    void clearCanvas(int nWidth, int nHeight);
+
+    // Gives the canvas a new size. Ink keeps its pixel position.
+    void Resize(int nWidth, int nHeight);
+
+    // Fills the canvas white and has it repainted.
+    void ClearSignCanvas();
+
+    // The next segment starts here.
+    void StartAt(double dblX, double dblY);
+
+    // Draws the segment from the last point to this one, which becomes the last point.
+    void StartSignOnCanvas(double dblX, double dblY, double dblPressure, const CPenState& Pen);
+
+    // The canvas as it is now. Shares its pixels until the next segment is drawn.
+    QImage Snapshot() const;
+
+    // A copy of the part of the canvas that lies in the rectangle.
+    QImage CopyOf(const QRect& rcPart) const;
+
+    // The following are for models with a fingerprint reader.
+
+    // Score of the fingerprint that is there; 0 without one, and on other models.
+    int FPScore() const;
+
+    // Takes the score of a new fingerprint if it is better than that of the last one. nClears then tells
+    // SetFingerprint(), which brings the picture, whether the canvas was cleared meanwhile.
+    bool AcceptFPScore(int nScore, int& nClears);
+    void SetFingerprint(QImage Fingerprint, int nClears);
+
+    // Merges strokes and fingerprint after the pad has shown it; on the display thread.
+    void MergeAfterTransfer();
+
+    // Where the fingerprint goes.
+    struct CFPPlacement
+    {
+        int m_nActionID;
+        QRect m_rcFP;
+        std::shared_ptr<CFPPicture> m_pPicture; // null without a separate picture
+    };
+    CFPPlacement FPPlacement() const;
+    void SetFPRect(const QRect& rcFP);
+    void SetFPAction(int nActionID);
+    void SetFPPicture(std::shared_ptr<CFPPicture> pPicture);
+    std::vector<std::shared_ptr<CFPPicture>> TakeFPPictures();
+
+    // The fingerprint as the signature's vector form shows it; null when it shows none.
+    QImage FingerprintForSvg() const;
+
+private:
+    QImage& PenCanvas() { return m_pMerge ? m_SignOnlyCanvas : m_SignCanvas; }
+    void NotifyChanged(const QRect& rcChanged) const;
+
+    const CObjectIdentity& m_Identity;
+    ICanvasObserver* m_pObserver = nullptr;
+
+    mutable CMutex m_CanvasMutex;
+    QImage m_SignCanvas; // what is shown and exported
+    CImageWitness m_Witness;
+    QImage m_SignOnlyCanvas; // the strokes alone; null on models without a fingerprint reader
+    std::unique_ptr<CFingerprintMerge> m_pMerge; // null on those
+    int m_nFPScore = 0;
+    int m_nClears = 0;
+
+    double m_dblLastSignWndX = 0;
+    double m_dblLastSignWndY = 0;
+};

@@ -1,0 +1,214 @@
+#include "signcore/signexport.h"
+
+#include "signcore/signcanvas.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QLineF>
+#include <QMarginsF>
+#include <QPageSize>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QSvgGenerator>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <optional>
+
+namespace {
+
+constexpr std::int64_t kMaxUnpackedBytes = std::int64_t{256} << 20;
+constexpr double kMetresPerInch = 0.0254;
+
+int DotsPerMetre(int nDPI)
+{
+    return static_cast<int>(nDPI / kMetresPerInch);
+}
+
+void SetResolution(QImage& Image, int nDPI)
+{
+    Image.setDotsPerMeterX(DotsPerMetre(nDPI));
+    Image.setDotsPerMeterY(DotsPerMetre(nDPI));
+}
+
+// Formats without an alpha channel would show the colour beneath the transparency, which is black.
+bool CarriesAlpha(const QByteArray& Format)
+{
+    static constexpr const char* kFormats[] = {"png", "webp", "tif", "tiff", "ico",
+                                               "cur", "xpm",  "jp2", "icns"};
+    return std::any_of(std::begin(kFormats), std::end(kFormats),
+                       [&Format](const char* pszFormat) { return Format == pszFormat; });
+}
+
+const char* FormatOf(int nImageTypeID)
+{
+    switch (nImageTypeID) {
+    case EBITI_BITMAP:
+        return "BMP";
+    case EBITI_JPG:
+        return "JPG";
+    case EBITI_PNG:
+        return "PNG";
+    default:
+        return nullptr;
+    }
+}
+
+bool Encode(const QImage& Image, const QByteArray& Format, QByteArray& Encoded)
+{
+    QBuffer Buffer(&Encoded);
+    return !Image.isNull() && !Format.isEmpty() && Buffer.open(QIODevice::WriteOnly) &&
+           Image.save(&Buffer, Format.constData());
+}
+
+// Writes the whole file and makes sure of it: a full disk shows only when the bytes are flushed.
+bool WriteWholeFile(const QString& strPath, const QByteArray& Bytes)
+{
+    QFile File(strPath);
+    if (!File.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    const bool bWritten = File.write(Bytes) == Bytes.size() && File.flush();
+    File.close();
+    return bWritten && File.error() == QFileDevice::NoError;
+}
+
+} // namespace
+
+bool IsRasterType(int nImageTypeID)
+{
+    return FormatOf(nImageTypeID) != nullptr;
+}
+
+bool PathFromHost(const wchar_t* pwszPath, QString& strPath)
+{
+    static_assert(sizeof(wchar_t) == sizeof(char32_t));
+    if (!pwszPath)
+        return false;
+    strPath = QString::fromUcs4(reinterpret_cast<const char32_t*>(pwszPath));
+    return true;
+}
+
+QImage WithTransparentWhite(const QImage& Image)
+{
+    QImage Result = Image;
+    Result.setAlphaChannel(Image.createMaskFromColor(QColor(Qt::white).rgb(), Qt::MaskOutColor));
+    return Result;
+}
+
+bool SaveRasterFile(QImage Image, const QString& strPath, int nDPI, bool bTransparentWhite)
+{
+    if (Image.isNull())
+        return false;
+    const QByteArray Format = QFileInfo(strPath).suffix().toLower().toLatin1();
+    SetResolution(Image, nDPI);
+    if (bTransparentWhite && CarriesAlpha(Format))
+        Image = WithTransparentWhite(Image);
+    QByteArray Encoded;
+    return Encode(Image, Format, Encoded) && WriteWholeFile(strPath, Encoded);
+}
+
+bool SavePdfFile(const QImage& Image, const QString& strPath, int nDPI)
+{
+    QFile File(strPath);
+    if (!File.open(QIODevice::WriteOnly))
+        return false;
+    QPdfWriter Writer(&File);
+    Writer.setPageSize(QPageSize(QPageSize::A4));
+    Writer.setResolution(nDPI);
+    Writer.setPageMargins(QMarginsF(10, 10, 10, 10));
+    QPainter Painter;
+    if (Painter.begin(&Writer)) {
+        // Painted as an image: a pixmap would need a GUI application, and looks the same.
+        QImage Page = Image;
+        SetResolution(Page, nDPI);
+        Painter.drawImage(0, 0, Page);
+        Painter.end();
+    }
+    File.close();
+    return true;
+}
+
+void SaveSvgFile(const CSvgContent& Content, const QString& strPath, int nDPI)
+{
+    QSvgGenerator Generator;
+    Generator.setFileName(strPath);
+    Generator.setSize(Content.m_Size);
+    Generator.setViewBox(QRect(QPoint(0, 0), Content.m_Size));
+    Generator.setResolution(nDPI);
+    QPainter Painter;
+    if (!Painter.begin(&Generator))
+        return;
+    if (!Content.m_Fingerprint.isNull()) {
+        // Without an alpha channel it is embedded as a pixmap would be.
+        QImage Fingerprint = Content.m_Fingerprint.convertToFormat(QImage::Format_RGB32);
+        SetResolution(Fingerprint, nDPI);
+        Painter.drawImage((Content.m_Size.width() - Fingerprint.width()) / 2,
+                          (Content.m_Size.height() - Fingerprint.height()) / 2, Fingerprint);
+    }
+    std::optional<QPointF> Previous; // set while a stroke is open
+    Content.m_Points.ForEachRun([&](const _POINTDATA* pFirst, std::size_t nCount) {
+        for (const _POINTDATA* pPoint = pFirst; pPoint != pFirst + nCount; ++pPoint) {
+            if (pPoint->ucStatus != kStatusOnStroke) {
+                Previous.reset();
+                continue;
+            }
+            const CCanvasSample Sample = Content.m_Pen.m_Mapping.ConvertSignRawDataToSignWndData(
+                Content.m_Model, pPoint->usX, pPoint->sY, pPoint->sPressure);
+            const QPointF Point =
+                QPointF(Sample.m_dblX, Sample.m_dblY) - QPointF(Content.m_Origin.x(), Content.m_Origin.y());
+            if (Previous)
+                DrawStrokeSegment(Painter, QLineF(*Previous, Point),
+                                  Content.m_Pen.StrokeWidth(Sample.m_dblPressure), Content.m_Pen.m_PenColor);
+            Previous = Point;
+        }
+    });
+    Painter.end();
+}
+
+QByteArray EncodeImage(const QImage& Image, int nImageTypeID, bool bTransparentWhite)
+{
+    QByteArray Encoded;
+    const char* const pszFormat = FormatOf(nImageTypeID);
+    if (!pszFormat || Image.isNull())
+        return Encoded;
+    const bool bMask = nImageTypeID == EBITI_PNG && bTransparentWhite;
+    if (!Encode(bMask ? WithTransparentWhite(Image) : Image, pszFormat, Encoded))
+        Encoded.clear();
+    return Encoded;
+}
+
+bool SaveEncodedImage(const QByteArray& Encoded, int nImageTypeID, const QString& strPath)
+{
+    const char* const pszFormat = FormatOf(nImageTypeID);
+    if (!pszFormat)
+        return false;
+    QBuffer Buffer;
+    Buffer.setData(Encoded);
+    QImageReader Reader(&Buffer, pszFormat);
+    // Asked of the header alone: a few bytes may claim an image of gigabytes. Without a readable header the
+    // reader's format is not to be relied on.
+    const QSize Size = Reader.size();
+    if (!Size.isValid())
+        return false;
+    const QImage::Format eFormat = Reader.imageFormat();
+    const bool bKnown = eFormat > QImage::Format_Invalid && eFormat < QImage::NImageFormats;
+    const std::int64_t nDepth = bKnown ? QImage::toPixelFormat(eFormat).bitsPerPixel() : 32;
+    if (std::int64_t{Size.width()} * Size.height() > kMaxUnpackedBytes * 8 / nDepth)
+        return false;
+    QImage Image;
+    QByteArray Rewritten;
+    return Reader.read(&Image) && Encode(Image, pszFormat, Rewritten) && WriteWholeFile(strPath, Rewritten);
+}
+
+char* TextForHost(const QByteArray& Text)
+{
+    const auto nSize = static_cast<std::size_t>(Text.size());
+    char* const pText = new char[nSize + 1];
+    std::memcpy(pText, Text.constData(), nSize);
+    pText[nSize] = '\0';
+    return pText;
+}

@@ -1,0 +1,59 @@
+// Pictures of a signature: raster files, PDF, SVG and encoded images. Free functions over copies, so that no
+// lock is held while they work. All run without any application object.
+#pragma once
+
+#include "ink/inkpoints.h"
+#include "signcore/boundingbox.h"
+#include "signcore/pensetup.h"
+
+#include <QByteArray>
+#include <QImage>
+#include <QString>
+
+// Whether the type id is one of the raster images: BMP, JPEG, PNG.
+bool IsRasterType(int nImageTypeID);
+
+// What an export takes of a canvas.
+struct CExportSource
+{
+    QImage m_Image; // the canvas or the clipped part of it; null when nothing is left
+    QRect m_rcClip{QPoint(-1, -1), QPoint(-2, -2)}; // meaningful when clipping
+};
+
+// A host's wide, zero-terminated path. False for null.
+bool PathFromHost(const wchar_t* pwszPath, QString& strPath);
+
+// An image with its white made transparent.
+QImage WithTransparentWhite(const QImage& Image);
+
+// Writes an image file in the format of the path's suffix. False unless encoding, writing and closing all
+// succeeded; the file is not touched before encoding has.
+bool SaveRasterFile(QImage Image, const QString& strPath, int nDPI, bool bTransparentWhite);
+
+// Writes a one-page A4 PDF with the image at the top left of its printable area. False when the file cannot
+// be opened.
+bool SavePdfFile(const QImage& Image, const QString& strPath, int nDPI);
+
+// What an SVG shows.
+struct CSvgContent
+{
+    QSize m_Size;          // in pixels
+    QPoint m_Origin;       // canvas position of the picture's top-left corner
+    CInkSnapshot m_Points; // raw points
+    CPenState m_Pen;       // maps and draws them
+    const CPadModel& m_Model;
+    QImage m_Fingerprint; // drawn in the middle, below the strokes; null without one
+};
+
+// Draws the strokes as vectors. A file that cannot be written is left out silently.
+void SaveSvgFile(const CSvgContent& Content, const QString& strPath, int nDPI);
+
+// An image encoded by type id: 1 BMP, 2 JPEG, 3 PNG. Empty for another id or an image that cannot be encoded.
+QByteArray EncodeImage(const QImage& Image, int nImageTypeID, bool bTransparentWhite);
+
+// Turns encoded bytes of the type into an image file of the same type. False for bytes that are no such
+// image, for images that would unpack beyond 256 MiB, and for files that cannot be written whole.
+bool SaveEncodedImage(const QByteArray& Encoded, int nImageTypeID, const QString& strPath);
+
+// A zero-terminated copy for the host, made with new[]; the host gives it back through a Free function.
+char* TextForHost(const QByteArray& Text);

@@ -1,0 +1,410 @@
+// The driver library: found or not, whole or not, started, stopped, and left without a trace.
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "harness.h"
+
+namespace scribera::test {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class Driver : public PadTest
+{
+protected:
+    void SetUp() override
+    {
+        PadTest::SetUp();
+        m_idleThreads = idleThreads();
+    }
+
+    // A start that must fail, and everything that must hold after it.
+    void expectFailedStart(const Texts& loadLines)
+    {
+        warmUp();
+        const bool simulated = sim().isOpen();
+        const ProcessState before = ProcessState::now();
+        removeLogs();
+        setLogging(true);
+        EXPECT_FALSE(start());
+        setLogging(false);
+        const std::vector<LogLine> lines = mainLog();
+        processEvents();
+        const ProcessState after = ProcessState::now();
+
+        EXPECT_EQ(textsOf(lines, method("LoadScriberaDriver")), loadLines);
+        EXPECT_EQ(textsOf(lines, method("IsDeviceConnected")),
+                  (Texts{"enter...", "leave with m_bDeviceConnected=0"}));
+        expectNothingLeft(lines);
+        EXPECT_TRUE(threadsAre(m_idleThreads));
+        EXPECT_EQ(after.files, before.files);
+        EXPECT_EQ(after.maps("libscriberadrv.so"), simulated);
+    }
+
+    void expectNothingLeft(const std::vector<LogLine>& lines)
+    {
+        EXPECT_EQ(Library::instance().signWidget, nullptr);
+        EXPECT_EQ(Library::instance().useSignObj, 0);
+        EXPECT_EQ(api().GetTotalPacketsNumber(type()), -8);
+        EXPECT_EQ(pad().signWidget(), nullptr);
+
+        // The start stops what it began, through its own family's function, and leaves last.
+        EXPECT_EQ(textsOf(lines, exported("UnInitialDevice")),
+                  (Texts{"Enter, nDeviceType=" + std::to_string(type()), "leave with ARI_SUCCESS..."}));
+        EXPECT_EQ(textsOf(lines, method("ShutdownScriberaDriver")).front(), "Enter...");
+        EXPECT_EQ(textsOf(lines, method("ShutdownScriberaDriver")).back(), "leave !");
+        ASSERT_FALSE(lines.empty());
+        EXPECT_EQ(lines.back().label, exported("InitialDevice"));
+        EXPECT_EQ(lines.back().text, "leave with bRet=0 !");
+    }
+
+    bool start()
+    {
+        QWidget* parent = padCase().isWidget() ? &pad().makeParent(true) : nullptr;
+        return api().InitialDevice(type(), parent, 0, 0, 100, 50);
+    }
+
+    // The first widget and the first thread of a process open files that the process keeps. Expects a driver
+    // that fails.
+    void warmUp()
+    {
+        if (padCase().isWidget()) {
+            QWidget(&pad().makeParent(true)).show();
+            processEvents();
+        }
+        EXPECT_FALSE(start());
+        EXPECT_TRUE(threadsAre(m_idleThreads));
+    }
+
+    std::vector<std::string> required() const
+    {
+        std::vector<std::string> names = {"Initial",           "UnInitial",
+                                          "GetDevicePadID",    "GetDevicePartsVersion",
+                                          "SetDevicePenStyle", "ClearDeviceContent"};
+        if (model().hasScreen) {
+            for (const char* name : {"GetDevicePenID", "GetDeviceSecureID", "ShowVersionInfoOnDevice"})
+                names.push_back(name);
+        }
+        if (model().hasFingerprint)
+            names.push_back("ShowFPImageOnDevice");
+        return names;
+    }
+
+    Texts startCalls() const
+    {
+        Texts calls = {"SCRDAPI_Initial", "SCRDAPI_GetDevicePartsVersion", "SCRDAPI_ClearDeviceContent"};
+        if (model().hasScreen)
+            calls.push_back("SCRDAPI_OpenDeviceLCD");
+        return calls;
+    }
+
+    Texts stopCalls() const
+    {
+        return {model().hasScreen ? "SCRDAPI_OpenDeviceLCD" : "SCRDAPI_ClearDeviceContent",
+                "SCRDAPI_UnInitial"};
+    }
+
+    std::set<std::string> m_idleThreads; // of a process with no pad open
+};
+
+const std::vector<std::string> everyEntryPoint = {"Initial",
+                                                  "UnInitial",
+                                                  "OpenDeviceLCD",
+                                                  "ClearDeviceContent",
+                                                  "GetDevicePenID",
+                                                  "GetDevicePadID",
+                                                  "GetDeviceSecureID",
+                                                  "GetDevicePartsVersion",
+                                                  "ShowVersionInfoOnDevice",
+                                                  "SetDevicePenStyle",
+                                                  "ShowFPImageOnDevice"};
+
+Texts withoutCall(Texts calls, const std::string& missing)
+{
+    std::erase(calls, "SCRDAPI_" + missing);
+    return calls;
+}
+
+TEST_P(Driver, MissingFile)
+{
+    removeDriver();
+    expectFailedStart({"Enter...", "'libscriberadrv.so' Library is not loaded !", "leave with bRet=0"});
+}
+
+TEST_P(Driver, FileThatIsNoLibrary)
+{
+    installNonLibrary();
+    expectFailedStart({"Enter...", "'libscriberadrv.so' Library is not loaded !", "leave with bRet=0"});
+}
+
+TEST_P(Driver, EmptyFile)
+{
+    removeDriver();
+    writeRecording(model(), driverFile, 0);
+    std::filesystem::resize_file(driverFile, 0);
+    expectFailedStart({"Enter...", "'libscriberadrv.so' Library is not loaded !", "leave with bRet=0"});
+}
+
+TEST_P(Driver, DirectoryInItsPlace)
+{
+    installDirectoryAsDriver();
+    expectFailedStart({"Enter...", "'libscriberadrv.so' Library is not loaded !", "leave with bRet=0"});
+}
+
+TEST_P(Driver, LinkThatLeadsNowhere)
+{
+    removeDriver();
+    std::filesystem::create_symlink("nothing-here.so", driverFile);
+    expectFailedStart({"Enter...", "'libscriberadrv.so' Library is not loaded !", "leave with bRet=0"});
+}
+
+TEST_P(Driver, IsTakenFromTheCurrentDirectoryOnly)
+{
+    std::filesystem::create_directory("elsewhere");
+    std::filesystem::current_path("elsewhere");
+    EXPECT_FALSE(start());
+    std::filesystem::current_path("..");
+    ASSERT_TRUE(pad().start());
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Driver, FailedStartIsFollowedByAGoodOne)
+{
+    removeDriver();
+    EXPECT_FALSE(start());
+    installDriver();
+    ASSERT_TRUE(pad().start());
+    pad().draw(wave(model(), 8));
+    EXPECT_EQ(pad().points(), 10);
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Driver, FailedStartByWindowIdLeavesNothing)
+{
+    removeDriver();
+    const WindowId id = padCase().isWidget() ? pad().makeParent(true).winId() : 0;
+    setLogging(true);
+    EXPECT_FALSE(api().InitialDeviceByWId(type(), id, 0, 0, 100, 50));
+    setLogging(false);
+    const std::vector<LogLine> lines = mainLog();
+    processEvents();
+    EXPECT_EQ(textsOf(lines, exported("InitialDeviceByWId")).back(), "leave with bRet=0 !");
+    EXPECT_EQ(textsOf(lines, exported("UnInitialDevice")).size(), 2u);
+    EXPECT_EQ(Library::instance().signWidget, nullptr);
+    EXPECT_EQ(Library::instance().useSignObj, 0);
+    EXPECT_EQ(pad().signWidget(), nullptr);
+}
+
+TEST_P(Driver, LackingARequiredEntryPointIsRefused)
+{
+    for (const std::string& missing : required()) {
+        SCOPED_TRACE("without " + missing);
+        installDriverWithout(missing);
+        expectFailedStart(
+            {"Enter...", "'libscriberadrv.so' Library APIs failed to load !", "leave with bRet=0"});
+
+        // Nothing was started, and what was found is called to stop all the same.
+        sim().open();
+        sim().Reset();
+        EXPECT_FALSE(start());
+        processEvents();
+        EXPECT_EQ(sim().callLog(), withoutCall(stopCalls(), missing));
+        sim().close();
+        EXPECT_TRUE(threadsAre(m_idleThreads));
+    }
+}
+
+TEST_P(Driver, LackingAnEntryPointThatTheModelDoesNotNeedIsEnough)
+{
+    const std::vector<std::string> needed = required();
+    for (const std::string& missing : everyEntryPoint) {
+        if (std::find(needed.begin(), needed.end(), missing) != needed.end())
+            continue;
+        SCOPED_TRACE("without " + missing);
+        installDriverWithout(missing);
+        ASSERT_TRUE(pad().start());
+        EXPECT_EQ(sim().callLog(), withoutCall(startCalls(), missing));
+        pad().draw(wave(model(), 8));
+        EXPECT_EQ(pad().points(), 10);
+        if (model().hasScreen) {
+            pad().draw(wave(model(), 8));
+            const QImage before = pad().canvas();
+            if (missing == "OpenDeviceLCD") {
+                EXPECT_EQ(api().OpenLCD(type(), false), -1);
+                EXPECT_EQ(pad().canvas(), before);
+            }
+        }
+        sim().Reset();
+        setLogging(true);
+        EXPECT_EQ(pad().stopKeepingParent(), 0);
+        setLogging(false);
+        EXPECT_EQ(sim().callLog(), withoutCall(stopCalls(), missing));
+        EXPECT_EQ(textsOf(mainLog(), method("ShutdownScriberaDriver")).back(), "leave !");
+        pad().closeParent();
+        sim().close();
+    }
+}
+
+TEST_P(Driver, IsCalledInTheDocumentedOrder)
+{
+    ASSERT_TRUE(pad().start());
+    EXPECT_EQ(sim().callLog(), startCalls());
+    EXPECT_EQ(sim().LastArgument("SCRDAPI_Initial"), type());
+    EXPECT_EQ(sim().LastArgument("SCRDAPI_GetDevicePartsVersion"), 32);
+    if (model().hasScreen) {
+        EXPECT_EQ(sim().LastArgument("SCRDAPI_OpenDeviceLCD"), 1);
+    }
+
+    sim().Reset();
+    EXPECT_EQ(pad().stopKeepingParent(), 0);
+    EXPECT_EQ(sim().callLog(), stopCalls());
+    if (model().hasScreen) {
+        EXPECT_EQ(sim().LastArgument("SCRDAPI_OpenDeviceLCD"), 0);
+    }
+}
+
+TEST_P(Driver, StartAndStopWriteTheirLines)
+{
+    setLogging(true);
+    ASSERT_TRUE(pad().start());
+    EXPECT_EQ(pad().stopKeepingParent(), 0);
+    setLogging(false);
+    const std::vector<LogLine> lines = mainLog();
+    EXPECT_EQ(textsOf(lines, method("LoadScriberaDriver")),
+              (Texts{"Enter...", "after call m_pfn_SCRDAPI_Initial(), nResult=0", "leave with bRet=1"}));
+
+    const bool aroundClear = !model().hasScreen && padCase().isWidget();
+    const Texts clearLines = {"b4 call m_pfn_SCRDAPI_ClearDeviceContent()...",
+                              "after call m_pfn_SCRDAPI_ClearDeviceContent()..."};
+    Texts check = {"enter...", std::string("cVersion=") + model().modelText + ", nResult=0"};
+    Texts stop = {"Enter..."};
+    if (aroundClear) {
+        check.insert(check.end(), clearLines.begin(), clearLines.end());
+        stop.insert(stop.end(), clearLines.begin(), clearLines.end());
+    }
+    check.push_back("leave with m_bDeviceConnected=1");
+    stop.push_back("leave !");
+    EXPECT_EQ(textsOf(lines, method("IsDeviceConnected")), check);
+    EXPECT_EQ(textsOf(lines, method("ShutdownScriberaDriver")), stop);
+    EXPECT_EQ(textsOf(lines, method("Shutdown")).front(), "Enter...");
+    EXPECT_EQ(textsOf(lines, method("Shutdown")).back(), "leave !");
+}
+
+TEST_P(Driver, RefusalToStartFailsTheStart)
+{
+    sim().open();
+    ASSERT_EQ(sim().SetResult("SCRDAPI_Initial", 1), 0);
+    warmUp();
+    for (const int code : {1, -1, 99, -2147483647 - 1}) {
+        SCOPED_TRACE(code);
+        sim().open();
+        sim().Reset();
+        ASSERT_EQ(sim().SetResult("SCRDAPI_Initial", code), 0);
+        const ProcessState before = ProcessState::now();
+        removeLogs();
+        setLogging(true);
+        EXPECT_FALSE(start());
+        setLogging(false);
+        const std::vector<LogLine> lines = mainLog();
+        processEvents();
+        const ProcessState after = ProcessState::now();
+
+        EXPECT_EQ(textsOf(lines, method("LoadScriberaDriver")),
+                  (Texts{"Enter...", "after call m_pfn_SCRDAPI_Initial(), nResult=" + std::to_string(code),
+                         "leave with bRet=0"}));
+        EXPECT_EQ(textsOf(lines, method("IsDeviceConnected")),
+                  (Texts{"enter...", "leave with m_bDeviceConnected=0"}));
+        expectNothingLeft(lines);
+        Texts calls = {"SCRDAPI_Initial"};
+        for (const std::string& call : stopCalls())
+            calls.push_back(call);
+        EXPECT_EQ(sim().callLog(), calls);
+        EXPECT_TRUE(threadsAre(m_idleThreads));
+        EXPECT_EQ(after.files, before.files);
+
+        sim().close();
+        EXPECT_FALSE(ProcessState::now().maps("libscriberadrv.so"));
+    }
+}
+
+TEST_P(Driver, ResultsOfPreparingThePadAreNotLookedAt)
+{
+    sim().open();
+    for (const char* name : {"SCRDAPI_ClearDeviceContent", "SCRDAPI_OpenDeviceLCD"})
+        ASSERT_EQ(sim().SetResult(name, -7), 0);
+    EXPECT_TRUE(pad().start());
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Driver, SamplesDuringTheConnectionCheckLeaveNoTrace)
+{
+    writeRecording(model(), "early.txt", 200);
+    setenv("SCRIBERA_SIM_RECORDING", "early.txt", 1);
+    setenv("SCRIBERA_SIM_RATE", "max", 1);
+    setenv("SCRIBERA_SIM_START_MS", "0", 1);
+    sim().open();
+    ASSERT_EQ(sim().SetDelay("SCRDAPI_GetDevicePartsVersion", 500), 0);
+    setLogging(true);
+    ASSERT_TRUE(pad().start());
+    sim().waitIdle();
+    setLogging(false);
+    EXPECT_EQ(pad().points(), -8);
+    EXPECT_TRUE(textsOf(mainLog(), method(model().handler)).empty());
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Driver, IsUnloadedAtStop)
+{
+    ASSERT_TRUE(start());
+    EXPECT_TRUE(ProcessState::now().maps("libscriberadrv.so"));
+    EXPECT_EQ(api().UnInitialDevice(type()), 0);
+    EXPECT_FALSE(ProcessState::now().maps("libscriberadrv.so"));
+}
+
+TEST_P(Driver, FiftyCyclesLeaveNothingBehind)
+{
+    const auto cycle = [this](int number) {
+        ASSERT_TRUE(pad().start({.parentShown = number % 2 == 0, .byWindowId = number % 3 == 0}));
+        if (number % 5 != 0) {
+            pad().draw(wave(model(), 10));
+            sim().pressKey(number % 2);
+        }
+        EXPECT_EQ(pad().stop(), 0);
+    };
+    for (int i = 0; i < 3; ++i)
+        cycle(i); // what the process opens once and keeps
+    EXPECT_TRUE(threadsAre(m_idleThreads));
+    const ProcessState before = ProcessState::now();
+    EXPECT_FALSE(before.maps("libscriberadrv.so"));
+    for (int i = 0; i < 50; ++i)
+        cycle(i);
+    EXPECT_TRUE(threadsAre(m_idleThreads));
+    const ProcessState after = ProcessState::now();
+    EXPECT_EQ(after.files, before.files);
+    EXPECT_EQ(after.mappedFiles, before.mappedFiles);
+}
+
+TEST_P(Driver, FiftyFailedStartsLeaveNothingBehind)
+{
+    sim().open();
+    sim().setText("SCRDAPI_GetDevicePartsVersion", "NOTAPAD");
+    warmUp();
+    const auto failures = [this](int count) {
+        for (int i = 0; i < count; ++i) {
+            EXPECT_FALSE(start());
+            processEvents();
+        }
+    };
+    const ProcessState before = ProcessState::now();
+    failures(50);
+    EXPECT_TRUE(threadsAre(m_idleThreads));
+    const ProcessState after = ProcessState::now();
+    EXPECT_EQ(after.files, before.files);
+    EXPECT_EQ(after.mappedFiles, before.mappedFiles);
+}
+
+SCRIBERA_INSTANTIATE_ALL(Driver);
+
+} // namespace
+} // namespace scribera::test

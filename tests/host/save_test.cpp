@@ -1,0 +1,619 @@
+// Signature files of all five types.
+
+#include <QTransform>
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+
+#include <QXmlStreamReader>
+
+#include "pen.h"
+
+namespace scribera::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct FileType
+{
+    int id;
+    const char* suffix;
+};
+
+constexpr FileType fileTypes[] = {
+    {ImageBmp, "bmp"}, {ImageJpeg, "jpg"}, {ImagePng, "png"}, {ImagePdf, "pdf"}, {ImageSvg, "svg"}};
+
+class Save : public PadTest
+{
+protected:
+    void startWithInk(int width = 400, int height = 200)
+    {
+        ASSERT_TRUE(pad().start({.width = width, .height = height}));
+        m_redraw = std::make_unique<Redraw>(model(), width, height);
+        pad().draw(wave(model(), 30));
+        m_redraw->feed(wave(model(), 30));
+    }
+    const QImage& canvas() const { return m_redraw->image(); }
+    // Whatever a call did, the signature is as it was.
+    void expectUnchanged()
+    {
+        EXPECT_TRUE(holdsPoints(pad(), *m_redraw));
+        EXPECT_TRUE(holdsCanvas(pad(), *m_redraw));
+    }
+
+    std::unique_ptr<Redraw> m_redraw;
+};
+
+TEST_P(Save, RastersCarryTheirResolution)
+{
+    startWithInk();
+    for (const auto& [level, dotsPerMetre] :
+         {std::pair(0, 5905), std::pair(1, 11811), std::pair(7, 11811), std::pair(-1, 11811)}) {
+        ASSERT_EQ(pad().save(ImageBmp, "dpi.bmp", level), 0);
+        ASSERT_EQ(pad().save(ImagePng, "dpi.png", level), 0);
+        for (const char* path : {"dpi.bmp", "dpi.png"}) {
+            const QImage image = loaded(path);
+            EXPECT_EQ(image.dotsPerMeterX(), dotsPerMetre) << path << ", level " << level;
+            EXPECT_EQ(image.dotsPerMeterY(), dotsPerMetre) << path << ", level " << level;
+        }
+    }
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, RastersEqualTheCanvas)
+{
+    startWithInk();
+    ASSERT_EQ(pad().save(ImageBmp, "canvas.bmp"), 0);
+    ASSERT_EQ(pad().save(ImageJpeg, "canvas.jpg"), 0);
+    ASSERT_EQ(pad().save(ImagePng, "canvas.png"), 0);
+    EXPECT_TRUE(sameColors(loaded("canvas.bmp"), canvas()));
+    EXPECT_TRUE(isCanvasOnNothing(loaded("canvas.png"), canvas()));
+    EXPECT_TRUE(samePixels(loaded("canvas.png"), onNothing(canvas())));
+    EXPECT_TRUE(samePixels(loaded("canvas.jpg"), decoded(encoded(canvas(), "JPG"), "JPG")));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, SuffixDecidesTheFormat)
+{
+    startWithInk();
+    const QImage jpeg = decoded(encoded(canvas(), "JPG"), "JPG");
+    for (const int imageType : {ImageBmp, ImageJpeg, ImagePng}) {
+        ASSERT_EQ(pad().save(imageType, "suffix.bmp"), 0);
+        EXPECT_EQ(fileContent("suffix.bmp").substr(0, 2), "BM");
+        EXPECT_TRUE(sameColors(loaded("suffix.bmp"), canvas())) << "type " << imageType;
+        for (const char* path : {"suffix.jpg", "suffix.jpeg", "SUFFIX.JPG"}) {
+            ASSERT_EQ(pad().save(imageType, path), 0);
+            EXPECT_EQ(fileContent(path).substr(0, 3), "\xff\xd8\xff");
+            EXPECT_TRUE(samePixels(loaded(path), jpeg)) << path << ", type " << imageType;
+        }
+        ASSERT_EQ(pad().save(imageType, "suffix.png"), 0);
+        EXPECT_EQ(fileContent("suffix.png").substr(1, 3), "PNG");
+        if (imageType == ImagePng) {
+            EXPECT_TRUE(isCanvasOnNothing(loaded("suffix.png"), canvas()));
+        } else {
+            EXPECT_TRUE(samePixels(loaded("suffix.png"), canvas())) << "type " << imageType;
+        }
+    }
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, PathsThatCannotBeWrittenAreRefused)
+{
+    startWithInk();
+    fs::create_directory("directory.png");
+    fs::create_directory("directory.pdf");
+    std::ofstream("file") << "in the way";
+    for (const int imageType : {ImageBmp, ImageJpeg, ImagePng}) {
+        for (const char* path : {"", "nosuffix", "unknown.suffix", "trailing.", "picture.txt",
+                                 "directory.png", "missing/picture.png", "file/picture.png", ".", "/"}) {
+            EXPECT_EQ(pad().save(imageType, path), -8) << path << ", type " << imageType;
+        }
+    }
+    for (const char* path : {"", "directory.pdf", "missing/picture.pdf", "file/picture.pdf"})
+        EXPECT_EQ(pad().save(ImagePdf, path), -8) << path;
+    for (const FileType& file : fileTypes)
+        EXPECT_EQ(api().SaveDrawingImage(type(), file.id, nullptr, 1), -8) << file.suffix;
+    for (const char* path : {"nosuffix", "unknown.suffix", "trailing.", "picture.txt", "missing"})
+        EXPECT_FALSE(fs::exists(path)) << path;
+    EXPECT_EQ(fileContent("file"), "in the way");
+    EXPECT_TRUE(fs::is_directory("directory.png"));
+    expectUnchanged();
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, PdfNeedsNoSuffix)
+{
+    startWithInk();
+    EXPECT_EQ(pad().save(ImagePdf, "document"), 0);
+    EXPECT_EQ(fileContent("document").substr(0, 5), "%PDF-");
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, FullDiskIsAFailureForRasters)
+{
+    startWithInk();
+    for (const auto& [imageType, path] : {std::pair(ImageBmp, "full.bmp"), std::pair(ImageJpeg, "full.jpg"),
+                                          std::pair(ImagePng, "full.png")}) {
+        fs::create_symlink("/dev/full", path);
+        setLogging(true);
+        EXPECT_EQ(pad().save(imageType, path), -8) << path;
+        setLogging(false);
+        EXPECT_EQ(textsOf(mainLog(), method("SaveDrawingImage")).back(), "leave with nResult=-8");
+        EXPECT_EQ(textsOf(mainLog(), exported("SaveDrawingImage")).back(), "leave with nResult=-8 !");
+    }
+    EXPECT_TRUE(fs::is_character_file("/dev/full"));
+    expectUnchanged();
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, SvgThatCannotBeWrittenCountsAsSaved)
+{
+    startWithInk();
+    fs::create_directory("directory.svg");
+    fs::create_symlink("/dev/full", "full.svg");
+    for (const char* path : {"directory.svg", "missing/picture.svg", "full.svg"})
+        EXPECT_EQ(pad().save(ImageSvg, path), 0) << path;
+    expectUnchanged();
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, WithoutPointsNothingIsWritten)
+{
+    ASSERT_TRUE(pad().start());
+    for (const FileType& file : fileTypes) {
+        const std::string path = std::string("empty.") + file.suffix;
+        EXPECT_EQ(pad().save(file.id, path), -8) << path;
+        EXPECT_FALSE(fs::exists(path));
+    }
+    std::ofstream("old.png") << "old";
+    EXPECT_EQ(pad().save(ImagePng, "old.png"), -8);
+    EXPECT_EQ(fileContent("old.png"), "old");
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, UnsupportedTypesAreRefused)
+{
+    startWithInk();
+    for (const int imageType : {-1, 0, 4, 5, 6, 9, 100, INT32_MIN, INT32_MAX}) {
+        EXPECT_EQ(pad().save(imageType, "refused.png"), -2) << imageType;
+        EXPECT_FALSE(fs::exists("refused.png"));
+    }
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, ExistingFileIsReplaced)
+{
+    startWithInk();
+    for (const FileType& file : fileTypes) {
+        const std::string path = std::string("replaced.") + file.suffix;
+        std::ofstream(path) << std::string(2000000, 'x');
+        ASSERT_EQ(pad().save(file.id, path), 0);
+        EXPECT_LT(fs::file_size(path), 1000000u);
+        EXPECT_EQ(fileContent(path).find("xxxxxxxxxx"), std::string::npos);
+    }
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, SameSignatureGivesTheSameFile)
+{
+    startWithInk();
+    for (const FileType& file : fileTypes) {
+        if (file.id == ImagePdf)
+            continue; // carries its date
+        const std::string path = std::string("twice.") + file.suffix;
+        ASSERT_EQ(pad().save(file.id, path), 0);
+        const std::string first = fileContent(path);
+        ASSERT_EQ(pad().save(file.id, path), 0);
+        EXPECT_TRUE(fileContent(path) == first) << path;
+    }
+    expectUnchanged();
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, SavingWritesItsLines)
+{
+    startWithInk();
+    setLogging(true);
+    std::wstring path = L"lines.pdf";
+    ASSERT_EQ(api().SaveDrawingImage(type(), ImagePdf, path.data(), 0), 0);
+    ASSERT_EQ(pad().save(ImageSvg, "lines.svg", 5), 0);
+    EXPECT_EQ(pad().save(6, "lines.ink"), -2);
+    setLogging(false);
+    const std::vector<LogLine> lines = mainLog();
+    const std::string pointer =
+        printed("%x", static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(path.data())));
+    EXPECT_EQ(textsOf(lines, exported("SaveDrawingImage"))[0],
+              printed("enter, nDeviceType=%d, nImageTypeID=7, pImageFilePath=%s, nDPILevel=0", type(),
+                      pointer.c_str()));
+    EXPECT_EQ(textsOf(lines, exported("SaveDrawingImage"))[1], "leave with nResult=0 !");
+    EXPECT_EQ(textsOf(lines, exported("SaveDrawingImage")).back(),
+              "leave with ARI_INVALID_PARAMETERS due to nImageTypeID out of range !");
+    EXPECT_EQ(textsOf(lines, method("SaveDrawingImage"))[0],
+              printed("enter, nImageTypeID=7, pImageFilePath=%s, nDPI=150", pointer.c_str()));
+    EXPECT_EQ(textsOf(lines, method("SaveDrawingImageAsPDFFile")),
+              (Texts{"enter, nDPI=150", "leave with bRet=1"}));
+    EXPECT_EQ(textsOf(lines, method("SaveDrawingImageAsSVGFile")),
+              (Texts{"enter, nDPI=300", "nInkCount=32", "leave !"}));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+// ---------------------------------------------------------------------------------------------- PDF
+
+struct PdfPicture
+{
+    int pages = 0;
+    double pageWidth = 0; // points
+    double pageHeight = 0;
+    QImage image;
+    bool exact = false;   // not by way of JPEG
+    QTransform placement; // unit square to points
+};
+
+// Reads what Qt's writer puts down: plain objects, streams with their length in an object of their own.
+class PdfReader
+{
+public:
+    explicit PdfReader(const std::string& path) : m_text(fileContent(path)) {}
+
+    PdfPicture read()
+    {
+        PdfPicture picture;
+        const std::regex page(R"(/Type /Page\s)");
+        picture.pages = static_cast<int>(
+            std::distance(std::sregex_iterator(m_text.begin(), m_text.end(), page), std::sregex_iterator()));
+        std::smatch match;
+        if (std::regex_search(m_text, match, std::regex(R"(/MediaBox \[0 0 ([\d.]+) ([\d.]+)\])"))) {
+            picture.pageWidth = std::stod(match[1]);
+            picture.pageHeight = std::stod(match[2]);
+        }
+        readImage(picture);
+        readContent(picture);
+        return picture;
+    }
+
+private:
+    std::string object(int number) const
+    {
+        const std::string begin = "\n" + std::to_string(number) + " 0 obj";
+        const std::size_t from = m_text.find(begin);
+        if (from == std::string::npos)
+            return {};
+        return m_text.substr(from + begin.size());
+    }
+    QByteArray stream(const std::string& text, std::size_t from) const
+    {
+        std::smatch match;
+        const std::string head = text.substr(from, text.find("stream\n", from) - from);
+        if (!std::regex_search(head, match, std::regex(R"(/Length (\d+) 0 R)")))
+            return {};
+        const int length = std::stoi(object(std::stoi(match[1])));
+        const std::size_t begin = text.find("stream\n", from) + 7;
+        QByteArray bytes(text.data() + begin, length);
+        if (head.find("/FlateDecode") != std::string::npos) {
+            QByteArray sized(4, '\0'); // the size is a hint only
+            sized[1] = 0x10;
+            bytes = qUncompress(sized + bytes);
+        }
+        return bytes;
+    }
+    void readImage(PdfPicture& picture) const
+    {
+        const std::size_t at = m_text.find("/Subtype /Image");
+        if (at == std::string::npos)
+            return;
+        const std::string head = m_text.substr(at, m_text.find("stream\n", at) - at);
+        std::smatch match;
+        if (!std::regex_search(head, match, std::regex(R"(/Width (\d+))")))
+            return;
+        const int width = std::stoi(match[1]);
+        if (!std::regex_search(head, match, std::regex(R"(/Height (\d+))")))
+            return;
+        const int height = std::stoi(match[1]);
+        const QByteArray bytes = stream(m_text, at);
+        if (head.find("/DCTDecode") != std::string::npos) {
+            picture.image = QImage::fromData(bytes, "JPG");
+            return;
+        }
+        picture.exact = true;
+        const bool grey = head.find("/DeviceGray") != std::string::npos;
+        if (bytes.size() < width * height * (grey ? 1 : 3))
+            return;
+        picture.image =
+            QImage(reinterpret_cast<const uchar*>(bytes.constData()), width, height, width * (grey ? 1 : 3),
+                   grey ? QImage::Format_Grayscale8 : QImage::Format_RGB888)
+                .copy();
+    }
+    // Follows the transformations up to where the picture is painted.
+    void readContent(PdfPicture& picture) const
+    {
+        std::smatch match;
+        if (!std::regex_search(m_text, match, std::regex(R"(/Contents (\d+) 0 R)")))
+            return;
+        const std::string content = stream(object(std::stoi(match[1])), 0).toStdString();
+        std::vector<QTransform> saved;
+        QTransform current;
+        const std::regex step(
+            R"(([-\d.]+) ([-\d.]+) ([-\d.]+) ([-\d.]+) ([-\d.]+) ([-\d.]+) cm\b|\bq\b|\bQ\b|/Im\d+ +Do\b)");
+        for (std::sregex_iterator it(content.begin(), content.end(), step); it != std::sregex_iterator();
+             ++it) {
+            const std::string word = it->str();
+            if (word == "q") {
+                saved.push_back(current);
+            } else if (word == "Q") {
+                if (!saved.empty()) {
+                    current = saved.back();
+                    saved.pop_back();
+                }
+            } else if (word.ends_with("Do")) {
+                picture.placement = current;
+            } else {
+                const auto number = [&](std::size_t i) { return std::stod((*it)[i]); };
+                current =
+                    QTransform(number(1), number(2), number(3), number(4), number(5), number(6)) * current;
+            }
+        }
+    }
+
+    std::string m_text;
+};
+
+TEST_P(Save, PdfIsOnePageWithThePictureInItsCorner)
+{
+    startWithInk();
+    for (const auto& [level, dpi] : {std::pair(0, 150.0), std::pair(1, 300.0)}) {
+        for (const bool clip : {false, true}) {
+            ASSERT_EQ(api().SetSaveCenterImageClip(type(), clip, 8, 8), 0);
+            const QImage expected = clip ? canvas().copy(inkBox(canvas(), 8, 8)) : canvas();
+            ASSERT_EQ(pad().save(ImagePdf, "page.pdf", level), 0);
+            const PdfPicture picture = PdfReader("page.pdf").read();
+            EXPECT_EQ(picture.pages, 1);
+            EXPECT_NEAR(picture.pageWidth, 595, 1);
+            EXPECT_NEAR(picture.pageHeight, 842, 1);
+            ASSERT_EQ(picture.image.size(), expected.size());
+            if (picture.exact) {
+                EXPECT_TRUE(sameColors(picture.image, expected));
+            } else {
+                EXPECT_TRUE(inkAgrees(picture.image, expected));
+            }
+            // One dot of the picture is one dot of the page, ten points from its left and upper edge.
+            const QRectF place = picture.placement.mapRect(QRectF(0, 0, 1, 1));
+            const double dot = 72 / dpi;
+            EXPECT_NEAR(place.width(), expected.width() * dot, 0.05);
+            EXPECT_NEAR(place.height(), expected.height() * dot, 0.05);
+            EXPECT_NEAR(place.left(), 10, dot);
+            EXPECT_NEAR(picture.pageHeight - place.bottom(), 10, 1);
+        }
+    }
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+// ---------------------------------------------------------------------------------------------- SVG
+
+struct SvgLine
+{
+    QPointF from;
+    QPointF to;
+    double width = 0;
+    QColor color;
+};
+
+struct SvgPicture
+{
+    std::string viewBox;
+    std::string width;
+    std::string height;
+    std::vector<SvgLine> lines;
+    bool roundEnds = true;
+};
+
+SvgPicture readSvg(const std::string& path)
+{
+    SvgPicture picture;
+    QXmlStreamReader reader(QByteArray::fromStdString(fileContent(path)));
+    double width = 0;
+    bool round = false;
+    QColor color;
+    while (!reader.atEnd()) {
+        if (reader.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        const QXmlStreamAttributes attributes = reader.attributes();
+        if (reader.name() == QLatin1String("svg")) {
+            picture.viewBox = attributes.value("viewBox").toString().toStdString();
+            picture.width = attributes.value("width").toString().toStdString();
+            picture.height = attributes.value("height").toString().toStdString();
+        } else if (reader.name() == QLatin1String("g") && attributes.hasAttribute("stroke-width")) {
+            width = attributes.value("stroke-width").toDouble();
+            color = QColor(attributes.value("stroke").toString());
+            round = attributes.value("stroke-linecap") == QLatin1String("round") &&
+                    attributes.value("stroke-linejoin") == QLatin1String("round");
+        } else if (reader.name() == QLatin1String("polyline")) {
+            const QStringList places = attributes.value("points").toString().simplified().split(' ');
+            const auto point = [&](int i) {
+                const QStringList numbers = places.at(i).split(',');
+                return QPointF(numbers.at(0).toDouble(), numbers.at(1).toDouble());
+            };
+            EXPECT_EQ(places.size(), 2);
+            picture.roundEnds = picture.roundEnds && round;
+            picture.lines.push_back({point(0), point(1), width, color});
+        }
+    }
+    EXPECT_FALSE(reader.hasError()) << reader.errorString().toStdString();
+    return picture;
+}
+
+void expectLines(const SvgPicture& picture, const std::vector<Segment>& segments, const QPoint& origin)
+{
+    ASSERT_EQ(picture.lines.size(), segments.size());
+    EXPECT_TRUE(picture.roundEnds);
+    for (std::size_t i = 0; i < segments.size(); ++i) {
+        const SvgLine& line = picture.lines[i];
+        const QPointF from = segments[i].from - origin;
+        const QPointF to = segments[i].to - origin;
+        EXPECT_NEAR(line.from.x(), from.x(), 0.01) << i;
+        EXPECT_NEAR(line.from.y(), from.y(), 0.01) << i;
+        EXPECT_NEAR(line.to.x(), to.x(), 0.01) << i;
+        EXPECT_NEAR(line.to.y(), to.y(), 0.01) << i;
+        EXPECT_NEAR(line.width, segments[i].width, 0.01) << i;
+        EXPECT_EQ(line.color, segments[i].color) << i;
+    }
+}
+
+TEST_P(Save, SvgHoldsTheStrokesInCanvasPlaces)
+{
+    startWithInk();
+    ASSERT_EQ(pad().save(ImageSvg, "strokes.svg"), 0);
+    const SvgPicture whole = readSvg("strokes.svg");
+    EXPECT_EQ(whole.viewBox, "0 0 400 200");
+    expectLines(whole, m_redraw->segments(), {0, 0});
+
+    ASSERT_EQ(api().SetSaveCenterImageClip(type(), true, 9, 4), 0);
+    ASSERT_EQ(pad().save(ImageSvg, "clipped.svg"), 0);
+    const QRect box = inkBox(canvas(), 9, 4);
+    const SvgPicture clipped = readSvg("clipped.svg");
+    EXPECT_EQ(clipped.viewBox, printed("0 0 %d %d", box.width(), box.height()));
+    expectLines(clipped, m_redraw->segments(), box.topLeft());
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, SvgSizeFollowsTheResolution)
+{
+    startWithInk();
+    for (const auto& [level, dpi] : {std::pair(0, 150.0), std::pair(1, 300.0)}) {
+        ASSERT_EQ(pad().save(ImageSvg, "size.svg", level), 0);
+        const SvgPicture picture = readSvg("size.svg");
+        EXPECT_NEAR(std::stod(picture.width), 400 * 25.4 / dpi, 0.01) << picture.width;
+        EXPECT_NEAR(std::stod(picture.height), 200 * 25.4 / dpi, 0.01) << picture.height;
+        EXPECT_TRUE(picture.width.ends_with("mm"));
+    }
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, SvgIsDrawnWithThePenOfTheMoment)
+{
+    startWithInk();
+    ASSERT_EQ(api().SetPenWidth(type(), 7), 0);
+    ASSERT_EQ(api().SetPenColor(type(), 10, 100, 250), 0);
+    Redraw pressed(model(), 400, 200);
+    pressed.setPenWidth(7);
+    pressed.setColor(QColor(10, 100, 250));
+    pressed.feed(wave(model(), 30));
+    ASSERT_EQ(pad().save(ImageSvg, "pressed.svg"), 0);
+    expectLines(readSvg("pressed.svg"), pressed.segments(), {0, 0});
+
+    ASSERT_EQ(api().SetPenStyle(type(), false), 0);
+    Redraw even(model(), 400, 200);
+    even.setPenWidth(7);
+    even.setPressure(false);
+    even.setColor(QColor(10, 100, 250));
+    even.feed(wave(model(), 30));
+    ASSERT_EQ(pad().save(ImageSvg, "even.svg"), 0);
+    expectLines(readSvg("even.svg"), even.segments(), {0, 0});
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, SvgClosesAStrokeOnlyAtItsEndMark)
+{
+    ASSERT_TRUE(pad().start());
+    StatusRecorder recorder(pad());
+    const std::vector<ScrSimSample> samples = {sampleAt(model(), {0.1, 0.2}, PenDown),
+                                               sampleAt(model(), {0.3, 0.2}, PenMove),
+                                               {0, 0, 0, ConfirmKeyDown},
+                                               {0, 0, 0, PenUp},
+                                               sampleAt(model(), {0.5, 0.8}, PenDown),
+                                               sampleAt(model(), {0.7, 0.8}, PenMove),
+                                               sampleAt(model(), {0.7, 0.8}, PenUp),
+                                               sampleAt(model(), {0.2, 0.9}, PenDown),
+                                               sampleAt(model(), {0.4, 0.9}, PenMove)};
+    pad().draw({samples.begin(), samples.begin() + 4});
+    ASSERT_TRUE(recorder.waitFor(1));
+    pad().draw({samples.begin() + 4, samples.end()});
+    ASSERT_EQ(pad().points(), 7);
+    ASSERT_EQ(pad().save(ImageSvg, "open.svg"), 0);
+    // The key ended the first stroke without a mark, so a line leads on to the second.
+    const SvgPicture picture = readSvg("open.svg");
+    ASSERT_EQ(picture.lines.size(), 4u);
+    EXPECT_NEAR(picture.lines[1].from.x(), picture.lines[0].to.x(), 0.01);
+    EXPECT_NEAR(picture.lines[1].to.x(), picture.lines[2].from.x(), 0.01);
+    EXPECT_NEAR(picture.lines[1].to.y(), picture.lines[2].from.y(), 0.01);
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, SvgOfATapHasNoStroke)
+{
+    ASSERT_TRUE(pad().start());
+    pad().draw(stroke(model(), {{0.5, 0.5}}));
+    ASSERT_EQ(pad().save(ImageSvg, "tap.svg"), 0);
+    EXPECT_TRUE(readSvg("tap.svg").lines.empty());
+    EXPECT_EQ(readSvg("tap.svg").viewBox, "0 0 400 200");
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Save, SvgPutsInkWhereTheCanvasHasIt)
+{
+    startWithInk();
+    ASSERT_EQ(pad().save(ImageSvg, "whole.svg"), 0);
+    const QImage whole = renderedSvg("whole.svg", canvas().size());
+    EXPECT_FALSE(isWhite(whole));
+    EXPECT_TRUE(inkAgrees(whole, canvas()));
+    ASSERT_EQ(api().SetSaveCenterImageClip(type(), true, 9, 4), 0);
+    ASSERT_EQ(pad().save(ImageSvg, "clipped.svg"), 0);
+    const QImage part = canvas().copy(inkBox(canvas(), 9, 4));
+    EXPECT_TRUE(inkAgrees(renderedSvg("clipped.svg", part.size()), part));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+SCRIBERA_INSTANTIATE_ALL(Save);
+
+// Names outside the alphabet; the process writes UTF-8.
+class SaveByName : public PadTest
+{
+protected:
+    void SetUp() override
+    {
+        setenv("LC_ALL", "C.UTF-8", 1);
+        std::setlocale(LC_ALL, "");
+        PadTest::SetUp();
+    }
+};
+
+TEST_P(SaveByName, FileNamesOfAllScriptsAreKept)
+{
+    ASSERT_TRUE(pad().start());
+    pad().draw(wave(model(), 10));
+    for (const FileType& file : fileTypes) {
+        const std::wstring name =
+            L"\u043f\u043e\u0434\u043f\u0438\u0441\u044c \u7b7e\u540d \u00df \U0001F58B." + wide(file.suffix);
+        const std::string utf8 =
+            "\xd0\xbf\xd0\xbe\xd0\xb4\xd0\xbf\xd0\xb8\xd1\x81\xd1\x8c \xe7\xad\xbe\xe5\x90\x8d "
+            "\xc3\x9f \xf0\x9f\x96\x8b." +
+            std::string(file.suffix);
+        EXPECT_EQ(saveWide(pad(), file.id, name), 0) << utf8;
+        EXPECT_TRUE(fs::exists(utf8)) << utf8;
+        EXPECT_GT(fileContent(utf8).size(), 100u);
+    }
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SaveByName, UnitsThatAreNoCharactersDoNoHarm)
+{
+    ASSERT_TRUE(pad().start());
+    pad().draw(wave(model(), 10));
+    for (const unsigned unit : {0xd800u, 0xdfffu, 0x110000u, 0x7fffffffu, 0xffffffffu}) {
+        std::wstring path = L"odd-?.png";
+        path[4] = static_cast<wchar_t>(unit);
+        const int result = saveWide(pad(), ImagePng, path);
+        EXPECT_TRUE(result == 0 || result == -8) << result;
+    }
+    const std::wstring tooLong(5000, L'n');
+    EXPECT_EQ(saveWide(pad(), ImagePng, tooLong + L".png"), -8);
+    EXPECT_EQ(saveWide(pad(), ImagePdf, tooLong + L".pdf"), -8);
+    EXPECT_EQ(pad().points(), 12);
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+SCRIBERA_INSTANTIATE_ALL(SaveByName);
+
+} // namespace
+} // namespace scribera::test

@@ -1,0 +1,310 @@
+// The signing canvas as a widget: its size, what it paints and when.
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <stdexcept>
+#include <thread>
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QPaintEvent>
+
+#include "pen.h"
+
+namespace scribera::test {
+namespace {
+
+class PaintCounter : public QObject
+{
+public:
+    explicit PaintCounter(QWidget* widget) : m_widget(widget) { widget->installEventFilter(this); }
+    ~PaintCounter() override
+    {
+        if (m_widget)
+            m_widget->removeEventFilter(this);
+    }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            ++paints;
+            region += static_cast<QPaintEvent*>(event)->region();
+        }
+        return false;
+    }
+    int paints = 0;
+    QRegion region;
+
+private:
+    QPointer<QWidget> m_widget;
+};
+
+class SignWidget : public PadTest
+{
+protected:
+    QWidget& widget()
+    {
+        QWidget* found = pad().signWidget();
+        if (!found)
+            throw std::runtime_error("no sign widget");
+        return *found;
+    }
+    static void settle() // until nothing is left to paint
+    {
+        for (int i = 0; i < 10; ++i) {
+            processEvents();
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    }
+    QImage grabbed() { return widget().grab().toImage(); }
+};
+
+TEST_P(SignWidget, ShowsTheCanvas)
+{
+    ASSERT_TRUE(pad().start());
+    settle();
+    EXPECT_TRUE(isWhite(grabbed()));
+    Redraw redraw(model(), 400, 200);
+    for (int i = 0; i < 3; ++i) {
+        const auto samples =
+            stroke(model(), {{0.1, 0.2 * i + 0.1}, {0.5, 0.2 * i + 0.2}, {0.9, 0.2 * i + 0.1}});
+        pad().draw(samples);
+        redraw.feed(samples);
+        EXPECT_TRUE(sameColors(grabbed(), redraw.image()));
+    }
+    EXPECT_TRUE(holdsCanvas(pad(), redraw));
+    ASSERT_EQ(api().Clear(type()), 0);
+    EXPECT_TRUE(isWhite(grabbed()));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SignWidget, RepaintsWhatThePenChangedWhenEventsRun)
+{
+    ASSERT_TRUE(pad().start());
+    // The first segment may bring up to date what a resize has left.
+    pad().draw(stroke(model(), {{0.1, 0.9, 0.1}, {0.2, 0.8, 0.1}}));
+    settle();
+    PaintCounter counter(&widget());
+    pad().draw(stroke(model(), {{0.1, 0.1, 0.1}, {0.2, 0.2, 0.1}}));
+    EXPECT_EQ(counter.paints, 0) << "painting is for the thread of the window";
+    ASSERT_TRUE(waitUntil([&] { return counter.paints > 0; }));
+    settle();
+    EXPECT_TRUE(counter.region.intersects(QRect(40, 20, 40, 20)));
+    EXPECT_FALSE(counter.region.contains(QPoint(390, 190))) << "only what changed";
+
+    settle();
+    counter.paints = 0;
+    pad().draw(wave(model(), 200));
+    settle();
+    EXPECT_GT(counter.paints, 0);
+    EXPECT_LT(counter.paints, 20) << "one repaint for many segments";
+
+    counter.paints = 0;
+    ASSERT_EQ(api().Clear(type()), 0);
+    EXPECT_TRUE(waitUntil([&] { return counter.paints > 0; }));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SignWidget, TapAndIgnoredSamplesRepaintNothing)
+{
+    ASSERT_TRUE(pad().start());
+    settle();
+    PaintCounter counter(&widget());
+    pad().draw(stroke(model(), {{0.5, 0.5}}));
+    pad().draw({sampleAt(model(), {0.9, 0.9}, PenMove), sampleAt(model(), {0.9, 0.9}, 7)});
+    settle();
+    EXPECT_EQ(counter.paints, 0);
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SignWidget, GrowingKeepsTheInkAtTheTopLeft)
+{
+    ASSERT_TRUE(pad().start());
+    Redraw redraw(model(), 400, 200);
+    pad().draw(wave(model(), 20));
+    redraw.feed(wave(model(), 20));
+    for (const QSize size :
+         {QSize(600, 400), QSize(300, 100), QSize(500, 100), QSize(500, 300), QSize(1, 1), QSize(410, 205)}) {
+        widget().resize(size);
+        processEvents();
+        redraw.resize(size.width(), size.height());
+        EXPECT_TRUE(holdsCanvas(pad(), redraw)) << size.width() << " x " << size.height();
+        EXPECT_TRUE(sameColors(grabbed(), redraw.image()));
+    }
+    EXPECT_TRUE(holdsPoints(pad(), redraw));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SignWidget, MappingFollowsAResize)
+{
+    ASSERT_TRUE(pad().start());
+    Redraw redraw(model(), 400, 200);
+    pad().draw(wave(model(), 20));
+    redraw.feed(wave(model(), 20));
+    for (const QSize size : {QSize(600, 400), QSize(250, 120)}) {
+        widget().resize(size);
+        processEvents();
+        redraw.resize(size.width(), size.height());
+        const auto samples = stroke(model(), {{0.0, 1.0}, {0.5, 0.1}, {1.0, 0.8}});
+        pad().draw(samples);
+        redraw.feed(samples);
+        EXPECT_TRUE(holdsCanvas(pad(), redraw)) << size.width() << " x " << size.height();
+    }
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SignWidget, ResizeWritesOneLine)
+{
+    ASSERT_TRUE(pad().start());
+    settle();
+    setLogging(true);
+    widget().resize(321, 123);
+    setLogging(false);
+    EXPECT_EQ(textsOf(mainLog(), method("resizeEvent")), Texts{"Enter, width=321, height=123"});
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SignWidget, PaintingWritesToTheInThreadFile)
+{
+    ASSERT_TRUE(pad().start());
+    settle();
+    removeLogs();
+    setLogging(true);
+    widget().repaint();
+    setLogging(false);
+    const Texts texts = textsOf(inThreadLog(), method("paintEvent"));
+    EXPECT_EQ(texts, (Texts{"enter...", "leave !"}));
+    EXPECT_TRUE(textsOf(mainLog(), method("paintEvent")).empty());
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SignWidget, MouseRepaintsWithItsLeftButtonAndNeverDraws)
+{
+    ASSERT_TRUE(pad().start());
+    settle();
+    PaintCounter counter(&widget());
+    const auto move = [&](Qt::MouseButtons buttons) {
+        counter.paints = 0;
+        QMouseEvent event(QEvent::MouseMove, QPointF(50, 50), Qt::NoButton, buttons, Qt::NoModifier);
+        QCoreApplication::sendEvent(&widget(), &event);
+        return counter.paints;
+    };
+    setLogging(true);
+    EXPECT_EQ(move(Qt::LeftButton), 1) << "at once";
+    EXPECT_EQ(move(Qt::NoButton), 0);
+    EXPECT_EQ(move(Qt::RightButton), 0);
+    EXPECT_EQ(move(Qt::LeftButton | Qt::RightButton), 1);
+    setLogging(false);
+    EXPECT_TRUE(textsOf(mainLog(), method("mouseMoveEvent")).empty());
+    EXPECT_TRUE(isWhite(grabbed()));
+    EXPECT_EQ(pad().points(), -8);
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SignWidget, HiddenWindowGivesABlankCanvasOfTheAskedSize)
+{
+    setLogging(true);
+    ASSERT_TRUE(pad().start({.width = 333, .height = 111, .parentShown = false}));
+    setLogging(false);
+    EXPECT_FALSE(pad().parent()->isVisible());
+    EXPECT_EQ(widget().size(), QSize(333, 111));
+    // Two of the lines have no hyphen behind their tick.
+    std::vector<std::string> messages;
+    for (const LogLine& line : withLabel(mainLog(), method("ResizeUnderInvisibleParentWidget")))
+        messages.push_back(line.message.substr(line.message.find('>') + 1));
+    EXPECT_EQ(messages,
+              (Texts{"Enter, width=333, height=111, parentWidget()->isVisible()=0",
+                     "nSignCanvasWidth=333, nSignCanvasHeight=111",
+                     "resize(nSignCanvasWidth, nSignCanvasHeight)...", "width=333, height=111", "-leave !"}));
+    Redraw redraw(model(), 333, 111);
+    pad().draw(wave(model(), 20));
+    redraw.feed(wave(model(), 20));
+    EXPECT_TRUE(holdsCanvas(pad(), redraw));
+
+    // Shown at last, with the ink it already has.
+    pad().parent()->show();
+    settle();
+    EXPECT_TRUE(holdsCanvas(pad(), redraw));
+    EXPECT_TRUE(sameColors(grabbed(), redraw.image()));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SignWidget, ShownWindowLeavesTheSizeToTheResizeEvent)
+{
+    setLogging(true);
+    ASSERT_TRUE(pad().start({.width = 333, .height = 111}));
+    setLogging(false);
+    std::vector<std::string> messages;
+    for (const LogLine& line : withLabel(mainLog(), method("ResizeUnderInvisibleParentWidget")))
+        messages.push_back(line.message.substr(line.message.find('>') + 1));
+    EXPECT_EQ(messages, (Texts{"Enter, width=333, height=111, parentWidget()->isVisible()=1",
+                               "nSignCanvasWidth=333, nSignCanvasHeight=111", "-leave !"}));
+    settle();
+    Redraw redraw(model(), 333, 111);
+    pad().draw(wave(model(), 20));
+    redraw.feed(wave(model(), 20));
+    EXPECT_TRUE(holdsCanvas(pad(), redraw));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SignWidget, CanvasHasItsSizeBeforeAnyEventRan)
+{
+    for (const bool shown : {true, false}) {
+        pad().makeParent(shown);
+        ASSERT_TRUE(api().InitialDevice(type(), pad().parent(), 3, 4, 240, 120));
+        sim().open();
+        Redraw redraw(model(), 240, 120);
+        pad().draw(wave(model(), 20));
+        redraw.feed(wave(model(), 20));
+        EXPECT_TRUE(holdsCanvas(pad(), redraw)) << shown;
+        EXPECT_EQ(pad().stop(), 0);
+    }
+}
+
+TEST_P(SignWidget, ConstructorWritesItsLines)
+{
+    setLogging(true);
+    ASSERT_TRUE(pad().start());
+    setLogging(false);
+    const Texts texts = textsOf(mainLog(), method(model().widgetClass));
+    ASSERT_GE(texts.size(), 4u);
+    EXPECT_EQ(texts[0], "Enter...");
+    EXPECT_TRUE(texts[1].find("width=") != std::string::npos) << texts[1];
+    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [](const std::string& text) {
+        return text.starts_with("m_pDoConfirmOrCancelKeyActionThread=");
+    }));
+    EXPECT_EQ(texts.back(), "leave !");
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SignWidget, ResizedWhileThePenSignsStaysWhole)
+{
+    ASSERT_TRUE(pad().start());
+    std::vector<ScrSimSample> samples;
+    for (int i = 0; i < 100; ++i) {
+        const auto more = wave(model(), 100);
+        samples.insert(samples.end(), more.begin(), more.end());
+    }
+    sim().queue(samples);
+    int step = 0;
+    while (pad().points() < 100 * 102) {
+        ++step;
+        widget().resize(200 + step % 7 * 60, 100 + step % 5 * 40);
+        processEvents();
+        EXPECT_EQ(grabbed().size(), widget().size());
+    }
+    sim().waitIdle();
+    widget().resize(400, 200);
+    processEvents();
+    ASSERT_EQ(api().Clear(type()), 0);
+    Redraw redraw(model(), 400, 200);
+    pad().draw(wave(model(), 20));
+    redraw.feed(wave(model(), 20));
+    EXPECT_TRUE(holdsCanvas(pad(), redraw));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+SCRIBERA_INSTANTIATE(SignWidget, Kind::Widget);
+
+} // namespace
+} // namespace scribera::test

@@ -1,0 +1,195 @@
+// Hosts that do not say goodbye: a process that ends, or unloads the library, while the pen streams.
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+
+#include <dlfcn.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QTimer>
+
+#include "harness.h"
+
+namespace scribera::test {
+namespace {
+
+// Arguments of every child: the pad's model, "widget" or "windowless".
+PadCase caseOf(const std::vector<std::string>& arguments)
+{
+    return {&padModel(arguments.at(0)), arguments.at(1) == "widget" ? Kind::Widget : Kind::Windowless};
+}
+
+// Starts a pad that streams without end, and never stops it. Null when that failed.
+Pad* startStreaming(const PadCase& padCase)
+{
+    static Pad* pad; // still there when the process ends
+    pad = new Pad(padCase);
+    if (!pad->start()) {
+        std::puts("start failed");
+        return nullptr;
+    }
+    pad->api().RealTimeSignatureDataCallback(pad->type(), [](unsigned long, long) {});
+    pad->api().SignatureStatusCallback(pad->type(), [](int) {});
+    if (pad->sim().Play("stream.txt", 0, 1, 1) != 0) {
+        std::puts(pad->sim().LastError());
+        return nullptr;
+    }
+    if (!waitUntil([&] { return pad->points() > 200; })) {
+        std::puts("no points arrived");
+        return nullptr;
+    }
+    return pad;
+}
+
+const ChildProgram exitWhileStreaming("exit-while-streaming", [](const std::vector<std::string>& arguments) {
+    if (!startStreaming(caseOf(arguments)))
+        return 1;
+    std::exit(0);
+});
+
+const ChildProgram quickExitWhileStreaming("quick-exit-while-streaming",
+                                           [](const std::vector<std::string>& arguments) {
+                                               if (!startStreaming(caseOf(arguments)))
+                                                   return 1;
+                                               std::quick_exit(0);
+                                           });
+
+const ChildProgram returnWhileStreaming("return-while-streaming",
+                                        [](const std::vector<std::string>& arguments) {
+                                            return startStreaming(caseOf(arguments)) ? 0 : 1;
+                                        });
+
+// The way most Qt hosts end: the window and the application are destroyed in main, one after the other.
+const ChildProgram returnWithWindow("return-with-window", [](const std::vector<std::string>& arguments) {
+    Pad* pad = startStreaming(caseOf(arguments));
+    if (!pad)
+        return 1;
+    QTimer::singleShot(50, qApp, &QCoreApplication::quit);
+    QCoreApplication::exec();
+    pad->closeParent();
+    destroyApplication();
+    return Library::instance().signWidget ? 2 : 0;
+});
+
+const ChildProgram exitInsideCallback("exit-inside-callback", [](const std::vector<std::string>& arguments) {
+    static Pad* pad;
+    pad = new Pad(caseOf(arguments));
+    if (!pad->start())
+        return 1;
+    pad->api().SignatureStatusCallback(pad->type(), [](int) { std::exit(0); });
+    pad->sim().PressKey(1);
+    waitUntil([] { return false; });
+    return 2;
+});
+
+const ChildProgram
+    unloadWhileStreaming("unload-while-streaming", [](const std::vector<std::string>& arguments) {
+        Pad* pad = startStreaming(caseOf(arguments));
+        if (!pad)
+            return 1;
+        void* const library = Library::instance().handle();
+        const Operations api = pad->api();
+        int points = pad->points();
+        if (dlclose(library) != 0)
+            return 2;
+        // What streams goes on, and a host that loads the library again finds its object.
+        if (!waitUntil([&] { return api.GetTotalPacketsNumber(pad->type()) > points + 500; }))
+            return 3;
+        processEvents();
+        void* const again = dlopen(SCRIBERA_SDK_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+        if (!again || dlsym(again, "g_pSignWidget") != static_cast<void*>(&Library::instance().signWidget))
+            return 4;
+        if (arguments.size() > 2) // "stop"
+            return pad->stop() == 0 && !Library::instance().signWidget ? 0 : 5;
+        return 0;
+    });
+
+const ChildProgram unloadUnused("unload-unused", [](const std::vector<std::string>&) {
+    for (int i = 0; i < 20; ++i) {
+        void* const library = dlopen(SCRIBERA_SDK_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+        if (!library || dlclose(library) != 0)
+            return 1;
+    }
+    return 0;
+});
+
+class Teardown : public PadTest
+{
+protected:
+    void SetUp() override
+    {
+        PadTest::SetUp();
+        writeRecording(model(), "stream.txt", 3000);
+    }
+
+    ChildResult run(const std::string& program, const std::vector<std::string>& more = {})
+    {
+        std::vector<std::string> arguments = {model().name, padCase().isWidget() ? "widget" : "windowless"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runChild(program, arguments);
+    }
+};
+
+TEST_P(Teardown, ProcessThatExitsWhileThePenStreamsEnds)
+{
+    for (int round = 0; round < 5; ++round)
+        ASSERT_TRUE(endedWell(run("exit-while-streaming")));
+}
+
+TEST_P(Teardown, ProcessThatExitsQuicklyWhileThePenStreamsEnds)
+{
+    ASSERT_TRUE(endedWell(run("quick-exit-while-streaming")));
+}
+
+TEST_P(Teardown, ProcessWhoseMainReturnsWhileThePenStreamsEnds)
+{
+    for (int round = 0; round < 5; ++round)
+        ASSERT_TRUE(endedWell(run("return-while-streaming")));
+}
+
+TEST_P(Teardown, LibraryUnloadedWhileThePenStreamsGoesOn)
+{
+    for (int round = 0; round < 3; ++round)
+        ASSERT_TRUE(endedWell(run("unload-while-streaming")));
+}
+
+TEST_P(Teardown, LibraryUnloadedWhileThePenStreamsCanStillBeStopped)
+{
+    ASSERT_TRUE(endedWell(run("unload-while-streaming", {"stop"})));
+}
+
+SCRIBERA_INSTANTIATE_ALL(Teardown);
+
+class WindowlessTeardown : public Teardown
+{
+};
+
+TEST_P(WindowlessTeardown, ProcessThatExitsInsideTheStatusCallbackEnds)
+{
+    ASSERT_TRUE(endedWell(run("exit-inside-callback")));
+}
+
+SCRIBERA_INSTANTIATE(WindowlessTeardown, Kind::Windowless);
+
+class WidgetTeardown : public Teardown
+{
+};
+
+TEST_P(WidgetTeardown, HostWhoseWindowGoesAtTheEndOfMainEnds)
+{
+    for (int round = 0; round < 5; ++round)
+        ASSERT_TRUE(endedWell(run("return-with-window")));
+}
+
+SCRIBERA_INSTANTIATE(WidgetTeardown, Kind::Widget);
+
+TEST(LibraryFile, IsLoadedAndUnloadedAgainAndAgain)
+{
+    ASSERT_TRUE(endedWell(runChild("unload-unused", {})));
+}
+
+} // namespace
+} // namespace scribera::test

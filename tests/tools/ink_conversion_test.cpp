@@ -1,0 +1,225 @@
+// What the tool makes of well-formed streams.
+
+#include "recording.h"
+#include "support.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <limits>
+
+namespace {
+
+class InkConversionTest : public InkToolTest
+{
+};
+
+constexpr std::int64_t Smallest = std::numeric_limits<std::int64_t>::min();
+constexpr std::int64_t Largest = std::numeric_limits<std::int64_t>::max();
+
+struct Model
+{
+    const char* name;
+    const char* simulated;
+};
+
+constexpr Model Models[] = {
+    {"K210", "SCK210"}, {"K420", "SCK420"}, {"K421B", "SCK421B"}, {"KM730", "SCKM730"}, {"T580", "SCT580"}};
+
+std::string infoOf(const std::vector<Point>& points)
+{
+    return outputOf({"info"}, textOf(points)).toStdString();
+}
+
+QByteArray recordingOf(const char* model, const std::vector<Point>& points)
+{
+    return outputOf({"to-recording", "--model", model}, textOf(points));
+}
+
+} // namespace
+
+TEST_F(InkConversionTest, InfoTellsWhatTheStreamHolds)
+{
+    // On strokes: three steps in 16 ms and one in 2 ms.
+    EXPECT_EQ(infoOf(threeStrokes()), "points:       7\n"
+                                      "strokes:      3\n"
+                                      "duration:     2.250 s\n"
+                                      "x:            300 to 65535\n"
+                                      "y:            -20 to 32767\n"
+                                      "pressure:     7 to 2048\n"
+                                      "report rate:  222.2 points/s\n");
+}
+
+TEST_F(InkConversionTest, InfoOfAStreamWithoutPoints)
+{
+    EXPECT_EQ(infoOf({}), "points:       0\n"
+                          "strokes:      0\n"
+                          "duration:     0.000 s\n"
+                          "x:            none\n"
+                          "y:            none\n"
+                          "pressure:     none\n"
+                          "report rate:  none\n");
+}
+
+TEST_F(InkConversionTest, InfoWithoutTimeOnAStrokeNamesNoRate)
+{
+    const std::string info = infoOf({{1, 2, 3, 0, 77, 0}, {1, 2, 3, 1, 77, 0}, {9, 9, 9, 0, 99, 0}});
+    EXPECT_NE(info.find("duration:     0.022 s\n"), std::string::npos) << info;
+    EXPECT_NE(info.find("report rate:  none\n"), std::string::npos) << info;
+}
+
+TEST_F(InkConversionTest, AnEndWithoutAPointIsNoStroke)
+{
+    const std::string info =
+        infoOf({{1, 2, 3, 1, 10, 0}, {4, 5, 6, 0, 20, 0}, {4, 5, 6, 1, 25, 0}, {4, 5, 6, 1, 90, 0}});
+    EXPECT_NE(info.find("points:       4\nstrokes:      1\n"), std::string::npos) << info;
+    EXPECT_NE(info.find("report rate:  200.0 points/s\n"), std::string::npos) << info;
+}
+
+TEST_F(InkConversionTest, TheWidestTimesAreCountedWhole)
+{
+    const std::string info = infoOf({{0, 0, 0, 0, Smallest, 0}, {0, 0, 0, 1, Largest, 0}});
+    EXPECT_NE(info.find("duration:     18446744073709551.615 s\n"), std::string::npos) << info;
+}
+
+TEST_F(InkConversionTest, CsvHasEveryFieldOfEveryPoint)
+{
+    EXPECT_EQ(outputOf({"to-csv"}, textOf({{65535, -32768, 32767, 0, Smallest, Smallest},
+                                           {0, 1, -1, 1, Largest, Largest}}))
+                  .toStdString(),
+              "x,y,pressure,status,tick,seconds\n"
+              "65535,-32768,32767,0,-9223372036854775808,-9223372036854775808\n"
+              "0,1,-1,1,9223372036854775807,9223372036854775807\n");
+    EXPECT_EQ(outputOf({"to-csv"}, textOf({})).toStdString(), "x,y,pressure,status,tick,seconds\n");
+}
+
+TEST_F(InkConversionTest, JsonHasEveryFieldOfEveryPoint)
+{
+    QJsonParseError error;
+    const QJsonDocument document =
+        QJsonDocument::fromJson(outputOf({"to-json"}, textOf(threeStrokes())), &error);
+    ASSERT_EQ(error.error, QJsonParseError::NoError) << error.errorString().toStdString();
+    const QJsonArray points = document.object()["points"].toArray();
+    ASSERT_EQ(static_cast<std::size_t>(points.size()), threeStrokes().size());
+    for (int index = 0; index < points.size(); ++index) {
+        SCOPED_TRACE(index);
+        const Point& point = threeStrokes()[static_cast<std::size_t>(index)];
+        const QJsonObject object = points[index].toObject();
+        EXPECT_EQ(object.size(), 6);
+        EXPECT_EQ(object["x"].toInt(-1), point.x);
+        EXPECT_EQ(object["y"].toInt(-1), point.y);
+        EXPECT_EQ(object["pressure"].toInt(-1), point.pressure);
+        EXPECT_EQ(object["status"].toInt(-1), point.status);
+        EXPECT_EQ(object["tick"].toDouble(), static_cast<double>(point.tick));
+        EXPECT_EQ(object["seconds"].toDouble(), static_cast<double>(point.seconds));
+    }
+}
+
+TEST_F(InkConversionTest, JsonWithoutPointsIsAnEmptyList)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(outputOf({"to-json"}, textOf({})));
+    EXPECT_TRUE(document.object()["points"].isArray());
+    EXPECT_TRUE(document.object()["points"].toArray().isEmpty());
+}
+
+TEST_F(InkConversionTest, JsonWritesTheWidestTimesToTheLastDigit)
+{
+    const QByteArray json = outputOf({"to-json"}, textOf({{0, 0, 0, 0, Smallest, Largest}}));
+    EXPECT_TRUE(json.contains("\"tick\":-9223372036854775808,\"seconds\":9223372036854775807}"))
+        << json.toStdString();
+}
+
+TEST_F(InkConversionTest, TheSimulatedPadTakesTheRecordingAsItTakesTheStream)
+{
+    for (const Model& model : Models) {
+        SCOPED_TRACE(model.name);
+        const std::string text = recordingOf(model.name, threeStrokes()).toStdString();
+        simulator::Recording recording;
+        simulator::Recording fromStream;
+        std::string error;
+        ASSERT_TRUE(simulator::parseRecording(text, "recording", recording, error)) << error;
+        ASSERT_TRUE(
+            simulator::parsePacketStream(textOf(threeStrokes()).toStdString(), "stream", fromStream, error))
+            << error;
+        const simulator::Pad* const pad = simulator::padForModel(model.simulated);
+        EXPECT_EQ(recording.model, model.simulated);
+        EXPECT_EQ(recording.area, pad->area);
+        EXPECT_EQ(recording.maxPressure, pad->maxPressure);
+        EXPECT_EQ(recording.samples, fromStream.samples);
+        EXPECT_EQ(recording.samples.size(), threeStrokes().size());
+    }
+}
+
+TEST_F(InkConversionTest, RecordingOfAStreamWithoutPoints)
+{
+    const std::string text = recordingOf("K420", {}).toStdString();
+    simulator::Recording recording;
+    std::string error;
+    ASSERT_TRUE(simulator::parseRecording(text, "recording", recording, error)) << error;
+    EXPECT_TRUE(recording.samples.empty());
+}
+
+TEST_F(InkConversionTest, TheLongestRecordingIsALimit)
+{
+    const std::vector<Point> longest = {{1, 1, 1, 0, -5, 0},
+                                        {1, 1, 1, 1, simulator::LongestRecording - 5, 0}};
+    EXPECT_TRUE(recordingOf("T580", longest).contains("1000000000 1 1 1 2\n"));
+    std::vector<Point> tooLong = longest;
+    tooLong[1].tick += 1;
+    const Outcome outcome = runInk({"to-recording", "--model", "T580"}, textOf(tooLong));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output.toStdString(), "");
+    EXPECT_TRUE(outcome.error.contains("longest recording")) << outcome.error.toStdString();
+}
+
+TEST_F(InkConversionTest, FileAndStandardInputGiveTheSame)
+{
+    const QString file = write("signature.ink", textOf(threeStrokes()));
+    const std::vector<QStringList> commands = {{"info"},
+                                               {"to-json"},
+                                               {"to-csv"},
+                                               {"to-svg", "--model", "K210"},
+                                               {"to-recording", "--model", "K210"}};
+    for (const QStringList& command : commands) {
+        SCOPED_TRACE(command.first().toStdString());
+        const QByteArray fromFile = outputOf(command + QStringList{file}, {});
+        EXPECT_FALSE(fromFile.isEmpty());
+        EXPECT_EQ(fromFile, outputOf(command, textOf(threeStrokes())));
+        EXPECT_EQ(fromFile, outputOf(command + QStringList{"-"}, textOf(threeStrokes())));
+        const QString target = path("out");
+        EXPECT_EQ(outputOf(command + QStringList{file, "-o", target}, {}).toStdString(), "");
+        EXPECT_EQ(contentOf(target), fromFile);
+    }
+}
+
+TEST_F(InkConversionTest, LineEndsAndBlanksMayFollowTheText)
+{
+    for (const char* behind : {"\n", "\r\n", " \t\n\n"})
+        EXPECT_EQ(outputOf({"to-csv"}, textOf(threeStrokes()) + behind),
+                  outputOf({"to-csv"}, textOf(threeStrokes())));
+}
+
+TEST_F(InkConversionTest, TheUnusedByteOfARecordIsIgnored)
+{
+    QByteArray stream = streamOf(threeStrokes());
+    stream[7] = '\x5A';
+    EXPECT_EQ(outputOf({"to-csv"}, stream.toBase64()), outputOf({"to-csv"}, textOf(threeStrokes())));
+}
+
+TEST_F(InkConversionTest, ALongStreamIsReadWhole)
+{
+    // Several of the blocks in which points are kept and pipes deliver.
+    std::vector<Point> points;
+    for (int index = 0; index < 20'000; ++index)
+        points.push_back({index % 2000, index % 1300, index % 2048, index % 100 == 99, 5 * index, index});
+    const QList<QByteArray> lines = outputOf({"to-csv"}, textOf(points)).split('\n');
+    ASSERT_EQ(lines.size(), 20'002); // the header, and nothing after the last line end
+    for (int index = 0; index < 20'000; ++index) {
+        const Point& point = points[static_cast<std::size_t>(index)];
+        const std::string expected = std::to_string(point.x) + "," + std::to_string(point.y) + "," +
+                                     std::to_string(point.pressure) + "," + std::to_string(point.status) +
+                                     "," + std::to_string(point.tick) + "," + std::to_string(point.seconds);
+        ASSERT_EQ(lines[index + 1].toStdString(), expected);
+    }
+}

@@ -1,0 +1,156 @@
+// Arguments, help, files that cannot be used.
+
+#include "support.h"
+
+#include <QFile>
+
+namespace {
+
+class InkUsageTest : public InkToolTest
+{
+};
+
+const QStringList CommandNames = {"info", "to-json", "to-csv", "to-svg", "to-recording"};
+
+void expectWrongUsage(const QStringList& arguments, const std::string& reason)
+{
+    SCOPED_TRACE(arguments.join(' ').toStdString());
+    const Outcome outcome = runInk(arguments, textOf(threeStrokes()));
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.output.toStdString(), "");
+    EXPECT_EQ(outcome.error.toStdString(), "scribera-ink: " + reason + "\nTry 'scribera-ink --help'.\n");
+}
+
+} // namespace
+
+TEST_F(InkUsageTest, HelpNamesAllCommands)
+{
+    for (const char* option : {"--help", "-h"}) {
+        const QByteArray help = outputOf({option}, {});
+        EXPECT_TRUE(help.startsWith("Usage: scribera-ink COMMAND"));
+        for (const QString& command : CommandNames)
+            EXPECT_TRUE(help.contains("  " + command.toLatin1() + " ")) << command.toStdString();
+        EXPECT_TRUE(help.contains("Exit code"));
+    }
+}
+
+TEST_F(InkUsageTest, HelpOfACommandNamesItsOptions)
+{
+    for (const QString& command : CommandNames) {
+        SCOPED_TRACE(command.toStdString());
+        const QByteArray help = outputOf({command, "--help"}, "not a stream, and not read");
+        EXPECT_TRUE(help.contains(command.toLatin1()));
+        EXPECT_TRUE(help.contains("--output"));
+        const bool takesModel = command == "to-svg" || command == "to-recording";
+        EXPECT_EQ(help.contains("--model"), takesModel);
+        EXPECT_EQ(help.contains("K421B"), takesModel);
+        for (const char* option : {"--size", "--pen-width", "--color", "--dpi"})
+            EXPECT_EQ(help.contains(option), command == "to-svg") << option;
+    }
+}
+
+TEST_F(InkUsageTest, VersionIsTold)
+{
+    EXPECT_EQ(outputOf({"--version"}, {}).toStdString(), "scribera-ink " SCRIBERA_VERSION "\n");
+}
+
+TEST_F(InkUsageTest, WrongCommands)
+{
+    expectWrongUsage({}, "no command named");
+    expectWrongUsage({"draw"}, "there is no command 'draw'");
+    expectWrongUsage({"Info"}, "there is no command 'Info'");
+    expectWrongUsage({"-o", "x", "info"}, "a command comes first, not '-o'");
+    expectWrongUsage({"-"}, "a command comes first, not '-'");
+}
+
+TEST_F(InkUsageTest, WrongOptions)
+{
+    expectWrongUsage({"info", "--frobnicate"}, "Unknown option 'frobnicate'.");
+    expectWrongUsage({"info", "--model", "K210"}, "Unknown option 'model'.");
+    expectWrongUsage({"to-csv", "-o"}, "Missing value after '-o'.");
+    expectWrongUsage({"to-csv", "a", "b"}, "more than one file");
+}
+
+TEST_F(InkUsageTest, TheModelHasToBeNamed)
+{
+    for (const char* command : {"to-svg", "to-recording"}) {
+        expectWrongUsage({command}, "--model is missing");
+        for (const QString model : {"K999", "SCK210", "k210", "K421", "K421H", "K210_"})
+            expectWrongUsage({command, "--model", model},
+                             "--model " + model.toStdString() +
+                                 " is not one of K210, K420, K421B, KM730, T580");
+    }
+}
+
+TEST_F(InkUsageTest, WrongDrawings)
+{
+    const QStringList command = {"to-svg", "--model", "T580"};
+    for (const QString size : {"800", "800x", "x400", "0x400", "800x0", "-1x5", "32768x1", "1x99999999999",
+                               "8 x4", "800x400x1", "+8x4", "800X400"})
+        expectWrongUsage(command + QStringList{"--size", size},
+                         "--size " + size.toStdString() + " is not WxH with sides of 1 to 32767 pixels");
+    for (const QString width : {"0", "11", "-3", "3.5", "wide", " 3"})
+        expectWrongUsage(command + QStringList{"--pen-width", width},
+                         "--pen-width " + width.toStdString() + " is not 1 to 10");
+    for (const QString color : {"inky", "#12345", "#80ff0000", "transparent"})
+        expectWrongUsage(command + QStringList{"--color", color},
+                         "--color " + color.toStdString() +
+                             " is not #rrggbb or the name of an opaque colour");
+    for (const QString dpi : {"0", "151", "600", "150.0"})
+        expectWrongUsage(command + QStringList{"--dpi", dpi},
+                         "--dpi " + dpi.toStdString() + " is not 150 or 300");
+}
+
+TEST_F(InkUsageTest, WrongOptionsAreToldBeforeAnythingIsRead)
+{
+    expectWrongUsage({"to-svg", "--model", "T580", "--dpi", "1", path("missing")},
+                     "--dpi 1 is not 150 or 300");
+}
+
+TEST_F(InkUsageTest, InputThatCannotBeRead)
+{
+    const Outcome missing = runInk({"info", path("missing")});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_EQ(missing.error.toStdString(), "scribera-ink: " + path("missing").toStdString() +
+                                               ": cannot be opened: No such file or directory\n");
+    const Outcome directory = runInk({"info", path("")});
+    EXPECT_EQ(directory.exitCode, 1);
+    EXPECT_TRUE(directory.error.contains("directory")) << directory.error.toStdString();
+}
+
+TEST_F(InkUsageTest, OutputThatCannotBeWritten)
+{
+    const QString file = write("signature.ink", textOf(threeStrokes()));
+    struct Case
+    {
+        QString target;
+        const char* reason;
+    };
+    for (const Case& wrong :
+         {Case{"/dev/full", "No space left on device"}, Case{path("."), "Is a directory"},
+          Case{file + "/below", "Not a directory"}, Case{path("none/out"), "No such file or directory"}}) {
+        SCOPED_TRACE(wrong.target.toStdString());
+        const Outcome outcome = runInk({"to-json", file, "-o", wrong.target});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.error.toStdString(), "scribera-ink: " + wrong.target.toStdString() +
+                                                   ": cannot be written: " + wrong.reason + "\n");
+    }
+    EXPECT_EQ(contentOf(file), textOf(threeStrokes()));
+}
+
+TEST_F(InkUsageTest, DrawingsNeedATemporaryDirectory)
+{
+    ASSERT_TRUE(qputenv("TMPDIR", "/proc")); // in which nobody makes directories
+    const Outcome outcome = runInk({"to-svg", "--model", "K210"}, textOf(threeStrokes()));
+    qunsetenv("TMPDIR");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output.toStdString(), "");
+    EXPECT_TRUE(outcome.error.startsWith("scribera-ink: no temporary directory: "))
+        << outcome.error.toStdString();
+}
+
+TEST_F(InkUsageTest, ADoubleDashEndsTheOptions)
+{
+    write("-signature", textOf(threeStrokes()));
+    EXPECT_FALSE(outputOf({"info", "--", path("-signature")}, {}).isEmpty());
+}

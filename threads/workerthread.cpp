@@ -1,0 +1,20 @@
+#include "threads/workerthread.h"
+
+CWorkerThread::CWorkerThread(void* pOwner, CSignObject& Object, const CTypeNames& Names)
+    : m_Object(Object), m_Names(Names)
+{
+    const CLogLabel Label{m_Names.m_pszClass, "::", m_Names.m_pszConstructor};
+    if (Object.Identity().IsWidget())
+        SCR_LOG_INTHREAD(Label, "<%ld>-enter, m_pSignWidget=%lx", AsHex(pOwner));
+    else
+        SCR_LOG_INTHREAD(Label, "<%ld>-enter, m_pSignObj=%lx", AsHex(pOwner));
+}
+
+void CWorkerThread::Body()
+{
+    const CLogLabel Label{m_Names.m_pszClass, "::", "run()"};
+    SCR_LOG_INTHREAD(Label, "<%ld>-enter");
+    while (!m_Object.AreWeGoingToShutDown())
+        Pass(m_Object);
+    SCR_LOG_INTHREAD(Label, "<%ld>-Leave !");
+}

@@ -1,0 +1,12 @@
+// The pad that a stream was written on, which the stream itself does not name.
+#pragma once
+
+#include "signcore/padmodel.h"
+
+#include <QString>
+#include <QStringList>
+
+QStringList padNames();
+
+// Null when there is no such pad.
+const CPadModel* padNamed(const QString& name);

@@ -1,0 +1,98 @@
+#include "inkto.h"
+
+#include "failures.h"
+#include "inksummary.h"
+#include "signcore/pensetup.h"
+#include "signcore/signexport.h"
+#include "simulator/recording.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <cstdint>
+
+namespace {
+
+QString between(const Range& range)
+{
+    return QStringLiteral("%1 to %2").arg(range.smallest()).arg(range.largest());
+}
+
+simulator::PenStatus penStatus(const _POINTDATA& point, bool strokeIsOpen)
+{
+    if (point.ucStatus == kStatusStrokeEnd)
+        return simulator::PenUp;
+    return strokeIsOpen ? simulator::PenMove : simulator::PenDown;
+}
+
+} // namespace
+
+QByteArray toInfo(const CInkSnapshot& ink)
+{
+    const InkSummary summary = summarise(ink);
+    const bool empty = summary.points == 0;
+    const QString none = QStringLiteral("none");
+    const std::optional<double> rate = summary.reportRate();
+    const auto seconds = [](std::uint64_t milliseconds) {
+        return QStringLiteral("%1.%2 s")
+            .arg(milliseconds / 1000)
+            .arg(milliseconds % 1000, 3, 10, QLatin1Char('0'));
+    };
+
+    QString text;
+    const auto line = [&text](const char* name, const QString& value) {
+        text += QString::fromLatin1(name).leftJustified(14) + value + QLatin1Char('\n');
+    };
+    line("points:", QString::number(summary.points));
+    line("strokes:", QString::number(summary.strokes));
+    line("duration:", seconds(summary.duration));
+    line("x:", empty ? none : between(summary.x));
+    line("y:", empty ? none : between(summary.y));
+    line("pressure:", empty ? none : between(summary.pressure));
+    line("report rate:", rate ? QString::number(*rate, 'f', 1) + QStringLiteral(" points/s") : none);
+    return text.toUtf8();
+}
+
+QByteArray toSvg(const CInkSnapshot& ink, const Drawing& drawing)
+{
+    CPenSetup pen(drawing.pad);
+    pen.SetWidth(drawing.penWidth, drawing.pad.m_nInitialMaxPressure);
+    pen.SetColor(drawing.color);
+    pen.FitCanvas(drawing.size.width(), drawing.size.height(), drawing.pad.m_nInitialMaxPressure);
+
+    // The library draws into a file of its own and says nothing when that fails.
+    const QTemporaryDir directory;
+    if (!directory.isValid())
+        throw Failure{QStringLiteral("no temporary directory: ") + directory.errorString()};
+    QFile file(directory.filePath(QStringLiteral("ink.svg")));
+    SaveSvgFile({drawing.size, QPoint(0, 0), ink, pen.Read(), drawing.pad, QImage()}, file.fileName(),
+                drawing.dotsPerInch);
+    QByteArray text;
+    if (file.open(QIODevice::ReadOnly))
+        text = file.readAll();
+    if (!text.endsWith("</svg>\n"))
+        throw Failure{directory.path() + QStringLiteral(": the drawing cannot be written there")};
+    return text;
+}
+
+QByteArray toRecording(const CInkSnapshot& ink, const CPadModel& pad)
+{
+    if (summarise(ink).duration > static_cast<std::uint64_t>(simulator::LongestRecording))
+        throw Failure{QStringLiteral("the points span more than the %1 ms of the longest recording")
+                          .arg(simulator::LongestRecording)};
+    const std::string_view model = simulator::canonicalModel(pad.m_nDeviceType);
+    const simulator::Pad& played = *simulator::padForModel(model);
+    simulator::Recording recording;
+    recording.model = model;
+    recording.area = played.area;
+    recording.maxPressure = played.maxPressure;
+    recording.samples.reserve(ink.Count());
+    bool strokeIsOpen = false;
+    for (std::size_t index = 0; index < ink.Count(); ++index) {
+        const _POINTDATA& point = ink.At(index);
+        recording.samples.push_back({point.llTick - ink.At(0).llTick, point.usX, point.sY, point.sPressure,
+                                     penStatus(point, strokeIsOpen)});
+        strokeIsOpen = point.ucStatus == kStatusOnStroke;
+    }
+    return QByteArray::fromStdString(simulator::formatRecording(recording));
+}

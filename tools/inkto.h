@@ -1,0 +1,28 @@
+// What the tool makes of a stream. All throw Failure when it cannot be done.
+#pragma once
+
+#include "ink/inkpoints.h"
+#include "signcore/padmodel.h"
+
+#include <QByteArray>
+#include <QColor>
+#include <QSize>
+
+// A few lines for people.
+QByteArray toInfo(const CInkSnapshot& ink);
+
+// How the strokes are drawn.
+struct Drawing
+{
+    const CPadModel& pad;
+    QSize size; // of the canvas, in pixels
+    int penWidth;
+    QColor color;
+    int dotsPerInch;
+};
+
+// The same file that the library saves for a canvas like this.
+QByteArray toSvg(const CInkSnapshot& ink, const Drawing& drawing);
+
+// A recording for the simulated pad.
+QByteArray toRecording(const CInkSnapshot& ink, const CPadModel& pad);
