@@ -3,13 +3,18 @@
 
 #include <QThread>
 
+#include <atomic>
+
+#include <sys/types.h>
+
 class CSdkThread : public QThread
 {
 public:
     // Starts the thread with the priority of the caller.
     void Launch();
 
-    // Waits, without a time limit, until Body() has returned. Not to be called on this thread.
+    // Waits, without a time limit, until Body() has returned, and then for the system's thread to be gone.
+    // Not to be called on this thread.
     void Join();
 
 protected:
@@ -20,4 +25,6 @@ protected:
 
 private:
     void run() final;
+
+    std::atomic<pid_t> m_nSystemId{0}; // written by the thread itself, read by who waits for it
 };
