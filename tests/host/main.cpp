@@ -37,9 +37,13 @@ namespace {
 
 void cleanEnvironment()
 {
-    for (const char* name : {"SCRIBERA_SIM_MODEL", "SCRIBERA_SIM_RECORDING", "SCRIBERA_SIM_RATE",
-                             "SCRIBERA_SIM_LOOP", "SCRIBERA_SIM_KEY", "SCRIBERA_SIM_START_MS"})
-        unsetenv(name);
+    std::vector<std::string> settings;
+    for (char** variable = environ; *variable; ++variable) {
+        if (std::strncmp(*variable, "SCRIBERA_SIM_", 13) == 0)
+            settings.emplace_back(*variable, std::strcspn(*variable, "="));
+    }
+    for (const std::string& name : settings)
+        unsetenv(name.c_str());
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
 }
 
