@@ -11,6 +11,11 @@ fail() {
     exit 1
 }
 
+# The comment at the top of a script is its help.
+print_usage() {
+    sed -n '2,/^set/{/^#/s/^# \{0,1\}//p}' "$1"
+}
+
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then
         "$@"
@@ -45,7 +50,8 @@ install_packages() {
 }
 
 build_packages=(g++ gcc libc6-dev cmake ninja-build qtbase5-dev libqt5svg5-dev)
-test_packages=(libgtest-dev libgmock-dev binutils clang-format)
+test_packages=(libgtest-dev libgmock-dev binutils clang-format
+    python3 python3-venv python3-setuptools python3-wheel python3-pytest mypy)
 
 # configure_and_build PRESET [cmake option]...
 configure_and_build() {

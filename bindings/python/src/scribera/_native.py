@@ -1,0 +1,218 @@
+"""The shared library: where it is found, and its five families of functions as one table."""
+
+from __future__ import annotations
+
+import ctypes
+import ctypes.util
+import functools
+import os
+from collections.abc import Callable
+from ctypes import (
+    c_bool,
+    c_char_p,
+    c_int,
+    c_int16,
+    c_int32,
+    c_long,
+    c_ubyte,
+    c_uint8,
+    c_uint16,
+    c_ulong,
+    c_void_p,
+    c_wchar_p,
+)
+from dataclasses import dataclass
+from enum import Enum, auto
+from typing import Any
+
+from ._errors import LibraryError
+
+SUCCESS = 0
+REFUSED = -1
+INVALID_PARAMETERS = -2
+NOTHING_THERE = -8
+
+StatusFunction = ctypes.CFUNCTYPE(None, c_int)
+LiveFunction = ctypes.CFUNCTYPE(None, c_ulong, c_long)
+
+
+class Packet(ctypes.Structure):
+    """The record that getPackets fills."""
+
+    _fields_ = [
+        ("index", c_int32),
+        ("x", c_uint16),
+        ("y", c_int16),
+        ("pressure", c_int16),
+        ("status", c_uint8),
+    ]
+
+
+@dataclass(frozen=True, slots=True)
+class Family:
+    """One pad model's family of functions: what the models differ in."""
+
+    model: str
+    prefix: str
+    device_type: int
+    has_screen: bool = False  # and a pen id
+    has_fingerprint: bool = False
+
+
+FAMILIES: dict[str, Family] = {
+    family.model: family
+    for family in (
+        Family("K210", "SCK210_", 2, has_screen=True),
+        Family("K420", "SCK420_", 5, has_screen=True),
+        Family("K421B", "SCK421B_", 7, has_screen=True, has_fingerprint=True),
+        Family("KM730", "SCKM730_", 3),
+        Family("T580", "SCT580_", 4),
+    )
+}
+"""The supported pads by model name."""
+
+
+class Needs(Enum):
+    """What a pad has to have for the function to exist."""
+
+    NOTHING = auto()
+    SCREEN = auto()
+    FINGERPRINT = auto()
+
+    def are_met_by(self, family: Family) -> bool:
+        return {
+            Needs.NOTHING: True,
+            Needs.SCREEN: family.has_screen,
+            Needs.FINGERPRINT: family.has_fingerprint,
+        }[self]
+
+
+@dataclass(frozen=True, slots=True)
+class Prototype:
+    """One function: its result, its arguments after the device type, and what the package has to know."""
+
+    result: Any
+    arguments: tuple[Any, ...] = ()
+    needs: Needs = Needs.NOTHING
+    driver_code: bool = False  # results other than 0 are the driver's own
+    freed_by: str | None = None  # takes the text back
+
+
+# What the package needs; GetSVGImageBase64Data is left out because it leaves the signature in a file that
+# everybody can read. Texts come as void pointers: ctypes turns char pointers into bytes and loses the address
+# to be given back.
+PROTOTYPES: dict[str, Prototype] = {
+    "InitialDevice": Prototype(c_bool, (c_void_p, c_int, c_int, c_int, c_int)),
+    "UnInitialDevice": Prototype(c_int),
+    "OpenLCD": Prototype(c_int, (c_bool,), Needs.SCREEN, driver_code=True),
+    "Clear": Prototype(c_int, driver_code=True),
+    "GetHWPenID": Prototype(c_int, (c_char_p, c_int), Needs.SCREEN, driver_code=True),
+    "GetHWPadID": Prototype(c_int, (c_char_p, c_int), driver_code=True),
+    "GetHWVersionID": Prototype(c_int, (c_char_p, c_int), driver_code=True),
+    "DisplayHWVersion": Prototype(c_int, (c_bool,), Needs.SCREEN, driver_code=True),
+    "getDeviceInfo": Prototype(c_int, (c_int, c_void_p)),
+    "SetPenStyle": Prototype(c_int, (c_bool,), driver_code=True),
+    "SetPenWidth": Prototype(c_int, (c_int,)),
+    "SetPenColor": Prototype(c_int, (c_int, c_int, c_int)),
+    "SignatureStatusCallback": Prototype(c_int, (StatusFunction,)),
+    "RealTimeSignatureDataCallback": Prototype(c_bool, (LiveFunction,)),
+    "GetDeviceConfirmOrCancelKeyStatus": Prototype(c_int),
+    "GetTotalPacketsNumber": Prototype(c_int),
+    "getPackets": Prototype(c_int, (ctypes.POINTER(Packet),)),
+    "GetInkPointTime": Prototype(c_void_p, (c_int,), freed_by="FreeInkPointTime"),
+    "FreeInkPointTime": Prototype(None, (c_void_p,)),
+    "SaveDrawingImage": Prototype(c_int, (c_int, c_wchar_p, c_int)),
+    "SetSaveCenterImageClip": Prototype(c_int, (c_bool, c_int, c_int)),
+    "PacketsBase64EncodeEx": Prototype(c_void_p, (c_int, c_bool), freed_by="PacketsBase64EncodeExFree"),
+    "PacketsBase64EncodeExFree": Prototype(None, (c_void_p,)),
+    "Base64Decode": Prototype(c_int, (c_int, c_char_p, c_wchar_p)),
+    "GetTotalDecodePacketsNumber": Prototype(c_int),
+    "GetDecodePacketsData": Prototype(c_int, (c_int, c_int)),
+    "GetAboutInfo": Prototype(None, (c_char_p,)),
+    "SetDisplayedFPImageAt": Prototype(c_int, (c_void_p, *(c_int,) * 6), Needs.FINGERPRINT),
+    "GetFPImageBase64Data": Prototype(
+        c_void_p, (c_int, c_bool), Needs.FINGERPRINT, freed_by="FreeFPImageBase64Data"
+    ),
+    "FreeFPImageBase64Data": Prototype(None, (c_void_p,), Needs.FINGERPRINT),
+}
+
+
+class Functions:
+    """The functions of one family in one loaded library."""
+
+    def __init__(self, library: ctypes.CDLL, family: Family) -> None:
+        self.library = library
+        self.family = family
+        self._bound: dict[str, Callable[..., Any]] = {}
+        for name, prototype in PROTOTYPES.items():
+            if prototype.needs.are_met_by(family):
+                self._bound[name] = self._bind(name, prototype)
+
+    def _bind(self, name: str, prototype: Prototype) -> Callable[..., Any]:
+        try:
+            function = getattr(self.library, self.family.prefix + name)
+        except AttributeError as error:
+            raise LibraryError(f"{self.library._name} lacks {self.family.prefix}{name}") from error
+        function.restype = prototype.result
+        function.argtypes = (c_int, *prototype.arguments)
+        return function  # type: ignore[no-any-return]
+
+    def has(self, name: str) -> bool:
+        return name in self._bound
+
+    def call(self, name: str, *arguments: Any) -> Any:
+        """The function's result as it comes. The interpreter's lock is released during the call, which may
+        therefore wait for a callback."""
+        return self._bound[name](self.family.device_type, *arguments)
+
+    def text(self, name: str, *arguments: Any) -> bytes | None:
+        """A copy of the text that the function returns; its own is given back. None for null."""
+        address = self.call(name, *arguments)
+        if address is None:
+            return None
+        try:
+            return ctypes.string_at(address)
+        finally:
+            self.call(PROTOTYPES[name].freed_by or "", address)
+
+    def has_live_object(self) -> bool:
+        return c_void_p.in_dll(self.library, "g_pSignWidget").value is not None
+
+
+@functools.cache
+def functions_of(library: ctypes.CDLL, family: Family) -> Functions:
+    return Functions(library, family)
+
+
+_USUAL_NAME = "libscriberasdk.so.1"
+_loaded: dict[str, ctypes.CDLL] = {}
+
+
+def load(library: str | os.PathLike[str] | None) -> ctypes.CDLL:
+    """Loads the library for the rest of the process; see :class:`scribera.Pad` for where it is looked for."""
+    if library is not None:
+        names = [os.fspath(library)]
+    elif named := os.environ.get("SCRIBERA_LIBRARY"):
+        names = [named]
+    else:
+        names = [_USUAL_NAME]
+        if found := ctypes.util.find_library("scriberasdk"):
+            names.append(found)
+    reason: OSError | None = None
+    for name in names:
+        try:
+            if name not in _loaded:
+                _loaded[name] = ctypes.CDLL(name)
+            return _loaded[name]
+        except OSError as error:
+            reason = error
+    raise LibraryError(f"cannot load the Scribera library: {reason}") from reason
+
+
+def enable_log(on: bool = True, *, library: str | os.PathLike[str] | None = None) -> None:
+    """Switches the library's log files on or off, for the whole process: every call leaves its lines in
+    ``/tmp/scriberasdk.log``, the library's own threads theirs in ``/tmp/scriberasdk_inthread.log``.
+
+    ``library`` as in :class:`scribera.Pad`. May be called at any time, also before a pad is opened.
+    """
+    c_ubyte.in_dll(load(library), "g_bEnableLog").value = int(on)

@@ -1,0 +1,820 @@
+"""The pad: one open at a time in a process, windowless."""
+
+from __future__ import annotations
+
+import atexit
+import base64
+import ctypes
+import operator
+import os
+import struct
+import tempfile
+import threading
+import warnings
+from collections import deque
+from collections.abc import Callable, Iterator
+from contextlib import contextmanager
+from enum import Enum, auto
+from pathlib import Path
+from types import TracebackType
+from typing import Any, Self, TypeVar, overload
+
+from . import _native
+from ._errors import (
+    CallbackThreadError,
+    DriverError,
+    InvalidParametersError,
+    NoPadError,
+    NothingThereError,
+    PadBusyError,
+    PadClosedError,
+    PadTimeoutError,
+    ScriberaError,
+    UnsupportedError,
+)
+from ._types import DecodedPoint, ImageType, InkPoint, LivePoint, PadInfo, Status, base64_text
+
+StatusHandler = Callable[[Status], object]
+PointHandler = Callable[[LivePoint], object]
+AnyStatusHandler = TypeVar("AnyStatusHandler", bound=StatusHandler | None)
+AnyPointHandler = TypeVar("AnyPointHandler", bound=PointHandler | None)
+
+_SUFFIXES = {
+    ".bmp": ImageType.BMP,
+    ".jpg": ImageType.JPEG,
+    ".jpeg": ImageType.JPEG,
+    ".png": ImageType.PNG,
+    ".pdf": ImageType.PDF,
+    ".svg": ImageType.SVG,
+}
+_RASTERS = (ImageType.BMP, ImageType.JPEG, ImageType.PNG)
+_LAST_WORDS = {ImageType.PDF: b"%%EOF", ImageType.SVG: b"</svg>"}
+_DPI_LEVELS = {150: 0, 300: 1}
+_DRIVER = "libscriberadrv.so"
+
+# What getDeviceInfo is asked for, and the largest answer with room to spare.
+_CONNECTED, _WIDTH, _HEIGHT, _MAX_PRESSURE, _MAKER, _MODEL, _VERSION = range(1, 8)
+_ANSWER_BYTES = 16
+_TEXT_BYTES = 256
+_DECODED_X, _DECODED_Y, _DECODED_STROKE_END = 1, 2, 3
+
+
+class _State(Enum):
+    OPEN = auto()
+    CLOSING = auto()
+    CLOSED = auto()
+
+
+class _CallbackThread(threading.local):
+    """Whether the current thread is one of the library's, inside a callback."""
+
+    active = False
+
+
+_callback_thread = _CallbackThread()
+
+# Guards _open_pad, which also keeps the callbacks' function objects alive until the library is done with
+# them.
+_open_pad_lock = threading.Lock()
+_open_pad: Pad | None = None
+
+
+class Pad:
+    """An open pad and the signature on it; a container of its ink points.
+
+    Opening: ``model`` is a key of :data:`scribera.FAMILIES`; ``size`` the canvas's width and height in pixels
+    (one that is not positive leaves the canvas empty: points only). ``on_status`` and ``on_point`` are
+    callbacks as in :meth:`on_status` and :meth:`on_point`; the pen works from the moment of opening, so a
+    point that comes before ``on_point`` is set is stored but not told. Use the pad in a ``with`` statement or
+    call :meth:`close`; a pad left open keeps a processor core busy and is closed when the process exits.
+
+    The shared library is ``library``, else the environment's ``SCRIBERA_LIBRARY``, else
+    ``libscriberasdk.so.1`` where the system keeps its libraries. It loads the pad's driver,
+    ``libscriberadrv.so``, from the current directory. With ``driver_directory`` the current directory is
+    that one while the pad is being opened, and the old one again afterwards: it belongs to the whole process,
+    so no other thread should use relative paths meanwhile.
+
+    Threads: all methods may be called from any thread; calls from several threads take turns. Callbacks run
+    on the library's threads and may call all methods but :meth:`wait` and :meth:`close`. They should return
+    quickly, and must not wait for another thread that uses the pad. The interpreter's lock is free while the
+    library works. A process forked from one with an open pad has no pad.
+
+    Errors: :class:`PadBusyError` when a pad is open already, :class:`LibraryError` without a library,
+    :class:`NoPadError` when the pad cannot be opened, :class:`InvalidParametersError` for a bad argument here
+    or in any method, :class:`PadClosedError` from any method after :meth:`close`.
+    """
+
+    def __init__(
+        self,
+        model: str,
+        size: tuple[int, int] = (800, 400),
+        *,
+        on_status: StatusHandler | None = None,
+        on_point: PointHandler | None = None,
+        library: str | os.PathLike[str] | None = None,
+        driver_directory: str | os.PathLike[str] | None = None,
+    ) -> None:
+        global _open_pad
+        if model not in _native.FAMILIES:
+            raise InvalidParametersError(f"no model {model!r}; there are {', '.join(_native.FAMILIES)}")
+        width, height = _integers("size", size, 2)
+        self._family = _native.FAMILIES[model]
+        self._size = (width, height)
+        self._state = _State.OPEN
+        self._process = os.getpid()
+        self._pen_width, self._pen_color, self._pressure = 3, (0, 0, 0), True
+
+        # Host threads take turns. Callbacks do not take this lock: a host thread may hold it in a call in
+        # which the driver waits for the callback to return.
+        self._host_lock = threading.RLock()
+        # Guards what takes more than one call: texts and their return, the clipping of an export, the decoded
+        # points. Callbacks take it too, so no call that can wait for a callback is made under it. After
+        # _host_lock.
+        self._export_lock = threading.RLock()
+        # Guards the three below.
+        self._news = threading.Condition()
+        self._keys: deque[Status] = deque()
+        self._failure: BaseException | None = None
+        self._more_failures = 0
+
+        self._status_handler = on_status
+        self._point_handler: PointHandler | None = None
+        self._status_function = _native.StatusFunction(self._status_arrived)
+        self._live_function = _native.LiveFunction(self._point_arrived)
+        self._is_live_registered = False
+
+        self._functions = _native.functions_of(_native.load(library), self._family)
+        with _open_pad_lock:
+            if _open_pad is not None or self._functions.has_live_object():
+                raise PadBusyError("a pad is open in this process already")
+            try:
+                self._open(driver_directory)
+                _open_pad = self
+            except BaseException:
+                self._functions.call("UnInitialDevice")
+                raise
+        try:
+            self._checked("SignatureStatusCallback", self._status_function)
+            if on_point is not None:
+                self.on_point(on_point)
+        except BaseException:
+            self.close()
+            raise
+
+    def _open(self, driver_directory: str | os.PathLike[str] | None) -> None:
+        width, height = self._size
+        with _inside(driver_directory):
+            if self._functions.call("InitialDevice", None, 0, 0, width, height):
+                return
+            has_driver = os.path.exists(_DRIVER)
+        where = "the current directory" if driver_directory is None else os.fspath(driver_directory)
+        if not has_driver:
+            raise NoPadError(f"no driver {_DRIVER} in {where}")
+        raise NoPadError(
+            f"the driver in {where} cannot be used, or finds no {self.model}: is the pad plugged in?"
+        )
+
+    # Opening and closing
+
+    def close(self) -> None:
+        """Closes the pad; canvas, points and decoded points are gone then. Does nothing on a closed pad.
+
+        Waits for a callback that is running; its calls raise :class:`PadClosedError` from now on, which ends
+        it without being an error. No callback begins any more. Raises :class:`CallbackThreadError` inside a
+        callback: nothing is closed. An exception out of a callback that :meth:`wait` has not raised yet is
+        raised here, after the pad was closed.
+        """
+        self._shut_down()
+        failure = self._take_failure()
+        if failure is not None:
+            raise failure
+
+    def _shut_down(self) -> None:
+        global _open_pad
+        if self._process != os.getpid():
+            return  # the library's threads did not come along into this process
+        if _callback_thread.active:
+            result = self._functions.call("UnInitialDevice")
+            raise CallbackThreadError("the pad cannot be closed inside a callback", result)
+        with self._host_lock, self._export_lock:
+            closes = self._state is _State.OPEN
+            if closes:
+                self._state = _State.CLOSING
+        if not closes:
+            with self._news:
+                self._news.wait_for(lambda: self._state is not _State.CLOSING)
+            return
+        # No lock is held: the library waits for callbacks here, which may use this object until they return.
+        closed = False
+        try:
+            self._check("UnInitialDevice", self._functions.call("UnInitialDevice"))
+            closed = True
+        finally:
+            with _open_pad_lock, self._news:
+                if closed:
+                    _open_pad = None
+                self._state = _State.CLOSED if closed else _State.OPEN
+                self._news.notify_all()
+
+    def __enter__(self) -> Self:
+        return self
+
+    def __exit__(
+        self,
+        kind: type[BaseException] | None,
+        exception: BaseException | None,
+        traceback: TracebackType | None,
+    ) -> None:
+        if exception is None:
+            self.close()
+            return
+        self._shut_down()
+        failure = self._take_failure()
+        if failure is not None:
+            _report_unraisable(failure)
+
+    @property
+    def closed(self) -> bool:
+        """Whether the pad was closed, is being closed, or belongs to another process."""
+        return self._state is not _State.OPEN or self._process != os.getpid()
+
+    def __repr__(self) -> str:
+        return f"<scribera.Pad {self.model} {self._size[0]}x{self._size[1]} {self._state.name.lower()}>"
+
+    # Callbacks and keys
+
+    def on_status(self, handler: AnyStatusHandler) -> AnyStatusHandler:
+        """Sets the function that is called with a :class:`Status` when the person uses a key of the pad; None
+        for none. Returns the function, so that it can stand as a decorator.
+
+        It runs on a thread of the library; while it runs, the next pen-down and key wait. What it raises is
+        raised by the next :meth:`wait`, else by :meth:`close`. The pad itself does nothing about a key: to
+        save on CONFIRM and to clear on CANCEL is up to the caller.
+        """
+        self._require_open()
+        self._status_handler = handler
+        return handler
+
+    def on_point(self, handler: AnyPointHandler) -> AnyPointHandler:
+        """Sets the function that is called with a :class:`LivePoint` for every ink point, right after the
+        point was stored; None for none. Returns the function, so that it can stand as a decorator.
+
+        It runs on the driver's thread, which waits for it: a slow function delays the pen. Exceptions as with
+        :meth:`on_status`.
+        """
+        self._require_open()
+        self._point_handler = handler
+        # Not before it is needed, since it makes every sample wait for the interpreter's lock. It cannot be
+        # taken back.
+        with self._host_call():
+            if handler is not None and not self._is_live_registered:
+                if not self._functions.call("RealTimeSignatureDataCallback", self._live_function):
+                    raise NoPadError(self._label("RealTimeSignatureDataCallback") + ": no open pad")
+                self._is_live_registered = True
+        return handler
+
+    def wait(self, timeout: float | None = None) -> Status:
+        """Waits until the person uses a key of the pad, and tells which. Each key is told once, in order; one
+        that came before the call counts. The status callback has returned by then.
+
+        ``timeout`` is in seconds, None waits for ever. Raises :class:`PadTimeoutError` when no key came in
+        time, :class:`PadClosedError` when another thread closes the pad, :class:`CallbackThreadError` inside
+        a callback, and what a callback raised.
+        """
+        self._require_open()
+        if _callback_thread.active:
+            raise CallbackThreadError("the next key cannot come while a callback waits for it")
+        with self._news:
+            self._news.wait_for(
+                lambda: self._keys or self._failure is not None or self._state is not _State.OPEN, timeout
+            )
+            failure = self._take_failure()
+            if failure is not None:
+                raise failure
+            if self._keys:
+                return self._keys.popleft()
+            self._require_open()
+            raise PadTimeoutError(f"no key within {timeout} s")
+
+    def last_key(self) -> Status | None:
+        """Reads and resets the key touched last, for callers that poll; None when there was none since the
+        last call. Apart from :meth:`wait`, and on most models earlier: the touch counts, not the release."""
+        with self._host_call():
+            key = self._functions.call("GetDeviceConfirmOrCancelKeyStatus")
+        return None if key == _native.REFUSED else Status(key)
+
+    def _status_arrived(self, status: int) -> None:
+        key = Status(status)
+        self._run(self._status_handler, key)
+        with self._news:
+            self._keys.append(key)
+            self._news.notify_all()
+
+    def _point_arrived(self, position: int, pen: int) -> None:
+        self._run(self._point_handler, LivePoint.unpack(position, pen))
+
+    def _run(self, handler: Callable[[Any], object] | None, news: Status | LivePoint) -> None:
+        if handler is None or self._state is not _State.OPEN:
+            return
+        _callback_thread.active = True
+        try:
+            handler(news)
+        except BaseException as exception:  # SystemExit too: nothing may leave a callback
+            self._keep_failure(exception)
+        finally:
+            _callback_thread.active = False
+
+    def _keep_failure(self, exception: BaseException) -> None:
+        with self._news:
+            if isinstance(exception, PadClosedError) and self._state is not _State.OPEN:
+                return  # the callback was overtaken by close()
+            if self._failure is None:
+                self._failure = exception
+            else:
+                self._more_failures += 1
+            self._news.notify_all()
+
+    def _take_failure(self) -> BaseException | None:
+        with self._news:
+            failure, more = self._failure, self._more_failures
+            self._failure, self._more_failures = None, 0
+        if failure is not None and more:
+            failure.add_note(f"{more} more exceptions left the callbacks after this one")
+        return failure
+
+    # The pad itself
+
+    @property
+    def model(self) -> str:
+        """The model it was opened as."""
+        return self._family.model
+
+    @property
+    def size(self) -> tuple[int, int]:
+        """Width and height of the canvas in pixels."""
+        return self._size
+
+    @property
+    def info(self) -> PadInfo:
+        """What the library knows about the pad. It names the K421B "K421H"."""
+        with self._host_call():
+            (connected,) = struct.unpack_from("=B", self._answer(_CONNECTED))
+            _, width = struct.unpack_from("=ii", self._answer(_WIDTH))
+            _, height = struct.unpack_from("=ii", self._answer(_HEIGHT))
+            (pressure,) = struct.unpack_from("=i", self._answer(_MAX_PRESSURE))
+            maker, model = (_as_text(self._answer(index)) for index in (_MAKER, _MODEL))
+            major, minor = struct.unpack_from("=ii", self._answer(_VERSION))
+        return PadInfo(connected == 1, width, height, pressure, maker, model, (major, minor))
+
+    def _answer(self, index: int) -> bytes:
+        answer = ctypes.create_string_buffer(_ANSWER_BYTES)
+        self._check("getDeviceInfo", self._functions.call("getDeviceInfo", index, answer))
+        return answer.raw
+
+    @property
+    def pad_id(self) -> str:
+        """The id of the pad. Raises :class:`DriverError` when the driver cannot read it, as the next two
+        do."""
+        return self._identity("GetHWPadID")
+
+    @property
+    def pen_id(self) -> str:
+        """The id of the pen; :class:`UnsupportedError` on KM730 and T580."""
+        return self._identity("GetHWPenID")
+
+    @property
+    def version(self) -> str:
+        """The pad's version text, which begins with its model name."""
+        return self._identity("GetHWVersionID")
+
+    def _identity(self, name: str) -> str:
+        text = ctypes.create_string_buffer(_TEXT_BYTES)
+        self._checked(name, text, _TEXT_BYTES - 1)  # the driver need not end a text that fills the buffer
+        return _as_text(text.raw)
+
+    @property
+    def about(self) -> str:
+        """The text of the library's About box, a few lines."""
+        text = ctypes.create_string_buffer(_TEXT_BYTES)
+        with self._host_call():
+            self._functions.call("GetAboutInfo", text)
+        return _as_text(text.raw)
+
+    def set_screen(self, on: bool) -> None:
+        """Switches the pad's screen on or off; off clears the canvas (on the K421B the fingerprint too) and
+        keeps the points. :class:`UnsupportedError` on KM730 and T580, :class:`DriverError` when the driver
+        fails."""
+        self._checked("OpenLCD", bool(on))
+
+    def show_version(self, on: bool = True) -> None:
+        """Shows or hides the version on the pad's own screen. Errors as :meth:`set_screen`."""
+        self._checked("DisplayHWVersion", bool(on))
+
+    def clear(self) -> None:
+        """Clears canvas, points and pad, on the K421B the fingerprint too. The first call after a touch of
+        the cancel key leaves the pad's screen alone. :class:`DriverError` when the driver fails: canvas and
+        points are cleared all the same."""
+        self._checked("Clear")
+
+    # The pen; all three count for segments from now on, and for the whole of an SVG
+
+    @property
+    def pen_width(self) -> int:
+        """Width of the pen, 1 to 10; 3 at the start. Pixels without :attr:`pressure`, else the model's
+        rule."""
+        return self._pen_width
+
+    @pen_width.setter
+    def pen_width(self, width: int) -> None:
+        (width,) = _integers("pen_width", (width,), 1)
+        self._checked("SetPenWidth", width)
+        self._pen_width = width
+
+    @property
+    def pen_color(self) -> tuple[int, int, int]:
+        """Red, green and blue of the pen, each 0 to 255; black at the start. White ink counts as paper."""
+        return self._pen_color
+
+    @pen_color.setter
+    def pen_color(self, color: tuple[int, int, int]) -> None:
+        red, green, blue = _integers("pen_color", color, 3)
+        if not all(0 <= part <= 255 for part in (red, green, blue)):  # the library would draw black
+            raise InvalidParametersError(f"pen_color {color} is not three numbers of 0 to 255")
+        self._checked("SetPenColor", red, green, blue)
+        self._pen_color = (red, green, blue)
+
+    @property
+    def pressure(self) -> bool:
+        """Whether the width of a segment follows the pressure; true at the start. Setting it tells the pad
+        too: on :class:`DriverError` the choice holds nevertheless."""
+        return self._pressure
+
+    @pressure.setter
+    def pressure(self, on: bool) -> None:
+        try:
+            self._checked("SetPenStyle", bool(on))
+        except DriverError:
+            self._pressure = bool(on)
+            raise
+        self._pressure = bool(on)
+
+    # Points
+
+    def __len__(self) -> int:
+        """The number of stored points; it grows while the person signs."""
+        with self._host_call():
+            count: int = self._functions.call("GetTotalPacketsNumber")
+        if count != _native.NOTHING_THERE:
+            return count
+        return 0
+
+    def __bool__(self) -> bool:
+        """True, also without points: a pad is more than its points."""
+        return True
+
+    @overload
+    def __getitem__(self, index: int) -> InkPoint:
+        ...
+
+    @overload
+    def __getitem__(self, index: slice) -> list[InkPoint]:
+        ...
+
+    def __getitem__(self, index: int | slice) -> InkPoint | list[InkPoint]:
+        """One point, or a list of points for a slice; as with a list."""
+        if isinstance(index, slice):
+            points = (self._point(i) for i in range(*index.indices(len(self))))
+            return [point for point in points if point is not None]
+        wanted = operator.index(index)
+        point = self._point(wanted if wanted >= 0 else wanted + len(self))
+        if point is None:
+            raise IndexError(f"no ink point {index}")
+        return point
+
+    def __iter__(self) -> Iterator[InkPoint]:
+        """The points that are there at the start; fewer when they are cleared meanwhile."""
+        for index in range(len(self)):
+            point = self._point(index)
+            if point is None:
+                return
+            yield point
+
+    def strokes(self) -> list[list[InkPoint]]:
+        """The points, a list for each stroke; the last one may be unfinished."""
+        strokes: list[list[InkPoint]] = []
+        begins = True
+        for point in self:
+            if begins:
+                strokes.append([])
+            strokes[-1].append(point)
+            begins = point.is_stroke_end
+        return strokes
+
+    def _point(self, index: int) -> InkPoint | None:
+        if not 0 <= index < 2**31:  # ctypes would cut it
+            return None
+        packet = _native.Packet(index)
+        with self._export_call():
+            if self._functions.call("getPackets", packet) != _native.SUCCESS:
+                return None
+            time = self._functions.text("GetInkPointTime", index)
+        if time is None:
+            return None  # cleared in between
+        return InkPoint(packet.x, packet.y, packet.pressure, packet.status == 1, time.decode("ascii"))
+
+    # Pictures. ``clip`` is None for the whole canvas, or (x, y) for its part around the ink with these
+    # margins in pixels, of which one at least has to be positive.
+
+    def save(
+        self,
+        path: str | os.PathLike[str],
+        image_type: ImageType | None = None,
+        *,
+        dpi: int = 300,
+        clip: tuple[int, int] | None = None,
+        transparent: bool = True,
+    ) -> None:
+        """Saves the signature as a file of ``image_type``: BMP, JPEG, PNG, PDF or SVG; by default what the
+        path's suffix says. An existing file is replaced.
+
+        ``dpi`` is 150 or 300: the resolution written into the file, for PDF the scale. ``clip`` is None for
+        the whole canvas, or ``(x, y)`` for its part around the ink with margins of this many pixels, at
+        least one of them positive. ``transparent`` makes the white of a PNG transparent; the other types
+        ignore it.
+
+        Raises :class:`NothingThereError` when there is no ink (and on the K421B no fingerprint), and OSError
+        when the file cannot be written; no file is made in the first case.
+        """
+        path = Path(path)
+        picture = self._picture(_type_for(path, image_type), dpi, clip, transparent)
+        path.write_bytes(picture)
+
+    def svg(self, *, dpi: int = 150, clip: tuple[int, int] | None = None) -> bytes:
+        """The strokes as an SVG drawing, as :meth:`save` writes it."""
+        return self._picture(ImageType.SVG, dpi, clip, True)
+
+    def pdf(self, *, dpi: int = 300, clip: tuple[int, int] | None = None) -> bytes:
+        """One A4 page of PDF with the picture, as :meth:`save` writes it."""
+        return self._picture(ImageType.PDF, dpi, clip, True)
+
+    def png(self, *, transparent: bool = True, clip: tuple[int, int] | None = None) -> bytes:
+        """The picture as PNG without a resolution; ``clip``, ``transparent`` and errors as in :meth:`save`.
+        On the K421B this, :meth:`jpeg` and :meth:`bmp` need points: a fingerprint alone is not enough."""
+        return self._encoded(ImageType.PNG, clip, transparent)
+
+    def jpeg(self, *, clip: tuple[int, int] | None = None) -> bytes:
+        """The picture as JPEG without a resolution; errors as in :meth:`save`."""
+        return self._encoded(ImageType.JPEG, clip, False)
+
+    def bmp(self, *, clip: tuple[int, int] | None = None) -> bytes:
+        """The picture as BMP without a resolution; errors as in :meth:`save`."""
+        return self._encoded(ImageType.BMP, clip, False)
+
+    def _picture(
+        self, image_type: ImageType, dpi: int, clip: tuple[int, int] | None, transparent: bool
+    ) -> bytes:
+        """What the library writes into a file. The file lies in a private directory: of the caller's path the
+        library would say no more than that it did not work."""
+        if dpi not in _DPI_LEVELS:
+            raise InvalidParametersError(f"dpi {dpi} is not 150 or 300")
+        format_suffix = next(suffix for suffix, kind in _SUFFIXES.items() if kind is image_type)
+        if image_type is ImageType.PNG and not transparent:
+            image_type = ImageType.BMP  # the suffix decides about the format, the type about transparency
+        with tempfile.TemporaryDirectory(prefix="scribera-") as directory, self._export_call():
+            self._clip(clip)
+            if clip is not None and image_type in (ImageType.PDF, ImageType.SVG):
+                # Of these two the library makes files without a picture when the ink consists of taps.
+                self._require_picture(self._functions.text("PacketsBase64EncodeEx", ImageType.BMP, False))
+            file = Path(directory, "signature" + format_suffix)
+            result = self._functions.call("SaveDrawingImage", image_type, str(file), _DPI_LEVELS[dpi])
+            self._check("SaveDrawingImage", result)
+            picture = file.read_bytes() if file.exists() else b""
+        # Of these two the library reports success also when the disk is full.
+        if not picture.rstrip().endswith(_LAST_WORDS.get(image_type, b"")):
+            raise ScriberaError(f"the {image_type.name} was not written whole into {tempfile.gettempdir()}")
+        return picture
+
+    def _encoded(self, image_type: ImageType, clip: tuple[int, int] | None, transparent: bool) -> bytes:
+        with self._export_call():
+            self._clip(clip)
+            text = self._functions.text("PacketsBase64EncodeEx", image_type, bool(transparent))
+        if text is None:
+            raise NothingThereError("there is no ink")
+        self._require_picture(text)
+        return base64.b64decode(text)
+
+    def _require_picture(self, text: bytes | None) -> None:
+        if text == b"":
+            raise NothingThereError("there is nothing to make a picture of")
+
+    def _clip(self, clip: tuple[int, int] | None) -> None:
+        x, y = (0, 0) if clip is None else _integers("clip", clip, 2)
+        if clip is not None and x == 0 and y == 0:  # the library would not clip then
+            raise InvalidParametersError("one of the margins of clip has to be positive")
+        self._check(
+            "SetSaveCenterImageClip", self._functions.call("SetSaveCenterImageClip", clip is not None, x, y)
+        )
+
+    # Ink packet streams
+
+    def ink(self) -> bytes:
+        """The ink packet stream: 24 bytes for each point and one zero byte. :func:`scribera.read_ink` reads
+        it, :meth:`decode` lets the library read it. Raises :class:`NothingThereError` without points."""
+        return base64.b64decode(self.ink_text())
+
+    def ink_text(self) -> str:
+        """The ink packet stream as Base64 text, the form in which other hosts of the library exchange it."""
+        with self._export_call():
+            text = self._functions.text("PacketsBase64EncodeEx", ImageType.INK, False)
+        if text is None:
+            raise NothingThereError("there is no ink")
+        return text.decode("ascii")
+
+    def decode(self, ink: bytes | str) -> list[DecodedPoint]:
+        """The points of an ink packet stream, bytes of :meth:`ink` or text of :meth:`ink_text`, read by the
+        library: every whole 24 bytes are taken for a point as they come. The signature stays as it is. Raises
+        :class:`InvalidParametersError` when there is nothing to decode."""
+        text = base64_text(ink)
+        call = self._functions.call
+        with self._export_call():
+            self._check("Base64Decode", call("Base64Decode", ImageType.INK, text, None))
+            count = call("GetTotalDecodePacketsNumber")
+            # The library reads x with a sign, which it does not have.
+            return [
+                DecodedPoint(
+                    call("GetDecodePacketsData", index, _DECODED_X) & 0xFFFF,
+                    call("GetDecodePacketsData", index, _DECODED_Y),
+                    call("GetDecodePacketsData", index, _DECODED_STROKE_END) == 1,
+                )
+                for index in range(max(count, 0))
+            ]
+
+    def decode_image(
+        self, image: bytes | str, path: str | os.PathLike[str], image_type: ImageType | None = None
+    ) -> None:
+        """Writes a picture, bytes of a file or its Base64 text, into a file by way of the library.
+        ``image_type`` (BMP, JPEG or PNG, by default what the path's suffix says) is what the picture is and
+        what is written.
+
+        Drops decoded points. Raises :class:`NothingThereError` when there is no such picture in it or it is
+        too large, :class:`InvalidParametersError` for an empty one, and OSError when the file cannot be
+        written.
+        """
+        path = Path(path)
+        image_type = _type_for(path, image_type)
+        if image_type not in _RASTERS:
+            raise InvalidParametersError(f"{image_type.name} is not BMP, JPEG or PNG")
+        text = base64_text(image)
+        with tempfile.TemporaryDirectory(prefix="scribera-") as directory, self._export_call():
+            file = Path(directory, "picture")
+            self._check("Base64Decode", self._functions.call("Base64Decode", image_type, text, str(file)))
+            picture = file.read_bytes()
+        path.write_bytes(picture)
+
+    # Fingerprint
+
+    def place_fingerprint(self, canvas: tuple[int, int], rectangle: tuple[int, int, int, int]) -> None:
+        """Draws the fingerprint onto a picture of its own of ``canvas`` (width, height) pixels instead of
+        onto the signature, stretched into ``rectangle`` (left, top, width, height), which has to lie within.
+
+        A fingerprint comes from the K421B by itself, and without a notice: before it comes, and after
+        :meth:`clear`, the picture is blank. Without this call it stands in the centre of the signature.
+        :class:`UnsupportedError` on other models, :class:`InvalidParametersError` when the rectangle does not
+        fit.
+        """
+        size, place = _integers("canvas", canvas, 2), _integers("rectangle", rectangle, 4)
+        self._checked("SetDisplayedFPImageAt", None, *size, *place)
+
+    def fingerprint(
+        self,
+        image_type: ImageType = ImageType.PNG,
+        *,
+        rectangle_only: bool = False,
+        clip: tuple[int, int] | None = None,
+    ) -> bytes:
+        """The picture of :meth:`place_fingerprint` as BMP, JPEG or PNG with white made transparent; with
+        ``rectangle_only`` its part in the rectangle. ``clip`` as in :meth:`save`, around all that is not
+        white, whatever ``rectangle_only`` says. Raises :class:`NothingThereError` before it was placed, and
+        when clipping finds nothing; :class:`UnsupportedError` on other models."""
+        if image_type not in _RASTERS:
+            raise InvalidParametersError(f"{image_type!r} is not BMP, JPEG or PNG")
+        self._require("GetFPImageBase64Data")
+        with self._export_call():
+            self._clip(clip)
+            text = self._functions.text("GetFPImageBase64Data", image_type, bool(rectangle_only))
+        if text is None:
+            raise NothingThereError("the fingerprint has no place yet")
+        self._require_picture(text)
+        return base64.b64decode(text)
+
+    # Calls
+
+    @contextmanager
+    def _host_call(self) -> Iterator[None]:
+        self._require_open()  # first: in a forked process the lock may be held by a thread that is not there
+        if _callback_thread.active:
+            yield
+        else:
+            with self._host_lock:
+                self._require_open()
+                yield
+
+    @contextmanager
+    def _export_call(self) -> Iterator[None]:
+        """Once close() has begun, no text is on loan that could not be given back any more."""
+        with self._host_call(), self._export_lock:
+            self._require_open()
+            yield
+
+    def _require_open(self) -> None:
+        if self._state is not _State.OPEN:
+            raise PadClosedError("the pad is closed")
+        if self._process != os.getpid():
+            raise PadClosedError(f"the pad belongs to process {self._process}")
+
+    def _require(self, name: str) -> None:
+        self._require_open()
+        if not self._functions.has(name):
+            raise UnsupportedError(f"{self._label(name)} does not exist: the {self.model} has nothing for it")
+
+    def _label(self, name: str) -> str:
+        return self._family.prefix + name
+
+    def _checked(self, name: str, *arguments: Any) -> None:
+        self._require(name)
+        with self._host_call():
+            self._check(name, self._functions.call(name, *arguments))
+
+    def _check(self, name: str, result: int) -> None:
+        if result == _native.SUCCESS:
+            return
+        label = self._label(name)
+        if result == _native.REFUSED and not self._functions.has_live_object():
+            raise NoPadError(f"{label}: {result}, no open pad", result)
+        if _native.PROTOTYPES[name].driver_code:
+            raise DriverError(f"{label}: the driver reports {result}", result)
+        if result == _native.INVALID_PARAMETERS:
+            raise InvalidParametersError(f"{label}: {result} ARI_INVALID_PARAMETERS", result)
+        if result == _native.NOTHING_THERE:
+            raise NothingThereError(f"{label}: {result}, nothing there or not done", result)
+        raise ScriberaError(f"{label}: {result}", result)
+
+
+def _integers(name: str, values: tuple[int, ...], count: int) -> tuple[int, ...]:
+    """The values as they fit into C's int, which ctypes would cut them to."""
+    numbers = tuple(operator.index(value) for value in values)
+    if len(numbers) != count or not all(-(2**31) <= number < 2**31 for number in numbers):
+        raise InvalidParametersError(f"{name} {values} is not {count} 32-bit numbers")
+    return numbers
+
+
+def _type_for(path: Path, image_type: ImageType | None) -> ImageType:
+    if image_type is None:
+        suffix = path.suffix.lower()
+        if suffix not in _SUFFIXES:
+            raise InvalidParametersError(f"{path.name} has none of the suffixes {', '.join(_SUFFIXES)}")
+        return _SUFFIXES[suffix]
+    if image_type not in _SUFFIXES.values():
+        raise InvalidParametersError(f"{image_type!r} is not the type of a file")
+    return ImageType(image_type)
+
+
+def _as_text(answer: bytes) -> str:
+    return answer.split(b"\0", 1)[0].decode("utf-8", "backslashreplace")
+
+
+@contextmanager
+def _inside(directory: str | os.PathLike[str] | None) -> Iterator[None]:
+    if directory is None:
+        yield
+        return
+    back = os.open(".", os.O_PATH | os.O_DIRECTORY | os.O_CLOEXEC)
+    try:
+        os.chdir(directory)
+        try:
+            yield
+        finally:
+            os.fchdir(back)
+    finally:
+        os.close(back)
+
+
+def _report_unraisable(exception: BaseException) -> None:
+    """Hands an exception to sys.unraisablehook, by the only way that Python code has: raising it where nobody
+    can catch it."""
+
+    def callback() -> None:
+        raise exception
+
+    ctypes.CFUNCTYPE(None)(callback)()
+
+
+def _close_at_exit() -> None:
+    """A library thread that came back into an interpreter which is gone would end the process."""
+    pad = _open_pad
+    if pad is not None and pad._process == os.getpid():
+        warnings.warn(f"not closed: {pad!r}", ResourceWarning, source=pad)
+        pad.close()
+
+
+atexit.register(_close_at_exit)

@@ -1,0 +1,152 @@
+"""Every way in which a call fails has its exception."""
+
+from __future__ import annotations
+
+import inspect
+from collections.abc import Callable
+
+import pytest
+
+import scribera
+from scribera import DriverError, InvalidParametersError, Pad, ScriberaError, UnsupportedError
+from simulator import MODELS, WITH_SCREEN, WITHOUT_SCREEN, Simulator, diagonal
+
+
+def test_all_exceptions_have_one_base() -> None:
+    kinds = [kind for _, kind in inspect.getmembers(scribera, inspect.isclass) if issubclass(kind, Exception)]
+    assert len(kinds) == 11 and all(issubclass(kind, ScriberaError) for kind in kinds)
+    assert issubclass(scribera.InvalidParametersError, ValueError)
+    assert issubclass(scribera.PadTimeoutError, TimeoutError)
+    assert issubclass(scribera.LibraryError, OSError)
+    assert set(scribera.__all__) <= set(dir(scribera))
+
+
+DRIVER_CALLS: list[tuple[str, Callable[[Pad], object]]] = [
+    ("ClearDeviceContent", lambda pad: pad.clear()),
+    ("GetDevicePadID", lambda pad: pad.pad_id),
+    ("GetDevicePartsVersion", lambda pad: pad.version),
+    ("SetDevicePenStyle", lambda pad: setattr(pad, "pressure", False)),
+]
+SCREEN_CALLS: list[tuple[str, Callable[[Pad], object]]] = [
+    ("GetDevicePenID", lambda pad: pad.pen_id),
+    ("OpenDeviceLCD", lambda pad: pad.set_screen(True)),
+    ("ShowVersionInfoOnDevice", lambda pad: pad.show_version()),
+]
+
+
+@pytest.mark.parametrize("code", [-1, -2, -8, 5])
+@pytest.mark.parametrize("model", MODELS)
+def test_the_drivers_codes_are_passed_on(model: str, code: int, simulator: Simulator) -> None:
+    with Pad(model) as pad:
+        for entry_point, operation in DRIVER_CALLS + (SCREEN_CALLS if model in WITH_SCREEN else []):
+            before = simulator.call_count(entry_point)
+            operation(pad)
+            assert simulator.call_count(entry_point) == before + 1
+            simulator.set_result(entry_point, code)
+            with pytest.raises(DriverError, match=f"the driver reports {code}") as caught:
+                operation(pad)
+            assert caught.value.result == code
+            simulator.set_result(entry_point, 0)
+            operation(pad)
+
+
+def test_what_the_driver_fails_at_is_done_here(simulator: Simulator) -> None:
+    with Pad("K210") as pad:
+        simulator.send(diagonal("K210"))
+        simulator.set_result("ClearDeviceContent", 9)
+        with pytest.raises(DriverError):
+            pad.clear()
+        assert len(pad) == 0
+        simulator.set_result("SetDevicePenStyle", 9)
+        with pytest.raises(DriverError):
+            pad.pressure = False
+        assert pad.pressure is False
+        simulator.set_result("SetDevicePenStyle", 0)
+
+
+@pytest.mark.parametrize("model", WITHOUT_SCREEN)
+def test_pads_without_a_screen_say_so(model: str) -> None:
+    with Pad(model) as pad:
+        for entry_point, operation in SCREEN_CALLS:
+            with pytest.raises(UnsupportedError, match=f"SC{model}_.* does not exist"):
+                operation(pad)
+
+
+@pytest.mark.parametrize("model", WITH_SCREEN)
+def test_the_screen_is_switched(model: str, simulator: Simulator) -> None:
+    with Pad(model) as pad:
+        for on in (False, True):
+            pad.set_screen(on)
+            assert simulator.last_argument("OpenDeviceLCD") == on
+            pad.show_version(on)
+            assert simulator.last_argument("ShowVersionInfoOnDevice") == on
+
+
+@pytest.mark.parametrize(
+    ("text", "terminate", "expected"),
+    [
+        (b"P-1", True, "P-1"),
+        (b"P-2", False, "P-2"),
+        (b"x" * 255, False, "x" * 255),
+        (b"y" * 300, True, "y" * 255),
+        (b"", True, ""),
+        (b"caf\xc3\xa9 \xff", True, "café \\xff"),
+    ],
+)
+def test_ids_are_texts_of_any_length(
+    text: bytes, terminate: bool, expected: str, simulator: Simulator
+) -> None:
+    with Pad("K420") as pad:
+        simulator.set_text("GetDevicePadID", text, terminate)
+        simulator.set_text("GetDevicePenID", text, terminate)
+        simulator.set_text("GetDevicePartsVersion", text, terminate)
+        assert pad.pad_id == pad.pen_id == pad.version == expected
+
+
+@pytest.mark.parametrize("width", [0, 11, -1, 2**31, 2**32 + 3, -(2**32) + 3])
+def test_pen_widths_out_of_range_change_nothing(width: int) -> None:
+    with Pad("K210") as pad:
+        with pytest.raises(InvalidParametersError):
+            pad.pen_width = width
+        assert pad.pen_width == 3
+        pad.pen_width = 10
+        with pytest.raises(InvalidParametersError):
+            pad.pen_width = width
+        assert pad.pen_width == 10
+
+
+def test_the_librarys_refusal_is_named() -> None:
+    with Pad("K210") as pad, pytest.raises(InvalidParametersError) as caught:
+        pad.pen_width = 11
+    assert str(caught.value) == "SCK210_SetPenWidth: -2 ARI_INVALID_PARAMETERS"
+    assert caught.value.result == -2
+
+
+@pytest.mark.parametrize("color", [(256, 0, 0), (0, -1, 0), (0, 0, 2**32), (0, 0), (0, 0, 0, 0)])
+def test_colors_out_of_range_change_nothing(color: tuple[int, int, int]) -> None:
+    with Pad("K210") as pad:
+        pad.pen_color = (1, 2, 3)
+        with pytest.raises(InvalidParametersError):
+            pad.pen_color = color
+        assert pad.pen_color == (1, 2, 3)
+
+
+def test_arguments_of_other_types_are_type_errors() -> None:
+    with Pad("K210") as pad:
+        with pytest.raises(TypeError):
+            pad.pen_width = 2.5  # type: ignore[assignment]
+        with pytest.raises(TypeError):
+            pad.pen_color = ("r", "g", "b")  # type: ignore[assignment]
+
+
+@pytest.mark.parametrize("size", [(2**31, 5), (5,), (2**32 + 80, 40)])
+def test_a_size_that_is_none_opens_nothing(size: tuple[int, int], simulator: Simulator) -> None:
+    with pytest.raises(InvalidParametersError):
+        Pad("K210", size=size)
+    assert simulator.call_count("Initial") == 0
+
+
+def test_an_unknown_model_is_refused() -> None:
+    for model in ("", "K211", "k210", "SCK210"):
+        with pytest.raises(InvalidParametersError, match="K210, K420, K421B, KM730, T580"):
+            Pad(model)

@@ -1,0 +1,77 @@
+"""The example host, run as a user runs it."""
+
+from __future__ import annotations
+
+import os
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+
+from pictures import read_png
+from scribera import read_ink
+from simulator import MODELS, recording_of
+
+
+def sign(*arguments: str, **environment: str) -> subprocess.CompletedProcess[str]:
+    return subprocess.run(
+        [sys.executable, example(), *arguments],
+        env={**os.environ, "SCRIBERA_SIM_RATE": "max", **environment},
+        capture_output=True,
+        text=True,
+        timeout=100,
+    )
+
+
+def example() -> str:
+    beside_the_tree = Path(__file__).parents[3] / "examples/python-host/sign.py"
+    return os.environ.get("SCRIBERA_EXAMPLE", str(beside_the_tree))
+
+
+@pytest.mark.parametrize("model", MODELS)
+def test_a_confirmed_signature_is_saved(model: str, folder: Path) -> None:
+    recording = recording_of(model, folder)
+    run = sign(model, "-o", "out", SCRIBERA_SIM_RECORDING=str(recording), SCRIBERA_SIM_KEY="confirm")
+    assert run.returncode == 0, run
+    assert run.stdout == "1 strokes saved as out.png, .svg and .ink\n"
+    assert run.stderr.splitlines()[-1] == "62 points"
+    assert len(read_ink(Path("out.ink").read_text())) == 62
+    assert read_png(Path("out.png").read_bytes()).ink()
+    assert Path("out.svg").read_bytes().rstrip().endswith(b"</svg>")
+
+
+def test_a_cancelled_signature_is_not_saved(folder: Path) -> None:
+    recording = recording_of("T580", folder)
+    run = sign("T580", SCRIBERA_SIM_RECORDING=str(recording), SCRIBERA_SIM_KEY="cancel")
+    assert (run.returncode, run.stdout) == (1, "cancelled; nothing saved\n")
+    assert list(folder.glob("signature.*")) == []
+
+
+def test_failures_are_told_in_a_line(folder: Path) -> None:
+    recording = {"SCRIBERA_SIM_RECORDING": str(recording_of("K210", folder)), "SCRIBERA_SIM_KEY": "confirm"}
+    failures = [
+        (sign("K210", "-t", "0.3"), "sign: nobody confirmed within 0.3 seconds"),
+        (
+            sign("K210", "-o", "missing/out", **recording),
+            "sign: [Errno 2] No such file or directory: 'missing/out.png'",
+        ),
+        (sign("K210", "-d", "/"), "sign: no driver libscriberadrv.so in /"),
+        (sign("K210", "-d", "missing"), "sign: [Errno 2] No such file or directory: 'missing'"),
+        (sign("K210", SCRIBERA_LIBRARY="missing.so"), "sign: cannot load the Scribera library: missing.so: "),
+        (
+            sign("K210", SCRIBERA_SIM_MODEL="SCX"),
+            "sign: the driver in the current directory cannot be used, or finds no K210",
+        ),
+    ]
+    for run, message in failures:
+        assert run.returncode == 2 and run.stdout == "", run
+        assert run.stderr.splitlines()[-1].startswith(message), run
+        assert "Traceback" not in run.stderr
+
+
+def test_help_tells_the_models() -> None:
+    run = sign("--help")
+    assert run.returncode == 0
+    assert all(model in run.stdout for model in MODELS)
+    assert sign("K211").returncode == 2

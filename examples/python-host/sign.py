@@ -1,0 +1,56 @@
+#!/usr/bin/env python3
+"""Takes a signature on a pad and saves it as PNG, SVG and ink packet stream."""
+
+import argparse
+import sys
+from pathlib import Path
+from time import monotonic
+
+from scribera import FAMILIES, Pad, PadTimeoutError, ScriberaError, Status
+
+
+def wait(pad: Pad, seconds: float) -> Status:
+    end = monotonic() + seconds
+    while True:
+        print(f"\r{len(pad)} points", end="", file=sys.stderr, flush=True)
+        try:
+            return pad.wait(min(0.1, end - monotonic()))
+        except PadTimeoutError:
+            if monotonic() >= end:
+                raise
+
+
+def sign(pad: Pad, stem: Path, seconds: float) -> int:
+    try:
+        status = wait(pad, seconds)
+    finally:
+        print(f"\r{len(pad)} points", file=sys.stderr)
+    if status is Status.CANCEL:
+        print("cancelled; nothing saved")
+        return 1
+    pad.save(stem.with_suffix(".png"), clip=(10, 10))
+    pad.save(stem.with_suffix(".svg"))
+    stem.with_suffix(".ink").write_text(pad.ink_text())
+    print(f"{len(pad.strokes())} strokes saved as {stem}.png, .svg and .ink")
+    return 0
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description=__doc__, epilog="Exit code: 0 saved, 1 cancelled, 2 failed.")
+    parser.add_argument("model", choices=list(FAMILIES), help="the pad's model")
+    parser.add_argument("-o", "--output", type=Path, default=Path("signature"), help="path without suffix")
+    parser.add_argument("-t", "--timeout", type=float, default=60, metavar="SECONDS", help="default: 60")
+    parser.add_argument("-d", "--driver-directory", type=Path, help="default: the current one")
+    arguments = parser.parse_args()
+    try:
+        with Pad(arguments.model, driver_directory=arguments.driver_directory) as pad:
+            return sign(pad, arguments.output, arguments.timeout)
+    except PadTimeoutError:
+        print(f"sign: nobody confirmed within {arguments.timeout:g} seconds", file=sys.stderr)
+    except (ScriberaError, OSError) as error:
+        print(f"sign: {error}", file=sys.stderr)
+    return 2
+
+
+if __name__ == "__main__":
+    sys.exit(main())
