@@ -50,7 +50,7 @@ public:
     QByteArray text(const char* operation, const char* freeOperation, Arguments... arguments) const
     {
         char* const text = call<char*>(operation, arguments...);
-        const QByteArray copy(text);
+        QByteArray copy(text);
         call<void>(freeOperation, text);
         return copy;
     }

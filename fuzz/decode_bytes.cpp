@@ -16,8 +16,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     if (size == 0 || size > std::numeric_limits<int>::max() / 2)
         return 0;
     const auto bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<int>(size));
-    const int result = decode(SCRIBERA_FUZZ_TYPE, bytes.toBase64());
-    if (SCRIBERA_FUZZ_TYPE == EBITI_INK) {
+    constexpr int imageType = SCRIBERA_FUZZ_TYPE;
+    const int result = decode(imageType, bytes.toBase64());
+    if (imageType == EBITI_INK) {
         require(result == ARI_SUCCESS, "an ink text is always taken");
         requireDecodedPoints(bytes);
     } else {
