@@ -182,8 +182,9 @@
  *  - They run on the threads named above, never on the host's. Widgets must not be touched there: hand
  *    the news over to your own thread.
  *  - They may call any function of the open family but UnInitialDevice, which refuses there with -1.
- *    Away from the GUI thread the About boxes show nothing, and placing a fingerprint for a widget
- *    gives -1.
+ *    While UnInitialDevice waits for them elsewhere they meet no live object, and InitialDevice opens
+ *    none and gives false. Away from the GUI thread the About boxes show nothing, and placing a
+ *    fingerprint for a widget gives -1.
  *  - They should return quickly. The real-time callback holds up the pad's next sample; while the
  *    status callback runs, the next pen-down and key touch wait.
  *  - UnInitialDevice waits for a callback that is running. A callback must therefore never wait for the

@@ -132,6 +132,16 @@ bool COperations::EndedByLiveObject(const CLogLabel& Label, bool bWindowless) co
     return true;
 }
 
+// A callback meets no live object only while UnInitialDevice waits for it. What it started then would be in
+// the way of that end, and nobody could end it from there.
+bool COperations::IsInsideCallback(const CLogLabel& Label)
+{
+    if (!CCallbackScope::IsActive())
+        return false;
+    SCR_LOG(Label, "<%ld>-leave with false due to (called inside a callback) !");
+    return true;
+}
+
 bool COperations::StartObject(const CLogLabel& Label, QWidget* pParentWidget, bool bWindowless, int nX,
                               int nY, int nWidth, int nHeight) const
 {
@@ -181,6 +191,8 @@ bool COperations::InitialDevice(int nDeviceType, QWidget* pParentWidget, int nX,
         return false;
     if (EndedByLiveObject(L, pParentWidget == nullptr))
         return true;
+    if (IsInsideCallback(L))
+        return false;
     // A flag left set by an earlier windowless use decides even when there is a parent.
     return StartObject(L, pParentWidget, LoadShared(g_bUseSignObj) != 0, nX, nY, nWidth, nHeight);
 }
@@ -195,6 +207,8 @@ bool COperations::InitialDeviceByWId(int nDeviceType, unsigned long long ullWId,
         return false;
     if (EndedByLiveObject(L, ullWId == 0))
         return true;
+    if (IsInsideCallback(L))
+        return false;
     const bool bWindowless = LoadShared(g_bUseSignObj) != 0;
     QWidget* const pParentWidget = bWindowless ? nullptr : FindWidget(ullWId);
     if (!bWindowless && !pParentWidget) {

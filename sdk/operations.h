@@ -88,6 +88,7 @@ private:
     bool MakeAndConnect(QWidget* pParentWidget, bool bWindowless, int nX, int nY, int nWidth,
                         int nHeight) const;
     bool EndedByLiveObject(const CLogLabel& Label, bool bWindowless) const;
+    static bool IsInsideCallback(const CLogLabel& Label);
 
     const CFamily& m_Family;
     const CPadModel& m_Model;

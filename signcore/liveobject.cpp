@@ -29,6 +29,8 @@ void CLiveObject::Retire(CSignObject& Object)
     StoreShared<void*>(g_pSignWidget, nullptr);
     while (s_nUses.load() > s_nOwnUses)
         std::this_thread::yield();
+    // A windowless start in a callback, begun before the object was gone, may have set it once more.
+    StoreShared<unsigned char>(g_bUseSignObj, 0);
 }
 
 bool CLiveObject::Exists()
