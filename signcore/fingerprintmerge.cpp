@@ -128,9 +128,8 @@ QRect CFingerprintMerge::MergeSignCanvasAndFPCanvas(QImage& SignCanvas, const QI
                static_cast<double>(kFPWidth), static_cast<double>(kFPHeight));
     QRect rcChanged = rcTouched;
     if (m_bFullMergeOwed) {
-        MergeAll(SignCanvas, Strokes, rcTargetFP);
+        m_bFullMergeOwed = !MergeAll(SignCanvas, Strokes, rcTargetFP);
         rcChanged = SignCanvas.rect();
-        m_bFullMergeOwed = false;
     } else {
         MergePart(SignCanvas, Strokes, rcTouched);
     }
@@ -138,19 +137,27 @@ QRect CFingerprintMerge::MergeSignCanvasAndFPCanvas(QImage& SignCanvas, const QI
     return rcChanged;
 }
 
-void CFingerprintMerge::MergeAll(QImage& SignCanvas, const QImage& Strokes, const QRectF& rcTargetFP)
+bool CFingerprintMerge::MergeAll(QImage& SignCanvas, const QImage& Strokes, const QRectF& rcTargetFP)
 {
     m_FPLayer = QImage();
-    SignCanvas = Strokes.copy();
-    if (ShowsInCanvas() && !SignCanvas.isNull()) {
-        m_FPLayer = BlankCanvas(Strokes.width(), Strokes.height());
-        DrawFingerprint(m_FPLayer, m_FPOnlyCanvas, rcTargetFP);
-        DrawFingerprint(SignCanvas, m_FPOnlyCanvas, rcTargetFP);
-    }
+    QImage Merged = Strokes.copy();
+    if (Merged.isNull() && !Strokes.isNull())
+        return false;
+    SignCanvas = std::move(Merged);
+    if (!ShowsInCanvas() || SignCanvas.isNull())
+        return true;
+    DrawFingerprint(SignCanvas, m_FPOnlyCanvas, rcTargetFP);
+    m_FPLayer = BlankCanvas(Strokes.width(), Strokes.height());
+    if (m_FPLayer.isNull())
+        return false;
+    DrawFingerprint(m_FPLayer, m_FPOnlyCanvas, rcTargetFP);
+    return true;
 }
 
 void CFingerprintMerge::MergePart(QImage& SignCanvas, const QImage& Strokes, const QRect& rcPart) const
 {
+    if (!MakeWritable(SignCanvas) || SignCanvas.size() != Strokes.size())
+        return;
     for (int nY = rcPart.top(); nY <= rcPart.bottom(); ++nY) {
         auto* const pMerged = reinterpret_cast<QRgb*>(SignCanvas.scanLine(nY));
         const auto* const pStrokes = reinterpret_cast<const QRgb*>(Strokes.constScanLine(nY));

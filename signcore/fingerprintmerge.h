@@ -49,7 +49,8 @@ public:
 
 private:
     QRectF TargetRect(const QSize& CanvasSize, const CLogLabel& Label, ELogFile eFile);
-    void MergeAll(QImage& SignCanvas, const QImage& Strokes, const QRectF& rcTargetFP);
+    // False when memory was short: the canvas keeps what it can, and a whole merge is still owed.
+    bool MergeAll(QImage& SignCanvas, const QImage& Strokes, const QRectF& rcTargetFP);
     void MergePart(QImage& SignCanvas, const QImage& Strokes, const QRect& rcPart) const;
     bool ShowsInCanvas() const;
 

@@ -61,6 +61,17 @@ QImage BlankCanvas(int nWidth, int nHeight)
     return Canvas;
 }
 
+bool MakeWritable(QImage& Image)
+{
+    if (Image.isNull() || Image.isDetached())
+        return !Image.isNull();
+    QImage Own = Image.copy();
+    if (Own.isNull())
+        return false;
+    Image = std::move(Own);
+    return true;
+}
+
 QImage CopyInside(const QImage& Image, const QRect& rcPart)
 {
     const QRect rcInside = rcPart & Image.rect();
@@ -102,7 +113,7 @@ void CSignCanvas::Resize(int nWidth, int nHeight)
     QImage Resized = Blank;
     const CLocker Lock(m_CanvasMutex);
     m_Witness.NoteWrite();
-    if (!Resized.isNull()) {
+    if (MakeWritable(Resized)) {
         QPainter Painter(&Resized);
         Painter.drawImage(0, 0, m_SignCanvas);
     }
@@ -153,7 +164,7 @@ void CSignCanvas::StartSignOnCanvas(double dblX, double dblY, double dblPressure
     {
         const CLocker Lock(m_CanvasMutex);
         m_Witness.NoteWrite();
-        if (!m_SignCanvas.isNull()) {
+        if (!m_SignCanvas.isNull() && MakeWritable(PenCanvas())) {
             QPainter Painter(&PenCanvas());
             DrawStrokeSegment(Painter, Segment, dblWidth, Pen.m_PenColor);
             rcChanged = TouchedBy(Segment, dblWidth, m_SignCanvas.rect());

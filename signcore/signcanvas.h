@@ -33,6 +33,10 @@ void DrawStrokeSegment(QPainter& Painter, const QLineF& Segment, double dblWidth
 // An opaque white image of this size; a null one for sizes that are zero, negative or beyond 1 GiB of pixels.
 QImage BlankCanvas(int nWidth, int nHeight);
 
+// Gives the image pixels of its own, as drawing into it would. False for a null image, and when there is no
+// memory for them: unlike drawing, this leaves the image as it was then.
+bool MakeWritable(QImage& Image);
+
 // A copy of the part of the image that lies in the rectangle; null when none does.
 QImage CopyInside(const QImage& Image, const QRect& rcPart);
 

@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <memory>
 #include <optional>
 
 namespace {
@@ -76,6 +77,15 @@ bool WriteWholeFile(const QString& strPath, const QByteArray& Bytes)
     return bWritten && File.error() == QFileDevice::NoError;
 }
 
+struct CPdfOutput
+{
+    explicit CPdfOutput(const QString& strPath) : m_File(strPath), m_Writer(&m_File) {}
+
+    QFile m_File;
+    QPdfWriter m_Writer;
+    QPainter m_Painter;
+};
+
 } // namespace
 
 bool IsRasterType(int nImageTypeID)
@@ -113,22 +123,27 @@ bool SaveRasterFile(QImage Image, const QString& strPath, int nDPI, bool bTransp
 
 bool SavePdfFile(const QImage& Image, const QString& strPath, int nDPI)
 {
-    QFile File(strPath);
-    if (!File.open(QIODevice::WriteOnly))
+    auto pOutput = std::make_unique<CPdfOutput>(strPath);
+    if (!pOutput->m_File.open(QIODevice::WriteOnly))
         return false;
-    QPdfWriter Writer(&File);
-    Writer.setPageSize(QPageSize(QPageSize::A4));
-    Writer.setResolution(nDPI);
-    Writer.setPageMargins(QMarginsF(10, 10, 10, 10));
-    QPainter Painter;
-    if (Painter.begin(&Writer)) {
-        // Painted as an image: a pixmap would need a GUI application, and looks the same.
-        QImage Page = Image;
-        SetResolution(Page, nDPI);
-        Painter.drawImage(0, 0, Page);
-        Painter.end();
+    try {
+        pOutput->m_Writer.setPageSize(QPageSize(QPageSize::A4));
+        pOutput->m_Writer.setResolution(nDPI);
+        pOutput->m_Writer.setPageMargins(QMarginsF(10, 10, 10, 10));
+        if (pOutput->m_Painter.begin(&pOutput->m_Writer)) {
+            // Painted as an image: a pixmap would need a GUI application, and looks the same.
+            QImage Page = Image;
+            SetResolution(Page, nDPI);
+            pOutput->m_Painter.drawImage(0, 0, Page);
+            pOutput->m_Painter.end();
+        }
+    } catch (...) {
+        // Out of memory. A painter that could not end its page tries again when it is destroyed, where an
+        // exception ends the process: what is left of it stays in memory.
+        pOutput.release()->m_File.close();
+        throw;
     }
-    File.close();
+    pOutput->m_File.close();
     return true;
 }
 
