@@ -1,0 +1,141 @@
+// A driver that calls back when it should not: inside SCRDAPI_Initial, on the caller's thread and on its own,
+// and all through SCRDAPI_UnInitial. Between the two its thread streams strokes without pause.
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <thread>
+
+#define EAGER_EXPORT extern "C" __attribute__((visibility("default")))
+
+namespace {
+
+using PenCallback = void (*)(int, int, int, int);
+using FingerprintCallback = void (*)(unsigned char*, int, int);
+
+// Plain, so that the library can be unloaded like any driver.
+PenCallback penCallback = nullptr;
+FingerprintCallback fingerprintCallback = nullptr;
+int deviceType = 0;
+std::thread* streamer = nullptr;
+std::atomic<bool> streaming = false;
+std::atomic<int> streamed = 0;
+unsigned char print[208 * 288];
+
+int stroke(int length)
+{
+    int calls = 0;
+    for (int i = 0; i <= length; ++i, ++calls)
+        penCallback(3000 + 40 * i, 3000 + 20 * i, 200, i == 0 ? 0 : 1);
+    penCallback(3000, 3000, 200, 2);
+    penCallback(0, 0, 0, 4);
+    penCallback(0, 0, 0, 2);
+    if (fingerprintCallback) {
+        fingerprintCallback(print, sizeof print, 50);
+        ++calls;
+    }
+    return calls + 3;
+}
+
+void waitForStreamed(int count)
+{
+    while (streamed.load() < count)
+        std::this_thread::yield();
+}
+
+const char* modelText()
+{
+    switch (deviceType) {
+    case 2:
+        return "SCK210";
+    case 3:
+        return "SCKM730";
+    case 4:
+        return "SCT580";
+    case 5:
+        return "SCK420";
+    default:
+        return "SCK421B";
+    }
+}
+
+} // namespace
+
+EAGER_EXPORT int SCRDAPI_Initial(int nDeviceType, PenCallback pen, FingerprintCallback fingerprint)
+{
+    deviceType = nDeviceType;
+    penCallback = pen;
+    fingerprintCallback = fingerprint;
+    stroke(20);
+    streaming = true;
+    streamed = 0;
+    streamer = new std::thread([] {
+        while (streaming.load())
+            streamed += stroke(20);
+    });
+    waitForStreamed(200);
+    const char* const result = std::getenv("EAGER_RESULT");
+    return result ? std::atoi(result) : 0;
+}
+
+EAGER_EXPORT int SCRDAPI_UnInitial()
+{
+    if (!streamer)
+        return -1;
+    stroke(20);
+    waitForStreamed(streamed.load() + 200);
+    streaming = false;
+    streamer->join();
+    delete streamer;
+    streamer = nullptr;
+    stroke(20);
+    return 0;
+}
+
+EAGER_EXPORT int SCRDAPI_GetDevicePartsVersion(char* buffer, int size)
+{
+    std::strncpy(buffer, modelText(), static_cast<std::size_t>(size));
+    waitForStreamed(streamed.load() + 200);
+    return 0;
+}
+
+EAGER_EXPORT int SCRDAPI_OpenDeviceLCD(bool)
+{
+    return 0;
+}
+
+EAGER_EXPORT int SCRDAPI_ClearDeviceContent()
+{
+    return 0;
+}
+
+EAGER_EXPORT int SCRDAPI_GetDevicePenID(char*, int)
+{
+    return 0;
+}
+
+EAGER_EXPORT int SCRDAPI_GetDevicePadID(char*, int)
+{
+    return 0;
+}
+
+EAGER_EXPORT int SCRDAPI_GetDeviceSecureID(char*, int)
+{
+    return 0;
+}
+
+EAGER_EXPORT int SCRDAPI_ShowVersionInfoOnDevice(bool)
+{
+    return 0;
+}
+
+EAGER_EXPORT int SCRDAPI_SetDevicePenStyle(bool)
+{
+    return 0;
+}
+
+EAGER_EXPORT int SCRDAPI_ShowFPImageOnDevice(const unsigned char*, int, int, int, bool*)
+{
+    return 0;
+}
