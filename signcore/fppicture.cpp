@@ -169,7 +169,7 @@ void CFPPicture::UpdateFPImage(const QImage& Image, ELogFile eFile)
                rcSourceFP.top(), rcSourceFP.width(), rcSourceFP.height());
     // A fingerprint is handed over after every stroke segment; drawing the same one again changes nothing.
     if (m_nDrawnKey != Image.cacheKey() && !m_FPCanvas.isNull()) {
-        m_Witness.NoteWrite();
+        m_Witness.NoteWriteInPlace(m_FPCanvas);
         m_FPImage = Image;
         QPainter Painter(&m_FPCanvas);
         Painter.setCompositionMode(QPainter::CompositionMode_Source);
@@ -188,7 +188,7 @@ void CFPPicture::Clear()
     SCR_LOG(L, "<%ld>-enter...");
     {
         const CLocker Lock(m_Mutex);
-        m_Witness.NoteWrite();
+        m_Witness.NoteWriteInPlace(m_FPCanvas);
         m_FPCanvas.fill(Qt::white);
         m_FPImage.fill(Qt::white);
         m_nDrawnKey = 0;
@@ -210,14 +210,9 @@ char* CFPPicture::EncodeBase64SignImage(const CClipSettings& Clip, bool bFPImage
     SCR_LOG(L,
             "<%ld>-enter, bClipImage=%d, nClipMarginX=%d, nClipMarginY=%d, bFPImageOnly=%d, nImageTypeID=%d",
             Clip.m_bClipImage, Clip.m_nClipMarginX, Clip.m_nClipMarginY, bFPImageOnly, nImageTypeID);
-    QImage Source;
     QRect rcFP;
-    {
-        const CLocker Lock(m_Mutex);
-        m_Witness.NoteRead();
-        Source = m_FPCanvas;
-        rcFP = m_rcFP;
-    }
+    const CSharedImage Picture = Snapshot(rcFP);
+    QImage Source = Picture.Image();
     if (Clip.m_bClipImage)
         Source = CheckSignImageBoundingBox(Source, Clip, Label("CheckSignImageBoundingBox()"))
                      .CopyFrom(Source, Clip);
@@ -226,6 +221,14 @@ char* CFPPicture::EncodeBase64SignImage(const CClipSettings& Clip, bool bFPImage
     char* const pEncoded = TextForHost(EncodeImage(Source, nImageTypeID, true).toBase64());
     SCR_LOG(L, "<%ld>-leave with pEncodeBase64Image=%lx !", AsHex(pEncoded));
     return pEncoded;
+}
+
+CSharedImage CFPPicture::Snapshot(QRect& rcFP) const
+{
+    const CLocker Lock(m_Mutex);
+    m_Witness.NoteRead();
+    rcFP = m_rcFP;
+    return {m_FPCanvas, m_Witness};
 }
 
 QImage CFPPicture::CopyOf(const QRect& rcPart) const

@@ -69,6 +69,8 @@ public:
 private:
     static CLogLabel Label(const char* pszFunction) { return {"CK421BFPWidget", "::", pszFunction}; }
 
+    CSharedImage Snapshot(QRect& rcFP) const;
+
     // Has the part repainted if the picture is seen; the caller holds the mutex.
     void NotifyChanged(const QRect& rcChanged) const;
 

@@ -33,12 +33,14 @@ QRect TouchedBy(const QLineF& Segment, double dblWidth, const QRect& rcCanvas)
 }
 
 // Fills with white what an export may still hold a snapshot of, without copying it first.
-void Whiten(QImage& Canvas)
+void Whiten(QImage& Canvas, CImageWitness& Witness)
 {
-    if (Canvas.isDetached())
+    if (Canvas.isDetached()) {
+        Witness.NoteWriteInPlace(Canvas);
         Canvas.fill(Qt::white);
-    else
+    } else {
         Canvas = BlankCanvas(Canvas.width(), Canvas.height());
+    }
 }
 
 } // namespace
@@ -59,17 +61,6 @@ QImage BlankCanvas(int nWidth, int nHeight)
     QImage Canvas(nWidth, nHeight, QImage::Format_ARGB32);
     Canvas.fill(Qt::white);
     return Canvas;
-}
-
-bool MakeWritable(QImage& Image)
-{
-    if (Image.isNull() || Image.isDetached())
-        return !Image.isNull();
-    QImage Own = Image.copy();
-    if (Own.isNull())
-        return false;
-    Image = std::move(Own);
-    return true;
 }
 
 QImage CopyInside(const QImage& Image, const QRect& rcPart)
@@ -133,10 +124,10 @@ void CSignCanvas::ClearSignCanvas()
     {
         const CLocker Lock(m_CanvasMutex);
         m_Witness.NoteWrite();
-        Whiten(m_SignCanvas);
+        Whiten(m_SignCanvas, m_Witness);
         rcChanged = m_SignCanvas.rect();
         if (m_pMerge) {
-            Whiten(m_SignOnlyCanvas);
+            Whiten(m_SignOnlyCanvas, m_Witness);
             m_pMerge->ClearFPOnlyCanvas();
             m_pMerge->ClearPictures(); // no biometric picture outlives a clear
             m_nFPScore = 0;
@@ -163,7 +154,7 @@ void CSignCanvas::StartSignOnCanvas(double dblX, double dblY, double dblPressure
     QRect rcChanged;
     {
         const CLocker Lock(m_CanvasMutex);
-        m_Witness.NoteWrite();
+        m_Witness.NoteWriteInPlace(m_SignCanvas);
         if (!m_SignCanvas.isNull() && MakeWritable(PenCanvas())) {
             QPainter Painter(&PenCanvas());
             DrawStrokeSegment(Painter, Segment, dblWidth, Pen.m_PenColor);
@@ -178,11 +169,11 @@ void CSignCanvas::StartSignOnCanvas(double dblX, double dblY, double dblPressure
         SCR_LOG(Label, "<%ld>-leave !");
 }
 
-QImage CSignCanvas::Snapshot() const
+CSharedImage CSignCanvas::Snapshot() const
 {
     const CLocker Lock(m_CanvasMutex);
     m_Witness.NoteRead();
-    return m_SignCanvas;
+    return {m_SignCanvas, m_Witness};
 }
 
 QImage CSignCanvas::CopyOf(const QRect& rcPart) const

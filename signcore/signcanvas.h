@@ -3,6 +3,7 @@
 
 #include "signcore/objectidentity.h"
 #include "signcore/pensetup.h"
+#include "signcore/sharedimage.h"
 #include "sync/mutex.h"
 
 #include <QImage>
@@ -32,10 +33,6 @@ void DrawStrokeSegment(QPainter& Painter, const QLineF& Segment, double dblWidth
 
 // An opaque white image of this size; a null one for sizes that are zero, negative or beyond 1 GiB of pixels.
 QImage BlankCanvas(int nWidth, int nHeight);
-
-// Gives the image pixels of its own, as drawing into it would. False for a null image, and when there is no
-// memory for them: unlike drawing, this leaves the image as it was then.
-bool MakeWritable(QImage& Image);
 
 // A copy of the part of the image that lies in the rectangle; null when none does.
 QImage CopyInside(const QImage& Image, const QRect& rcPart);
@@ -74,7 +71,7 @@ public:
     void StartSignOnCanvas(double dblX, double dblY, double dblPressure, const CPenState& Pen);
 
     // The canvas as it is now. Shares its pixels until the next segment is drawn.
-    QImage Snapshot() const;
+    CSharedImage Snapshot() const;
 
     // A copy of the part of the canvas that lies in the rectangle.
     QImage CopyOf(const QRect& rcPart) const;

@@ -153,7 +153,7 @@ private:
     CInkSnapshot ReadPoints() const;
     bool HasPoints() const;
     CInkBox ScanInk(const QImage& Image, const CClipSettings& Clip) const;
-    CExportSource TakeExportSource(bool& bClipped) const;
+    CExportSource TakeExportSource(const CSharedImage& Canvas, bool& bClipped) const;
     bool SaveDrawingImageAsPDFFile(const QImage& Image, const QString& strPath, int nDPI) const;
     bool SaveDrawingImageAsSVGFile(const CExportSource& Source, bool bClipped, const QString& strPath,
                                    int nDPI) const;
@@ -163,7 +163,7 @@ private:
     void FreeText(const char* pszFunction, const char* pszArgument, char* pText) const;
     char* EncodeSource(const CLogLabel& Label, const QImage& Image, int nImageTypeID,
                        bool bTransparentWhite) const;
-    QImage TakeRaster(bool bFPImageOnly) const;
+    QImage TakeRaster(const CSharedImage& Canvas, bool bFPImageOnly) const;
     template <typename TEncodeImage>
     char* EncodeByType(const CLogLabel& Label, int nImageTypeID, TEncodeImage EncodeSignImage) const;
 

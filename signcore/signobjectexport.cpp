@@ -55,7 +55,7 @@ CInkBox CSignObject::ScanInk(const QImage& Image, const CClipSettings& Clip) con
 
 void CSignObject::CheckSignImageBoundingBox(QRect& rcBoundBox)
 {
-    rcBoundBox = ScanInk(m_Canvas.Snapshot(), ReadClip()).m_rcBoundBox;
+    rcBoundBox = ScanInk(m_Canvas.Snapshot().Image(), ReadClip()).m_rcBoundBox;
 }
 
 void CSignObject::MakeAsTransparentImage(QImage& Image, QColor Color)
@@ -63,11 +63,11 @@ void CSignObject::MakeAsTransparentImage(QImage& Image, QColor Color)
     ::MakeAsTransparentImage(Image, Color, m_Identity.Label("MakeAsTransparentImage()"));
 }
 
-CExportSource CSignObject::TakeExportSource(bool& bClipped) const
+CExportSource CSignObject::TakeExportSource(const CSharedImage& Canvas, bool& bClipped) const
 {
     const CClipSettings Clip = ReadClip();
     CExportSource Source;
-    Source.m_Image = m_Canvas.Snapshot();
+    Source.m_Image = Canvas.Image();
     bClipped = Clip.m_bClipImage;
     if (bClipped) {
         const CInkBox Box = ScanInk(Source.m_Image, Clip);
@@ -85,8 +85,9 @@ int CSignObject::SaveDrawingImage(int nImageTypeID, wchar_t* pImageFilePath, int
     bool bSaved = false;
     QString strPath;
     if ((HasPoints() || m_Canvas.FPScore() > 0) && PathFromHost(pImageFilePath, strPath)) {
+        const CSharedImage Canvas = m_Canvas.Snapshot();
         bool bClipped = false;
-        const CExportSource Source = TakeExportSource(bClipped);
+        const CExportSource Source = TakeExportSource(Canvas, bClipped);
         if (bClipped)
             SCR_LOG_WIDE(Label, L"<%ld>-after call CheckSignImageBoundingBox(), l=%d, t=%d, r=%d, b=%d",
                          Source.m_rcClip.left(), Source.m_rcClip.top(), Source.m_rcClip.right(),
@@ -165,10 +166,10 @@ char* CSignObject::Base64EncodeEx(int nImageTypeID, bool bEnableTransparentBackg
 }
 
 // The raster that is encoded: the clipped box, or the fingerprint's place, or the whole canvas.
-QImage CSignObject::TakeRaster(bool bFPImageOnly) const
+QImage CSignObject::TakeRaster(const CSharedImage& Canvas, bool bFPImageOnly) const
 {
     bool bClipped = false;
-    const CExportSource Source = TakeExportSource(bClipped);
+    const CExportSource Source = TakeExportSource(Canvas, bClipped);
     return bFPImageOnly && !bClipped ? CopyOfRect(Source.m_Image, m_Canvas.FPPlacement().m_rcFP)
                                      : Source.m_Image;
 }
@@ -185,7 +186,8 @@ char* CSignObject::EncodeBase64SignImage(int nImageTypeID, bool bFPImageOnly) co
 {
     const CLogLabel Label = m_Identity.Label("EncodeBase64SignImage()");
     SCR_LOG(Label, "<%ld>-enter, nImageTypeID=%d", nImageTypeID);
-    return EncodeSource(Label, TakeRaster(bFPImageOnly), nImageTypeID, true);
+    const CSharedImage Canvas = m_Canvas.Snapshot();
+    return EncodeSource(Label, TakeRaster(Canvas, bFPImageOnly), nImageTypeID, true);
 }
 
 char* CSignObject::EncodeBase64SignImageEx(int nImageTypeID, bool bEnableTransparentBackground) const
@@ -193,7 +195,8 @@ char* CSignObject::EncodeBase64SignImageEx(int nImageTypeID, bool bEnableTranspa
     const CLogLabel Label = m_Identity.Label("EncodeBase64SignImageEx()");
     SCR_LOG(Label, "<%ld>-enter, nImageTypeID=%d, bEnableTransparentBackground=%d", nImageTypeID,
             bEnableTransparentBackground);
-    return EncodeSource(Label, TakeRaster(false), nImageTypeID, bEnableTransparentBackground);
+    const CSharedImage Canvas = m_Canvas.Snapshot();
+    return EncodeSource(Label, TakeRaster(Canvas, false), nImageTypeID, bEnableTransparentBackground);
 }
 
 char* CSignObject::GetFPImageBase64Data(int nImageTypeID, bool bFPImageOnly)
@@ -237,8 +240,9 @@ char* CSignObject::GetSVGImageBase64Data()
     SCR_LOG(Label, "<%ld>-enter, nInkCount=%d", nInkCount);
     char* pSVGBase64Image = nullptr;
     if (nInkCount >= 1) {
+        const CSharedImage Canvas = m_Canvas.Snapshot();
         bool bClipped = false;
-        const CExportSource Source = TakeExportSource(bClipped);
+        const CExportSource Source = TakeExportSource(Canvas, bClipped);
         SaveDrawingImageAsSVGFile(Source, bClipped, QLatin1String(kTemporarySvgFile), kTemporarySvgDPI);
         QByteArray Content;
         QFile File{QLatin1String(kTemporarySvgFile)};

@@ -25,26 +25,3 @@ inline void TsanRelease(void* pAddress)
 inline void TsanAcquire(void* /*pAddress*/) {}
 inline void TsanRelease(void* /*pAddress*/) {}
 #endif
-
-// Stands for an image in the eyes of ThreadSanitizer, which cannot see Qt's own painting: note every access
-// to the image here, and a missing lock shows. Costs nothing in other builds.
-class CImageWitness
-{
-public:
-#if defined(SCRIBERA_TSAN)
-    void NoteRead() const
-    {
-        static_cast<void>(*static_cast<const volatile int*>(&m_nAccess));
-    }
-    void NoteWrite()
-    {
-        *static_cast<volatile int*>(&m_nAccess) = 1;
-    }
-
-private:
-    int m_nAccess = 0;
-#else
-    void NoteRead() const {}
-    void NoteWrite() {}
-#endif
-};

@@ -133,7 +133,7 @@ TEST_P(FingerprintLoad, FiftyRoundsLeaveNothingBehind)
         m_otherWindows.clear();
         processEvents();
     };
-    const std::set<std::string> threads = ProcessState::now().threads;
+    const std::set<std::string> threads = idleThreads();
     round(0);
     round(1);
     if (HasFatalFailure())

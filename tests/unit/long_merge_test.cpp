@@ -78,7 +78,7 @@ public:
         m_copy.setWithPressure(withPressure);
     }
 
-    testing::AssertionResult isRight() { return same(m_canvas.Snapshot(), m_copy.canvas()); }
+    testing::AssertionResult isRight() { return same(m_canvas.Snapshot().Image(), m_copy.canvas()); }
 
 private:
     CObjectIdentity m_identity;
