@@ -29,6 +29,7 @@ int main()
     const std::size_t length = ink ? std::strlen(ink) : 0;
     SCK420_PacketsBase64EncodeFree(SCK420_DEVICE, ink);
     const int closed = SCK420_UnInitialDevice(SCK420_DEVICE);
-    std::printf("key %d, ink text of %zu characters, saved %d, closed %d\n", key.load(), length, saved, closed);
+    std::printf("key %d, ink text of %zu characters, saved %d, closed %d\n", key.load(), length, saved,
+                closed);
     return key == 1 && length > 1000 && saved == ARI_SUCCESS && closed == ARI_SUCCESS ? 0 : 1;
 }

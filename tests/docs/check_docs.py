@@ -356,6 +356,30 @@ def qt_window(bench: Bench) -> None:
     expect_clipped(bench.content("signature.png"), "signature.png", (660, 400))
 
 
+@case("readme.c")
+def readme(bench: Bench) -> None:
+    bench.run(bench.binary("readme"), answer=1)
+    bench.plug_in()
+    bench.run(bench.binary("readme"))
+    expect_clipped(bench.content("signature.png"), "signature.png", (800, 400))
+
+
+@case("readme_window.cpp")
+def readme_window(bench: Bench) -> None:
+    bench.plug_in()
+    bench.run(bench.binary("readme_window"))
+    expect(bench.content("signature.svg").count(b"<poly") > 100, "signature.svg has no strokes")
+
+
+@case("readme.py")
+def readme_python(bench: Bench) -> None:
+    bench.plug_in()
+    lines = bench.run(bench.script("readme.py")).splitlines()
+    points, strokes = recorded()
+    expect(lines[-1:] and lines[-1].startswith(f"{points} points in {strokes} strokes"), f"last line {lines[-1:]}")
+    expect_clipped(bench.content("signature.png"), "signature.png", (800, 400))
+
+
 @case("live_points.c")
 def live_points(bench: Bench) -> None:
     bench.plug_in()

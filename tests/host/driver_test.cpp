@@ -372,8 +372,9 @@ TEST_P(Driver, FiftyCyclesLeaveNothingBehind)
         }
         EXPECT_EQ(pad().stop(), 0);
     };
-    for (int i = 0; i < 3; ++i)
-        cycle(i); // what the process opens once and keeps
+    // What the process opens once and keeps; a painted window brings some of it late.
+    for (int i = 0; i < 10; ++i)
+        cycle(i);
     EXPECT_TRUE(threadsAre(m_idleThreads));
     const ProcessState before = ProcessState::now();
     EXPECT_FALSE(before.maps("libscriberadrv.so"));
@@ -382,7 +383,8 @@ TEST_P(Driver, FiftyCyclesLeaveNothingBehind)
     EXPECT_TRUE(threadsAre(m_idleThreads));
     const ProcessState after = ProcessState::now();
     EXPECT_EQ(after.files, before.files);
-    EXPECT_EQ(after.mappedFiles, before.mappedFiles);
+    for (const std::string& file : after.mappedFiles)
+        EXPECT_TRUE(before.mappedFiles.contains(file)) << file;
 }
 
 TEST_P(Driver, FiftyFailedStartsLeaveNothingBehind)

@@ -1,0 +1,7 @@
+from scribera import Pad, Status
+
+with Pad("K210", size=(800, 400)) as pad:  # off screen, 800 x 400
+    pad.on_point(lambda point: print(point.x, point.y, point.pressure))  # live, on the driver's thread
+    if pad.wait(timeout=60) is Status.CONFIRM:  # until the person taps confirm or cancel on the pad
+        pad.save("signature.png", dpi=300, clip=(10, 10))  # just the ink, with a margin of 10 pixels
+        print(f"{len(pad)} points in {len(pad.strokes())} strokes, the first at {pad[0].time}")
