@@ -84,6 +84,42 @@ TEST_P(InkStream, ComesBackAsItWent)
     EXPECT_EQ(pad().stop(), 0);
 }
 
+// The pad plays what the library exported, and the library gets the same signature once more.
+TEST_P(InkStream, PlayedBackByThePadGivesTheSameSignature)
+{
+    ASSERT_TRUE(pad().start({.width = 640, .height = 330}));
+    Redraw redraw(model(), 640, 330);
+    std::vector<ScrSimSample> samples = wave(model(), 150);
+    const auto more = stroke(model(), {{0.0, 0.0, 1.0}, {1.0, 1.0, 0.0}, {0.2, 0.9, 0.5}});
+    samples.insert(samples.end(), more.begin(), more.end());
+    const auto tap = stroke(model(), {{0.5, 0.5}});
+    samples.insert(samples.end(), tap.begin(), tap.end());
+    redraw.feed(samples);
+    pad().draw(samples);
+    ASSERT_TRUE(holdsPoints(pad(), redraw));
+    const std::string text = takeImage(pad(), ImageInk).text;
+    const std::vector<StreamRecord> first =
+        recordsOf(QByteArray::fromBase64(QByteArray::fromStdString(text)));
+    ASSERT_EQ(first.size(), samples.size());
+    std::ofstream("ink.txt") << text;
+
+    ASSERT_EQ(api().Clear(type()), 0);
+    ASSERT_EQ(sim().Play("ink.txt", 0, 0, -1), 0) << sim().LastError();
+    sim().waitIdle();
+    EXPECT_TRUE(holdsPoints(pad(), redraw));
+    EXPECT_TRUE(holdsCanvas(pad(), redraw));
+    const std::vector<StreamRecord> second = recordsOf(takeImage(pad(), ImageInk).bytes());
+    ASSERT_EQ(second.size(), first.size());
+    for (std::size_t i = 0; i < first.size(); ++i) {
+        EXPECT_EQ(second[i].x, first[i].x) << i;
+        EXPECT_EQ(second[i].y, first[i].y) << i;
+        EXPECT_EQ(second[i].pressure, first[i].pressure) << i;
+        EXPECT_EQ(second[i].status, first[i].status) << i;
+        EXPECT_GE(second[i].tick, first.back().tick) << i;
+    }
+    EXPECT_EQ(pad().stop(), 0);
+}
+
 TEST_P(InkStream, DecodedValuesAreReadAsTheyLie)
 {
     ASSERT_TRUE(pad().start());
