@@ -32,7 +32,8 @@ install(CODE "
 install(FILES ${PROJECT_BINARY_DIR}/cmake/scriberasdk.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
     COMPONENT development)
 
-install(TARGETS scribera-ink scribera-sim-generate scribera-sim-fingerprint scribera-sim-import
+install(TARGETS scribera-ink scribera-virtual-pad scribera-demo-host
+    scribera-sim-generate scribera-sim-fingerprint scribera-sim-import
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 install(TARGETS scriberadrv LIBRARY DESTINATION ${SCRIBERA_DRIVER_DIR} COMPONENT tools)
 install(FILES simulator/scriberasim.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT tools)
@@ -41,6 +42,6 @@ install(DIRECTORY simulator/recordings DESTINATION ${SCRIBERA_DATA_DIR} COMPONEN
 # The hosts of the demo, so that an installation shows itself.
 install(TARGETS sign_on_every_pad carry_away place_fingerprints
     RUNTIME DESTINATION ${SCRIBERA_DRIVER_DIR} COMPONENT tools)
-install(PROGRAMS scripts/run-demo DESTINATION ${SCRIBERA_DATA_DIR} COMPONENT tools)
+install(PROGRAMS scripts/run-demo scripts/run-window-demo DESTINATION ${SCRIBERA_DATA_DIR} COMPONENT tools)
 configure_file(packaging/scribera-demo.in ${PROJECT_BINARY_DIR}/packaging/scribera-demo @ONLY)
 install(PROGRAMS ${PROJECT_BINARY_DIR}/packaging/scribera-demo DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)

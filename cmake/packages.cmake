@@ -39,8 +39,8 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libscriberasdk1 (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "Signatures from electronic signature pads: simulated pad and tools
  For developers without a pad: a simulated one that plays recorded
- signatures, recordings and their generators, a demo, and a tool that inspects
- and converts streams of ink points.")
+ signatures, a virtual one on the screen, recordings and their generators, a
+ demo, and a tool that inspects and converts streams of ink points.")
 
 # What Debian wants beside each package's files.
 configure_file(packaging/changelog.Debian.in ${PROJECT_BINARY_DIR}/packaging/changelog.Debian @ONLY)

@@ -51,7 +51,8 @@ install_packages() {
 
 build_packages=(g++ gcc libc6-dev cmake ninja-build qtbase5-dev libqt5svg5-dev)
 test_packages=(libgtest-dev libgmock-dev binutils clang-format
-    locales python3 python3-venv python3-setuptools python3-wheel python3-pytest mypy)
+    locales python3 python3-venv python3-setuptools python3-wheel python3-pytest mypy
+    xvfb xauth fonts-dejavu-core imagemagick)
 
 # configure_and_build PRESET [cmake option]...
 configure_and_build() {

@@ -39,10 +39,14 @@ int guarded(Function&& function)
     }
 }
 
-// An entry point whose effect nobody outside can see.
-int acknowledge(Entry entry, std::optional<int> argument = std::nullopt)
+// An entry point whose effect is seen on the virtual pad.
+template <typename Function>
+int display(Entry entry, std::optional<int> argument, Function&& effect)
 {
-    return guarded([&](Simulator& pad) { return pad.enter(entry, argument); });
+    return guarded([&](Simulator& pad) {
+        const int result = pad.enter(entry, argument);
+        return result != simulator::ResultOk ? result : effect(pad);
+    });
 }
 
 int readText(Entry entry, char* buffer, int maxCount)
@@ -75,12 +79,12 @@ SCRIBERA_SIM_EXPORT int SCRDAPI_UnInitial()
 
 SCRIBERA_SIM_EXPORT int SCRDAPI_OpenDeviceLCD(bool bOn)
 {
-    return acknowledge(Entry::OpenDeviceLCD, bOn);
+    return display(Entry::OpenDeviceLCD, bOn, [&](Simulator& pad) { return pad.showScreen(bOn); });
 }
 
 SCRIBERA_SIM_EXPORT int SCRDAPI_ClearDeviceContent()
 {
-    return acknowledge(Entry::ClearDeviceContent);
+    return display(Entry::ClearDeviceContent, std::nullopt, [](Simulator& pad) { return pad.clearScreen(); });
 }
 
 SCRIBERA_SIM_EXPORT int SCRDAPI_GetDevicePenID(char* buffer, int nMaxCount)
@@ -105,12 +109,13 @@ SCRIBERA_SIM_EXPORT int SCRDAPI_GetDevicePartsVersion(char* buffer, int nMaxCoun
 
 SCRIBERA_SIM_EXPORT int SCRDAPI_ShowVersionInfoOnDevice(bool bOn)
 {
-    return acknowledge(Entry::ShowVersionInfoOnDevice, bOn);
+    return display(Entry::ShowVersionInfoOnDevice, bOn, [&](Simulator& pad) { return pad.showVersion(bOn); });
 }
 
 SCRIBERA_SIM_EXPORT int SCRDAPI_SetDevicePenStyle(bool bWithPressureValue)
 {
-    return acknowledge(Entry::SetDevicePenStyle, bWithPressureValue);
+    return display(Entry::SetDevicePenStyle, bWithPressureValue,
+                   [&](Simulator& pad) { return pad.setPenStyle(bWithPressureValue); });
 }
 
 SCRIBERA_SIM_EXPORT int SCRDAPI_ShowFPImageOnDevice(unsigned char* picture, int length, int width, int height,

@@ -43,8 +43,14 @@ constexpr int LoopPause = 5;
 // Before the key's pause is over: the key ends what the finger is part of.
 constexpr int FingerprintPause = 120;
 
+constexpr int DeviceWithSensor = 7;
+
 constexpr int LongestWait = 3'600'000;
 constexpr int LargestPicture = 16 << 20;
+
+// How far a host may lag behind the virtual pad: eight minutes of writing.
+constexpr std::size_t MostPendingSamples = 100'000;
+constexpr std::size_t MostPendingFingerprints = 32;
 
 bool isIdentity(Entry entry)
 {
@@ -170,11 +176,12 @@ int Simulator::initial(int deviceType, PenCallback penCallback, FingerprintCallb
         m_penCallback = penCallback;
         m_fingerprintCallback = fingerprintCallback;
     }
+    void* const ownLibrary = openOwnLibrary();
+    startLink();
     std::string error;
     std::unique_ptr<Playback> playback = configuredPlayback(error);
     if (!error.empty())
         std::fprintf(stderr, "scribera simulator: %s\n", error.c_str());
-    void* const ownLibrary = openOwnLibrary();
 
     std::unique_lock lock(m_mutex);
     if (!error.empty())
@@ -187,6 +194,11 @@ int Simulator::initial(int deviceType, PenCallback penCallback, FingerprintCallb
         m_state = State::Started;
         return ResultOk;
     }
+    m_state = State::Stopping;
+    lock.unlock();
+    m_link.stop();
+    lock.lock();
+    m_pending.clear();
     m_nextPlayback.reset();
     m_playChanged = false;
     m_ownLibrary = nullptr;
@@ -195,6 +207,27 @@ int Simulator::initial(int deviceType, PenCallback penCallback, FingerprintCallb
     if (ownLibrary != nullptr)
         dlclose(ownLibrary);
     return ResultFailed;
+}
+
+void Simulator::startLink()
+{
+    const std::string setting = environment("SCRIBERA_SIM_PAD");
+    if (setting.empty() || setting == "0")
+        return;
+    std::int64_t wait = 200;
+    const std::string waitText = environment("SCRIBERA_SIM_PAD_WAIT_MS");
+    std::string path;
+    std::string error;
+    if (!waitText.empty() && (!parseInteger(waitText, wait) || wait < 0 || wait > LongestWait))
+        error = "SCRIBERA_SIM_PAD_WAIT_MS is not an integer from 0 to 3600000";
+    else if (padSocketPath(setting, path, error) && !m_link.start(path, m_deviceType))
+        error = path + ": no thread for the connection to the virtual pad";
+    if (error.empty()) {
+        m_link.waitForAnswer(milliseconds(wait));
+        return;
+    }
+    std::fprintf(stderr, "scribera simulator: %s\n", error.c_str());
+    refuse(std::move(error));
 }
 
 bool Simulator::startThread()
@@ -229,6 +262,7 @@ int Simulator::unInitial()
         requestAttention();
         m_wake.notify_all();
     }
+    m_link.stop();
     m_thread.join();
     void* ownLibrary = nullptr;
     {
@@ -289,6 +323,35 @@ int Simulator::readText(Entry entry, char* buffer, int maxCount)
     return ResultOk;
 }
 
+int Simulator::showScreen(bool on)
+{
+    m_link.showScreen(on);
+    return ResultOk;
+}
+
+int Simulator::clearScreen()
+{
+    m_link.clear();
+    return ResultOk;
+}
+
+int Simulator::showVersion(bool shown)
+{
+    std::string text;
+    {
+        const std::lock_guard lock(m_mutex);
+        text = modelText();
+    }
+    m_link.showVersion(shown, text);
+    return ResultOk;
+}
+
+int Simulator::setPenStyle(bool withPressure)
+{
+    m_link.setPenStyle(withPressure);
+    return ResultOk;
+}
+
 int Simulator::showPicture(const unsigned char* picture, int length, int width, int height, const bool* abort)
 {
     // Two bytes a pixel: other numbers do not describe a picture, and reading on would leave the host's
@@ -315,15 +378,17 @@ int Simulator::showPicture(const unsigned char* picture, int length, int width, 
     std::vector<unsigned char> copy;
     if (!aborted)
         copy.assign(picture, picture + length);
-
-    const std::lock_guard lock(m_mutex);
-    if (aborted) {
-        ++m_settings.abortedTransfers;
-        return ResultFailed;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (aborted) {
+            ++m_settings.abortedTransfers;
+            return ResultFailed;
+        }
+        m_settings.picture.swap(copy);
+        m_settings.pictureWidth = width;
+        m_settings.pictureHeight = height;
     }
-    m_settings.picture.swap(copy);
-    m_settings.pictureWidth = width;
-    m_settings.pictureHeight = height;
+    m_link.showPicture(picture, width, height);
     return ResultOk;
 }
 
@@ -475,6 +540,55 @@ int Simulator::sendFingerprint(const unsigned char* pixels, int length, int scor
     return 0;
 }
 
+bool Simulator::takePadModel(const std::string& model)
+{
+    const std::lock_guard lock(m_mutex);
+    m_model = model;
+    return true;
+}
+
+bool Simulator::takePadSamples(const std::vector<ScrSimSample>& samples)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!isTaking())
+        return true;
+    if (m_pending.samples.size() + samples.size() > MostPendingSamples)
+        return false;
+    m_pending.samples.insert(m_pending.samples.end(), samples.begin(), samples.end());
+    requestAttention();
+    m_wake.notify_all();
+    return true;
+}
+
+void Simulator::takeLiftedPen(const ScrSimSample& sample)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!isTaking())
+        return;
+    m_pending.samples.push_back(sample);
+    requestAttention();
+    m_wake.notify_all();
+}
+
+bool Simulator::takePadFingerprint(const padlink::FingerprintScan& scan)
+{
+    Fingerprint print;
+    print.length = static_cast<int>(scan.pixels.size());
+    print.score = scan.score;
+    print.pixels = scan.pixels;
+    const std::lock_guard lock(m_mutex);
+    // The pad may have come after its host began, and be of another kind than the host's.
+    if (!isTaking() || m_deviceType != DeviceWithSensor)
+        return true;
+    if (m_pending.fingerprints.size() >= MostPendingFingerprints)
+        return false;
+    print.position = m_pending.samples.size();
+    m_pending.fingerprints.push_back(std::move(print));
+    requestAttention();
+    m_wake.notify_all();
+    return true;
+}
+
 int Simulator::sendSyntheticFingerprint(const char* pattern, unsigned seed, int score)
 {
     const std::optional<RidgePattern> ridges = ridgePatternByName(pattern == nullptr ? "" : pattern);
@@ -593,7 +707,6 @@ std::unique_ptr<Playback> Simulator::configuredPlayback(std::string& error)
 
 std::optional<Fingerprint> Simulator::configuredFingerprint(std::string& error)
 {
-    constexpr int DeviceWithSensor = 7;
     const std::string source = environment("SCRIBERA_SIM_FINGERPRINT");
     if (source.empty() || m_deviceType != DeviceWithSensor)
         return std::nullopt;

@@ -2,6 +2,7 @@
 #ifndef SCRIBERA_SIMULATOR_SIMULATOR_H
 #define SCRIBERA_SIMULATOR_SIMULATOR_H
 
+#include "driverlink.h"
 #include "fingerprint.h"
 #include "recording.h"
 #include "scriberasim.h"
@@ -83,7 +84,7 @@ private:
     Clock::duration scaled(std::int64_t recordedMilliseconds) const;
 };
 
-class Simulator
+class Simulator final : private PadListener
 {
 public:
     Simulator() = default;
@@ -97,6 +98,10 @@ public:
     int initial(int deviceType, PenCallback penCallback, FingerprintCallback fingerprintCallback);
     int unInitial();
     int readText(Entry entry, char* buffer, int maxCount);
+    int showScreen(bool on);
+    int clearScreen();
+    int showVersion(bool shown);
+    int setPenStyle(bool withPressure);
     int showPicture(const unsigned char* picture, int length, int width, int height, const bool* abort);
 
     int sendSamples(const ScrSimSample* samples, int count);
@@ -185,6 +190,14 @@ private:
                                            std::string& error);
     std::unique_ptr<Playback> configuredPlayback(std::string& error);
     std::optional<Fingerprint> configuredFingerprint(std::string& error);
+    bool takePadModel(const std::string& model) override;
+    bool takePadSamples(const std::vector<ScrSimSample>& samples) override;
+    bool takePadFingerprint(const padlink::FingerprintScan& scan) override;
+    void takeLiftedPen(const ScrSimSample& sample) override;
+    // As the environment says: starts looking for the virtual pad, and gives it a moment to answer.
+    void startLink();
+    bool isTaking() const { return m_state == State::Starting || m_state == State::Started; }
+
     bool startThread();
     bool isSampleThread() const { return m_threadId == std::this_thread::get_id(); }
 
@@ -200,7 +213,7 @@ private:
     std::condition_variable m_idle; // ScrSim_WaitIdle waits here
 
     Settings m_settings;
-    std::string m_model; // as configured by the environment when started, else empty
+    std::string m_model; // the virtual pad's, else as configured by the environment, else empty
     int m_deviceType = 2;
 
     State m_state = State::Stopped;
@@ -220,6 +233,8 @@ private:
 
     Queue m_taken;                        // the sample thread's own
     std::unique_ptr<Playback> m_playback; // pointer changed under m_mutex, content the sample thread's own
+
+    DriverLink m_link{*this}; // has a lock of its own; never called with m_mutex held
 };
 
 } // namespace simulator

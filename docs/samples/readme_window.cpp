@@ -1,4 +1,5 @@
 #include <QApplication>
+#include <QWidget>
 #include <scriberasdk.h>
 int main(int argc, char* argv[])
 {

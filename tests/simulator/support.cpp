@@ -300,6 +300,6 @@ void SimulatorTest::forget()
 {
     Received::clear();
     for (const char* name : {"MODEL", "RECORDING", "RATE", "LOOP", "KEY", "START_MS", "FINGERPRINT",
-                             "FINGERPRINT_SCORE", "FINGERPRINT_SEED"})
+                             "FINGERPRINT_SCORE", "FINGERPRINT_SEED", "PAD", "PAD_WAIT_MS"})
         unsetenv((std::string("SCRIBERA_SIM_") + name).c_str());
 }

@@ -1,0 +1,136 @@
+// scribera-demo-host: a bank's counter with a signature pad.
+#include "mainwindow.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+enum ExitCode
+{
+    Done = 0,
+    Failed = 1,
+    WrongUsage = 2
+};
+
+int complain(const QString& reason, ExitCode code)
+{
+    std::fprintf(stderr, "scribera-demo-host: %s\n", qPrintable(reason));
+    return code;
+}
+
+// What the command line wants done by itself; ends the program when all of it is.
+class Script : public QObject
+{
+public:
+    Script(MainWindow& window, const QString& folder, const QString& picture, double pictureAfter)
+        : m_window(window), m_folder(folder), m_picture(picture)
+    {
+        const bool pictureAtConfirm = !picture.isEmpty() && pictureAfter < 0;
+        if (!picture.isEmpty() && !pictureAtConfirm)
+            QTimer::singleShot(qRound(pictureAfter * 1000), this, [this] { takePicture(); });
+        if (folder.isEmpty() && !pictureAtConfirm)
+            return;
+        connect(&window, &MainWindow::confirmed, this, [this, pictureAtConfirm] {
+            saveAll();
+            if (pictureAtConfirm) // once the window has taken the news in
+                QTimer::singleShot(0, this, [this] { takePicture(); });
+        });
+        connect(&window, &MainWindow::cancelled, this, [] { fail(tr("cancelled at the pad")); });
+        connect(&window, &MainWindow::noPad, this, [](const QString& reason) { fail(reason); });
+    }
+
+private:
+    static void fail(const QString& reason) { QCoreApplication::exit(complain(reason, Failed)); }
+
+    void saveAll()
+    {
+        if (m_folder.isEmpty())
+            return;
+        const QStringList failed = m_window.session().saveEverything(std::exchange(m_folder, {}), {});
+        failed.isEmpty() ? endIfDone() : fail(tr("cannot save %1").arg(failed.join(QLatin1String(", "))));
+    }
+
+    void takePicture()
+    {
+        const QString path = std::exchange(m_picture, {});
+        if (path.isEmpty())
+            return;
+        m_window.grab().save(path) ? endIfDone() : fail(tr("cannot save %1").arg(path));
+    }
+
+    void endIfDone() const
+    {
+        if (m_folder.isEmpty() && m_picture.isEmpty())
+            QCoreApplication::exit(Done);
+    }
+
+    MainWindow& m_window;
+    QString m_folder;
+    QString m_picture;
+};
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QApplication application(argc, argv);
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setPalette(
+        QPalette(Qt::white, QColor(0xe9, 0xee, 0xf3))); // the form's, also on dark desktops
+    QCoreApplication::setApplicationName(QStringLiteral("scribera-demo-host"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(SCRIBERA_VERSION));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("A bank's counter with a signature pad."));
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
+    const QString models = PadSession::models().join(QLatin1String(", "));
+    const QCommandLineOption model(QStringLiteral("model"), QStringLiteral("The pad: %1.").arg(models),
+                                   QStringLiteral("model"), QStringLiteral("K210"));
+    const QCommandLineOption autoSave(QStringLiteral("auto-save"),
+                                      QStringLiteral("On confirm, save the signature in every form and end."),
+                                      QStringLiteral("folder"));
+    const QCommandLineOption screenshot(QStringLiteral("screenshot"),
+                                        QStringLiteral("Save a picture of the window and end."),
+                                        QStringLiteral("file"));
+    const QCommandLineOption after(QStringLiteral("after"),
+                                   QStringLiteral("When to take it: 'confirm', or seconds (default 1)."),
+                                   QStringLiteral("moment"), QStringLiteral("1"));
+    parser.addOptions({model, autoSave, screenshot, after});
+
+    if (!parser.parse(QCoreApplication::arguments()))
+        return complain(parser.errorText(), WrongUsage);
+    if (parser.isSet(help) || parser.isSet(version)) {
+        std::puts(parser.isSet(help) ? qPrintable(parser.helpText())
+                                     : "scribera-demo-host " SCRIBERA_VERSION);
+        return Done;
+    }
+    if (!parser.positionalArguments().isEmpty())
+        return complain(QStringLiteral("unexpected: ") + parser.positionalArguments().constFirst(),
+                        WrongUsage);
+    if (!PadSession::models().contains(parser.value(model)))
+        return complain(QStringLiteral("--model %1 is none of %2").arg(parser.value(model), models),
+                        WrongUsage);
+    bool isNumber = true;
+    const bool atConfirm = parser.value(after) == QLatin1String("confirm");
+    const double seconds = atConfirm ? -1 : parser.value(after).toDouble(&isNumber);
+    if (!isNumber || (!atConfirm && !(seconds >= 0 && seconds <= 3600)))
+        return complain(
+            QStringLiteral("--after %1 is neither 'confirm' nor 0 to 3600 seconds").arg(parser.value(after)),
+            WrongUsage);
+    if (parser.isSet(autoSave) && !QDir().mkpath(parser.value(autoSave)))
+        return complain(QStringLiteral("cannot make the folder ") + parser.value(autoSave), Failed);
+
+    MainWindow window(parser.value(model));
+    const Script script(window, parser.value(autoSave), parser.value(screenshot), seconds);
+    window.show();
+    QTimer::singleShot(0, &window, &MainWindow::openPad); // the window is seen first, even without a pad
+    return QApplication::exec();
+}

@@ -1,0 +1,153 @@
+// The demo host's command line, run as a person runs it.
+#include "support.h"
+
+#include <QDir>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace {
+
+// Of the window at its first size: the inside of the signature field.
+constexpr QRect signatureField(60, 260, 660, 360);
+
+class DemoHost : public HostTest
+{
+protected:
+    Outcome runHost(const QStringList& arguments, const Variables& variables = {}) const
+    {
+        return run(SCRIBERA_DEMO_HOST, arguments, variables);
+    }
+    static Variables signing(const char* key)
+    {
+        return {{"SCRIBERA_SIM_RECORDING", recording("flowing.rec")}, {"SCRIBERA_SIM_KEY", key}};
+    }
+    // The host's own lines; the platform plugin of these tests has things to say too.
+    static QStringList complaints(const Outcome& outcome)
+    {
+        return QString::fromStdString(outcome.error)
+            .split('\n')
+            .filter(QRegularExpression("^scribera-demo-host: "));
+    }
+};
+
+class DemoHostOnModel : public DemoHost, public testing::WithParamInterface<const char*>
+{
+};
+
+TEST_P(DemoHostOnModel, SavesAllAndShowsTheInk)
+{
+    Variables variables = signing("confirm");
+    variables["SCRIBERA_SIM_FINGERPRINT"] = "loop";
+    variables["SCRIBERA_SIM_RATE"] = "4"; // the fingerprint has to reach the pad's screen before the key
+    const Outcome outcome = runHost({"--model", GetParam(), "--auto-save", "out/deep", "--screenshot",
+                                     "window.png", "--after", "confirm"},
+                                    variables);
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_EQ(complaints(outcome), QStringList());
+
+    QStringList expected = {"signature.bmp", "signature.ink", "signature.jpg",
+                            "signature.pdf", "signature.png", "signature.svg"};
+    const bool hasReader = std::string(GetParam()) == "K421B";
+    if (hasReader)
+        expected.prepend("fingerprint.png");
+    EXPECT_EQ(QDir(path("out/deep")).entryList(QDir::Files, QDir::Name), expected);
+    for (const QString& name : expected.filter("signature"))
+        EXPECT_TRUE(holdsDrawing(contentOf(path("out/deep/" + name)), name.section('.', 1)));
+    if (hasReader) {
+        const QImage print(path("out/deep/fingerprint.png"));
+        EXPECT_GT(countOf(print, print.rect(), qRgb(255, 0, 0)), print.width() * print.height() / 10);
+    }
+    EXPECT_EQ(pointsIn(contentOf(path("out/deep/signature.ink"))),
+              signatureIn(recording("flowing.rec")).points);
+
+    const QImage window(path("window.png"));
+    EXPECT_EQ(window.size(), QSize(1080, 740));
+    EXPECT_GT(countOf(window, signatureField, qRgb(0, 0, 0)), 1000);
+}
+
+INSTANTIATE_TEST_SUITE_P(Models, DemoHostOnModel, testing::Values("K210", "K420", "K421B", "KM730", "T580"),
+                         [](const auto& model) { return std::string(model.param); });
+
+TEST_F(DemoHost, ShowsNoInkBeforeThePersonSigns)
+{
+    ASSERT_EQ(runHost({"--screenshot", "window.png", "--after", "0.3"}).exitCode, 0);
+    const QImage window(path("window.png"));
+    EXPECT_EQ(window.size(), QSize(1080, 740));
+    EXPECT_EQ(countOf(window, signatureField, qRgb(0, 0, 0)), 0);
+}
+
+TEST_F(DemoHost, DrawsTwiceAsFineOnAFineScreen)
+{
+    Variables variables = signing("confirm");
+    variables["QT_SCALE_FACTOR"] = "2";
+    ASSERT_EQ(runHost({"--screenshot", "window.png", "--after", "confirm"}, variables).exitCode, 0);
+    const QImage window(path("window.png"));
+    EXPECT_EQ(window.size(), QSize(2160, 1480));
+    const QRect field(2 * signatureField.topLeft(), 2 * signatureField.size());
+    EXPECT_GT(countOf(window, field, qRgb(0, 0, 0)), 4000);
+}
+
+TEST_F(DemoHost, EndsAtTheCancelKeyWhenItWasToSave)
+{
+    const Outcome outcome = runHost({"--auto-save", "out"}, signing("cancel"));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(complaints(outcome), QStringList("scribera-demo-host: cancelled at the pad"));
+    EXPECT_TRUE(QDir(path("out")).entryList(QDir::Files).isEmpty());
+}
+
+TEST_F(DemoHost, SaysThatTheDriverIsMissing)
+{
+    unplug();
+    const Outcome outcome = runHost({"--auto-save", "out"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    ASSERT_EQ(complaints(outcome).size(), 1) << outcome.error;
+    EXPECT_TRUE(complaints(outcome)[0].startsWith("scribera-demo-host: no libscriberadrv.so in "));
+}
+
+TEST_F(DemoHost, ShowsItsWindowWithoutADriver)
+{
+    unplug();
+    EXPECT_EQ(runHost({"--screenshot", "window.png", "--after", "0.3"}).exitCode, 0);
+    EXPECT_EQ(QImage(path("window.png")).size(), QSize(1080, 740));
+}
+
+TEST_F(DemoHost, SaysWhatCannotBeSaved)
+{
+    write("taken", "a file");
+    EXPECT_EQ(runHost({"--auto-save", "taken"}).exitCode, 1);
+    const Outcome picture = runHost({"--screenshot", "nowhere/window.png", "--after", "0"});
+    EXPECT_EQ(picture.exitCode, 1);
+    EXPECT_EQ(complaints(picture), QStringList("scribera-demo-host: cannot save nowhere/window.png"));
+    QDir(path(".")).mkpath("out/signature.pdf");
+    const Outcome file = runHost({"--auto-save", "out"}, signing("confirm"));
+    EXPECT_EQ(file.exitCode, 1);
+    EXPECT_EQ(complaints(file), QStringList("scribera-demo-host: cannot save out/signature.pdf"));
+}
+
+TEST_F(DemoHost, RefusesWrongUsageInOneLine)
+{
+    const QList<QStringList> calls = {
+        {"--model", "K999"}, {"--model"},     {"--frobnicate"},   {"stray"},          {"--after", "later"},
+        {"--after", "-1"},   {"--after", ""}, {"--after", "1e9"}, {"--after", "nan"}, {"--auto-save"}};
+    for (const QStringList& call : calls) {
+        const Outcome outcome = runHost(call);
+        const std::string shown = call.join(' ').toStdString();
+        EXPECT_EQ(outcome.exitCode, 2) << shown;
+        EXPECT_EQ(outcome.error.rfind("scribera-demo-host: ", 0), 0u) << shown << ": " << outcome.error;
+        EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << shown;
+    }
+}
+
+TEST_F(DemoHost, HelpsAndNamesItsVersion)
+{
+    const Outcome help = runHost({"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    for (const char* option : {"--model", "--auto-save", "--screenshot", "--after", "--version"})
+        EXPECT_NE(help.output.find(option), std::string::npos) << option;
+    const Outcome version = runHost({"--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_EQ(version.output, "scribera-demo-host " SCRIBERA_VERSION "\n");
+}
+
+} // namespace
