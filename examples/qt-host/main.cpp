@@ -35,17 +35,19 @@ public:
             QTimer::singleShot(qRound(pictureAfter * 1000), this, [this] { takePicture(); });
         if (folder.isEmpty() && !pictureAtConfirm)
             return;
-        connect(&window, &MainWindow::confirmed, this, [this, pictureAtConfirm] {
-            saveAll();
-            if (pictureAtConfirm) // once the window has taken the news in
-                QTimer::singleShot(0, this, [this] { takePicture(); });
-        });
-        connect(&window, &MainWindow::cancelled, this, [] { fail(tr("cancelled at the pad")); });
-        connect(&window, &MainWindow::noPad, this, [](const QString& reason) { fail(reason); });
+        connect(&window, &MainWindow::confirmed, this, &Script::saveAll);
+        if (pictureAtConfirm) // once the window has taken the news in
+            connect(&window, &MainWindow::confirmed, this, &Script::takePicture, Qt::QueuedConnection);
+        connect(&window, &MainWindow::cancelled, this, [this] { fail(tr("cancelled at the pad")); });
+        connect(&window, &MainWindow::noPad, this, &Script::fail);
     }
 
 private:
-    static void fail(const QString& reason) { QCoreApplication::exit(complain(reason, Failed)); }
+    void fail(const QString& reason)
+    {
+        m_failed = true;
+        QCoreApplication::exit(complain(reason, Failed));
+    }
 
     void saveAll()
     {
@@ -65,13 +67,14 @@ private:
 
     void endIfDone() const
     {
-        if (m_folder.isEmpty() && m_picture.isEmpty())
+        if (!m_failed && m_folder.isEmpty() && m_picture.isEmpty())
             QCoreApplication::exit(Done);
     }
 
     MainWindow& m_window;
     QString m_folder;
     QString m_picture;
+    bool m_failed = false;
 };
 
 } // namespace

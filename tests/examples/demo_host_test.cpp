@@ -120,7 +120,8 @@ TEST_F(DemoHost, SaysWhatCannotBeSaved)
     EXPECT_EQ(picture.exitCode, 1);
     EXPECT_EQ(complaints(picture), QStringList("scribera-demo-host: cannot save nowhere/window.png"));
     QDir(path(".")).mkpath("out/signature.pdf");
-    const Outcome file = runHost({"--auto-save", "out"}, signing("confirm"));
+    const Outcome file = runHost({"--auto-save", "out", "--screenshot", "window.png", "--after", "confirm"},
+                                 signing("confirm"));
     EXPECT_EQ(file.exitCode, 1);
     EXPECT_EQ(complaints(file), QStringList("scribera-demo-host: cannot save out/signature.pdf"));
 }
