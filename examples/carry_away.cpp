@@ -58,12 +58,9 @@ Signature take(const Pad& pad, const char* title, const QString& recording)
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
-    const QStringList arguments = QApplication::arguments();
-    if (arguments.size() < 4)
-        qFatal("usage: carry_away <library> <output folder> <recording>...");
+    const QStringList arguments = argumentsOf("carry_away <library> <output folder> <recording>...", 3, 1000);
     QLibrary library(arguments[1]);
-    if (!library.load())
-        qFatal("%s", qPrintable(library.errorString()));
+    load(library);
     bool good = true;
     int recording = 3;
     std::printf("%-7s %9s %9s %9s %9s  %s\n", "model", "ink text", "png text", "bmp text", "svg text",

@@ -7,10 +7,12 @@
 #include <QElapsedTimer>
 #include <QLibrary>
 #include <QString>
+#include <QStringList>
 #include <QThread>
 
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 struct Model
@@ -24,6 +26,33 @@ inline constexpr Model kModels[] = {{"K210", SCK210_DEVICE},
                                     {"K421B", SCK421B_DEVICE},
                                     {"KM730", SCKM730_DEVICE},
                                     {"T580", SCT580_DEVICE}};
+
+// Ends the program with one line.
+template <typename... Words>
+[[noreturn]] void quit(int exitCode, const char* format, Words... words)
+{
+    std::fprintf(exitCode == 0 ? stdout : stderr, format, words...);
+    std::exit(exitCode);
+}
+
+// The arguments, when they are as many as the usage line says.
+inline QStringList argumentsOf(const char* usage, int least, int most)
+{
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.contains(QStringLiteral("--version")))
+        quit(0, "%s", "Scribera SDK 3.0.0\n");
+    if (arguments.contains(QStringLiteral("--help")))
+        quit(0, "usage: %s\n", usage);
+    if (arguments.size() - 1 < least || arguments.size() - 1 > most)
+        quit(2, "usage: %s\n", usage);
+    return arguments;
+}
+
+inline void load(QLibrary& library)
+{
+    if (!library.load())
+        quit(1, "%s\n", qPrintable(library.errorString()));
+}
 
 inline std::atomic<int> pressedKey{-1}; // written on the library's key-action thread
 

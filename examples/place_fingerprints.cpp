@@ -59,12 +59,10 @@ bool take(const Pad& pad, const Placement& placement, QWidget& window, QWidget& 
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
-    const QStringList arguments = QApplication::arguments();
-    if (arguments.size() != 4)
-        qFatal("usage: place_fingerprints <library> <output folder> <recording>");
+    const QStringList arguments =
+        argumentsOf("place_fingerprints <library> <output folder> <recording>", 3, 3);
     QLibrary library(arguments[1]);
-    if (!library.load())
-        qFatal("%s", qPrintable(library.errorString()));
+    load(library);
     qputenv("SCRIBERA_SIM_RECORDING", arguments[3].toLocal8Bit());
     bool good = QDir().mkpath(arguments[2]);
     const Pad pad(library, kModel);

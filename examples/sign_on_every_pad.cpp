@@ -69,12 +69,10 @@ bool sign(const Pad& pad, const char* title, QWidget* window, const QString& ste
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
-    const QStringList arguments = QApplication::arguments();
-    if (arguments.size() < 4)
-        qFatal("usage: sign_on_every_pad <library> <output folder> <recording>...");
+    const QStringList arguments =
+        argumentsOf("sign_on_every_pad <library> <output folder> <recording>...", 3, 1000);
     QLibrary library(arguments[1]);
-    if (!library.load())
-        qFatal("%s", qPrintable(library.errorString()));
+    load(library);
     bool good = true;
     int recording = 3;
     std::printf("%-18s %6s %7s %7s  %s\n", "model", "points", "strokes", "seconds", "files and their bytes");

@@ -13,7 +13,8 @@ constexpr char Usage[] = "usage: scribera-sim-fingerprint --pattern NAME [--seed
                          "  --seed N        0 or a positive integer, default 1; the same seed gives the same "
                          "bytes\n"
                          "  -o FILE         file to write, default standard output\n"
-                         "  --help          this text\n\n"
+                         "  --help          this text\n"
+                         "  --version       name and version\n\n"
                          "Exit code: 0 done, 1 the file cannot be written, 2 wrong arguments.\n";
 
 int refuseArguments(const std::string& reason)
@@ -34,6 +35,10 @@ int main(int argc, char** argv)
         const std::string option = argv[index];
         if (option == "--help" || option == "-h") {
             std::fputs(Usage, stdout);
+            return 0;
+        }
+        if (option == "--version") {
+            std::puts("scribera-sim-fingerprint " SCRIBERA_VERSION);
             return 0;
         }
         if (option != "--pattern" && option != "--seed" && option != "-o")

@@ -311,7 +311,8 @@ std::string usage()
            "                 do not scale them\n"
            "  --flip-y       turn upside down: in the file y grows upwards\n"
            "  -o OUT         file to write, default standard output\n"
-           "  --help         this text\n\n"
+           "  --help         this text\n"
+           "  --version      name and version\n\n"
            "Without --pad the written part is scaled to the pad's writing area with a margin, proportions "
            "kept,\n"
            "and the file's largest pressure becomes the pad's.\n"
@@ -375,6 +376,9 @@ int main(int argc, char** argv)
             input = argument;
         } else if (argument == "--help" || argument == "-h") {
             std::fputs(usage().c_str(), stdout);
+            return 0;
+        } else if (argument == "--version") {
+            std::puts("scribera-sim-import " SCRIBERA_VERSION);
             return 0;
         } else if (argument == "--") {
             onlyFiles = true;

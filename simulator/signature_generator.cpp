@@ -479,7 +479,8 @@ std::string usage()
             simulator::modelNames() +
             "\n"
             "  -o FILE        file to write, default standard output\n"
-            "  --help         this text\n\n"
+            "  --help         this text\n"
+            "  --version      name and version\n\n"
             "Exit code: 0 done, 1 the file cannot be written, 2 wrong arguments.\n";
     return text;
 }
@@ -502,6 +503,10 @@ int main(int argc, char** argv)
         const std::string option = argv[index];
         if (option == "--help" || option == "-h") {
             std::fputs(usage().c_str(), stdout);
+            return 0;
+        }
+        if (option == "--version") {
+            std::puts("scribera-sim-generate " SCRIBERA_VERSION);
             return 0;
         }
         if (option != "--style" && option != "--seed" && option != "--model" && option != "-o")

@@ -291,3 +291,16 @@ TEST_F(ImportToolTest, namesWrongArguments)
     EXPECT_EQ(outcome.error,
               "scribera-sim-import: " + missing + ": cannot be opened: No such file or directory\n");
 }
+
+TEST_F(SimulatorTest, everyToolTellsItsVersionAndItsUse)
+{
+    for (const std::string tool : {SCRIBERA_GENERATE_TOOL, SCRIBERA_FINGERPRINT_TOOL, SCRIBERA_IMPORT_TOOL}) {
+        const std::string name = tool.substr(tool.rfind('/') + 1);
+        const Outcome version = runProgram(tool, {"--version"});
+        EXPECT_EQ(version.exitCode, 0);
+        EXPECT_EQ(version.output, name + " 3.0.0\n");
+        const Outcome help = runProgram(tool, {"--help"});
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_TRUE(help.output.starts_with("usage: " + name + " ")) << help.output;
+    }
+}
