@@ -32,6 +32,9 @@ public:
         const auto* header = at<Elf64_Ehdr>(0);
         if (std::memcmp(header->e_ident, ELFMAG, SELFMAG) != 0)
             throw std::runtime_error(path + " is no ELF file");
+        const auto* segments = at<Elf64_Phdr>(header->e_phoff);
+        for (int i = 0; i < header->e_phnum; ++i)
+            m_segments.push_back(segments[i]);
         const auto* sections = at<Elf64_Shdr>(header->e_shoff);
         for (int i = 0; i < header->e_shnum; ++i) {
             const Elf64_Shdr& section = sections[i];
@@ -43,6 +46,13 @@ public:
     }
 
     const std::vector<Symbol>& defined() const { return m_defined; }
+    const std::set<std::string>& undefined() const { return m_undefined; }
+    const Elf64_Phdr* segment(Elf64_Word type) const // null when there is none
+    {
+        const auto found = std::find_if(m_segments.begin(), m_segments.end(),
+                                        [=](const Elf64_Phdr& each) { return each.p_type == type; });
+        return found == m_segments.end() ? nullptr : &*found;
+    }
     const std::vector<std::string>& needed() const { return m_needed; }
     const std::string& soname() const { return m_soname; }
     bool has(Elf64_Sxword tag) const { return m_tags.contains(tag); }
@@ -66,6 +76,8 @@ private:
     {
         for (std::size_t i = 0; i < section.sh_size / sizeof(Elf64_Sym); ++i) {
             const auto* symbol = at<Elf64_Sym>(section.sh_offset + i * sizeof(Elf64_Sym));
+            if (symbol->st_shndx == SHN_UNDEF)
+                m_undefined.insert(text(strings, symbol->st_name));
             if (symbol->st_shndx == SHN_UNDEF || ELF64_ST_BIND(symbol->st_info) == STB_LOCAL)
                 continue;
             m_defined.push_back({text(strings, symbol->st_name), ELF64_ST_TYPE(symbol->st_info),
@@ -86,7 +98,9 @@ private:
     }
 
     std::string m_content;
+    std::vector<Elf64_Phdr> m_segments;
     std::vector<Symbol> m_defined;
+    std::set<std::string> m_undefined;
     std::vector<std::string> m_needed;
     std::string m_soname;
     std::map<Elf64_Sxword, std::uint64_t> m_tags;
@@ -187,6 +201,42 @@ TEST(Symbols, LibraryHasItsNameAndStaysLoaded)
     EXPECT_NE(library.value(DT_FLAGS_1) & DF_1_NODELETE, 0u);
     for (const std::string& needed : library.needed())
         EXPECT_EQ(needed.find("scriberadrv"), std::string::npos) << "the driver is loaded, not linked";
+}
+
+TEST(Hardening, TablesAreReadOnlyOnceTheLibraryIsLoaded)
+{
+    const ElfFile library(libraryFile());
+    ASSERT_NE(library.segment(PT_GNU_RELRO), nullptr);
+    EXPECT_GT(library.segment(PT_GNU_RELRO)->p_memsz, 0u);
+    EXPECT_TRUE((library.value(DT_FLAGS) & DF_BIND_NOW) != 0 || (library.value(DT_FLAGS_1) & DF_1_NOW) != 0);
+    EXPECT_FALSE(library.has(DT_TEXTREL));
+    EXPECT_EQ(library.value(DT_FLAGS) & DF_TEXTREL, 0u);
+}
+
+TEST(Hardening, StackIsNotRun)
+{
+    const ElfFile library(libraryFile());
+    ASSERT_NE(library.segment(PT_GNU_STACK), nullptr);
+    EXPECT_EQ(library.segment(PT_GNU_STACK)->p_flags & PF_X, 0u);
+}
+
+TEST(Hardening, LoadedFromNowhereButTheSystem)
+{
+    const ElfFile library(libraryFile());
+    EXPECT_FALSE(library.has(DT_RPATH));
+}
+
+TEST(Hardening, FramesAndBuffersAreGuarded)
+{
+#ifndef SCRIBERA_HARDENED
+    GTEST_SKIP() << "this build has no guards";
+#endif
+    const ElfFile library(libraryFile());
+    EXPECT_TRUE(library.undefined().contains("__stack_chk_fail"));
+    for (const char* checked : {"__snprintf_chk", "__vsnprintf_chk", "__fprintf_chk"})
+        EXPECT_TRUE(library.undefined().contains(checked)) << checked;
+    for (const char* unchecked : {"snprintf", "vsnprintf", "fprintf", "sprintf", "strcpy", "strcat"})
+        EXPECT_FALSE(library.undefined().contains(unchecked)) << unchecked;
 }
 
 std::string withoutComments(const std::string& source)
