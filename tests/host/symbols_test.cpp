@@ -226,11 +226,10 @@ TEST(Hardening, LoadedFromNowhereButTheSystem)
     EXPECT_FALSE(library.has(DT_RPATH));
 }
 
+#ifdef SCRIBERA_HARDENED // the builds that are shipped; sanitizers guard more, and debugging wants plain
+                         // frames
 TEST(Hardening, FramesAndBuffersAreGuarded)
 {
-#ifndef SCRIBERA_HARDENED
-    GTEST_SKIP() << "this build has no guards";
-#endif
     const ElfFile library(libraryFile());
     EXPECT_TRUE(library.undefined().contains("__stack_chk_fail"));
     for (const char* checked : {"__snprintf_chk", "__vsnprintf_chk", "__fprintf_chk"})
@@ -238,6 +237,7 @@ TEST(Hardening, FramesAndBuffersAreGuarded)
     for (const char* unchecked : {"snprintf", "vsnprintf", "fprintf", "sprintf", "strcpy", "strcat"})
         EXPECT_FALSE(library.undefined().contains(unchecked)) << unchecked;
 }
+#endif
 
 std::string withoutComments(const std::string& source)
 {
