@@ -205,6 +205,74 @@ Seeds inkTexts()
     return seeds;
 }
 
+QByteArray recordingOf(const QByteArray& samples)
+{
+    return "# scribera recording 1\nmodel: SCK210\narea: 160 220 2360 1430\nmax-pressure: 2048\n" + samples;
+}
+
+Seeds recordings()
+{
+    Seeds seeds = {
+        {"stroke", recordingOf("0 400 500 300 0\n5 410 510 320 1\n9 410 510 0 2\n")},
+        {"keys", recordingOf("0 0 0 0 4\n90 0 0 0 2\n200 -1 -1 0 3\n")},
+        {"comments", recordingOf("# nothing\n\n0 400 500 300 0\n# more\n")},
+        {"unknown-status", recordingOf("0 1 2 3 99\n1 1 2 3 -5\n")},
+        {"no-samples", recordingOf("")},
+        {"no-header", QByteArray("# scribera recording 1\n")},
+        {"other-version", QByteArray("# scribera recording 2\nmodel: SCK210\n")},
+        {"times-back", recordingOf("9 1 2 3 0\n8 1 2 3 1\n")},
+        {"long", recordingOf("1000000000 1 2 3 0\n1000000001 1 2 3 1\n")},
+        {"wide", recordingOf("0 2147483647 -2147483648 2147483647 0\n")},
+        {"too-wide", recordingOf("0 2147483648 1 1 0\n")},
+        {"words", recordingOf("0 1 2 3 0 0\n")},
+        {"carriage-return", recordingOf("0 1 2 3 0\r\n")},
+        {"no-area", QByteArray("# scribera recording 1\nmodel: SCK210\narea: 0 0 0 1\nmax-pressure: 1\n")},
+        {"immense-area",
+         QByteArray("# scribera recording 1\nmodel: X\narea: 2147483647 0 2147483647 1\nmax-pressure: 1\n")},
+    };
+    for (const Seed& stream : streams())
+        seeds.push_back({stream.name, stream.bytes.toBase64()});
+    return seeds;
+}
+
+// Calls of the interface. A number is a byte less 16; 240 and above begin one of four bytes.
+QByteArray session(int family, const QByteArray& calls)
+{
+    // Opened with a canvas of 64 by 32, both callbacks registered, a stroke of four samples and a key.
+    const QByteArray start =
+        QByteArray::fromHex("00") + static_cast<char>(family) + QByteArray::fromHex("01000010");
+    return start +
+           QByteArray::fromHex("02030000"
+                               "02040000"
+                               "08000450502000505121015555250150602802"
+                               "080101") +
+           calls;
+}
+
+Seeds calls()
+{
+    static constexpr const char* names[] = {"k210", "k420", "k421b", "km730", "t580"};
+    Seeds seeds;
+    for (int family = 0; family < 5; ++family) {
+        QByteArray all;
+        for (int group = 1; group <= 7; ++group)
+            for (int what = 0; what < 7; ++what)
+                all += QByteArray::fromHex("110000001010000000000000")
+                           .prepend(static_cast<char>(what))
+                           .prepend(static_cast<char>(group));
+        seeds.push_back({names[family], session(family, all)});
+    }
+    seeds.push_back(
+        {"pictures", session(0, QByteArray::fromHex("0411000010 0412000110 0413000210 0417000310"
+                                                    "0418000410 051100 051200 051300 051600 0502"))});
+    seeds.push_back({"print", session(2, QByteArray::fromHex("08026400 108060 0600404010104040 00 0602130000"
+                                                             "0403 1300 0402"))});
+    seeds.push_back({"driver-fails", session(1, QByteArray::fromHex("080302f000000005 0103 0805 0103"))});
+    seeds.push_back({"reopened", session(3, QByteArray::fromHex("000300 0004 01000010 0003 00"))});
+    seeds.push_back({"other-family", session(4, QByteArray::fromHex("fa00010000 10 e1 02 01 e6 02 00"))});
+    return seeds;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -220,5 +288,7 @@ int main(int argc, char** argv)
     write(corpora, "decode_ink", streams());
     write(corpora, "decode_text", texts());
     write(corpora, "ink_reader", inkTexts());
+    write(corpora, "recording", recordings());
+    write(corpora, "api", calls());
     return 0;
 }

@@ -1,0 +1,640 @@
+// The whole interface: the input is a sequence of calls with their arguments, of all families, and of what
+// the pad does meanwhile. Each result has to be one of those documented, for a host that gives anything but
+// pointers that lead nowhere.
+
+#include "fuzzer.h"
+#include "scriberasdk.h"
+#include "scriberasim.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <climits>
+#include <cstring>
+#include <filesystem>
+#include <initializer_list>
+#include <iterator>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include <dlfcn.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int TimeoutMs = 30000;
+constexpr int FingerprintSize = 208 * 288;
+
+// ---- the interface, once for each family
+
+// X(name, result, parameters)
+#define COMMON_OPERATIONS(X)                                                                                 \
+    X(InitialDevice, bool, (int, QWidget*, int, int, int, int))                                              \
+    X(InitialDeviceByWId, bool, (int, unsigned long long, int, int, int, int))                               \
+    X(UnInitialDevice, int, (int))                                                                           \
+    X(Clear, int, (int))                                                                                     \
+    X(GetHWPadID, int, (int, char*, int))                                                                    \
+    X(GetHWVersionID, int, (int, char*, int))                                                                \
+    X(getDeviceInfo, int, (int, int, void*))                                                                 \
+    X(SetPenStyle, int, (int, bool))                                                                         \
+    X(SetPenWidth, int, (int, int))                                                                          \
+    X(SetPenColor, int, (int, int, int, int))                                                                \
+    X(SignatureStatusCallback, int, (int, ScriberaSignatureStatusCallback))                                  \
+    X(RealTimeSignatureDataCallback, bool, (int, ScriberaRealTimeSignDataCallback))                          \
+    X(GetDeviceConfirmOrCancelKeyStatus, int, (int))                                                         \
+    X(GetTotalPacketsNumber, int, (int))                                                                     \
+    X(getPackets, int, (int, _PACKETS*))                                                                     \
+    X(GetInkPointTime, char*, (int, int))                                                                    \
+    X(FreeInkPointTime, void, (int, char*))                                                                  \
+    X(SaveDrawingImage, int, (int, int, wchar_t*, int))                                                      \
+    X(SetSaveCenterImageClip, int, (int, bool, int, int))                                                    \
+    X(PacketsBase64Encode, char*, (int, int))                                                                \
+    X(PacketsBase64EncodeFree, void, (int, char*))                                                           \
+    X(PacketsBase64EncodeEx, char*, (int, int, bool))                                                        \
+    X(PacketsBase64EncodeExFree, void, (int, char*))                                                         \
+    X(GetSVGImageBase64Data, char*, (int))                                                                   \
+    X(FreeSVGImageBase64Data, void, (int, char*))                                                            \
+    X(Base64Decode, int, (int, int, const char*, wchar_t*))                                                  \
+    X(GetTotalDecodePacketsNumber, int, (int))                                                               \
+    X(GetDecodePacketsData, int, (int, int, int))                                                            \
+    X(AboutBox, void, (QWidget*))                                                                            \
+    X(AboutBoxByWId, void, (unsigned long long))                                                             \
+    X(GetAboutInfo, void, (int, char*))
+#define SCREEN_OPERATIONS(X)                                                                                 \
+    X(OpenLCD, int, (int, bool))                                                                             \
+    X(GetHWPenID, int, (int, char*, int))                                                                    \
+    X(DisplayHWVersion, int, (int, bool))
+#define FINGERPRINT_OPERATIONS(X)                                                                            \
+    X(SetDisplayedFPImageAt, int, (int, QWidget*, int, int, int, int, int, int))                             \
+    X(SetDisplayedFPImageAtByWId, int, (int, unsigned long long, int, int, int, int, int, int))              \
+    X(GetFPImageBase64Data, char*, (int, int, bool))                                                         \
+    X(FreeFPImageBase64Data, void, (int, char*))
+
+struct Family
+{
+    int type = 0;
+#define X(name, result, parameters) result(*name) parameters = nullptr;
+    COMMON_OPERATIONS(X)
+    SCREEN_OPERATIONS(X)
+    FINGERPRINT_OPERATIONS(X)
+#undef X
+};
+
+std::array<Family, 5> makeFamilies()
+{
+    std::array<Family, 5> families;
+#define K210(name, result, parameters) families[0].name = SCK210_##name;
+#define K420(name, result, parameters) families[1].name = SCK420_##name;
+#define K421B(name, result, parameters) families[2].name = SCK421B_##name;
+#define KM730(name, result, parameters) families[3].name = SCKM730_##name;
+#define T580(name, result, parameters) families[4].name = SCT580_##name;
+    COMMON_OPERATIONS(K210)
+    COMMON_OPERATIONS(K420)
+    COMMON_OPERATIONS(K421B)
+    COMMON_OPERATIONS(KM730)
+    COMMON_OPERATIONS(T580)
+    SCREEN_OPERATIONS(K210)
+    SCREEN_OPERATIONS(K420)
+    SCREEN_OPERATIONS(K421B)
+    FINGERPRINT_OPERATIONS(K421B)
+#undef K210
+#undef K420
+#undef K421B
+#undef KM730
+#undef T580
+    constexpr int types[] = {SCK210_DEVICE, SCK420_DEVICE, SCK421B_DEVICE, SCKM730_DEVICE, SCT580_DEVICE};
+    for (std::size_t i = 0; i < families.size(); ++i)
+        families[i].type = types[i];
+    return families;
+}
+
+const std::array<Family, 5> families = makeFamilies();
+
+// ---- the pad
+
+struct Pad
+{
+    decltype(&::ScrSim_SendSamples) sendSamples;
+    decltype(&::ScrSim_SendFingerprint) sendFingerprint;
+    decltype(&::ScrSim_PressKey) pressKey;
+    decltype(&::ScrSim_WaitIdle) waitIdle;
+    decltype(&::ScrSim_SetResult) setResult;
+    decltype(&::ScrSim_SetText) setText;
+    decltype(&::ScrSim_Reset) reset;
+};
+
+Pad g_pad;
+fs::path g_directory;
+
+template <class Function>
+void resolve(void* library, Function& function, const char* name)
+{
+    function = reinterpret_cast<Function>(dlsym(library, name));
+    require(function != nullptr, name);
+}
+
+const char* const EntryPoints[] = {"SCRDAPI_Initial",
+                                   "SCRDAPI_OpenDeviceLCD",
+                                   "SCRDAPI_ClearDeviceContent",
+                                   "SCRDAPI_GetDevicePenID",
+                                   "SCRDAPI_GetDevicePadID",
+                                   "SCRDAPI_GetDevicePartsVersion",
+                                   "SCRDAPI_ShowVersionInfoOnDevice",
+                                   "SCRDAPI_SetDevicePenStyle",
+                                   "SCRDAPI_ShowFPImageOnDevice"};
+
+// ---- the input
+
+class Bytes
+{
+public:
+    Bytes(const std::uint8_t* data, std::size_t size) : m_next(data), m_end(data + size) {}
+
+    bool isAtEnd() const { return m_next == m_end; }
+    std::uint8_t byte() { return isAtEnd() ? 0 : *m_next++; }
+    bool flag() { return (byte() & 1) != 0; }
+    int number() // a small one in a byte, any in five
+    {
+        const std::uint8_t first = byte();
+        if (first < 0xf0)
+            return first - 0x10;
+        std::uint32_t bits = 0;
+        for (int i = 0; i < 4; ++i)
+            bits = bits << 8 | byte();
+        return static_cast<int>(bits);
+    }
+    int number(unsigned factor) { return static_cast<int>(static_cast<unsigned>(number()) * factor); }
+    int status() // mostly one of the five
+    {
+        const std::uint8_t first = byte();
+        return first < 0xf0 ? first % 6 : number();
+    }
+    std::string text()
+    {
+        std::string text;
+        for (std::size_t left = byte(); left > 0 && !isAtEnd(); --left)
+            text += static_cast<char>(byte());
+        return text;
+    }
+
+private:
+    const std::uint8_t* m_next;
+    const std::uint8_t* m_end;
+};
+
+// ---- callbacks
+
+std::atomic<const Family*> g_inCallback = nullptr;
+
+void callBack()
+{
+    const Family& family = *g_inCallback;
+    require(family.UnInitialDevice(family.type) == -1, "no callback closes the pad");
+    family.GetTotalPacketsNumber(family.type);
+    _PACKETS packet{};
+    const int result = family.getPackets(family.type, &packet);
+    require(result == 0 || result == -1, "a point or none");
+    family.SetPenWidth(family.type, 4);
+}
+
+void onStatus(int status)
+{
+    require(status == 0 || status == 1, "a key is 0 or 1");
+    callBack();
+}
+
+void onPoint(unsigned long position, long pen)
+{
+    require(position >> 32 == 0 && (pen >> 16 == 0 || pen >> 16 == 1), "a point is packed");
+    callBack();
+}
+
+// ---- calls
+
+bool isRaster(int imageType)
+{
+    return imageType == EBITI_BITMAP || imageType == EBITI_JPG || imageType == EBITI_PNG;
+}
+
+class Host
+{
+public:
+    explicit Host(Bytes bytes) : m_bytes(bytes) {}
+
+    void run();
+
+private:
+    void padDoes();
+    void open();
+    void askPad();
+    void pen();
+    void points();
+    void files();
+    void texts();
+    void fingerprint();
+    void about();
+
+    const Family& family() const { return families[m_family]; }
+    bool isLive() const { return m_live == &family(); }
+    int type() // mostly the family's own
+    {
+        m_type = m_bytes.byte() % 8 == 7 ? m_bytes.number() : family().type;
+        return m_type;
+    }
+    // What a function of the object gives: -2 for the type, its own for bad arguments, missing without a pad.
+    void check(int result, std::initializer_list<int> documented, int missing = -1, bool badArguments = false)
+    {
+        if (m_type != family().type)
+            require(result == -2, "another device type is refused");
+        else if (badArguments)
+            require(result == -2, "bad arguments are refused");
+        else if (!isLive())
+            require(result == missing, "without a pad there is nothing");
+        else
+            require(std::find(documented.begin(), documented.end(), result) != documented.end(),
+                    "the result is documented");
+    }
+    // Codes that the driver was told to give are passed on.
+    void checkDriver(int result)
+    {
+        if (m_driverFails && isLive() && m_type == family().type)
+            return;
+        check(result, {0, -1, -2});
+    }
+    void takeText(char* text, bool accepted, void (*giveBack)(int, char*))
+    {
+        require(!text || (m_type == family().type && isLive() && accepted), "no text for a refused call");
+        if (text)
+            require(std::strlen(text) % 4 == 0, "a text is whole Base64");
+        giveBack(family().type, text);
+        giveBack(m_bytes.flag() ? family().type : -1, nullptr);
+    }
+    wchar_t* path()
+    {
+        static const char* const names[] = {"a.bmp", "b.jpg", "c.png", "d", "missing/e.png", "", "."};
+        const std::uint8_t choice = m_bytes.byte() % 9;
+        if (choice == 8)
+            return nullptr;
+        m_path = choice == 7 ? std::wstring(5000, L'x') : fs::path(g_directory / names[choice]).wstring();
+        return m_path.data();
+    }
+
+    Bytes m_bytes;
+    std::size_t m_family = 0;
+    const Family* m_live = nullptr;
+    int m_type = 0;
+    bool m_driverFails = false;
+    std::wstring m_path;
+};
+
+void Host::padDoes()
+{
+    switch (m_bytes.byte() % 6) {
+    case 0: {
+        std::vector<ScrSimSample> samples(m_bytes.byte() % 32);
+        for (ScrSimSample& sample : samples)
+            sample = {m_bytes.number(40), m_bytes.number(30), m_bytes.number(8), m_bytes.status()};
+        g_pad.sendSamples(samples.data(), static_cast<int>(samples.size()));
+        break;
+    }
+    case 1:
+        g_pad.pressKey(m_bytes.byte() % 2);
+        break;
+    case 2: {
+        const std::vector<unsigned char> print(FingerprintSize, m_bytes.byte());
+        const bool null = m_bytes.flag();
+        const int length = std::min(m_bytes.number(), FingerprintSize); // as many are read from print
+        g_pad.sendFingerprint(null ? nullptr : print.data(), length, m_bytes.number());
+        break;
+    }
+    case 3:
+        m_driverFails = true;
+        g_pad.setResult(EntryPoints[m_bytes.byte() % std::size(EntryPoints)], m_bytes.number());
+        break;
+    case 4: {
+        const std::string text = m_bytes.text();
+        m_driverFails = true;
+        g_pad.setText("SCRDAPI_GetDevicePartsVersion", text.data(), static_cast<int>(text.size()),
+                      m_bytes.flag());
+        break;
+    }
+    default:
+        g_pad.reset();
+        m_driverFails = false;
+        break;
+    }
+    require(g_pad.waitIdle(TimeoutMs) == 0, "the pad's samples are taken");
+}
+
+void Host::open()
+{
+    const std::uint8_t what = m_bytes.byte() % 4;
+    if (what == 3) {
+        const int deviceType = type();
+        const int result = family().UnInitialDevice(deviceType);
+        require(result == (deviceType == family().type ? 0 : -2), "closing succeeds");
+        if (deviceType == family().type && isLive())
+            m_live = nullptr;
+        return;
+    }
+    static constexpr int sizes[][2] = {{64, 32}, {300, 150}, {0, 0}, {-5, 10}, {INT_MAX, INT_MAX}, {5000, 1}};
+    const auto& size = sizes[m_bytes.byte() % std::size(sizes)];
+    const int deviceType = type();
+    const int x = m_bytes.number();
+    const bool opened = what == 0 ? family().InitialDeviceByWId(deviceType, 0, x, 0, size[0], size[1])
+                                  : family().InitialDevice(deviceType, nullptr, x, 0, size[0], size[1]);
+    if (deviceType != family().type)
+        require(!opened, "another device type opens nothing");
+    else if (m_live)
+        require(opened, "an open pad stays open");
+    else if (!m_driverFails)
+        require(opened, "the pad opens");
+    if (opened && !m_live)
+        m_live = &family();
+    require((g_pSignWidget != nullptr) == (m_live != nullptr), "the variable tells whether a pad is open");
+}
+
+void Host::askPad()
+{
+    std::array<char, 64> buffer{};
+    char* const target = m_bytes.flag() ? nullptr : buffer.data();
+    const int size = std::min(m_bytes.number(), static_cast<int>(buffer.size()));
+    const std::uint8_t what = m_bytes.byte() % 7;
+    switch (what) {
+    case 0:
+        checkDriver(family().GetHWPadID(type(), target, size));
+        break;
+    case 1:
+        checkDriver(family().GetHWVersionID(type(), target, size));
+        break;
+    case 2: {
+        const int index = m_bytes.number();
+        const bool bad = index < 1 || index > 7 || !target;
+        check(family().getDeviceInfo(type(), index, target), {0}, -1, bad);
+        break;
+    }
+    case 3:
+        checkDriver(family().Clear(type()));
+        break;
+    default:
+        if (!family().OpenLCD)
+            break;
+        if (what == 4)
+            checkDriver(family().OpenLCD(type(), m_bytes.flag()));
+        else if (what == 5)
+            checkDriver(family().GetHWPenID(type(), target, size));
+        else
+            checkDriver(family().DisplayHWVersion(type(), m_bytes.flag()));
+        break;
+    }
+}
+
+void Host::pen()
+{
+    switch (m_bytes.byte() % 6) {
+    case 0:
+        checkDriver(family().SetPenStyle(type(), m_bytes.flag()));
+        break;
+    case 1: {
+        const int width = m_bytes.number();
+        const int result = family().SetPenWidth(type(), width);
+        check(result, {width >= 1 && width <= 10 ? 0 : -2});
+        break;
+    }
+    case 2: {
+        const int red = m_bytes.number();
+        check(family().SetPenColor(type(), red, m_bytes.number(), m_bytes.number()), {0});
+        break;
+    }
+    case 3:
+        check(family().SignatureStatusCallback(type(), m_bytes.flag() ? onStatus : nullptr), {0});
+        break;
+    case 4: {
+        const bool null = m_bytes.flag();
+        const int deviceType = type();
+        const bool taken = family().RealTimeSignatureDataCallback(deviceType, null ? nullptr : onPoint);
+        require(taken == (deviceType == family().type && !null && isLive()),
+                "a callback is taken or refused");
+        break;
+    }
+    default:
+        check(family().GetDeviceConfirmOrCancelKeyStatus(type()), {-1, 0, 1});
+        break;
+    }
+}
+
+void Host::points()
+{
+    const int index = m_bytes.number();
+    switch (m_bytes.byte() % 5) {
+    case 0: {
+        const int count = family().GetTotalPacketsNumber(type());
+        check(count > 0 ? 1 : count, {1, -8}, -8);
+        break;
+    }
+    case 1: {
+        _PACKETS packet{index, 0, 0, 0, 9};
+        const bool null = m_bytes.flag();
+        check(family().getPackets(type(), null ? nullptr : &packet), {null ? -2 : 0, null ? -2 : -1});
+        break;
+    }
+    case 2: {
+        const int deviceType = type();
+        char* const text = family().GetInkPointTime(deviceType, index);
+        require(!text || (isLive() && deviceType == family().type && index >= 0), "no time without a point");
+        require(!text || std::strlen(text) >= 23, "a time is whole");
+        family().FreeInkPointTime(family().type, text);
+        family().FreeInkPointTime(deviceType, nullptr);
+        break;
+    }
+    case 3: {
+        const int count = family().GetTotalDecodePacketsNumber(type());
+        check(count > 0 ? 1 : count, {1, -8}, -8);
+        break;
+    }
+    default: {
+        const int selector = m_bytes.number();
+        const int deviceType = type();
+        const int result = family().GetDecodePacketsData(deviceType, index, selector);
+        if (deviceType != family().type || selector < 1 || selector > 3)
+            require(result == -2, "bad arguments are refused");
+        else if (!isLive())
+            require(result == -1, "without a pad there is nothing");
+        else
+            require(result >= SHRT_MIN && result <= SHRT_MAX, "a number of 16 bits");
+        break;
+    }
+    }
+}
+
+void Host::files()
+{
+    const int imageType = m_bytes.number();
+    switch (m_bytes.byte() % 3) {
+    case 0: {
+        const bool savable = isRaster(imageType) || imageType == EBITI_PDF || imageType == EBITI_SVG;
+        wchar_t* const file = path();
+        const int level = m_bytes.number();
+        check(family().SaveDrawingImage(type(), imageType, file, level), {0, -8}, -1, !savable);
+        break;
+    }
+    case 1: {
+        const int marginX = m_bytes.number();
+        const int marginY = m_bytes.number();
+        check(family().SetSaveCenterImageClip(type(), m_bytes.flag(), marginX, marginY), {0}, -1,
+              marginX < 0 || marginY < 0);
+        break;
+    }
+    default: {
+        const std::string text = m_bytes.text();
+        const bool null = m_bytes.flag();
+        const bool bad = (!isRaster(imageType) && imageType != EBITI_INK) || null || text.c_str()[0] == '\0';
+        wchar_t* const file = path();
+        check(family().Base64Decode(type(), imageType, null ? nullptr : text.c_str(), file), {0, -8}, -1,
+              bad);
+        break;
+    }
+    }
+}
+
+void Host::texts()
+{
+    const int imageType = m_bytes.number();
+    const bool encodable = isRaster(imageType) || imageType == EBITI_INK;
+    switch (m_bytes.byte() % 3) {
+    case 0:
+        takeText(family().PacketsBase64Encode(type(), imageType), encodable,
+                 family().PacketsBase64EncodeFree);
+        break;
+    case 1:
+        takeText(family().PacketsBase64EncodeEx(type(), imageType, m_bytes.flag()), encodable,
+                 family().PacketsBase64EncodeExFree);
+        break;
+    default:
+        takeText(family().GetSVGImageBase64Data(type()), true, family().FreeSVGImageBase64Data);
+        break;
+    }
+}
+
+void Host::fingerprint()
+{
+    if (!family().SetDisplayedFPImageAt)
+        return;
+    const std::uint8_t what = m_bytes.byte() % 3;
+    if (what == 2) {
+        const int imageType = m_bytes.number();
+        takeText(family().GetFPImageBase64Data(type(), imageType, m_bytes.flag()), isRaster(imageType),
+                 family().FreeFPImageBase64Data);
+        return;
+    }
+    const int width = m_bytes.byte() * 4;
+    const int height = m_bytes.byte() * 4;
+    int rectangle[4];
+    for (int& side : rectangle)
+        side = m_bytes.number();
+    const int deviceType = type();
+    check(what == 0 ? family().SetDisplayedFPImageAt(deviceType, nullptr, width, height, rectangle[0],
+                                                     rectangle[1], rectangle[2], rectangle[3])
+                    : family().SetDisplayedFPImageAtByWId(deviceType, 17, width, height, rectangle[0],
+                                                          rectangle[1], rectangle[2], rectangle[3]),
+          {0, -2});
+}
+
+void Host::about()
+{
+    family().AboutBox(nullptr); // no application: nothing is shown
+    family().AboutBoxByWId(m_bytes.byte());
+    std::array<char, 128> buffer{};
+    const int deviceType = type();
+    family().GetAboutInfo(deviceType, m_bytes.flag() ? nullptr : buffer.data());
+    require(buffer[0] == '\0' ||
+                (deviceType == family().type && std::strncmp(buffer.data(), "About\n", 6) == 0),
+            "the text is that of the box");
+}
+
+void Host::run()
+{
+    while (!m_bytes.isAtEnd()) {
+        const std::uint8_t what = m_bytes.byte();
+        // The family of the open pad, or now and then another.
+        if (!m_live || what >= 0xe0)
+            m_family = m_bytes.byte() % families.size();
+        else
+            m_family = static_cast<std::size_t>(m_live - families.data());
+        g_inCallback = m_live ? m_live : &family();
+        switch (what % 10) {
+        case 0:
+            open();
+            break;
+        case 1:
+            askPad();
+            break;
+        case 2:
+            pen();
+            break;
+        case 3:
+            points();
+            break;
+        case 4:
+            files();
+            break;
+        case 5:
+            texts();
+            break;
+        case 6:
+            fingerprint();
+            break;
+        case 7:
+            about();
+            break;
+        default:
+            padDoes();
+            break;
+        }
+    }
+    for (const Family& each : families)
+        require(each.UnInitialDevice(each.type) == 0, "closing succeeds");
+    require(g_pSignWidget == nullptr && g_bUseSignObj == 0, "nothing is left open");
+    g_pad.reset();
+}
+
+void tidyUp()
+{
+    std::error_code ignored;
+    fs::current_path("/", ignored);
+    fs::remove_all(g_directory, ignored);
+}
+
+} // namespace
+
+int LLVMFuzzerInitialize(int*, char***)
+{
+    static void* library;
+    std::string name = (fs::temp_directory_path() / "scribera-fuzz.XXXXXX").string();
+    require(mkdtemp(name.data()) != nullptr, "there is a temporary directory");
+    g_directory = name;
+    fs::create_symlink(SCRIBERA_DRIVER_LIBRARY, g_directory / "libscriberadrv.so");
+    library = dlopen((g_directory / "libscriberadrv.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    require(library != nullptr, "there is a pad");
+    resolve(library, g_pad.sendSamples, "ScrSim_SendSamples");
+    resolve(library, g_pad.sendFingerprint, "ScrSim_SendFingerprint");
+    resolve(library, g_pad.pressKey, "ScrSim_PressKey");
+    resolve(library, g_pad.waitIdle, "ScrSim_WaitIdle");
+    resolve(library, g_pad.setResult, "ScrSim_SetResult");
+    resolve(library, g_pad.setText, "ScrSim_SetText");
+    resolve(library, g_pad.reset, "ScrSim_Reset");
+    std::atexit(tidyUp);
+    return 0;
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    // The library looks for the driver where the process is; findings are written elsewhere.
+    static const fs::path before = fs::current_path();
+    fs::current_path(g_directory);
+    Host(Bytes(data, size)).run();
+    fs::current_path(before);
+    return 0;
+}
