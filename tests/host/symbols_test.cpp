@@ -224,6 +224,7 @@ TEST(Hardening, LoadedFromNowhereButTheSystem)
 {
     const ElfFile library(libraryFile());
     EXPECT_FALSE(library.has(DT_RPATH));
+    EXPECT_FALSE(library.has(DT_RUNPATH));
 }
 
 #ifdef SCRIBERA_HARDENED // the builds that are shipped; sanitizers guard more, and debugging wants plain
