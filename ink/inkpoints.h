@@ -19,10 +19,11 @@ _POINTDATA StampedPoint(int nX, int nY, int nP, unsigned char ucStatus);
 constexpr unsigned char kStatusOnStroke = 0;
 constexpr unsigned char kStatusStrokeEnd = 1;
 
-// Records in fixed chunks, so that a long signature grows without ever moving what is stored.
+// Records in fixed chunks, so that a long signature grows without ever moving what is stored. Small enough
+// that the unused rest of the last one is no fifth of a signature of 10,000 points.
 struct CInkChunk
 {
-    static constexpr std::size_t kSize = 4096;
+    static constexpr std::size_t kSize = 2048;
     std::array<_POINTDATA, kSize> m_Points;
 };
 

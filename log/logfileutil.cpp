@@ -4,13 +4,17 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <cwchar>
 #include <iterator>
-#include <memory>
+
+#include <fcntl.h>
 #include <time.h>
+#include <unistd.h>
 
 unsigned char g_bEnableLog = 0;
 char g_cKeyBuf[256] = {};
@@ -33,16 +37,30 @@ CMutex& LogMutex()
     return s_Mutex;
 }
 
-struct CFileCloser
+// The file is nearly always there, and without the wish to create it the system finds it faster.
+int OpenForAppending(const char* pszFile)
 {
-    void operator()(std::FILE* pFile) const { std::fclose(pFile); }
-};
+    constexpr int kFlags = O_RDWR | O_APPEND | O_CLOEXEC;
+    const int nFile = open(pszFile, kFlags);
+    return nFile >= 0 || errno != ENOENT ? nFile : open(pszFile, kFlags | O_CREAT, 0666);
+}
 
+// One write for the whole line, so that several processes do not mix theirs.
 void AppendLine(const char* pszFile, const char* func, const char* text, const char* tail)
 {
-    const std::unique_ptr<std::FILE, CFileCloser> pFile(std::fopen(pszFile, "a+"));
-    if (pFile)
-        std::fprintf(pFile.get(), "[%s]:%s, %s", func, text, tail);
+    const int nFile = OpenForAppending(pszFile);
+    if (nFile < 0)
+        return;
+    std::array<char, 1024> Line; // the texts of the library are far shorter together
+    std::size_t nSize = 0;
+    for (const char* const pszPart : {"[", func, "]:", text, ", ", tail}) {
+        const std::size_t nPart = std::min(std::strlen(pszPart), Line.size() - nSize);
+        std::memcpy(Line.data() + nSize, pszPart, nPart);
+        nSize += nPart;
+    }
+    while (write(nFile, Line.data(), nSize) < 0 && errno == EINTR) {
+    }
+    close(nFile);
 }
 
 using NarrowText = std::array<char, 256>;
@@ -61,7 +79,10 @@ using LabelText = std::array<char, 192>;
 LabelText TextOf(const CLogLabel& Label)
 {
     LabelText Text;
-    std::snprintf(Text.data(), Text.size(), "%s%s%s", Label.m_pszOwner, Label.m_pszJoin, Label.m_pszFunction);
+    char* pNext = Text.data();
+    for (const char* const pszPart : {Label.m_pszOwner, Label.m_pszJoin, Label.m_pszFunction})
+        pNext = stpncpy(pNext, pszPart, static_cast<std::size_t>(Text.data() + Text.size() - 1 - pNext));
+    *pNext = '\0';
     return Text;
 }
 

@@ -39,10 +39,18 @@ enum class ELogFile
     InThread // the library's worker threads and paint handling
 };
 
+#if defined(SCRIBERA_WITHOUT_LOG)
+// A build without its lines shows what they cost while they are off.
+constexpr bool IsLogEnabled()
+{
+    return false;
+}
+#else
 inline bool IsLogEnabled()
 {
     return std::atomic_ref<unsigned char>(g_bEnableLog).load(std::memory_order_relaxed) != 0;
 }
+#endif
 
 // Formats into the global buffer of the file and writes the line. Lines of several threads do not mix.
 // Allocates nothing, so that a line can be written when memory has run out.

@@ -3,7 +3,9 @@
 #include <QColor>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace {
 
@@ -29,25 +31,65 @@ const QRgb* RowOf(const QImage& Image, int nY)
     return reinterpret_cast<const QRgb*>(Image.constScanLine(nY));
 }
 
-// The plain scan: from both ends of a row to the first ink.
-CEdges ScanEdges(const QImage& Image)
+// Whether none of kBlock pixels is ink. Two pixels at a time, and without a look at any result in between.
+constexpr int kBlock = 16;
+
+bool IsBlankBlock(const QRgb* pPixels)
+{
+    constexpr std::uint64_t kTwoBlank = std::uint64_t{RGB_MASK} << 32 | RGB_MASK;
+    std::array<std::uint64_t, kBlock / 2> Pairs;
+    std::memcpy(Pairs.data(), pPixels, sizeof Pairs);
+    std::uint64_t ullCommon = kTwoBlank;
+    for (const std::uint64_t ullPair : Pairs)
+        ullCommon &= ullPair;
+    return ullCommon == kTwoBlank;
+}
+
+// The first ink in [nFrom, nTo) of a row; nTo without any.
+int FirstInk(const QRgb* pRow, int nFrom, int nTo)
+{
+    while (nTo - nFrom >= kBlock && IsBlankBlock(pRow + nFrom))
+        nFrom += kBlock;
+    while (nFrom < nTo && !IsInk(pRow[nFrom]))
+        ++nFrom;
+    return nFrom;
+}
+
+// The last ink in [nFrom, nTo) of a row; nFrom - 1 without any.
+int LastInk(const QRgb* pRow, int nFrom, int nTo)
+{
+    while (nTo - nFrom >= kBlock && IsBlankBlock(pRow + nTo - kBlock))
+        nTo -= kBlock;
+    while (nFrom < nTo && !IsInk(pRow[nTo - 1]))
+        --nTo;
+    return nTo - 1;
+}
+
+// The plain scan: from above and from below to the first row with ink, then in the rows between them from
+// either side to the edge that is known so far. What lies within the box is not looked at.
+CEdges ScanEdges(const QImage& Image, const QRect& rcInkArea)
 {
     CEdges Edges;
-    const int nWidth = Image.width();
-    for (int nY = 0; nY < Image.height(); ++nY) {
+    const int nBegin = rcInkArea.left();
+    const int nEnd = rcInkArea.right() + 1;
+    const auto HasInk = [&](int nY) { return FirstInk(RowOf(Image, nY), nBegin, nEnd) < nEnd; };
+
+    int nTop = rcInkArea.top();
+    while (nTop <= rcInkArea.bottom() && !HasInk(nTop))
+        ++nTop;
+    if (nTop > rcInkArea.bottom())
+        return Edges;
+    int nBottom = rcInkArea.bottom();
+    while (!HasInk(nBottom))
+        --nBottom;
+    int nLeft = nEnd;
+    int nRight = nBegin - 1;
+    for (int nY = nTop; nY <= nBottom; ++nY) {
         const QRgb* const pRow = RowOf(Image, nY);
-        const QRgb* const pFirst = std::find_if(pRow, pRow + nWidth, IsInk);
-        if (pFirst == pRow + nWidth)
-            continue;
-        int nLast = nWidth - 1;
-        while (!IsInk(pRow[nLast]))
-            --nLast;
-        Edges.m_nLeft = std::min(Edges.m_nLeft, static_cast<int>(pFirst - pRow));
-        Edges.m_nRight = std::max(Edges.m_nRight, nLast);
-        Edges.m_nTop = std::min(Edges.m_nTop, nY);
-        Edges.m_nBottom = nY;
+        nLeft = FirstInk(pRow, nBegin, nLeft);
+        nRight = LastInk(pRow, nRight + 1, nEnd);
     }
-    return Edges;
+    return {nLeft, nTop, nRight, nBottom};
 }
 
 void WritePixelLine(const CLogLabel& Label, int nX, int nY, QRgb Pixel)
@@ -106,10 +148,11 @@ int WidenedUp(int nEdge, int nMargin, int nSize)
 
 } // namespace
 
-CInkBox CheckSignImageBoundingBox(const QImage& Image, const CClipSettings& Clip, const CLogLabel& Label)
+CInkBox CheckSignImageBoundingBox(const QImage& Image, const QRect& rcInkArea, const CClipSettings& Clip,
+                                  const CLogLabel& Label)
 {
     SCR_LOG(Label, "<%ld>-Enter, nWidth=%d, nHeight=%d", Image.width(), Image.height());
-    const CEdges Edges = IsLogEnabled() ? ScanEdgesLogged(Image, Label) : ScanEdges(Image);
+    const CEdges Edges = IsLogEnabled() ? ScanEdgesLogged(Image, Label) : ScanEdges(Image, rcInkArea);
     SCR_LOG(Label, "<%ld>-nLeft=%d, nRight=%d, nTop=%d, nBottom=%d", Edges.m_nLeft, Edges.m_nRight,
             Edges.m_nTop, Edges.m_nBottom);
 

@@ -25,9 +25,11 @@ struct CInkBox
     QImage CopyFrom(const QImage& Image, const CClipSettings& Clip) const;
 };
 
-// Scans an ARGB32 image. A pixel is ink when its red, green and blue are not all 255. With logging on, every
-// ink pixel writes lines: under Label, and under the tag of an edge that it moves.
-CInkBox CheckSignImageBoundingBox(const QImage& Image, const CClipSettings& Clip, const CLogLabel& Label);
+// Scans an ARGB32 image. A pixel is ink when its red, green and blue are not all 255. No ink lies outside
+// rcInkArea, which may be larger than the ink's box but not than the image. With logging on, every ink pixel
+// writes lines: under Label, and under the tag of an edge that it moves.
+CInkBox CheckSignImageBoundingBox(const QImage& Image, const QRect& rcInkArea, const CClipSettings& Clip,
+                                  const CLogLabel& Label);
 
 // Makes every pixel of a 32-bit image that equals the colour exactly, alpha included, fully transparent; its
 // red, green and blue stay.

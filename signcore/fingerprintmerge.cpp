@@ -156,17 +156,26 @@ bool CFingerprintMerge::MergeAll(QImage& SignCanvas, const QImage& Strokes, cons
 
 void CFingerprintMerge::MergePart(QImage& SignCanvas, const QImage& Strokes, const QRect& rcPart) const
 {
-    if (!MakeWritable(SignCanvas) || SignCanvas.size() != Strokes.size())
+    if (rcPart.isEmpty() || !MakeWritable(SignCanvas) || SignCanvas.size() != Strokes.size())
         return;
-    for (int nY = rcPart.top(); nY <= rcPart.bottom(); ++nY) {
-        auto* const pMerged = reinterpret_cast<QRgb*>(SignCanvas.scanLine(nY));
-        const auto* const pStrokes = reinterpret_cast<const QRgb*>(Strokes.constScanLine(nY));
-        if (m_FPLayer.isNull()) {
-            std::copy(pStrokes + rcPart.left(), pStrokes + rcPart.right() + 1, pMerged + rcPart.left());
-            continue;
+    // The rows of all three lie equally far apart: they have one size and format.
+    const std::size_t nStride = static_cast<std::size_t>(SignCanvas.bytesPerLine()) / sizeof(QRgb);
+    const std::size_t nFirst =
+        static_cast<std::size_t>(rcPart.top()) * nStride + static_cast<std::size_t>(rcPart.left());
+    const auto nWidth = static_cast<std::size_t>(rcPart.width());
+    auto* pMerged = reinterpret_cast<QRgb*>(SignCanvas.bits()) + nFirst;
+    const auto* pStrokes = reinterpret_cast<const QRgb*>(Strokes.constBits()) + nFirst;
+    const auto* pLayer =
+        m_FPLayer.isNull() ? nullptr : reinterpret_cast<const QRgb*>(m_FPLayer.constBits()) + nFirst;
+    for (int nRow = rcPart.height(); nRow > 0; --nRow) {
+        if (pLayer) {
+            for (std::size_t nX = 0; nX < nWidth; ++nX)
+                pMerged[nX] = pStrokes[nX] & pLayer[nX];
+            pLayer += nStride;
+        } else {
+            std::copy_n(pStrokes, nWidth, pMerged);
         }
-        const auto* const pLayer = reinterpret_cast<const QRgb*>(m_FPLayer.constScanLine(nY));
-        for (int nX = rcPart.left(); nX <= rcPart.right(); ++nX)
-            pMerged[nX] = pStrokes[nX] & pLayer[nX];
+        pMerged += nStride;
+        pStrokes += nStride;
     }
 }

@@ -42,6 +42,9 @@ public:
     // The next merge covers the whole canvas.
     void OweFullMerge() { m_bFullMergeOwed = true; }
 
+    // Whether the next merge leaves a fingerprint in the canvas.
+    bool ShowsInCanvas() const;
+
     // Makes SignCanvas the merge of Strokes and the fingerprint, within rcTouched where that is enough.
     // Returns what was changed. Writes its lines to eFile.
     QRect MergeSignCanvasAndFPCanvas(QImage& SignCanvas, const QImage& Strokes, const QRect& rcTouched,
@@ -52,7 +55,6 @@ private:
     // False when memory was short: the canvas keeps what it can, and a whole merge is still owed.
     bool MergeAll(QImage& SignCanvas, const QImage& Strokes, const QRectF& rcTargetFP);
     void MergePart(QImage& SignCanvas, const QImage& Strokes, const QRect& rcPart) const;
-    bool ShowsInCanvas() const;
 
     const CObjectIdentity& m_Identity;
     QImage m_FPOnlyCanvas;

@@ -214,8 +214,9 @@ char* CFPPicture::EncodeBase64SignImage(const CClipSettings& Clip, bool bFPImage
     const CSharedImage Picture = Snapshot(rcFP);
     QImage Source = Picture.Image();
     if (Clip.m_bClipImage)
-        Source = CheckSignImageBoundingBox(Source, Clip, Label("CheckSignImageBoundingBox()"))
-                     .CopyFrom(Source, Clip);
+        Source =
+            CheckSignImageBoundingBox(Source, Picture.InkArea(), Clip, Label("CheckSignImageBoundingBox()"))
+                .CopyFrom(Source, Clip);
     else if (bFPImageOnly)
         Source = CopyOfRect(Source, rcFP);
     char* const pEncoded = TextForHost(EncodeImage(Source, nImageTypeID, true).toBase64());
@@ -228,7 +229,7 @@ CSharedImage CFPPicture::Snapshot(QRect& rcFP) const
     const CLocker Lock(m_Mutex);
     m_Witness.NoteRead();
     rcFP = m_rcFP;
-    return {m_FPCanvas, m_Witness};
+    return {m_FPCanvas, m_FPCanvas.rect(), m_Witness};
 }
 
 QImage CFPPicture::CopyOf(const QRect& rcPart) const

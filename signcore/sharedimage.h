@@ -4,6 +4,7 @@
 #include "sync/tsan.h"
 
 #include <QImage>
+#include <QRect>
 
 #include <utility>
 
@@ -64,7 +65,8 @@ private:
 class CSharedImage
 {
 public:
-    CSharedImage(QImage Image, const CImageWitness& Witness) : m_Image(std::move(Image)), m_Witness(Witness)
+    CSharedImage(QImage Image, const QRect& rcInkArea, const CImageWitness& Witness)
+        : m_Image(std::move(Image)), m_rcInkArea(rcInkArea), m_Witness(Witness)
     {
     }
     ~CSharedImage() { m_Witness.NoteSharingEnds(); }
@@ -73,7 +75,11 @@ public:
 
     const QImage& Image() const { return m_Image; }
 
+    // Outside of this part all pixels are opaque white.
+    const QRect& InkArea() const { return m_rcInkArea; }
+
 private:
     const QImage m_Image;
+    const QRect m_rcInkArea;
     const CImageWitness& m_Witness;
 };

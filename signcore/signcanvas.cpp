@@ -48,9 +48,7 @@ void Whiten(QImage& Canvas, CImageWitness& Witness)
 void DrawStrokeSegment(QPainter& Painter, const QLineF& Segment, double dblWidth, const QColor& Color)
 {
     Painter.setRenderHint(QPainter::Antialiasing, true);
-    QPen Pen(QBrush(Qt::black, Qt::SolidPattern), dblWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
-    Pen.setColor(Color);
-    Painter.setPen(Pen);
+    Painter.setPen(QPen(QBrush(Color), dblWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     Painter.drawLines(&Segment, 1);
 }
 
@@ -92,6 +90,7 @@ void CSignCanvas::clearCanvas(int nWidth, int nHeight)
     const CLocker Lock(m_CanvasMutex);
     m_Witness.NoteWrite();
     m_SignCanvas = std::move(Blank);
+    m_rcInkArea = QRect();
     if (m_pMerge) {
         m_SignOnlyCanvas = m_SignCanvas;
         m_pMerge->ClearFPOnlyCanvas();
@@ -109,6 +108,7 @@ void CSignCanvas::Resize(int nWidth, int nHeight)
         Painter.drawImage(0, 0, m_SignCanvas);
     }
     m_SignCanvas = std::move(Resized);
+    m_rcInkArea &= m_SignCanvas.rect();
     if (m_pMerge) {
         // What is seen stays until the next merge, which starts from empty canvases.
         m_SignOnlyCanvas = Blank;
@@ -126,6 +126,7 @@ void CSignCanvas::ClearSignCanvas()
         m_Witness.NoteWrite();
         Whiten(m_SignCanvas, m_Witness);
         rcChanged = m_SignCanvas.rect();
+        m_rcInkArea = QRect();
         if (m_pMerge) {
             Whiten(m_SignOnlyCanvas, m_Witness);
             m_pMerge->ClearFPOnlyCanvas();
@@ -159,10 +160,10 @@ void CSignCanvas::StartSignOnCanvas(double dblX, double dblY, double dblPressure
             QPainter Painter(&PenCanvas());
             DrawStrokeSegment(Painter, Segment, dblWidth, Pen.m_PenColor);
             rcChanged = TouchedBy(Segment, dblWidth, m_SignCanvas.rect());
+            m_rcInkArea |= rcChanged;
         }
         if (m_pMerge)
-            rcChanged = m_pMerge->MergeSignCanvasAndFPCanvas(m_SignCanvas, m_SignOnlyCanvas, rcChanged,
-                                                             ELogFile::Main);
+            rcChanged = MergeFingerprint(rcChanged, ELogFile::Main);
     }
     NotifyChanged(rcChanged);
     if (!m_Identity.IsWidget())
@@ -173,7 +174,7 @@ CSharedImage CSignCanvas::Snapshot() const
 {
     const CLocker Lock(m_CanvasMutex);
     m_Witness.NoteRead();
-    return {m_SignCanvas, m_Witness};
+    return {m_SignCanvas, m_rcInkArea, m_Witness};
 }
 
 QImage CSignCanvas::CopyOf(const QRect& rcPart) const
@@ -181,6 +182,13 @@ QImage CSignCanvas::CopyOf(const QRect& rcPart) const
     const CLocker Lock(m_CanvasMutex);
     m_Witness.NoteRead();
     return CopyInside(m_SignCanvas, rcPart);
+}
+
+QRect CSignCanvas::MergeFingerprint(const QRect& rcTouched, ELogFile eFile)
+{
+    if (m_pMerge->ShowsInCanvas())
+        m_rcInkArea = m_SignCanvas.rect();
+    return m_pMerge->MergeSignCanvasAndFPCanvas(m_SignCanvas, m_SignOnlyCanvas, rcTouched, eFile);
 }
 
 void CSignCanvas::NotifyChanged(const QRect& rcChanged) const
@@ -220,8 +228,7 @@ void CSignCanvas::MergeAfterTransfer()
         const CLocker Lock(m_CanvasMutex);
         m_Witness.NoteWrite();
         m_pMerge->OweFullMerge();
-        rcChanged = m_pMerge->MergeSignCanvasAndFPCanvas(m_SignCanvas, m_SignOnlyCanvas, m_SignCanvas.rect(),
-                                                         ELogFile::InThread);
+        rcChanged = MergeFingerprint(m_SignCanvas.rect(), ELogFile::InThread);
     }
     NotifyChanged(rcChanged);
 }

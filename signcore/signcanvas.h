@@ -107,6 +107,7 @@ public:
 
 private:
     QImage& PenCanvas() { return m_pMerge ? m_SignOnlyCanvas : m_SignCanvas; }
+    QRect MergeFingerprint(const QRect& rcTouched, ELogFile eFile);
     void NotifyChanged(const QRect& rcChanged) const;
 
     const CObjectIdentity& m_Identity;
@@ -115,6 +116,7 @@ private:
     mutable CMutex m_CanvasMutex;
     QImage m_SignCanvas; // what is shown and exported
     CImageWitness m_Witness;
+    QRect m_rcInkArea;       // outside of it the canvas is white; grows with what is drawn
     QImage m_SignOnlyCanvas; // the strokes alone; null on models without a fingerprint reader
     std::unique_ptr<CFingerprintMerge> m_pMerge; // null on those
     int m_nFPScore = 0;

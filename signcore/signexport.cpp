@@ -77,6 +77,24 @@ bool WriteWholeFile(const QString& strPath, const QByteArray& Bytes)
     return bWritten && File.error() == QFileDevice::NoError;
 }
 
+// Copies the pixels with transparent ones for opaque white. False when a pixel was not opaque.
+bool MaskOpaqueWhite(const QImage& Image, QImage& Masked)
+{
+    constexpr QRgb kOpaqueWhite = 0xFFFFFFFF;
+    QRgb Common = kOpaqueWhite;
+    const int nWidth = Image.width(); // asked once: the compiler cannot see that it stays
+    const int nHeight = Image.height();
+    for (int nY = 0; nY < nHeight; ++nY) {
+        const auto* const pSource = reinterpret_cast<const QRgb*>(Image.constScanLine(nY));
+        auto* const pTarget = reinterpret_cast<QRgb*>(Masked.scanLine(nY));
+        for (int nX = 0; nX < nWidth; ++nX) {
+            Common &= pSource[nX];
+            pTarget[nX] = pSource[nX] == kOpaqueWhite ? 0 : pSource[nX];
+        }
+    }
+    return qAlpha(Common) == 0xFF;
+}
+
 struct CPdfOutput
 {
     explicit CPdfOutput(const QString& strPath) : m_File(strPath), m_Writer(&m_File) {}
@@ -104,6 +122,15 @@ bool PathFromHost(const wchar_t* pwszPath, QString& strPath)
 
 QImage WithTransparentWhite(const QImage& Image)
 {
+    if (Image.format() == QImage::Format_ARGB32) {
+        // What the mask below makes of opaque pixels, in one pass.
+        QImage Masked(Image.size(), QImage::Format_ARGB32_Premultiplied);
+        if (!Masked.isNull() && MaskOpaqueWhite(Image, Masked)) {
+            Masked.setDotsPerMeterX(Image.dotsPerMeterX());
+            Masked.setDotsPerMeterY(Image.dotsPerMeterY());
+            return Masked;
+        }
+    }
     QImage Result = Image;
     Result.setAlphaChannel(Image.createMaskFromColor(QColor(Qt::white).rgb(), Qt::MaskOutColor));
     return Result;

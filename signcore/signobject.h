@@ -141,6 +141,7 @@ protected:
     void FitMapping(int nWidth, int nHeight);
 
     CSignCanvas& Canvas() { return m_Canvas; }
+    CKeyActions& KeyActions() { return m_KeyActions; }
 
     // Placement of the fingerprint: hands a separate picture over, and takes up its action if it was placed
     // well.
@@ -152,7 +153,7 @@ private:
     CClipSettings ReadClip() const;
     CInkSnapshot ReadPoints() const;
     bool HasPoints() const;
-    CInkBox ScanInk(const QImage& Image, const CClipSettings& Clip) const;
+    CInkBox ScanInk(const CSharedImage& Canvas, const CClipSettings& Clip) const;
     CExportSource TakeExportSource(const CSharedImage& Canvas, bool& bClipped) const;
     bool SaveDrawingImageAsPDFFile(const QImage& Image, const QString& strPath, int nDPI) const;
     bool SaveDrawingImageAsSVGFile(const CExportSource& Source, bool bClipped, const QString& strPath,

@@ -48,14 +48,15 @@ int CSignObject::SetSaveClipImageMargin(bool bClipImage, int nClipMarginX, int n
     return ARI_SUCCESS;
 }
 
-CInkBox CSignObject::ScanInk(const QImage& Image, const CClipSettings& Clip) const
+CInkBox CSignObject::ScanInk(const CSharedImage& Canvas, const CClipSettings& Clip) const
 {
-    return ::CheckSignImageBoundingBox(Image, Clip, m_Identity.Label("CheckSignImageBoundingBox()"));
+    return ::CheckSignImageBoundingBox(Canvas.Image(), Canvas.InkArea(), Clip,
+                                       m_Identity.Label("CheckSignImageBoundingBox()"));
 }
 
 void CSignObject::CheckSignImageBoundingBox(QRect& rcBoundBox)
 {
-    rcBoundBox = ScanInk(m_Canvas.Snapshot().Image(), ReadClip()).m_rcBoundBox;
+    rcBoundBox = ScanInk(m_Canvas.Snapshot(), ReadClip()).m_rcBoundBox;
 }
 
 void CSignObject::MakeAsTransparentImage(QImage& Image, QColor Color)
@@ -70,7 +71,7 @@ CExportSource CSignObject::TakeExportSource(const CSharedImage& Canvas, bool& bC
     Source.m_Image = Canvas.Image();
     bClipped = Clip.m_bClipImage;
     if (bClipped) {
-        const CInkBox Box = ScanInk(Source.m_Image, Clip);
+        const CInkBox Box = ScanInk(Canvas, Clip);
         Source.m_rcClip = Box.m_rcBoundBox;
         Source.m_Image = Box.CopyFrom(Source.m_Image, Clip);
     }

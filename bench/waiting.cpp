@@ -1,0 +1,191 @@
+// How long somebody waits: for the key lock, for the first drawn sample, for a processor while the library's
+// threads poll.
+#include "benchmarks.h"
+#include "pad.h"
+#include "signobj/signobj.h"
+#include "threads/ck421bobj_doconfirmorcancelkeyactionthread.h"
+#include "threads/ck421bobj_showfpimageondevicethread.h"
+
+#include <atomic>
+#include <chrono>
+#include <optional>
+#include <thread>
+
+#include <dlfcn.h>
+
+// Called by the driver after each sample of its own thread.
+extern "C" {
+extern void (*g_benchSampleDelivered)();
+void (*g_benchSampleDelivered)() = nullptr;
+}
+
+namespace bench {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto SamplePeriod = std::chrono::milliseconds(5); // 200 samples a second
+constexpr int SamplesPerRound = 400;
+// 2,000 figures on either side.
+constexpr Effort SampleEffort{.rounds = 5, .part = 0.99, .repetitions = 1};
+
+// Work at every tick of a pad's sample rate.
+template <typename Work>
+void atSampleRate(Work work)
+{
+    Clock::time_point due = Clock::now();
+    for (int sample = 0; sample < SamplesPerRound; ++sample) {
+        due += SamplePeriod;
+        std::this_thread::sleep_until(due);
+        work(due);
+    }
+}
+
+// An object with both polling threads, and its key lock.
+class PolledObject
+{
+public:
+    PolledObject() { require(m_object.IsDeviceConnected(), "the pad does not open"); }
+    ~PolledObject() { m_object.Shutdown(); }
+    PolledObject(const PolledObject&) = delete;
+    PolledObject& operator=(const PolledObject&) = delete;
+
+    CMutex& keyLock() { return m_object.KeyActions().KeyActionMutex(); }
+
+private:
+    struct Object : CSignObj
+    {
+        Object()
+            : CSignObj(400, 200, g_PadK421B, MakeThread<CK421BObj_DoConfirmOrCancelKeyActionThread>,
+                       MakeThread<CK421BObj_ShowFPImageOnDeviceThread>)
+        {
+        }
+        using CSignObj::KeyActions;
+    };
+    Object m_object;
+};
+
+void takeLock(CMutex& mutex, std::vector<double>& times)
+{
+    atSampleRate([&](Clock::time_point) {
+        const double start = wallTime();
+        mutex.lock();
+        times.push_back(wallTime() - start);
+        mutex.unlock();
+    });
+}
+
+void registerLock()
+{
+    compare("key lock, 99th percentile", {.ratio = 3, .most = 5e-6}, SampleEffort, [] {
+        const auto library = [](std::vector<double>& times) {
+            PolledObject object;
+            takeLock(object.keyLock(), times);
+        };
+        const auto bare = [](std::vector<double>& times) {
+            CMutex mutex;
+            takeLock(mutex, times);
+        };
+        return Sides{library, bare};
+    });
+}
+
+// How late a thread runs that waits for its next sample.
+void wake(std::vector<double>& times)
+{
+    atSampleRate([&](Clock::time_point due) {
+        times.push_back(std::chrono::duration<double>(Clock::now() - due).count());
+    });
+}
+
+// What a thread needs for work that takes about 20 ms, on the clock on the wall, on either core.
+void workOnAllCores(std::vector<double>& times)
+{
+    const double start = wallTime();
+    std::vector<std::thread> threads;
+    for (unsigned core = 0; core < std::thread::hardware_concurrency(); ++core) {
+        threads.emplace_back([] {
+            unsigned value = 1;
+            for (int step = 0; step < 20'000'000; ++step)
+                benchmark::DoNotOptimize(value = value * 1664525U + 1013904223U);
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    times.push_back(wallTime() - start);
+}
+
+template <typename Work>
+Sides besideIdlePad(const char* model, Work work)
+{
+    const auto library = [=](std::vector<double>& times) {
+        std::optional<Pad> pad;
+        pad.emplace(Library::shipped(), modelNamed(model), QSize(400, 200));
+        work(times);
+    };
+    return {library, work};
+}
+
+void registerPolling()
+{
+    for (const char* const model : {"K210", "K421B"}) {
+        for (const double part : {0.5, 0.99}) {
+            compare(std::string("wake-up beside an idle ") + model +
+                        (part > 0.9 ? ", 99th percentile" : ", median"),
+                    {}, {.rounds = 5, .part = part, .repetitions = 1},
+                    [model] { return besideIdlePad(model, wake); });
+        }
+        compare(std::string("work on all cores beside an idle ") + model, {},
+                {.rounds = 15, .repetitions = 1}, [model] { return besideIdlePad(model, workOnAllCores); });
+    }
+}
+
+std::atomic<double> firstDrawn{0};
+int (*countPoints)(int) = nullptr; // set before the driver starts
+
+void noteFirstDrawn()
+{
+    if (firstDrawn.load(std::memory_order_relaxed) > 0)
+        return;
+    // A touch draws nothing, the move after it does.
+    if (countPoints(SCK210_DEVICE) >= 2)
+        firstDrawn.store(wallTime());
+}
+
+void registerStart()
+{
+    compare("start to first drawn sample", {.over = 2e-3}, {.rounds = 41}, [] {
+        const auto library = [](std::vector<double>& times) {
+            Library& shipped = Library::shipped();
+            countPoints = reinterpret_cast<int (*)(int)>(shipped.symbol("SCK210_GetTotalPacketsNumber"));
+            firstDrawn = 0;
+            g_benchSampleDelivered = noteFirstDrawn;
+            const double start = wallTime();
+            const Pad pad(shipped, modelNamed("K210"), QSize(400, 200));
+            while (firstDrawn.load() == 0)
+                std::this_thread::yield();
+            times.push_back(firstDrawn - start);
+            g_benchSampleDelivered = nullptr;
+        };
+        const auto bare = [](std::vector<double>& times) {
+            const double start = wallTime();
+            void* const driver = dlopen("./libscriberadrv.so", RTLD_NOW);
+            const QImage image = blankImage(QSize(400, 200));
+            times.push_back(wallTime() - start);
+            require(driver && !image.isNull(), "no driver");
+            dlclose(driver);
+        };
+        return Sides{library, bare};
+    });
+}
+
+} // namespace
+
+void registerWaiting()
+{
+    registerLock();
+    registerStart();
+    registerPolling();
+}
+
+} // namespace bench

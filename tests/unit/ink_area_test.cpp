@@ -1,0 +1,117 @@
+// The part of the canvas that the library looks for ink in, against a look at every pixel.
+#include "fingerprint_reference.h"
+
+#include "scriberasdk.h"
+#include "signcore/boundingbox.h"
+#include "signcore/signcanvas.h"
+
+#include <random>
+
+namespace scribera::test {
+namespace {
+
+QRect boxOfEveryPixel(const QImage& image)
+{
+    QRect box;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if ((image.pixel(x, y) & 0xFFFFFF) != 0xFFFFFF)
+                box |= QRect(x, y, 1, 1);
+        }
+    }
+    return box;
+}
+
+class InkArea : public testing::TestWithParam<const CPadModel*>
+{
+protected:
+    void expectSameBox()
+    {
+        const CSharedImage shared = m_canvas.Snapshot();
+        const QImage& image = shared.Image();
+        ASSERT_TRUE(shared.InkArea().isEmpty() || image.rect().contains(shared.InkArea()));
+        const CInkBox box = CheckSignImageBoundingBox(image, shared.InkArea(), {}, {"", "", ""});
+        const QRect expected = boxOfEveryPixel(image);
+        ASSERT_EQ(box.m_bHasInk, !expected.isEmpty());
+        if (box.m_bHasInk) {
+            ASSERT_EQ(box.m_rcBoundBox, expected);
+            ASSERT_EQ(CheckSignImageBoundingBox(image, image.rect(), {}, {"", "", ""}).m_rcBoundBox,
+                      expected);
+        }
+    }
+
+    int below(int limit) { return std::uniform_int_distribution(0, limit - 1)(m_random); }
+
+    void drawSomewhere(int width, int height)
+    {
+        CPenState pen;
+        // White leaves no ink where it goes, and takes some away.
+        pen.m_PenColor = below(4) == 0 ? Qt::white : Qt::darkBlue;
+        const auto place = [this](int size) { return below(size * 14) / 10.0 - size * 0.2; };
+        m_canvas.StartAt(place(width), place(height));
+        for (int segment = below(3); segment >= 0; --segment)
+            m_canvas.StartSignOnCanvas(place(width), place(height), below(160) / 10.0, pen);
+    }
+
+    void takeFingerprint()
+    {
+        int clears = 0;
+        if (!m_canvas.AcceptFPScore(m_canvas.FPScore() + 1, clears))
+            FAIL() << "a better fingerprint is refused";
+        m_canvas.SetFPAction(below(2) == 0 ? NFPPA_NONE : NFPPA_SIGN_FP_SAME_WIDGET);
+        m_canvas.SetFPRect(QRect(below(100), below(60), 1 + below(80), 1 + below(80)));
+        m_canvas.SetFingerprint(twoColours(ridges(static_cast<unsigned>(below(100)))), clears);
+        if (below(2) == 0)
+            m_canvas.MergeAfterTransfer();
+    }
+
+    const CObjectIdentity m_identity{*GetParam(), EObjectKind::Windowless};
+    CSignCanvas m_canvas{m_identity};
+    std::mt19937 m_random{7}; // the same numbers every time
+};
+
+TEST_P(InkArea, HoldsAllInkWhateverHappensToTheCanvas)
+{
+    int width = 131; // no multiple of what is looked at together
+    int height = 67;
+    m_canvas.clearCanvas(width, height);
+    for (int step = 0; step < 600; ++step) {
+        switch (below(12)) {
+        case 0:
+            m_canvas.ClearSignCanvas();
+            break;
+        case 1:
+            width = 1 + below(150);
+            height = 1 + below(90);
+            m_canvas.Resize(width, height);
+            break;
+        case 2:
+            m_canvas.clearCanvas(width, height);
+            break;
+        case 3:
+            if (GetParam()->m_bHasFingerprint)
+                takeFingerprint();
+            break;
+        default:
+            drawSomewhere(width, height);
+            break;
+        }
+        ASSERT_NO_FATAL_FAILURE(expectSameBox()) << "after step " << step;
+    }
+}
+
+TEST_P(InkArea, IsEmptyOnABlankCanvas)
+{
+    m_canvas.clearCanvas(100, 50);
+    EXPECT_TRUE(m_canvas.Snapshot().InkArea().isEmpty());
+    drawSomewhere(100, 50);
+    m_canvas.ClearSignCanvas();
+    EXPECT_TRUE(m_canvas.Snapshot().InkArea().isEmpty());
+    expectSameBox();
+}
+
+INSTANTIATE_TEST_SUITE_P(, InkArea, testing::Values(&g_PadK210, &g_PadK421B),
+                         [](const auto& info) { return std::string(info.param->m_pszReportedName); });
+
+} // namespace
+} // namespace scribera::test
