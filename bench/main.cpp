@@ -4,6 +4,7 @@
 #include "benchmarks.h"
 #include "pad.h"
 #include "table.h"
+#include "workdirectory.h"
 
 #include <QApplication>
 
@@ -55,7 +56,7 @@ int main(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;
-    const bench::WorkDirectory directory(SCRIBERA_BENCH_DRIVER);
+    const scribera::test::WorkDirectory directory(SCRIBERA_BENCH_DRIVER);
     bench::Table table;
     benchmark::RunSpecifiedBenchmarks(&table);
     for (const std::string& name : table.broken())

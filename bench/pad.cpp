@@ -15,8 +15,6 @@
 namespace bench {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr int FingerprintSize = 208 * 288;
 
 } // namespace
@@ -40,22 +38,6 @@ const Model& modelNamed(const std::string& name)
 std::string nameOf(const QSize& size)
 {
     return std::to_string(size.width()) + "x" + std::to_string(size.height());
-}
-
-WorkDirectory::WorkDirectory(const fs::path& driver)
-{
-    std::string name = (fs::temp_directory_path() / "scribera-bench.XXXXXX").string();
-    require(mkdtemp(name.data()) != nullptr, "no temporary directory");
-    m_path = name;
-    fs::create_symlink(driver, m_path / "libscriberadrv.so");
-    fs::current_path(m_path);
-}
-
-WorkDirectory::~WorkDirectory()
-{
-    std::error_code ignored;
-    fs::current_path("/", ignored);
-    fs::remove_all(m_path, ignored);
 }
 
 Library::Library(const char* path) : m_handle(dlopen(path, RTLD_NOW | RTLD_LOCAL))

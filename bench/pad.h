@@ -10,7 +10,6 @@
 #include <QSize>
 #include <QString>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,19 +27,6 @@ const Model& modelNamed(const std::string& name);
 // The canvas sizes that every figure is measured at.
 extern const std::vector<QSize> canvasSizes;
 std::string nameOf(const QSize& size);
-
-// Where the library finds its driver, and files are written. Becomes the current directory.
-class WorkDirectory
-{
-public:
-    explicit WorkDirectory(const std::filesystem::path& driver);
-    ~WorkDirectory();
-    WorkDirectory(const WorkDirectory&) = delete;
-    WorkDirectory& operator=(const WorkDirectory&) = delete;
-
-private:
-    std::filesystem::path m_path;
-};
 
 // One build of the library.
 class Library

@@ -5,6 +5,7 @@
 
 #include "scriberasdk.h"
 #include "scriberasim.h"
+#include "workdirectory.h"
 
 #include <algorithm>
 #include <atomic>
@@ -163,30 +164,6 @@ std::vector<ScrSimSample> batch(const Family& family)
     return samples;
 }
 
-class WorkDirectory
-{
-public:
-    WorkDirectory()
-    {
-        std::string name = (fs::temp_directory_path() / "scribera-soak.XXXXXX").string();
-        require(mkdtemp(name.data()) != nullptr, "no temporary directory");
-        m_path = name;
-        fs::create_symlink(SCRIBERA_DRIVER_LIBRARY, m_path / "libscriberadrv.so");
-        fs::current_path(m_path);
-    }
-    WorkDirectory(const WorkDirectory&) = delete;
-    WorkDirectory& operator=(const WorkDirectory&) = delete;
-    ~WorkDirectory()
-    {
-        std::error_code ignored;
-        fs::current_path("/", ignored);
-        fs::remove_all(m_path, ignored);
-    }
-
-private:
-    fs::path m_path;
-};
-
 void soak(const Family& family, long long wanted)
 {
     // What the process opens once and keeps.
@@ -277,7 +254,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: soak [SAMPLES [K210|K421B]], at most 80000000 samples\n");
         return 2;
     }
-    const WorkDirectory directory;
+    const scribera::test::WorkDirectory directory(SCRIBERA_DRIVER_LIBRARY);
     soak(model == "K210" ? k210 : k421b, wanted);
     return 0;
 }
