@@ -150,7 +150,7 @@ QImage Pad::canvas() const
 {
     char* const text = function<char*(int, int)>("PacketsBase64Encode")(deviceType(), EBITI_BITMAP);
     require(text != nullptr, "there is no picture");
-    const QImage image = QImage::fromData(QByteArray::fromBase64(text));
+    QImage image = QImage::fromData(QByteArray::fromBase64(text));
     function<void(int, char*)>("PacketsBase64EncodeFree")(deviceType(), text);
     return image;
 }
@@ -163,7 +163,7 @@ bool savePng(const Pad& pad, std::wstring path)
 }
 
 // Touches and lifts draw nothing and are not counted.
-Side movesOf(std::shared_ptr<Pad> pad, std::shared_ptr<Signature> signature)
+Side movesOf(const std::shared_ptr<Pad>& pad, const std::shared_ptr<Signature>& signature)
 {
     return [=](std::vector<double>& times) {
         double seconds = 0;
@@ -179,7 +179,7 @@ Side movesOf(std::shared_ptr<Pad> pad, std::shared_ptr<Signature> signature)
     };
 }
 
-Side segmentsOf(std::shared_ptr<QImage> image, std::shared_ptr<Signature> signature)
+Side segmentsOf(const std::shared_ptr<QImage>& image, const std::shared_ptr<Signature>& signature)
 {
     return [=](std::vector<double>& times) {
         const double start = threadTime();

@@ -113,8 +113,8 @@ struct SignedPad
 };
 
 // Sides of a comparison: one move of the signature, all of them through the pad, or drawn on the image.
-Side movesOf(std::shared_ptr<Pad> pad, std::shared_ptr<Signature> signature);
-Side segmentsOf(std::shared_ptr<QImage> image, std::shared_ptr<Signature> signature);
+Side movesOf(const std::shared_ptr<Pad>& pad, const std::shared_ptr<Signature>& signature);
+Side segmentsOf(const std::shared_ptr<QImage>& image, const std::shared_ptr<Signature>& signature);
 
 // The signature as a file of the library; false when it is not saved.
 bool savePng(const Pad& pad, std::wstring path);

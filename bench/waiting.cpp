@@ -8,7 +8,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <optional>
 #include <thread>
 
 #include <dlfcn.h>
@@ -116,28 +115,50 @@ void workOnAllCores(std::vector<double>& times)
 }
 
 template <typename Work>
-Sides besideIdlePad(const char* model, Work work)
+Side besideIdlePad(const char* model, Work work)
 {
-    const auto library = [=](std::vector<double>& times) {
-        std::optional<Pad> pad;
-        pad.emplace(Library::shipped(), modelNamed(model), QSize(400, 200));
+    return [=](std::vector<double>& times) {
+        const Pad pad(Library::shipped(), modelNamed(model), QSize(400, 200));
         work(times);
     };
-    return {library, work};
+}
+
+// As many threads as the pad's, which look at a flag and do not give their turn away.
+template <typename Work>
+Side besideStubbornThreads(Work work)
+{
+    return [=](std::vector<double>& times) {
+        std::atomic<bool> stops{false};
+        const auto poll = [&stops] {
+            while (!stops.load(std::memory_order_relaxed)) {
+            }
+        };
+        std::thread first(poll);
+        std::thread second(poll);
+        work(times);
+        stops = true;
+        first.join();
+        second.join();
+    };
+}
+
+template <typename Work>
+void registerPolling(const std::string& name, const Effort& effort, Work work)
+{
+    for (const char* const model : {"K210", "K421B"})
+        compare(name + " beside an idle " + model, {}, effort, [=] {
+            return Sides{besideIdlePad(model, work), work};
+        });
+    compare(name + " beside threads that do not yield", {}, effort, [=] {
+        return Sides{besideIdlePad("K421B", work), besideStubbornThreads(work)};
+    });
 }
 
 void registerPolling()
 {
-    for (const char* const model : {"K210", "K421B"}) {
-        for (const double part : {0.5, 0.99}) {
-            compare(std::string("wake-up beside an idle ") + model +
-                        (part > 0.9 ? ", 99th percentile" : ", median"),
-                    {}, {.rounds = 5, .part = part, .repetitions = 1},
-                    [model] { return besideIdlePad(model, wake); });
-        }
-        compare(std::string("work on all cores beside an idle ") + model, {},
-                {.rounds = 15, .repetitions = 1}, [model] { return besideIdlePad(model, workOnAllCores); });
-    }
+    registerPolling("wake-up, median,", {.rounds = 5, .repetitions = 1}, wake);
+    registerPolling("wake-up, 99th percentile,", SampleEffort, wake);
+    registerPolling("work on all cores", {.rounds = 15, .repetitions = 1}, workOnAllCores);
 }
 
 std::atomic<double> firstDrawn{0};

@@ -94,7 +94,7 @@ std::optional<CInkStreamFault> CheckRecords(const QByteArray& Stream)
     std::int64_t llPreviousTick = std::numeric_limits<std::int64_t>::min();
     for (int nRecord = 0; nRecord < Stream.size() / kRecordSize; ++nRecord) {
         _POINTDATA Point;
-        std::memcpy(&Point, Stream.constData() + nRecord * kRecordSize, sizeof Point);
+        std::memcpy(&Point, Stream.constData() + std::ptrdiff_t{nRecord} * kRecordSize, sizeof Point);
         if (Point.ucStatus != kStatusOnStroke && Point.ucStatus != kStatusStrokeEnd)
             return RecordFault(nRecord, offsetof(_POINTDATA, ucStatus),
                                QStringLiteral("status %1 is neither 0 nor 1").arg(Point.ucStatus));

@@ -9,11 +9,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <cwchar>
 #include <iterator>
 
 #include <fcntl.h>
-#include <time.h>
 #include <unistd.h>
 
 unsigned char g_bEnableLog = 0;

@@ -31,7 +31,7 @@ private:
     // The pad's display: 104 x 144 pixels of 16 bits, high byte first.
     static constexpr int kDeviceWidth = 104;
     static constexpr int kDeviceHeight = 144;
-    using DeviceImage = std::array<unsigned char, kDeviceWidth * kDeviceHeight * 2>;
+    using DeviceImage = std::array<unsigned char, std::size_t{kDeviceWidth} * kDeviceHeight * 2>;
 
     static DeviceImage MakeDeviceImage(const unsigned char* pucRawData, int nThresholdValue);
 
