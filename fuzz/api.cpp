@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <climits>
 #include <cstring>
 #include <filesystem>
@@ -16,9 +17,11 @@
 #include <iterator>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 #include <dlfcn.h>
+#include <sched.h>
 
 namespace {
 
@@ -26,6 +29,19 @@ namespace fs = std::filesystem;
 
 constexpr int TimeoutMs = 30000;
 constexpr int FingerprintSize = 208 * 288;
+
+} // namespace
+
+// The library's log files have fixed names, are everybody's, and would grow: its lines are made, and go
+// nowhere.
+extern "C" std::FILE* fopen(const char* name, const char* mode)
+{
+    static const auto next = reinterpret_cast<decltype(&std::fopen)>(dlsym(RTLD_NEXT, "fopen"));
+    const bool isLog = std::strncmp(name, "/tmp/scriberasdk", std::strlen("/tmp/scriberasdk")) == 0;
+    return next(isLog ? "/dev/null" : name, mode);
+}
+
+namespace {
 
 // ---- the interface, once for each family
 
@@ -145,8 +161,13 @@ const char* const EntryPoints[] = {"SCRDAPI_Initial",
                                    "SCRDAPI_SetDevicePenStyle",
                                    "SCRDAPI_ShowFPImageOnDevice"};
 
+const char* const TextEntryPoints[] = {"SCRDAPI_GetDevicePartsVersion", "SCRDAPI_GetDevicePadID",
+                                       "SCRDAPI_GetDevicePenID"};
+
 // ---- the input
 
+// Read in statements of their own, never as several arguments of one call: each compiler has its own order of
+// evaluating those, and an input has to do the same everywhere.
 class Bytes
 {
 public:
@@ -187,27 +208,59 @@ private:
 // ---- callbacks
 
 std::atomic<const Family*> g_inCallback = nullptr;
+std::atomic<unsigned> g_callbackDoes = 0;
+std::atomic<bool> g_tellsKeys = false;
+std::atomic<unsigned> g_keysTold = 0;
 
 void callBack()
 {
     const Family& family = *g_inCallback;
-    require(family.UnInitialDevice(family.type) == -1, "no callback closes the pad");
-    family.GetTotalPacketsNumber(family.type);
+    const int type = family.type;
+    require(family.UnInitialDevice(type) == -1, "no callback closes the pad");
+    family.GetTotalPacketsNumber(type);
     _PACKETS packet{};
-    const int result = family.getPackets(family.type, &packet);
+    const int result = family.getPackets(type, &packet);
     require(result == 0 || result == -1, "a point or none");
-    family.SetPenWidth(family.type, 4);
+    switch (g_callbackDoes % 7) {
+    case 0:
+        family.SetPenWidth(type, 4);
+        break;
+    case 1:
+        family.Clear(type);
+        break;
+    case 2:
+        family.InitialDevice(type, nullptr, 0, 0, 64, 32);
+        break;
+    case 3:
+        family.SetSaveCenterImageClip(type, true, 1, 1);
+        break;
+    case 4:
+        g_tellsKeys = false;
+        family.SignatureStatusCallback(type, nullptr);
+        break;
+    case 5:
+        family.SetPenStyle(type, false);
+        break;
+    default:
+        if (family.OpenLCD)
+            family.OpenLCD(type, false);
+        break;
+    }
 }
 
 void onStatus(int status)
 {
     require(status == 0 || status == 1, "a key is 0 or 1");
     callBack();
+    ++g_keysTold;
 }
 
 void onPoint(unsigned long position, long pen)
 {
     require(position >> 32 == 0 && (pen >> 16 == 0 || pen >> 16 == 1), "a point is packed");
+    // The pad is waited for before it is closed, so that the text can be given back.
+    const Family& family = *g_inCallback;
+    family.PacketsBase64EncodeFree(family.type, family.PacketsBase64Encode(family.type, EBITI_INK));
     callBack();
 }
 
@@ -227,6 +280,7 @@ public:
 
 private:
     void padDoes();
+    void pressKey();
     void open();
     void askPad();
     void pen();
@@ -300,24 +354,31 @@ void Host::padDoes()
         break;
     }
     case 1:
-        g_pad.pressKey(m_bytes.byte() % 2);
+        pressKey();
         break;
     case 2: {
-        const std::vector<unsigned char> print(FingerprintSize, m_bytes.byte());
+        std::vector<unsigned char> print(FingerprintSize);
+        const std::uint8_t first = m_bytes.byte();
+        const std::uint8_t step = m_bytes.byte();
+        for (std::size_t i = 0; i < print.size(); ++i)
+            print[i] = static_cast<unsigned char>(first + i * step);
         const bool null = m_bytes.flag();
         const int length = std::min(m_bytes.number(), FingerprintSize); // as many are read from print
         g_pad.sendFingerprint(null ? nullptr : print.data(), length, m_bytes.number());
         break;
     }
-    case 3:
+    case 3: {
+        const char* const entryPoint = EntryPoints[m_bytes.byte() % std::size(EntryPoints)];
         m_driverFails = true;
-        g_pad.setResult(EntryPoints[m_bytes.byte() % std::size(EntryPoints)], m_bytes.number());
+        g_pad.setResult(entryPoint, m_bytes.number());
         break;
+    }
     case 4: {
         const std::string text = m_bytes.text();
         m_driverFails = true;
-        g_pad.setText("SCRDAPI_GetDevicePartsVersion", text.data(), static_cast<int>(text.size()),
-                      m_bytes.flag());
+        const bool terminate = m_bytes.flag();
+        g_pad.setText(TextEntryPoints[m_bytes.byte() % std::size(TextEntryPoints)], text.data(),
+                      static_cast<int>(text.size()), terminate);
         break;
     }
     default:
@@ -328,6 +389,20 @@ void Host::padDoes()
     require(g_pad.waitIdle(TimeoutMs) == 0, "the pad's samples are taken");
 }
 
+// The library's own thread tells of a key. It is waited for, so that an input does the same every time.
+void Host::pressKey()
+{
+    const unsigned before = g_keysTold;
+    const bool pressed = g_pad.pressKey(m_bytes.byte() % 2) == 0;
+    if (!pressed || !m_live || !g_tellsKeys)
+        return;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(TimeoutMs);
+    while (g_keysTold == before && g_tellsKeys) {
+        require(std::chrono::steady_clock::now() < deadline, "a key is told");
+        std::this_thread::yield();
+    }
+}
+
 void Host::open()
 {
     const std::uint8_t what = m_bytes.byte() % 4;
@@ -335,20 +410,25 @@ void Host::open()
         const int deviceType = type();
         const int result = family().UnInitialDevice(deviceType);
         require(result == (deviceType == family().type ? 0 : -2), "closing succeeds");
-        if (deviceType == family().type && isLive())
+        if (deviceType == family().type && isLive()) {
             m_live = nullptr;
+            g_tellsKeys = false;
+        }
         return;
     }
     static constexpr int sizes[][2] = {{64, 32}, {300, 150}, {0, 0}, {-5, 10}, {INT_MAX, INT_MAX}, {5000, 1}};
     const auto& size = sizes[m_bytes.byte() % std::size(sizes)];
     const int deviceType = type();
     const int x = m_bytes.number();
-    const bool opened = what == 0 ? family().InitialDeviceByWId(deviceType, 0, x, 0, size[0], size[1])
+    const unsigned long long window = what == 0 && m_bytes.byte() % 8 == 7 ? static_cast<unsigned>(x) : 0;
+    const bool opened = what == 0 ? family().InitialDeviceByWId(deviceType, window, x, 0, size[0], size[1])
                                   : family().InitialDevice(deviceType, nullptr, x, 0, size[0], size[1]);
     if (deviceType != family().type)
         require(!opened, "another device type opens nothing");
     else if (m_live)
         require(opened, "an open pad stays open");
+    else if (window != 0)
+        require(!opened, "no widget of this process has the id");
     else if (!m_driverFails)
         require(opened, "the pad opens");
     if (opened && !m_live)
@@ -362,6 +442,7 @@ void Host::askPad()
     char* const target = m_bytes.flag() ? nullptr : buffer.data();
     const int size = std::min(m_bytes.number(), static_cast<int>(buffer.size()));
     const std::uint8_t what = m_bytes.byte() % 7;
+    const bool on = m_bytes.flag();
     switch (what) {
     case 0:
         checkDriver(family().GetHWPadID(type(), target, size));
@@ -382,11 +463,11 @@ void Host::askPad()
         if (!family().OpenLCD)
             break;
         if (what == 4)
-            checkDriver(family().OpenLCD(type(), m_bytes.flag()));
+            checkDriver(family().OpenLCD(type(), on));
         else if (what == 5)
             checkDriver(family().GetHWPenID(type(), target, size));
         else
-            checkDriver(family().DisplayHWVersion(type(), m_bytes.flag()));
+            checkDriver(family().DisplayHWVersion(type(), on));
         break;
     }
 }
@@ -394,9 +475,11 @@ void Host::askPad()
 void Host::pen()
 {
     switch (m_bytes.byte() % 6) {
-    case 0:
-        checkDriver(family().SetPenStyle(type(), m_bytes.flag()));
+    case 0: {
+        const bool pressureOn = m_bytes.flag();
+        checkDriver(family().SetPenStyle(type(), pressureOn));
         break;
+    }
     case 1: {
         const int width = m_bytes.number();
         const int result = family().SetPenWidth(type(), width);
@@ -405,14 +488,24 @@ void Host::pen()
     }
     case 2: {
         const int red = m_bytes.number();
-        check(family().SetPenColor(type(), red, m_bytes.number(), m_bytes.number()), {0});
+        const int green = m_bytes.number();
+        const int blue = m_bytes.number();
+        check(family().SetPenColor(type(), red, green, blue), {0});
         break;
     }
-    case 3:
-        check(family().SignatureStatusCallback(type(), m_bytes.flag() ? onStatus : nullptr), {0});
+    case 3: {
+        const bool tells = m_bytes.flag();
+        g_callbackDoes = m_bytes.byte();
+        const int deviceType = type();
+        const int result = family().SignatureStatusCallback(deviceType, tells ? onStatus : nullptr);
+        check(result, {0});
+        if (result == 0)
+            g_tellsKeys = tells;
         break;
+    }
     case 4: {
         const bool null = m_bytes.flag();
+        g_callbackDoes = m_bytes.byte();
         const int deviceType = type();
         const bool taken = family().RealTimeSignatureDataCallback(deviceType, null ? nullptr : onPoint);
         require(taken == (deviceType == family().type && !null && isLive()),
@@ -483,7 +576,8 @@ void Host::files()
     case 1: {
         const int marginX = m_bytes.number();
         const int marginY = m_bytes.number();
-        check(family().SetSaveCenterImageClip(type(), m_bytes.flag(), marginX, marginY), {0}, -1,
+        const bool clips = m_bytes.flag();
+        check(family().SetSaveCenterImageClip(type(), clips, marginX, marginY), {0}, -1,
               marginX < 0 || marginY < 0);
         break;
     }
@@ -503,13 +597,14 @@ void Host::texts()
 {
     const int imageType = m_bytes.number();
     const bool encodable = isRaster(imageType) || imageType == EBITI_INK;
+    const bool transparent = m_bytes.flag();
     switch (m_bytes.byte() % 3) {
     case 0:
         takeText(family().PacketsBase64Encode(type(), imageType), encodable,
                  family().PacketsBase64EncodeFree);
         break;
     case 1:
-        takeText(family().PacketsBase64EncodeEx(type(), imageType, m_bytes.flag()), encodable,
+        takeText(family().PacketsBase64EncodeEx(type(), imageType, transparent), encodable,
                  family().PacketsBase64EncodeExFree);
         break;
     default:
@@ -525,7 +620,8 @@ void Host::fingerprint()
     const std::uint8_t what = m_bytes.byte() % 3;
     if (what == 2) {
         const int imageType = m_bytes.number();
-        takeText(family().GetFPImageBase64Data(type(), imageType, m_bytes.flag()), isRaster(imageType),
+        const bool only = m_bytes.flag();
+        takeText(family().GetFPImageBase64Data(type(), imageType, only), isRaster(imageType),
                  family().FreeFPImageBase64Data);
         return;
     }
@@ -535,15 +631,17 @@ void Host::fingerprint()
     for (int& side : rectangle)
         side = m_bytes.number();
     const int deviceType = type();
+    const unsigned long long window = what == 0 ? 0 : m_bytes.byte();
     check(what == 0 ? family().SetDisplayedFPImageAt(deviceType, nullptr, width, height, rectangle[0],
                                                      rectangle[1], rectangle[2], rectangle[3])
-                    : family().SetDisplayedFPImageAtByWId(deviceType, 17, width, height, rectangle[0],
+                    : family().SetDisplayedFPImageAtByWId(deviceType, window, width, height, rectangle[0],
                                                           rectangle[1], rectangle[2], rectangle[3]),
           {0, -2});
 }
 
 void Host::about()
 {
+    g_bEnableLog = m_bytes.flag() ? 1 : 0;
     family().AboutBox(nullptr); // no application: nothing is shown
     family().AboutBoxByWId(m_bytes.byte());
     std::array<char, 128> buffer{};
@@ -597,7 +695,20 @@ void Host::run()
     for (const Family& each : families)
         require(each.UnInitialDevice(each.type) == 0, "closing succeeds");
     require(g_pSignWidget == nullptr && g_bUseSignObj == 0, "nothing is left open");
+    g_bEnableLog = 0;
+    g_callbackDoes = 0;
+    g_tellsKeys = false;
     g_pad.reset();
+}
+
+// The library polls on threads of its own, which yield: on one core to whoever is wanted next, on several to
+// nobody, and who is woken beside them waits for the end of a slice.
+void stayOnOneCore()
+{
+    cpu_set_t cores;
+    CPU_ZERO(&cores);
+    CPU_SET(static_cast<std::size_t>(std::max(sched_getcpu(), 0)), &cores);
+    sched_setaffinity(0, sizeof cores, &cores); // without it everything only takes longer
 }
 
 void tidyUp()
@@ -612,6 +723,7 @@ void tidyUp()
 int LLVMFuzzerInitialize(int*, char***)
 {
     static void* library;
+    stayOnOneCore();
     std::string name = (fs::temp_directory_path() / "scribera-fuzz.XXXXXX").string();
     require(mkdtemp(name.data()) != nullptr, "there is a temporary directory");
     g_directory = name;

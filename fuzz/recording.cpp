@@ -1,7 +1,10 @@
-// The simulated pad's recordings: the input as a recording, and as an ink packet stream.
+// The simulated pad's recordings: the input as a recording, and as an ink packet stream; and the virtual
+// pad's screen, on which they are played.
 
 #include "recording.h"
 #include "fuzzer.h"
+#include "pads.h"
+#include "padstate.h"
 
 #include <algorithm>
 #include <string>
@@ -12,6 +15,13 @@ namespace {
 using namespace simulator;
 
 const std::string Name = "input";
+
+const Pad& otherPad()
+{
+    const Pad* const pad = padForDevice(4, {});
+    require(pad != nullptr, "there is a pad of that type");
+    return *pad;
+}
 
 void requireTimesInOrder(const Recording& recording)
 {
@@ -27,6 +37,17 @@ bool isInside(const RecordedSample& sample, const Area& area, int maxPressure)
 {
     return sample.x >= area.originX && sample.x < area.originX + area.width && sample.y >= area.originY &&
            sample.y < area.originY + area.height && sample.pressure >= 0 && sample.pressure <= maxPressure;
+}
+
+void requireInkOnScreen(const Recording& recording, const Pad& pad)
+{
+    virtualpad::PadState screen(pad);
+    for (const RecordedSample& sample : recording.samples)
+        screen.apply(sample);
+    for (const virtualpad::InkPoint& point : screen.ink())
+        require(point.x >= 0 && point.x <= 1 && point.y >= 0 && point.y <= 1 && point.pressure >= 0 &&
+                    point.pressure <= 1,
+                "ink stays on the screen");
 }
 
 void readRecordingText(std::string_view text)
@@ -48,16 +69,17 @@ void readRecordingText(std::string_view text)
                 again.maxPressure == recording.maxPressure,
             "what is written is what was read");
 
-    const Area other{550, 180, 29870, 20120};
-    constexpr int OtherPressure = 8192;
-    const bool sameArea = recording.area == other;
-    scaleRecording(again, other, OtherPressure);
+    const Pad& pad = otherPad();
+    const bool sameArea = recording.area == pad.area;
+    scaleRecording(again, pad.area, pad.maxPressure);
     require(again.samples.size() == recording.samples.size(), "scaling keeps every sample");
     requireTimesInOrder(again);
-    if (sameArea || recording.maxPressure == OtherPressure)
+    requireInkOnScreen(again, pad);
+    if (sameArea || recording.maxPressure == pad.maxPressure)
         return; // then it is not scaled, and stays where it was
     for (const RecordedSample& sample : again.samples)
-        require(sample.status < PenDown || sample.status > PenUp || isInside(sample, other, OtherPressure),
+        require(sample.status < PenDown || sample.status > PenUp ||
+                    isInside(sample, pad.area, pad.maxPressure),
                 "a scaled place lies inside");
 }
 
@@ -71,6 +93,7 @@ void readStreamText(std::string_view text)
     }
     requireTimesInOrder(recording);
     require(!recording.scalable, "a stream names no pad");
+    requireInkOnScreen(recording, otherPad());
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // Writes the corpora from which the fuzzers start: small images in the forms that their readers tell apart,
-// headers that promise more than follows, ink packet streams whole and broken.
+// headers that promise more than follows, ink packet streams whole and broken, recordings, conversations with
+// the virtual pad, sequences of calls.
 
+#include "padlink.h"
 #include "scriberasdk.h"
 
 #include <QBuffer>
@@ -13,6 +15,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <iterator>
 #include <limits>
 #include <vector>
 
@@ -20,7 +24,7 @@ namespace {
 
 struct Seed
 {
-    const char* name;
+    QByteArray name;
     QByteArray bytes;
 };
 
@@ -223,6 +227,8 @@ Seeds recordings()
         {"times-back", recordingOf("9 1 2 3 0\n8 1 2 3 1\n")},
         {"long", recordingOf("1000000000 1 2 3 0\n1000000001 1 2 3 1\n")},
         {"wide", recordingOf("0 2147483647 -2147483648 2147483647 0\n")},
+        {"wide-own-area", QByteArray("# scribera recording 1\nmodel: SCT580\narea: 550 180 29870 20120\n"
+                                     "max-pressure: 8192\n0 -2147483648 2147483647 -2147483648 0\n")},
         {"too-wide", recordingOf("0 2147483648 1 1 0\n")},
         {"words", recordingOf("0 1 2 3 0 0\n")},
         {"carriage-return", recordingOf("0 1 2 3 0\r\n")},
@@ -235,18 +241,177 @@ Seeds recordings()
     return seeds;
 }
 
-// Calls of the interface. A number is a byte less 16; 240 and above begin one of four bytes.
-QByteArray session(int family, const QByteArray& calls)
+// A conversation as the fuzzer takes it: who speaks, in pieces of how many bytes, and what is said.
+enum class Speaker
 {
-    // Opened with a canvas of 64 by 32, both callbacks registered, a stroke of four samples and a key.
-    const QByteArray start =
-        QByteArray::fromHex("00") + static_cast<char>(family) + QByteArray::fromHex("01000010");
-    return start +
-           QByteArray::fromHex("02030000"
-                               "02040000"
-                               "08000450502000505121015555250150602802"
-                               "080101") +
-           calls;
+    Driver,
+    Pad,
+};
+
+QByteArray said(Speaker speaker, int piece, const std::vector<simulator::padlink::Message>& messages,
+                const QByteArray& more = {})
+{
+    QByteArray bytes(1, static_cast<char>((piece - 1) * 2 + (speaker == Speaker::Pad ? 1 : 0)));
+    for (const simulator::padlink::Message& message : messages)
+        bytes += QByteArray::fromStdString(simulator::padlink::encode(message));
+    return bytes + more;
+}
+
+Seeds conversations()
+{
+    using namespace simulator::padlink;
+    constexpr auto driver = Speaker::Driver;
+    constexpr auto pad = Speaker::Pad;
+    const Hello hello{ProtocolVersion, SCK421B_DEVICE};
+    const Welcome welcome{ProtocolVersion, "SCK421B"};
+    const Picture picture{3, 2, std::vector<unsigned char>(12, 0x5a)};
+    const Samples stroke{{{400, 500, 300, 0}, {410, 510, 320, 1}, {410, 510, 0, 2}}};
+    const Samples wide{{{std::numeric_limits<int>::min(), std::numeric_limits<int>::max(), -1, 99}}};
+    const FingerprintScan scan{80, std::vector<unsigned char>(simulator::FingerprintSize, 90)};
+    const auto hex = QByteArray::fromHex;
+    return {
+        {"driver", said(driver, 7,
+                        {hello, Clear{}, PenStyle{false}, Screen{true}, VersionInfo{true, "SCK421B\n2"},
+                         picture, Screen{false}})},
+        {"driver-byte-by-byte", said(driver, 1, {hello, Clear{}, VersionInfo{false, ""}, picture})},
+        {"driver-twice", said(driver, 128, {hello, hello})},
+        {"driver-unknown", said(driver, 128, {hello}, hex("07000000"))},
+        {"driver-cut", said(driver, 3, {hello, picture}).chopped(1)},
+        {"driver-switch", said(driver, 128, {hello}, hex("0201000002"))},
+        {"driver-unprintable", said(driver, 128, {hello}, hex("0402000001ff"))},
+        {"driver-version", said(driver, 128, {Hello{2, -1}})},
+        {"picture-no-width", said(driver, 128, {hello}, hex("06060000000001000000"))},
+        {"picture-short", said(driver, 128, {hello}, hex("0606000002000100ffff"))},
+        {"picture-immense", said(driver, 128, {hello}, hex("06ffffffffffffff"))},
+        {"pad", said(pad, 5, {welcome, stroke, wide})},
+        {"pad-fingerprint", said(pad, 128, {welcome, scan, stroke})},
+        {"pad-refuses", said(pad, 128, {Refusal{"it has another host"}, stroke})},
+        {"pad-first-samples", said(pad, 128, {stroke})},
+        {"pad-no-model", said(pad, 128, {}, hex("410c0000") + "SCRIBERA" + hex("01000000"))},
+        {"pad-other-protocol", said(pad, 128, {}, hex("410d0000") + "scribera" + hex("0100000041"))},
+        {"samples-uneven", said(pad, 128, {welcome}, hex("43110000") + QByteArray(17, '\1'))},
+        {"nothing", said(pad, 1, {})},
+    };
+}
+
+// Calls of the interface, as api.cpp reads them.
+enum Group
+{
+    Open,
+    AskPad,
+    Pen,
+    Points,
+    Files,
+    Texts,
+    Fingerprint,
+    About,
+    PadDoes,
+};
+
+QByteArray byte(int value)
+{
+    return QByteArray(1, static_cast<char>(value));
+}
+
+QByteArray number(int value)
+{
+    if (value >= -0x10 && value < 0xe0)
+        return byte(value + 0x10);
+    const auto bits = static_cast<unsigned>(value);
+    return byte(0xf0) + byte(bits >> 24) + byte(bits >> 16 & 0xff) + byte(bits >> 8 & 0xff) +
+           byte(bits & 0xff);
+}
+
+QByteArray text(const QByteArray& bytes)
+{
+    return byte(bytes.size()) + bytes;
+}
+
+QByteArray call(Group group, const std::vector<QByteArray>& parts)
+{
+    QByteArray bytes = byte(group);
+    for (const QByteArray& part : parts)
+        bytes += part;
+    return bytes;
+}
+
+const QByteArray OwnType = byte(0);
+const QByteArray No = byte(0);
+const QByteArray Yes = byte(1);
+
+// With a canvas of 64 by 32 or 300 by 150.
+QByteArray opened(int family, bool large = false)
+{
+    return call(Open, {byte(family), byte(1), byte(large ? 1 : 0), OwnType, number(0)});
+}
+
+QByteArray closed()
+{
+    return call(Open, {byte(3), OwnType});
+}
+
+// What the callbacks do beside looking about.
+QByteArray withCallbacks(int status, int point)
+{
+    return call(Pen, {byte(3), Yes, byte(status), OwnType}) + call(Pen, {byte(4), No, byte(point), OwnType});
+}
+
+QByteArray signedOn(int family)
+{
+    constexpr int Samples[][4] = {{60, 64, 50, 0}, {110, 90, 60, 1}, {140, 100, 60, 1}, {140, 100, 0, 2}};
+    const int scale = family < 2 ? 1 : 10;
+    QByteArray samples = byte(static_cast<int>(std::size(Samples)));
+    for (const auto& [x, y, pressure, status] : Samples)
+        samples += number(x * scale) + number(y * scale) + number(pressure) + byte(status);
+    return call(PadDoes, {byte(0), samples});
+}
+
+QByteArray keyPressed(int key)
+{
+    return call(PadDoes, {byte(1), byte(key)});
+}
+
+// The family is named with each call while no pad is open.
+QByteArray everyFunction(const QByteArray& family = {})
+{
+    const auto call = [&](Group group, std::vector<QByteArray> parts) {
+        parts.insert(parts.begin(), family);
+        return ::call(group, parts);
+    };
+    QByteArray all;
+    for (int what = 0; what < 7; ++what) {
+        for (int index = 1; index <= (what == 2 ? 7 : 1); ++index)
+            all += call(AskPad,
+                        {No, number(32), byte(what), Yes, what == 2 ? number(index) : QByteArray(), OwnType});
+    }
+    if (family.isEmpty())
+        all += signedOn(0);
+    all += call(Pen, {byte(0), Yes, OwnType}) + call(Pen, {byte(1), number(5), OwnType}) +
+           call(Pen, {byte(2), number(255), number(0), number(256), OwnType}) + call(Pen, {byte(5), OwnType});
+    for (int index : {0, 3, 4, -1}) {
+        for (int what = 0; what < 4; ++what)
+            all += call(Points, {number(index), byte(what), what == 1 ? No : QByteArray(), OwnType});
+    }
+    for (int type = 0; type <= 9; ++type) {
+        all += call(Files, {number(type), byte(0), byte(3), number(type % 2), OwnType});
+        for (int what = 0; what < 3; ++what)
+            all += call(Texts, {number(type), byte(type % 2), byte(what), OwnType, Yes});
+    }
+    all += call(Files, {number(0), byte(1), number(3), number(4), Yes, OwnType}) +
+           call(Files, {number(3), byte(0), byte(2), number(1), OwnType}) +
+           call(Texts, {number(3), No, byte(0), OwnType, Yes});
+    all += call(Files,
+                {number(EBITI_INK), byte(2), text(streams().front().bytes.toBase64()), No, byte(0), OwnType});
+    for (int selector = 1; selector <= 3; ++selector)
+        all += call(Points, {number(1), byte(4), number(selector), OwnType});
+    all += call(Fingerprint,
+                {byte(0), byte(25), byte(20), number(4), number(4), number(40), number(30), OwnType}) +
+           call(Fingerprint, {byte(1), byte(25), byte(20), number(4), number(4), number(40), number(30),
+                              OwnType, byte(17)}) +
+           call(PadDoes, {byte(2), byte(0), byte(3), No, number(208 * 288), number(80)}) +
+           call(Fingerprint, {byte(2), number(EBITI_PNG), Yes, OwnType, Yes});
+    all += call(About, {No, byte(1), OwnType, No});
+    return all;
 }
 
 Seeds calls()
@@ -254,22 +419,38 @@ Seeds calls()
     static constexpr const char* names[] = {"k210", "k420", "k421b", "km730", "t580"};
     Seeds seeds;
     for (int family = 0; family < 5; ++family) {
-        QByteArray all;
-        for (int group = 1; group <= 7; ++group)
-            for (int what = 0; what < 7; ++what)
-                all += QByteArray::fromHex("110000001010000000000000")
-                           .prepend(static_cast<char>(what))
-                           .prepend(static_cast<char>(group));
-        seeds.push_back({names[family], session(family, all)});
+        seeds.push_back({names[family], opened(family) + everyFunction()});
+        seeds.push_back({names[family] + QByteArray("-closed"), everyFunction(byte(family))});
     }
+    const QByteArray logged = call(About, {Yes, byte(0), OwnType, No});
+    for (int does = 0; does < 7; ++does)
+        seeds.push_back({"callback-" + QByteArray::number(does),
+                         opened(does % 5) + withCallbacks(does, 6 - does) + signedOn(does % 5) +
+                             keyPressed(1) + signedOn(does % 5) + keyPressed(0)});
+    const auto fingerprint = [](int length, int score, const QByteArray& isNull = No) {
+        return call(PadDoes, {byte(2), byte(9), byte(7), isNull, number(length), number(score)});
+    };
+    seeds.push_back({"prints", opened(2, true) + signedOn(2) + fingerprint(208 * 288, 50) +
+                                   fingerprint(100, 60) + fingerprint(0, 70) +
+                                   fingerprint(208 * 288, 80, Yes) + everyFunction()});
+    for (int entryPoint = 0; entryPoint < 9; ++entryPoint)
+        seeds.push_back({"driver-fails-" + QByteArray::number(entryPoint),
+                         opened(2) + call(PadDoes, {byte(3), byte(entryPoint), number(5)}) + everyFunction() +
+                             closed() + opened(2) + call(PadDoes, {byte(5)}) + opened(2)});
+    for (const char* model : {"SCK210", "SCT470 %s%n", "", "SCK"})
+        seeds.push_back({"model-" + QByteArray::number(static_cast<int>(std::strlen(model))),
+                         byte(PadDoes) + byte(0) + byte(4) + text(model) + No + byte(0) + opened(0) +
+                             signedOn(0) + everyFunction()});
+    seeds.push_back({"logged", opened(0) + logged + signedOn(0) + keyPressed(1) +
+                                   call(PadDoes, {byte(4), text("%s%n%99999d"), No, byte(0)}) +
+                                   call(AskPad, {No, number(32), byte(1), Yes, OwnType})});
     seeds.push_back(
-        {"pictures", session(0, QByteArray::fromHex("0411000010 0412000110 0413000210 0417000310"
-                                                    "0418000410 051100 051200 051300 051600 0502"))});
-    seeds.push_back({"print", session(2, QByteArray::fromHex("08026400 108060 0600404010104040 00 0602130000"
-                                                             "0403 1300 0402"))});
-    seeds.push_back({"driver-fails", session(1, QByteArray::fromHex("080302f000000005 0103 0805 0103"))});
-    seeds.push_back({"reopened", session(3, QByteArray::fromHex("000300 0004 01000010 0003 00"))});
-    seeds.push_back({"other-family", session(4, QByteArray::fromHex("fa00010000 10 e1 02 01 e6 02 00"))});
+        {"reopened", opened(3) + signedOn(3) + closed() + opened(3, true) + signedOn(3) + closed()});
+    // Other families, types and windows while one is open.
+    seeds.push_back({"strangers", opened(4) + byte(0xe6) + byte(1) + byte(0) + byte(0) + OwnType +
+                                      number(300) + byte(7) +
+                                      call(Points, {number(0), byte(0), byte(7), number(2)}) + byte(0xea) +
+                                      byte(0) + number(0) + byte(0) + OwnType});
     return seeds;
 }
 
@@ -288,6 +469,7 @@ int main(int argc, char** argv)
     write(corpora, "decode_ink", streams());
     write(corpora, "decode_text", texts());
     write(corpora, "ink_reader", inkTexts());
+    write(corpora, "link", conversations());
     write(corpora, "recording", recordings());
     write(corpora, "api", calls());
     return 0;

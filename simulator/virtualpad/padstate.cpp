@@ -1,6 +1,7 @@
 #include "padstate.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace virtualpad {
@@ -97,7 +98,9 @@ void PadState::apply(const simulator::RecordedSample& sample)
         return;
     const simulator::Area& area = m_pad->area;
     const auto part = [](int position, int origin, int extent) {
-        return std::clamp(static_cast<float>(position - origin) / static_cast<float>(extent - 1), 0.0F, 1.0F);
+        // A recording's places may lie anywhere.
+        const std::int64_t distance = std::int64_t{position} - origin;
+        return std::clamp(static_cast<float>(distance) / static_cast<float>(extent - 1), 0.0F, 1.0F);
     };
     InkPoint point;
     point.x = part(sample.x, area.originX, area.width);

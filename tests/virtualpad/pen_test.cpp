@@ -4,6 +4,7 @@
 #include "padlayout.h"
 
 #include <cmath>
+#include <limits>
 #include <random>
 
 using namespace virtualpad;
@@ -225,6 +226,22 @@ TEST(PenPlayer, ALoopGoesOnAndARecordingThatEndsPressedIsLifted)
     }
     EXPECT_TRUE(player.isPlaying());
     EXPECT_TRUE(player.stop().empty());
+}
+
+TEST(PadState, KeepsInkFromAnywhereOnTheScreen)
+{
+    constexpr int Least = std::numeric_limits<int>::min();
+    constexpr int Most = std::numeric_limits<int>::max();
+    for (const std::string& model : Models) {
+        PadState state(padOf(model));
+        state.apply({0, Least, Most, Least, 0});
+        state.apply({0, Most, Least, Most, 1});
+        ASSERT_EQ(state.ink().size(), 2U);
+        const InkPoint& first = state.ink().front();
+        const InkPoint& second = state.ink().back();
+        EXPECT_TRUE(first.x == 0 && first.y == 1 && first.pressure == 0) << model;
+        EXPECT_TRUE(second.x == 1 && second.y == 0 && second.pressure == 1) << model;
+    }
 }
 
 TEST(PadState, ShowsInkOnlyOnAScreenThatIsOn)
