@@ -241,20 +241,27 @@ Seeds recordings()
     return seeds;
 }
 
-// A conversation as the fuzzer takes it: who speaks, in pieces of how many bytes, and what is said.
+using Messages = std::vector<simulator::padlink::Message>;
+
+QByteArray bytesOf(const Messages& messages)
+{
+    QByteArray bytes;
+    for (const simulator::padlink::Message& message : messages)
+        bytes += QByteArray::fromStdString(simulator::padlink::encode(message));
+    return bytes;
+}
+
+// A conversation as link.cpp takes it: who speaks, in pieces of how many bytes, and what is said.
 enum class Speaker
 {
     Driver,
     Pad,
 };
 
-QByteArray said(Speaker speaker, int piece, const std::vector<simulator::padlink::Message>& messages,
-                const QByteArray& more = {})
+QByteArray said(Speaker speaker, int piece, const Messages& messages, const QByteArray& more = {})
 {
-    QByteArray bytes(1, static_cast<char>((piece - 1) * 2 + (speaker == Speaker::Pad ? 1 : 0)));
-    for (const simulator::padlink::Message& message : messages)
-        bytes += QByteArray::fromStdString(simulator::padlink::encode(message));
-    return bytes + more;
+    return QByteArray(1, static_cast<char>((piece - 1) * 2 + (speaker == Speaker::Pad ? 1 : 0))) +
+           bytesOf(messages) + more;
 }
 
 Seeds conversations()
@@ -291,6 +298,34 @@ Seeds conversations()
         {"pad-other-protocol", said(pad, 128, {}, hex("410d0000") + "scribera" + hex("0100000041"))},
         {"samples-uneven", said(pad, 128, {welcome}, hex("43110000") + QByteArray(17, '\1'))},
         {"nothing", said(pad, 1, {})},
+    };
+}
+
+Seeds padsOfDrivers()
+{
+    using namespace simulator::padlink;
+    const Welcome welcome{ProtocolVersion, "SCK421B"};
+    const Samples touching{{{400, 500, 300, 0}, {410, 510, 320, 1}}};
+    const Samples key{{{0, 0, 0, 4}}};
+    const Samples lifted{{{410, 510, 0, 2}, {1, 1, 1, 77}}};
+    const FingerprintScan scan{80, std::vector<unsigned char>(simulator::FingerprintSize, 90)};
+    const auto whole = [](int refused, const Messages& messages, const QByteArray& more = {}) {
+        return QByteArray(1, '\0') + static_cast<char>(refused) + bytesOf(messages) + more;
+    };
+    return {
+        {"stroke", whole(0, {welcome, touching, lifted})},
+        {"lost-while-touching", whole(0, {welcome, touching})},
+        {"lost-on-a-key", whole(0, {welcome, touching, lifted, key})},
+        {"refused-model", whole(1, {welcome, touching})},
+        {"refused-samples", whole(3, {welcome, touching, touching, lifted})},
+        {"fingerprint", whole(0, {welcome, scan, touching, lifted})},
+        {"refused-fingerprint", whole(3, {welcome, touching, scan, lifted})},
+        {"pad-refuses", whole(0, {Refusal{"it has another host"}, touching})},
+        {"other-version", whole(0, {Welcome{2, "SCK421B"}, touching})},
+        {"broken", whole(0, {welcome, touching}, "\x43\x01")},
+        {"wrong", whole(0, {welcome, touching}, "\x01\x02\x03\x04")},
+        {"silent", whole(0, {})},
+        {"in-pieces", QByteArray("\x01\x00", 2) + bytesOf({welcome, touching, lifted, touching})},
     };
 }
 
@@ -470,6 +505,7 @@ int main(int argc, char** argv)
     write(corpora, "decode_text", texts());
     write(corpora, "ink_reader", inkTexts());
     write(corpora, "link", conversations());
+    write(corpora, "driver_link", padsOfDrivers());
     write(corpora, "recording", recordings());
     write(corpora, "api", calls());
     return 0;
