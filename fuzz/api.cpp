@@ -167,7 +167,8 @@ const char* const TextEntryPoints[] = {"SCRDAPI_GetDevicePartsVersion", "SCRDAPI
 // ---- the input
 
 // Read in statements of their own, never as several arguments of one call: each compiler has its own order of
-// evaluating those, and an input has to do the same everywhere.
+// evaluating those, and an input has to do the same everywhere. And the same of them for all families, so
+// that an input for one is one for the others.
 class Bytes
 {
 public:
@@ -317,13 +318,13 @@ private:
             return;
         check(result, {0, -1, -2});
     }
-    void takeText(char* text, bool accepted, void (*giveBack)(int, char*))
+    void takeText(char* text, bool accepted, void (*giveBack)(int, char*), int otherType)
     {
         require(!text || (m_type == family().type && isLive() && accepted), "no text for a refused call");
         if (text)
             require(std::strlen(text) % 4 == 0, "a text is whole Base64");
         giveBack(family().type, text);
-        giveBack(m_bytes.flag() ? family().type : -1, nullptr);
+        giveBack(otherType, nullptr);
     }
     wchar_t* path()
     {
@@ -443,31 +444,31 @@ void Host::askPad()
     const int size = std::min(m_bytes.number(), static_cast<int>(buffer.size()));
     const std::uint8_t what = m_bytes.byte() % 7;
     const bool on = m_bytes.flag();
+    const int index = m_bytes.number();
+    const int deviceType = type();
+    if (what >= 4 && !family().OpenLCD)
+        return;
     switch (what) {
     case 0:
-        checkDriver(family().GetHWPadID(type(), target, size));
+        checkDriver(family().GetHWPadID(deviceType, target, size));
         break;
     case 1:
-        checkDriver(family().GetHWVersionID(type(), target, size));
+        checkDriver(family().GetHWVersionID(deviceType, target, size));
         break;
-    case 2: {
-        const int index = m_bytes.number();
-        const bool bad = index < 1 || index > 7 || !target;
-        check(family().getDeviceInfo(type(), index, target), {0}, -1, bad);
+    case 2:
+        check(family().getDeviceInfo(deviceType, index, target), {0}, -1, index < 1 || index > 7 || !target);
         break;
-    }
     case 3:
-        checkDriver(family().Clear(type()));
+        checkDriver(family().Clear(deviceType));
+        break;
+    case 4:
+        checkDriver(family().OpenLCD(deviceType, on));
+        break;
+    case 5:
+        checkDriver(family().GetHWPenID(deviceType, target, size));
         break;
     default:
-        if (!family().OpenLCD)
-            break;
-        if (what == 4)
-            checkDriver(family().OpenLCD(type(), on));
-        else if (what == 5)
-            checkDriver(family().GetHWPenID(type(), target, size));
-        else
-            checkDriver(family().DisplayHWVersion(type(), on));
+        checkDriver(family().DisplayHWVersion(deviceType, on));
         break;
     }
 }
@@ -598,45 +599,53 @@ void Host::texts()
     const int imageType = m_bytes.number();
     const bool encodable = isRaster(imageType) || imageType == EBITI_INK;
     const bool transparent = m_bytes.flag();
+    const int otherType = m_bytes.number();
     switch (m_bytes.byte() % 3) {
     case 0:
-        takeText(family().PacketsBase64Encode(type(), imageType), encodable,
-                 family().PacketsBase64EncodeFree);
+        takeText(family().PacketsBase64Encode(type(), imageType), encodable, family().PacketsBase64EncodeFree,
+                 otherType);
         break;
     case 1:
         takeText(family().PacketsBase64EncodeEx(type(), imageType, transparent), encodable,
-                 family().PacketsBase64EncodeExFree);
+                 family().PacketsBase64EncodeExFree, otherType);
         break;
     default:
-        takeText(family().GetSVGImageBase64Data(type()), true, family().FreeSVGImageBase64Data);
+        takeText(family().GetSVGImageBase64Data(type()), true, family().FreeSVGImageBase64Data, otherType);
         break;
     }
 }
 
 void Host::fingerprint()
 {
-    if (!family().SetDisplayedFPImageAt)
-        return;
     const std::uint8_t what = m_bytes.byte() % 3;
-    if (what == 2) {
-        const int imageType = m_bytes.number();
-        const bool only = m_bytes.flag();
-        takeText(family().GetFPImageBase64Data(type(), imageType, only), isRaster(imageType),
-                 family().FreeFPImageBase64Data);
-        return;
-    }
+    const int imageType = m_bytes.number();
+    const bool only = m_bytes.flag();
     const int width = m_bytes.byte() * 4;
     const int height = m_bytes.byte() * 4;
     int rectangle[4];
     for (int& side : rectangle)
         side = m_bytes.number();
+    const unsigned long long window = m_bytes.byte();
+    const int otherType = m_bytes.number();
     const int deviceType = type();
-    const unsigned long long window = what == 0 ? 0 : m_bytes.byte();
-    check(what == 0 ? family().SetDisplayedFPImageAt(deviceType, nullptr, width, height, rectangle[0],
-                                                     rectangle[1], rectangle[2], rectangle[3])
-                    : family().SetDisplayedFPImageAtByWId(deviceType, window, width, height, rectangle[0],
-                                                          rectangle[1], rectangle[2], rectangle[3]),
-          {0, -2});
+    if (!family().SetDisplayedFPImageAt)
+        return;
+    switch (what) {
+    case 0:
+        check(family().SetDisplayedFPImageAt(deviceType, nullptr, width, height, rectangle[0], rectangle[1],
+                                             rectangle[2], rectangle[3]),
+              {0, -2});
+        break;
+    case 1:
+        check(family().SetDisplayedFPImageAtByWId(deviceType, window, width, height, rectangle[0],
+                                                  rectangle[1], rectangle[2], rectangle[3]),
+              {0, -2});
+        break;
+    default:
+        takeText(family().GetFPImageBase64Data(deviceType, imageType, only), isRaster(imageType),
+                 family().FreeFPImageBase64Data, otherType);
+        break;
+    }
 }
 
 void Host::about()

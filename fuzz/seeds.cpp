@@ -374,6 +374,11 @@ const QByteArray OwnType = byte(0);
 const QByteArray No = byte(0);
 const QByteArray Yes = byte(1);
 
+QByteArray openedByWindow(int family, int window)
+{
+    return call(Open, {byte(family), byte(0), byte(0), OwnType, number(window), byte(7)});
+}
+
 // With a canvas of 64 by 32 or 300 by 150.
 QByteArray opened(int family, bool large = false)
 {
@@ -416,8 +421,7 @@ QByteArray everyFunction(const QByteArray& family = {})
     QByteArray all;
     for (int what = 0; what < 7; ++what) {
         for (int index = 1; index <= (what == 2 ? 7 : 1); ++index)
-            all += call(AskPad,
-                        {No, number(32), byte(what), Yes, what == 2 ? number(index) : QByteArray(), OwnType});
+            all += call(AskPad, {No, number(32), byte(what), Yes, number(index), OwnType});
     }
     if (family.isEmpty())
         all += signedOn(0);
@@ -430,21 +434,21 @@ QByteArray everyFunction(const QByteArray& family = {})
     for (int type = 0; type <= 9; ++type) {
         all += call(Files, {number(type), byte(0), byte(3), number(type % 2), OwnType});
         for (int what = 0; what < 3; ++what)
-            all += call(Texts, {number(type), byte(type % 2), byte(what), OwnType, Yes});
+            all += call(Texts, {number(type), byte(type % 2), number(-1), byte(what), OwnType});
     }
     all += call(Files, {number(0), byte(1), number(3), number(4), Yes, OwnType}) +
            call(Files, {number(3), byte(0), byte(2), number(1), OwnType}) +
-           call(Texts, {number(3), No, byte(0), OwnType, Yes});
+           call(Texts, {number(3), No, number(-1), byte(0), OwnType});
     all += call(Files,
                 {number(EBITI_INK), byte(2), text(streams().front().bytes.toBase64()), No, byte(0), OwnType});
     for (int selector = 1; selector <= 3; ++selector)
         all += call(Points, {number(1), byte(4), number(selector), OwnType});
-    all += call(Fingerprint,
-                {byte(0), byte(25), byte(20), number(4), number(4), number(40), number(30), OwnType}) +
-           call(Fingerprint, {byte(1), byte(25), byte(20), number(4), number(4), number(40), number(30),
-                              OwnType, byte(17)}) +
-           call(PadDoes, {byte(2), byte(0), byte(3), No, number(208 * 288), number(80)}) +
-           call(Fingerprint, {byte(2), number(EBITI_PNG), Yes, OwnType, Yes});
+    const auto fingerprint = [&](int what) {
+        return call(Fingerprint, {byte(what), number(EBITI_PNG), Yes, byte(25), byte(20), number(4),
+                                  number(4), number(40), number(30), byte(17), number(-1), OwnType});
+    };
+    all += fingerprint(0) + fingerprint(1) +
+           call(PadDoes, {byte(2), byte(0), byte(3), No, number(208 * 288), number(80)}) + fingerprint(2);
     all += call(About, {No, byte(1), OwnType, No});
     return all;
 }
@@ -455,7 +459,9 @@ Seeds calls()
     Seeds seeds;
     for (int family = 0; family < 5; ++family) {
         seeds.push_back({names[family], opened(family) + everyFunction()});
-        seeds.push_back({names[family] + QByteArray("-closed"), everyFunction(byte(family))});
+        seeds.push_back(
+            {names[family] + QByteArray("-closed"),
+             openedByWindow(family, 5) + everyFunction(byte(family)) + openedByWindow(family, 0)});
     }
     const QByteArray logged = call(About, {Yes, byte(0), OwnType, No});
     for (int does = 0; does < 7; ++does)
