@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
@@ -132,11 +133,13 @@ void tellHost(DriverLink& link)
     link.showPicture(Pixels, 3, 2);
 }
 
-// The driver may hang up before it has read everything.
+// The driver may hang up before it has read everything. An engine's timer interrupts whatever waits.
 void say(const Descriptor& pad, std::string_view bytes, std::size_t piece)
 {
     while (!bytes.empty()) {
         const ssize_t count = send(pad.get(), bytes.data(), std::min(piece, bytes.size()), MSG_NOSIGNAL);
+        if (count < 0 && errno == EINTR)
+            continue;
         if (count < 0)
             return;
         bytes.remove_prefix(static_cast<std::size_t>(count));
@@ -149,14 +152,19 @@ void listenToTheEnd(const Descriptor& pad)
     std::vector<Message> messages;
     Parser parser(Parser::Peer::Driver);
     std::array<char, 4096> block;
-    ssize_t count = 0;
-    while ((count = recv(pad.get(), block.data(), block.size(), 0)) > 0)
-        require(parser.take(std::string_view(block.data(), static_cast<std::size_t>(count)),
-                            [&](Message&& message) {
-                                messages.push_back(std::move(message));
-                                return true;
-                            }),
-                "the driver keeps to the protocol");
+    for (;;) {
+        const ssize_t count = recv(pad.get(), block.data(), block.size(), 0);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            break;
+        const std::string_view bytes(block.data(), static_cast<std::size_t>(count));
+        const bool isTaken = parser.take(bytes, [&](Message&& message) {
+            messages.push_back(std::move(message));
+            return true;
+        });
+        require(isTaken, "the driver keeps to the protocol");
+    }
     require(!messages.empty() &&
                 messages.front() == Message(padlink::Hello{padlink::ProtocolVersion, DeviceType}),
             "the driver says hello");
@@ -164,9 +172,11 @@ void listenToTheEnd(const Descriptor& pad)
 
 Descriptor accepted()
 {
+    const auto end = std::chrono::steady_clock::now() + Patience;
     pollfd event{g_listening.get(), POLLIN, 0};
-    const auto limit = std::chrono::milliseconds(Patience).count();
-    require(poll(&event, 1, static_cast<int>(limit)) == 1, "the driver comes");
+    int ready = 0;
+    while ((ready = poll(&event, 1, 1000)) == 0 || (ready < 0 && errno == EINTR))
+        require(std::chrono::steady_clock::now() < end, "the driver comes");
     return Descriptor(accept4(g_listening.get(), nullptr, nullptr, SOCK_CLOEXEC));
 }
 
