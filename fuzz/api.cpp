@@ -272,6 +272,12 @@ bool isRaster(int imageType)
     return imageType == EBITI_BITMAP || imageType == EBITI_JPG || imageType == EBITI_PNG;
 }
 
+// The library's threads read it meanwhile.
+void enableLog(bool enabled)
+{
+    std::atomic_ref(g_bEnableLog).store(enabled ? 1 : 0);
+}
+
 class Host
 {
 public:
@@ -650,7 +656,7 @@ void Host::fingerprint()
 
 void Host::about()
 {
-    g_bEnableLog = m_bytes.flag() ? 1 : 0;
+    enableLog(m_bytes.flag());
     family().AboutBox(nullptr); // no application: nothing is shown
     family().AboutBoxByWId(m_bytes.byte());
     std::array<char, 128> buffer{};
@@ -704,7 +710,7 @@ void Host::run()
     for (const Family& each : families)
         require(each.UnInitialDevice(each.type) == 0, "closing succeeds");
     require(g_pSignWidget == nullptr && g_bUseSignObj == 0, "nothing is left open");
-    g_bEnableLog = 0;
+    enableLog(false);
     g_callbackDoes = 0;
     g_tellsKeys = false;
     g_pad.reset();

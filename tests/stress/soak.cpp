@@ -36,7 +36,7 @@ constexpr double SampleTime = 0.001;
 constexpr long long SamplesPerLongOne = 100'000;
 constexpr int TimeoutMs = 600'000;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(SCRIBERA_SANITIZED_MEMORY)
 constexpr bool HeapCanBeAsked = false; // the sanitizer's allocator answers nothing
 constexpr double Slowdown = 20;
 #else

@@ -303,7 +303,7 @@ const ChildProgram shortOfMemory("short-of-memory", [](const std::vector<std::st
 });
 
 // A sanitizer's own memory cannot be limited.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if !defined(SCRIBERA_SANITIZED_MEMORY)
 class Memory : public PadTest
 {
 };
