@@ -120,12 +120,14 @@ bool PathFromHost(const wchar_t* pwszPath, QString& strPath)
     return true;
 }
 
-QImage WithTransparentWhite(const QImage& Image)
+QImage WithTransparentWhite(const QImage& Image, bool bForPng)
 {
     if (Image.format() == QImage::Format_ARGB32) {
         // What the mask below makes of opaque pixels, in one pass.
-        QImage Masked(Image.size(), QImage::Format_ARGB32_Premultiplied);
-        if (!Masked.isNull() && MaskOpaqueWhite(Image, Masked)) {
+        QImage Masked(Image.size(), bForPng ? QImage::Format_ARGB32 : QImage::Format_ARGB32_Premultiplied);
+        if (Masked.isNull())
+            return Masked;
+        if (MaskOpaqueWhite(Image, Masked)) {
             Masked.setDotsPerMeterX(Image.dotsPerMeterX());
             Masked.setDotsPerMeterY(Image.dotsPerMeterY());
             return Masked;
@@ -143,7 +145,7 @@ bool SaveRasterFile(QImage Image, const QString& strPath, int nDPI, bool bTransp
     const QByteArray Format = QFileInfo(strPath).suffix().toLower().toLatin1();
     SetResolution(Image, nDPI);
     if (bTransparentWhite && CarriesAlpha(Format))
-        Image = WithTransparentWhite(Image);
+        Image = WithTransparentWhite(Image, Format == "png");
     QByteArray Encoded;
     return Encode(Image, Format, Encoded) && WriteWholeFile(strPath, Encoded);
 }
@@ -218,7 +220,7 @@ QByteArray EncodeImage(const QImage& Image, int nImageTypeID, bool bTransparentW
     if (!pszFormat || Image.isNull())
         return Encoded;
     const bool bMask = nImageTypeID == EBITI_PNG && bTransparentWhite;
-    if (!Encode(bMask ? WithTransparentWhite(Image) : Image, pszFormat, Encoded))
+    if (!Encode(bMask ? WithTransparentWhite(Image, true) : Image, pszFormat, Encoded))
         Encoded.clear();
     return Encoded;
 }

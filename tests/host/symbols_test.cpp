@@ -233,9 +233,9 @@ TEST(Hardening, FramesAndBuffersAreGuarded)
 {
     const ElfFile library(libraryFile());
     EXPECT_TRUE(library.undefined().contains("__stack_chk_fail"));
-    for (const char* checked : {"__snprintf_chk", "__vsnprintf_chk", "__fprintf_chk"})
+    for (const char* checked : {"__snprintf_chk", "__vsnprintf_chk", "__vswprintf_chk"})
         EXPECT_TRUE(library.undefined().contains(checked)) << checked;
-    for (const char* unchecked : {"snprintf", "vsnprintf", "fprintf", "sprintf", "strcpy", "strcat"})
+    for (const char* unchecked : {"snprintf", "vsnprintf", "vswprintf", "sprintf", "strcpy", "strcat"})
         EXPECT_FALSE(library.undefined().contains(unchecked)) << unchecked;
 }
 #endif

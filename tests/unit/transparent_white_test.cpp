@@ -16,10 +16,10 @@ QImage byMask(QImage image)
     return image;
 }
 
-void expectSame(const QImage& image)
+void expectSame(const QImage& image, bool forPng = false)
 {
-    const QImage made = WithTransparentWhite(image);
-    const QImage expected = byMask(image);
+    const QImage made = WithTransparentWhite(image, forPng);
+    const QImage expected = forPng ? byMask(image).convertToFormat(QImage::Format_ARGB32) : byMask(image);
     ASSERT_EQ(made.format(), expected.format());
     ASSERT_EQ(made, expected);
     // Equality of images takes no notice of what lies beneath transparency; a file would show it.
@@ -54,8 +54,10 @@ QImage noise(int width, int height, QImage::Format format, int leastAlpha)
 
 TEST(TransparentWhite, IsThatOfTheMaskOnOpaquePictures)
 {
-    for (const int width : {1, 3, 16, 17, 131})
+    for (const int width : {1, 3, 16, 17, 131}) {
         expectSame(noise(width, 29, QImage::Format_ARGB32, 255));
+        expectSame(noise(width, 29, QImage::Format_ARGB32, 255), true);
+    }
 }
 
 TEST(TransparentWhite, IsThatOfTheMaskWherePixelsLetOthersThrough)
@@ -74,7 +76,8 @@ TEST(TransparentWhite, LeavesThePictureItselfAsItWas)
 {
     const QImage image = noise(40, 40, QImage::Format_ARGB32, 255);
     const QImage before = image.copy();
-    WithTransparentWhite(image);
+    WithTransparentWhite(image, false);
+    WithTransparentWhite(image, true);
     EXPECT_EQ(image, before);
 }
 
