@@ -15,19 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Base64 : public PadTest
+class Base64 : public InkTest
 {
-protected:
-    void startWithInk(int width = 400, int height = 200)
-    {
-        ASSERT_TRUE(pad().start({.width = width, .height = height}));
-        m_redraw = std::make_unique<Redraw>(model(), width, height);
-        pad().draw(wave(model(), 30));
-        m_redraw->feed(wave(model(), 30));
-    }
-    const QImage& canvas() const { return m_redraw->image(); }
-
-    std::unique_ptr<Redraw> m_redraw;
 };
 
 TEST_P(Base64, PicturesDecodeToTheCanvas)

@@ -6,8 +6,6 @@
 
 #include <time.h>
 
-#include <QEvent>
-
 #include "fingerprint_reference.h"
 
 namespace scribera::test {
@@ -512,18 +510,6 @@ TEST_P(FingerprintWidgetMerge, ResizeKeepsThePictureUntilTheNextMerge)
     expectSame("after a better print");
     EXPECT_EQ(pad().stop(), 0);
 }
-
-class PaintCount : public QObject
-{
-public:
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        if (event->type() == QEvent::Paint)
-            ++paints;
-        return false;
-    }
-    int paints = 0;
-};
 
 TEST_P(FingerprintWidgetMerge, PrintIsPaintedWithoutAnyCall)
 {

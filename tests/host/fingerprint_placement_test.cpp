@@ -5,7 +5,6 @@
 #include <thread>
 
 #include <QApplication>
-#include <QEvent>
 #include <QPointer>
 
 #include "fingerprint_reference.h"
@@ -337,18 +336,6 @@ TEST_P(FingerprintWidgetPlacement, PrintWidgetCoversItsWindowAndPaintsThePrint)
     EXPECT_TRUE(same(grabbed(widget, QSize(100, 30)), m_copy->holder()));
     EXPECT_EQ(pad().stop(), 0);
 }
-
-class PaintCount : public QObject
-{
-public:
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        if (event->type() == QEvent::Paint)
-            ++paints;
-        return false;
-    }
-    int paints = 0;
-};
 
 TEST_P(FingerprintWidgetPlacement, PrintWidgetIsRepaintedByItself)
 {

@@ -10,7 +10,9 @@
 
 #include <QByteArray>
 #include <QColor>
+#include <QEvent>
 #include <QImage>
+#include <QObject>
 #include <QRect>
 
 #include "harness.h"
@@ -100,6 +102,19 @@ QImage decoded(const QByteArray& base64);
 
 // Samples of a signature without pen-up: thin, thick, short, long, outside the area, at the least pressure.
 std::vector<ScrSimSample> longSignature(const PadModel& model, int segments, unsigned seed);
+
+// An event filter that counts how often a widget is painted.
+class PaintCount : public QObject
+{
+public:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            ++paints;
+        return false;
+    }
+    int paints = 0;
+};
 
 std::vector<PadCase> fingerprintCases();
 std::vector<PadCase> fingerprintCases(Kind kind);

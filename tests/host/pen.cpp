@@ -133,6 +133,20 @@ void Redraw::resize(int width, int height)
     m_strokesGone = m_model.hasFingerprint;
 }
 
+void InkTest::startWithInk(int width, int height)
+{
+    ASSERT_TRUE(pad().start({.width = width, .height = height}));
+    m_redraw = std::make_unique<Redraw>(model(), width, height);
+    pad().draw(wave(model(), 30));
+    m_redraw->feed(wave(model(), 30));
+}
+
+void InkTest::expectUnchanged()
+{
+    EXPECT_TRUE(holdsPoints(pad(), *m_redraw));
+    EXPECT_TRUE(holdsCanvas(pad(), *m_redraw));
+}
+
 // ---------------------------------------------------------------------------------------------- pictures
 
 namespace {

@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -87,6 +88,17 @@ private:
     std::vector<Segment> m_segments;
 };
 
+// Base of the tests that hand over a signature: the pad with ink on it, and the same ink drawn by the tests.
+class InkTest : public PadTest
+{
+protected:
+    void startWithInk(int width = 400, int height = 200);
+    const QImage& canvas() const { return m_redraw->image(); }
+    void expectUnchanged(); // the signature is as it was, whatever a call did
+
+    std::unique_ptr<Redraw> m_redraw;
+};
+
 // ---------------------------------------------------------------------------------------------- pictures
 
 // Same size and same red, green and blue everywhere.
@@ -124,6 +136,15 @@ Taken takeImage(Pad& pad, int imageType);
 Taken takeImageEx(Pad& pad, int imageType, bool transparent);
 Taken takeSvg(Pad& pad);
 std::string takeTime(Pad& pad, int index); // "" for null
+
+struct FileType
+{
+    int id;
+    const char* suffix;
+};
+
+inline constexpr FileType fileTypes[] = {
+    {ImageBmp, "bmp"}, {ImageJpeg, "jpg"}, {ImagePng, "png"}, {ImagePdf, "pdf"}, {ImageSvg, "svg"}};
 
 std::vector<Ink> storedPoints(Pad& pad);
 int decode(Pad& pad, int imageType, const std::string& text, const std::string& path);

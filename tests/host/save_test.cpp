@@ -16,34 +16,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct FileType
+class Save : public InkTest
 {
-    int id;
-    const char* suffix;
-};
-
-constexpr FileType fileTypes[] = {
-    {ImageBmp, "bmp"}, {ImageJpeg, "jpg"}, {ImagePng, "png"}, {ImagePdf, "pdf"}, {ImageSvg, "svg"}};
-
-class Save : public PadTest
-{
-protected:
-    void startWithInk(int width = 400, int height = 200)
-    {
-        ASSERT_TRUE(pad().start({.width = width, .height = height}));
-        m_redraw = std::make_unique<Redraw>(model(), width, height);
-        pad().draw(wave(model(), 30));
-        m_redraw->feed(wave(model(), 30));
-    }
-    const QImage& canvas() const { return m_redraw->image(); }
-    // Whatever a call did, the signature is as it was.
-    void expectUnchanged()
-    {
-        EXPECT_TRUE(holdsPoints(pad(), *m_redraw));
-        EXPECT_TRUE(holdsCanvas(pad(), *m_redraw));
-    }
-
-    std::unique_ptr<Redraw> m_redraw;
 };
 
 TEST_P(Save, RastersCarryTheirResolution)

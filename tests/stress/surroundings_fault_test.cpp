@@ -18,35 +18,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct FileType
-{
-    int id;
-    const char* suffix;
-};
-
-constexpr FileType fileTypes[] = {
-    {ImageBmp, "bmp"}, {ImageJpeg, "jpg"}, {ImagePng, "png"}, {ImagePdf, "pdf"}, {ImageSvg, "svg"}};
-
 // ---- files
 
-class BadFiles : public PadTest
+class BadFiles : public InkTest
 {
-protected:
-    void startWithInk()
-    {
-        ASSERT_TRUE(pad().start());
-        sim().send(wave(model(), 20));
-        m_redraw = std::make_unique<Redraw>(model(), 400, 200);
-        m_redraw->feed(wave(model(), 20));
-    }
-
-    void expectUnchanged()
-    {
-        EXPECT_TRUE(holdsPoints(pad(), *m_redraw));
-        EXPECT_TRUE(holdsCanvas(pad(), *m_redraw));
-    }
-
-    std::unique_ptr<Redraw> m_redraw;
 };
 
 TEST_P(BadFiles, PdfOnAFullDiskReportsThatTheFileCouldBeOpened)
