@@ -1,5 +1,6 @@
 // The print in files, in encoded texts and on its own.
 
+#include <array>
 #include <filesystem>
 
 #include <QRegularExpression>
@@ -12,6 +13,9 @@ namespace {
 using Texts = std::vector<std::string>;
 
 const std::vector<int> rasterTypes = {ImageBmp, ImageJpeg, ImagePng};
+
+const QRect placesWithoutPixels[] = {QRect(5, 5, 0, 0),     QRect(5, 5, 10, 0),    QRect(5, 5, 0, 10),
+                                     QRect(20, 20, -5, 10), QRect(20, 20, 10, -5), QRect(20, 20, -5, -5)};
 
 struct SvgPicture
 {
@@ -50,6 +54,19 @@ protected:
         clip(false);
         EXPECT_EQ(printText(ImageBmp, true), encoded(whole.copy(place), ImageBmp))
             << what << ", no longer clipped";
+    }
+
+    // The print alone, out of a place with both corners inside that holds no pixel: all of the picture when
+    // it is empty both ways, else a text without a character.
+    void expectNoPixels(const QImage& whole, const QRect& place)
+    {
+        const bool isWhole = place.width() == 0 && place.height() == 0;
+        for (const int imageType : rasterTypes) {
+            const QByteArray text = printText(imageType, true);
+            EXPECT_FALSE(text.isNull());
+            EXPECT_EQ(text, isWhole ? encoded(whole, imageType) : QByteArray(""))
+                << testing::PrintToString(std::array{place.x(), place.y(), place.width(), place.height()});
+        }
     }
 
     std::string svg()
@@ -204,6 +221,16 @@ TEST_P(FingerprintExport, NothingDrawnOnAPictureOfItsOwnIsWhiteOrClippedToNothin
         ASSERT_NE(text, nullptr);
         EXPECT_STREQ(text, "");
         api().FreeFPImageBase64Data(type(), text);
+    }
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(FingerprintExport, PlaceWithoutPixelsOnAPictureOfItsOwnGivesAllOrNothing)
+{
+    ASSERT_TRUE(start());
+    for (const QRect& place : placesWithoutPixels) {
+        ASSERT_EQ(placeElsewhere(place), 0);
+        expectNoPixels(m_copy->holder(), place);
     }
     EXPECT_EQ(pad().stop(), 0);
 }
@@ -405,6 +432,17 @@ TEST_P(FingerprintWidgetExport, InTheHostsRectangleItIsThatRectangle)
     expectExports(m_copy->canvas(), place, "host's rectangle");
     // The flag is gone with the call.
     EXPECT_EQ(encode(ImageBmp), encoded(m_copy->canvas(), ImageBmp));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(FingerprintWidgetExport, PlaceWithoutPixelsInTheHostsWindowGivesAllOrNothing)
+{
+    ASSERT_TRUE(start());
+    draw(someInk());
+    for (const QRect& place : placesWithoutPixels) {
+        ASSERT_EQ(placeSame(place), 0);
+        expectNoPixels(m_copy->canvas(), place);
+    }
     EXPECT_EQ(pad().stop(), 0);
 }
 
