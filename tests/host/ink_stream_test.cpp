@@ -21,6 +21,16 @@ protected:
     {
         return decode(pad(), ImageInk, bytes.toBase64().toStdString(), "unused");
     }
+    void expectDecoded(const std::vector<Ink>& points)
+    {
+        ASSERT_EQ(decodedCount(), static_cast<int>(points.size()));
+        for (int i = 0; i < decodedCount(); ++i) {
+            const Ink& point = points[static_cast<std::size_t>(i)];
+            ASSERT_EQ(value(i, 1), static_cast<std::int16_t>(point.x)) << i;
+            ASSERT_EQ(value(i, 2), point.y) << i;
+            ASSERT_EQ(value(i, 3), point.status) << i;
+        }
+    }
     void fillDecodedList()
     {
         StreamRecord record;
@@ -69,18 +79,31 @@ TEST_P(InkStream, ComesBackAsItWent)
     ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 100));
     const std::string text = takeImage(pad(), ImageInk).text;
-    const std::vector<Ink> points = storedPoints(pad());
     EXPECT_EQ(api().Base64Decode(type(), ImageInk, text.c_str(), nullptr), 0) << "the path is not used";
     ASSERT_EQ(decodedCount(), 102);
-    for (int i = 0; i < 102; ++i) {
-        const Ink& point = points[static_cast<std::size_t>(i)];
-        EXPECT_EQ(value(i, 1), static_cast<std::int16_t>(point.x));
-        EXPECT_EQ(value(i, 2), point.y);
-        EXPECT_EQ(value(i, 3), point.status);
-    }
+    expectDecoded(storedPoints(pad()));
     EXPECT_EQ(pad().points(), 102) << "the stored points are others";
     EXPECT_EQ(api().Clear(type()), 0);
     EXPECT_EQ(decodedCount(), 102) << "clearing does not concern them";
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+// The library keeps points in blocks, which the stream crosses in both directions.
+TEST_P(InkStream, LongSignatureComesBackAsItWent)
+{
+    ASSERT_TRUE(pad().start({.width = 40, .height = 20}));
+    pad().draw(wave(model(), 9000));
+    const Taken taken = takeImage(pad(), ImageInk);
+    const std::vector<Ink> points = storedPoints(pad());
+    ASSERT_EQ(points.size(), 9002u);
+    const std::vector<StreamRecord> records = recordsOf(taken.bytes());
+    ASSERT_EQ(records.size(), points.size());
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        ASSERT_EQ((Ink{records[i].x, records[i].y, records[i].pressure, records[i].status}), points[i]) << i;
+        ASSERT_TRUE(i == 0 || records[i].tick >= records[i - 1].tick) << i;
+    }
+    ASSERT_EQ(decode(pad(), ImageInk, taken.text, "unused"), 0);
+    expectDecoded(points);
     EXPECT_EQ(pad().stop(), 0);
 }
 
