@@ -1,0 +1,111 @@
+// What a sign object offers and no exported function uses.
+// have them.
+
+#include "fingerprint_reference.h"
+
+#include "log/logfileutil.h"
+#include "sdk/family.h"
+#include "signcore/liveobject.h"
+#include "signcore/signobject.h"
+
+namespace scribera::test {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class SignObject : public testing::TestWithParam<PadCase>
+{
+protected:
+    void SetUp() override
+    {
+        installDriver();
+        const CFamily* const families[] = {&g_FamilyK210, &g_FamilyK420, &g_FamilyK421B, &g_FamilyKM730,
+                                           &g_FamilyT580};
+        for (const CFamily* family : families) {
+            if (family->m_Model.m_nDeviceType == GetParam().model->deviceType)
+                m_object.reset(family->m_pfnMakeObj(400, 200));
+        }
+        ASSERT_NE(m_object, nullptr);
+        CLiveObject::Publish(*m_object, m_object.get());
+        ASSERT_TRUE(m_object->IsDeviceConnected());
+        m_simulator.open();
+    }
+
+    void TearDown() override
+    {
+        g_bEnableLog = 0;
+        if (m_object)
+            m_object->Shutdown();
+        m_object.reset();
+    }
+
+    QImage savedCanvas()
+    {
+        wchar_t path[] = L"canvas.bmp";
+        EXPECT_EQ(m_object->SaveDrawingImage(EBITI_BITMAP, path, 300), ARI_SUCCESS);
+        return QImage("canvas.bmp");
+    }
+
+    std::unique_ptr<CSignObject> m_object;
+    Simulator m_simulator;
+};
+
+TEST_P(SignObject, FindsTheInkOfItsCanvas)
+{
+    m_simulator.send(stroke(*GetParam().model, {{0.3, 0.4}, {0.6, 0.5}, {0.5, 0.7}}));
+    const QImage canvas = savedCanvas();
+    const auto found = [this](int marginX, int marginY) {
+        EXPECT_EQ(m_object->SetSaveClipImageMargin(true, marginX, marginY), ARI_SUCCESS);
+        QRect box;
+        m_object->CheckSignImageBoundingBox(box);
+        return box;
+    };
+    EXPECT_EQ(found(0, 0), inkBox(canvas, 0, 0));
+    EXPECT_EQ(found(3, 17), inkBox(canvas, 3, 17));
+    EXPECT_EQ(found(1000, 1000), canvas.rect());
+}
+
+TEST_P(SignObject, MakesOneColourTransparent)
+{
+    QImage image(3, 2, QImage::Format_ARGB32);
+    const QRgb pixels[] = {0xffffffff, 0xff0000ff, 0xfeffffff, 0x00ffffff, 0xffffffff, 0xfffffffe};
+    const QRgb expected[] = {0x00ffffff, 0xff0000ff, 0xfeffffff, 0x00ffffff, 0x00ffffff, 0xfffffffe};
+    for (int i = 0; i < 6; ++i)
+        image.setPixel(i % 3, i / 3, pixels[i]);
+    removeLogs();
+    g_bEnableLog = 1;
+    m_object->MakeAsTransparentImage(image, Qt::white);
+    g_bEnableLog = 0;
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(image.pixel(i % 3, i / 3), expected[i]) << i;
+    EXPECT_EQ(textsOf(mainLog(), GetParam().method("MakeAsTransparentImage")),
+              (Texts{"Enter, nWidth=3, nHeight=2", "leave"}));
+}
+
+// Pads without a screen have no such id.
+TEST_P(SignObject, AsksTheDriverForTheSecureIdWhileThereIsOne)
+{
+    m_simulator.setText("SCRDAPI_GetDeviceSecureID", "S-0042");
+    m_simulator.close(); // else the driver would stay
+    char text[16] = "untouched";
+    const auto ask = [&] {
+        removeLogs();
+        g_bEnableLog = 1;
+        const int result = m_object->GetDeviceSecureID(text, sizeof text);
+        g_bEnableLog = 0;
+        EXPECT_EQ(textsOf(mainLog(), GetParam().method("GetDeviceSecureID")),
+                  (Texts{"enter, pSecureID=" + hex(text) + ", nMaxCount=16",
+                         "leave with nResult=" + std::to_string(result)}));
+        return result;
+    };
+    const bool hasOne = GetParam().model->hasScreen;
+    EXPECT_EQ(ask(), hasOne ? 0 : -1);
+    EXPECT_STREQ(text, hasOne ? "S-0042" : "untouched");
+    m_object->Shutdown();
+    EXPECT_EQ(ask(), -1);
+}
+
+INSTANTIATE_TEST_SUITE_P(, SignObject, testing::ValuesIn(casesOf(Kind::Windowless)), caseName);
+
+} // namespace
+} // namespace scribera::test
