@@ -1,5 +1,4 @@
 // What a sign object offers and no exported function uses.
-// have them.
 
 #include "fingerprint_reference.h"
 
