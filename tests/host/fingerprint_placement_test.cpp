@@ -135,6 +135,8 @@ TEST_P(FingerprintPlacement, WritesItsLines)
                                   : "Enter, " + canvas + ", " + numbers(rectangle));
     EXPECT_TRUE(member.back().starts_with("leave")) << member.back();
     EXPECT_EQ(textsOf(lines, label("CK421BFPWidget")), (Texts{"Enter...", "leave !"}));
+    EXPECT_EQ(textsOf(lines, label("SetDisplayedFPImageAt")),
+              (Texts{member.front(), "leave with ARI_SUCCESS..."}));
     EXPECT_TRUE(inThreadLog().empty() || textsOf(inThreadLog(), placing()).empty());
 
     removeLogs();
