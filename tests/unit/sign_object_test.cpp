@@ -12,18 +12,24 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
+std::unique_ptr<CSignObject> makeObject(const PadModel& model)
+{
+    const CFamily* const families[] = {&g_FamilyK210, &g_FamilyK420, &g_FamilyK421B, &g_FamilyKM730,
+                                       &g_FamilyT580};
+    for (const CFamily* family : families) {
+        if (family->m_Model.m_nDeviceType == model.deviceType)
+            return std::unique_ptr<CSignObject>(family->m_pfnMakeObj(400, 200));
+    }
+    return nullptr;
+}
+
 class SignObject : public testing::TestWithParam<PadCase>
 {
 protected:
     void SetUp() override
     {
         installDriver();
-        const CFamily* const families[] = {&g_FamilyK210, &g_FamilyK420, &g_FamilyK421B, &g_FamilyKM730,
-                                           &g_FamilyT580};
-        for (const CFamily* family : families) {
-            if (family->m_Model.m_nDeviceType == GetParam().model->deviceType)
-                m_object.reset(family->m_pfnMakeObj(400, 200));
-        }
+        m_object = makeObject(*GetParam().model);
         ASSERT_NE(m_object, nullptr);
         CLiveObject::Publish(*m_object, m_object.get());
         ASSERT_TRUE(m_object->IsDeviceConnected());
@@ -105,6 +111,42 @@ TEST_P(SignObject, AsksTheDriverForTheSecureIdWhileThereIsOne)
 }
 
 INSTANTIATE_TEST_SUITE_P(, SignObject, testing::ValuesIn(casesOf(Kind::Windowless)), caseName);
+
+// A host never meets such an object, but its driver may call one while it is being connected.
+class SignObjectWithoutPad : public testing::TestWithParam<PadCase>
+{
+};
+
+TEST_P(SignObjectWithoutPad, HasNothingAndTakesNothing)
+{
+    const std::unique_ptr<CSignObject> object = makeObject(*GetParam().model);
+    ASSERT_NE(object, nullptr);
+    for (const ScrSimSample& sample : wave(*GetParam().model, 5))
+        object->RxSignPadRawData(sample.x, sample.y, sample.pressure, sample.penStatus);
+    Bytes print = ridges(1);
+    object->RxSignPadFPRawData(print.data(), static_cast<int>(print.size()), 1);
+
+    unsigned char connected = 0xee;
+    EXPECT_EQ(object->GetDeviceInfo(DIID_GET_STATUS, &connected), ARI_SUCCESS);
+    EXPECT_EQ(connected, 0);
+    EXPECT_EQ(object->GetTotalInkPointsNumber(), -8);
+    _PACKETS point{};
+    EXPECT_EQ(object->GetPACKETS(point), -1);
+    EXPECT_EQ(object->GetInkPointTime(0), nullptr);
+    EXPECT_EQ(object->Base64Encode(EBITI_INK), nullptr);
+    EXPECT_EQ(object->Base64EncodeEx(EBITI_PNG, true), nullptr);
+    EXPECT_EQ(object->GetSVGImageBase64Data(), nullptr);
+    wchar_t path[] = L"nothing.bmp";
+    EXPECT_EQ(object->SaveDrawingImage(EBITI_BITMAP, path, 300), -8);
+    EXPECT_EQ(object->Base64Decode(EBITI_INK, "AA==", nullptr), -8);
+    EXPECT_EQ(object->GetTotalDecodeInkPointsNumber(), -8);
+    EXPECT_EQ(object->GetDecodePACKETS(0, INKDATATYPE_X), -8);
+    EXPECT_EQ(object->ClearDeviceContent(), -1);
+    EXPECT_EQ(object->SetDevicePenStyle(false), -1);
+    object->Shutdown();
+}
+
+INSTANTIATE_TEST_SUITE_P(, SignObjectWithoutPad, testing::ValuesIn(casesOf(Kind::Windowless)), caseName);
 
 } // namespace
 } // namespace scribera::test
