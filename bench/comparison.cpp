@@ -29,26 +29,22 @@ void run(benchmark::State& state, const Promise& promise, double part, const Sid
     std::vector<double> bare;
     std::vector<double> ignored; // the first time fills caches and the allocator's lists
     sides.library(ignored);
-    if (sides.bare)
-        sides.bare(ignored);
+    sides.bare(ignored);
     bool libraryFirst = false;
     for ([[maybe_unused]] auto round : state) {
         libraryFirst = !libraryFirst;
         if (libraryFirst)
             sides.library(library);
-        if (sides.bare)
-            sides.bare(bare);
+        sides.bare(bare);
         if (!libraryFirst)
             sides.library(library);
         state.SetIterationTime(library.back());
     }
     const double libraryTime = quantile(std::move(library), part);
     state.counters["library"] = libraryTime;
-    if (sides.bare) {
-        const double bareTime = quantile(std::move(bare), part);
-        state.counters["bare"] = bareTime;
-        state.counters["ratio"] = libraryTime / bareTime;
-    }
+    const double bareTime = quantile(std::move(bare), part);
+    state.counters["bare"] = bareTime;
+    state.counters["ratio"] = libraryTime / bareTime;
     report(state, "promised_ratio", promise.ratio);
     report(state, "promised_most", promise.most);
     report(state, "promised_over", promise.over);
@@ -90,12 +86,6 @@ void compare(const std::string& name, const Promise& promise, const Effort& effo
     registered->UseManualTime()->Iterations(effort.rounds);
     if (effort.repetitions > 0)
         registered->Repetitions(effort.repetitions);
-}
-
-void observe(const std::string& name, const Promise& promise, const Effort& effort,
-             std::function<Side()> prepare)
-{
-    compare(name, promise, effort, [prepare = std::move(prepare)] { return Sides{prepare(), nullptr}; });
 }
 
 } // namespace bench

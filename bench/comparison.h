@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace bench {
@@ -61,10 +62,6 @@ struct Effort
 // Registers a benchmark that runs both sides in turn.
 void compare(const std::string& name, const Promise& promise, const Effort& effort,
              std::function<Sides()> prepare);
-
-// Registers a benchmark of one side, for costs that have no bare counterpart.
-void observe(const std::string& name, const Promise& promise, const Effort& effort,
-             std::function<Side()> prepare);
 
 // A side of `count` calls in a row.
 template <typename Work>

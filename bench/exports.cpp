@@ -1,6 +1,5 @@
 // What it costs to take a signature away: boxes, pictures, vectors, streams.
 #include "benchmarks.h"
-#include "ink/inkstream.h"
 #include "pad.h"
 #include "signcore/boundingbox.h"
 #include "signcore/signcanvas.h"
@@ -189,6 +188,7 @@ void registerStream()
         const auto release = pad->function<void(int, char*)>("PacketsBase64EncodeFree");
         char* const text = encode(pad->deviceType(), EBITI_INK);
         const QByteArray stream = QByteArray::fromBase64(text);
+        require(stream.toBase64() == text, "the text is not what Qt makes of the stream");
         release(pad->deviceType(), text);
         require(stream.size() == count * static_cast<int>(sizeof(_POINTDATA)) + 1,
                 "the stream's size is wrong");

@@ -21,12 +21,12 @@ Sides drawing(const QSize& size, int points)
 void registerGrowth()
 {
     for (const int points : {1'000, 10'000, 100'000, 1'000'000, 10'000'000}) {
-        compare("sample after " + std::to_string(points) + " points", {}, {.rounds = 9, .repetitions = 1},
-                [points] { return drawing(QSize(400, 200), points); });
+        compare("sample after " + std::to_string(points) + " points", {.ratio = 1.25},
+                {.rounds = 21, .repetitions = 1}, [points] { return drawing(QSize(400, 200), points); });
     }
     for (const QSize& size : {QSize(447, 224), QSize(1000, 500), QSize(1414, 707), QSize(2000, 1000),
                               QSize(2828, 1414), QSize(4000, 2000)}) {
-        compare("sample on " + nameOf(size), {}, {.rounds = 9, .repetitions = 1},
+        compare("sample on " + nameOf(size), {.ratio = 1.25}, {.rounds = 21, .repetitions = 1},
                 [size] { return drawing(size, 0); });
     }
 }

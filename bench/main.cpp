@@ -1,6 +1,6 @@
 // Measures the library beside the bare work of the same kind and prints one table of ratios. All options of
-// Google Benchmark hold; --check gives exit code 1 when a promise is not kept. --write-strokes FILE only
-// writes what is drawn.
+// Google Benchmark hold; --check gives exit code 1 when a promise is not kept, --peers adds another drawing
+// library, --write-strokes FILE only writes what is drawn.
 #include "benchmarks.h"
 #include "pad.h"
 #include "table.h"
@@ -8,6 +8,7 @@
 
 #include <QApplication>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -23,13 +24,14 @@ void fixAllocator()
                    "the allocator's thresholds cannot be set");
 }
 
-bool takeCheck(int& argc, char** argv)
+// Whether the option is there; takes it out.
+bool takeOption(int& argc, char** argv, const char* option)
 {
     char** const end = std::remove_if(
-        argv + 1, argv + argc, [](const char* argument) { return std::strcmp(argument, "--check") == 0; });
-    const bool checks = end != argv + argc;
+        argv + 1, argv + argc, [option](const char* argument) { return std::strcmp(argument, option) == 0; });
+    const bool isThere = end != argv + argc;
     argc = static_cast<int>(end - argv);
-    return checks;
+    return isThere;
 }
 
 } // namespace
@@ -37,7 +39,8 @@ bool takeCheck(int& argc, char** argv)
 int main(int argc, char** argv)
 {
     fixAllocator();
-    const bool checks = takeCheck(argc, argv);
+    const bool checks = takeOption(argc, argv, "--check");
+    const bool wantsPeers = takeOption(argc, argv, "--peers");
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     if (argc == 3 && std::strcmp(argv[1], "--write-strokes") == 0) {
@@ -51,14 +54,17 @@ int main(int argc, char** argv)
     bench::registerWaiting();
     bench::registerGrowth();
 #if defined(SCRIBERA_BENCH_CAIRO)
-    bench::registerCairo();
+    if (wantsPeers)
+        bench::registerCairo();
+#else
+    bench::require(!wantsPeers, "built without Cairo");
 #endif
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;
     const scribera::test::WorkDirectory directory(SCRIBERA_BENCH_DRIVER);
     bench::Table table;
-    benchmark::RunSpecifiedBenchmarks(&table);
+    bench::require(benchmark::RunSpecifiedBenchmarks(&table) > 0, "no benchmark has such a name");
     for (const std::string& name : table.broken())
         std::fprintf(stderr, "bench: not kept: %s\n", name.c_str());
     return checks && !table.broken().empty() ? 1 : 0;

@@ -7,7 +7,9 @@
 #include <QPainter>
 #include <QWidget>
 
-#include <cmath>
+#include <algorithm>
+#include <cstdio>
+#include <thread>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -125,7 +127,7 @@ void registerLogOn(const std::string& name, const Promise& promise, void (*appen
         const auto bare = [=](std::vector<double>& times) {
             std::remove("bare.log");
             const double start = threadTime();
-            for (int line = 0; line < lines * signature->moves; ++line)
+            for (int left = lines * signature->moves; left > 0; --left)
                 append("bare.log");
             times.push_back((threadTime() - start) / signature->moves);
         };
@@ -150,6 +152,32 @@ private:
     QImage m_image;
 };
 
+// How often a widget was painted.
+class PaintCounter : public QObject
+{
+public:
+    explicit PaintCounter(QWidget& widget) { widget.installEventFilter(this); }
+    int count() const { return m_count; }
+
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        m_count += event->type() == QEvent::Paint;
+        return false;
+    }
+
+private:
+    int m_count = 0;
+};
+
+// Either side paints once for each move; what the pen touched, and no more.
+void requirePaints(QWidget& widget, const Side& side, int moves)
+{
+    const PaintCounter counter(widget);
+    std::vector<double> ignored;
+    side(ignored);
+    require(counter.count() == moves, "a move is not painted once");
+}
+
 void registerRepaint(const QSize& size)
 {
     compare("repaint/K210/" + nameOf(size), {.ratio = 1.5}, SignatureEffort, [size] {
@@ -166,8 +194,9 @@ void registerRepaint(const QSize& size)
             static_cast<void>(window); // outlives the pad
             double seconds = 0;
             for (const std::vector<PenSample>& stroke : signature->strokes) {
-                for (const PenSample& at : stroke) {
-                    pad->sample(at);
+                pad->sample(stroke.front());
+                for (auto at = stroke.begin() + 1; at != stroke.end(); ++at) {
+                    std::thread([&pad = *pad, at] { pad.sample(*at); }).join(); // a driver's thread
                     const double start = threadTime();
                     QCoreApplication::processEvents();
                     seconds += threadTime() - start;
@@ -179,9 +208,6 @@ void registerRepaint(const QSize& size)
         const auto bare = [=](std::vector<double>& times) {
             double seconds = 0;
             for (const std::vector<Segment>& stroke : signature->segments) {
-                const double start = threadTime();
-                QCoreApplication::processEvents(); // the touch
-                seconds += threadTime() - start;
                 for (const Segment& segment : stroke) {
                     const double reach = std::max(segment.width, 1.0) / 2 + 2;
                     bareWidget->update(QRectF(segment.line.p1(), segment.line.p2())
@@ -195,6 +221,8 @@ void registerRepaint(const QSize& size)
             }
             times.push_back(seconds / signature->moves);
         };
+        requirePaints(*window->findChild<QWidget*>(), library, signature->moves);
+        requirePaints(*bareWidget, bare, signature->moves);
         return Sides{library, bare};
     });
 }

@@ -3,6 +3,7 @@
 #include "comparison.h"
 
 #include <cstdio>
+#include <iterator>
 
 namespace bench {
 namespace {
@@ -26,7 +27,7 @@ std::string duration(double seconds)
 std::string ratio(double value)
 {
     char text[32];
-    std::snprintf(text, sizeof text, value < 0.1 ? "%.3f" : "%.2f", value);
+    std::snprintf(text, sizeof text, value < 0.01 ? "%.4f" : value < 0.1 ? "%.3f" : "%.2f", value);
     return text;
 }
 

@@ -58,7 +58,14 @@ void AppendLine(const char* pszFile, const char* func, const char* text, const c
         std::memcpy(Line.data() + nSize, pszPart, nPart);
         nSize += nPart;
     }
-    while (write(nFile, Line.data(), nSize) < 0 && errno == EINTR) {
+    for (const char* pNext = Line.data(); nSize > 0;) {
+        const ssize_t nWritten = write(nFile, pNext, nSize);
+        if (nWritten < 0 && errno != EINTR)
+            break;
+        if (nWritten > 0) {
+            pNext += nWritten;
+            nSize -= static_cast<std::size_t>(nWritten);
+        }
     }
     close(nFile);
 }

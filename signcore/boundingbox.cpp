@@ -89,7 +89,7 @@ CEdges ScanEdges(const QImage& Image, const QRect& rcInkArea)
         nLeft = FirstInk(pRow, nBegin, nLeft);
         nRight = LastInk(pRow, nRight + 1, nEnd);
     }
-    return {nLeft, nTop, nRight, nBottom};
+    return {std::min(nLeft, kNoInkMin), std::min(nTop, kNoInkMin), nRight, nBottom};
 }
 
 void WritePixelLine(const CLogLabel& Label, int nX, int nY, QRgb Pixel)
@@ -152,7 +152,8 @@ CInkBox CheckSignImageBoundingBox(const QImage& Image, const QRect& rcInkArea, c
                                   const CLogLabel& Label)
 {
     SCR_LOG(Label, "<%ld>-Enter, nWidth=%d, nHeight=%d", Image.width(), Image.height());
-    const CEdges Edges = IsLogEnabled() ? ScanEdgesLogged(Image, Label) : ScanEdges(Image, rcInkArea);
+    const CEdges Edges =
+        IsLogEnabled() ? ScanEdgesLogged(Image, Label) : ScanEdges(Image, rcInkArea & Image.rect());
     SCR_LOG(Label, "<%ld>-nLeft=%d, nRight=%d, nTop=%d, nBottom=%d", Edges.m_nLeft, Edges.m_nRight,
             Edges.m_nTop, Edges.m_nBottom);
 

@@ -26,8 +26,8 @@ struct CInkBox
 };
 
 // Scans an ARGB32 image. A pixel is ink when its red, green and blue are not all 255. No ink lies outside
-// rcInkArea, which may be larger than the ink's box but not than the image. With logging on, every ink pixel
-// writes lines: under Label, and under the tag of an edge that it moves.
+// rcInkArea, which may be larger than the ink's box. With logging on, every ink pixel writes lines: under
+// Label, and under the tag of an edge that it moves.
 CInkBox CheckSignImageBoundingBox(const QImage& Image, const QRect& rcInkArea, const CClipSettings& Clip,
                                   const CLogLabel& Label);
 

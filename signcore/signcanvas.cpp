@@ -157,10 +157,10 @@ void CSignCanvas::StartSignOnCanvas(double dblX, double dblY, double dblPressure
         const CLocker Lock(m_CanvasMutex);
         m_Witness.NoteWriteInPlace(m_SignCanvas);
         if (!m_SignCanvas.isNull() && MakeWritable(PenCanvas())) {
+            rcChanged = TouchedBy(Segment, dblWidth, m_SignCanvas.rect());
+            m_rcInkArea |= rcChanged; // first: a painter that runs out of memory may have drawn a part
             QPainter Painter(&PenCanvas());
             DrawStrokeSegment(Painter, Segment, dblWidth, Pen.m_PenColor);
-            rcChanged = TouchedBy(Segment, dblWidth, m_SignCanvas.rect());
-            m_rcInkArea |= rcChanged;
         }
         if (m_pMerge)
             rcChanged = MergeFingerprint(rcChanged, ELogFile::Main);
@@ -186,8 +186,9 @@ QImage CSignCanvas::CopyOf(const QRect& rcPart) const
 
 QRect CSignCanvas::MergeFingerprint(const QRect& rcTouched, ELogFile eFile)
 {
+    // The canvas may come into being by the merge, if there was no memory for it before.
     if (m_pMerge->ShowsInCanvas())
-        m_rcInkArea = m_SignCanvas.rect();
+        m_rcInkArea = m_SignCanvas.rect() | m_SignOnlyCanvas.rect();
     return m_pMerge->MergeSignCanvasAndFPCanvas(m_SignCanvas, m_SignOnlyCanvas, rcTouched, eFile);
 }
 

@@ -133,8 +133,11 @@ QImage WithTransparentWhite(const QImage& Image, bool bForPng)
             return Masked;
         }
     }
+    const QImage Mask = Image.createMaskFromColor(QColor(Qt::white).rgb(), Qt::MaskOutColor);
+    if (Mask.isNull())
+        return {};
     QImage Result = Image;
-    Result.setAlphaChannel(Image.createMaskFromColor(QColor(Qt::white).rgb(), Qt::MaskOutColor));
+    Result.setAlphaChannel(Mask);
     return Result;
 }
 

@@ -23,9 +23,9 @@ struct CExportSource
 // A host's wide, zero-terminated path. False for null.
 bool PathFromHost(const wchar_t* pwszPath, QString& strPath);
 
-// An image with its white made transparent; null when there is no memory for it. For the PNG writer its
-// colours are not premultiplied, which is the same for opaque pixels: the writer would convert a copy, and
-// does not look whether it got the memory.
+// An image with its white made transparent; null when there is no memory for it. For the PNG writer the
+// colours of an opaque image are not premultiplied, which are the same numbers: the writer would convert a
+// copy, and does not look whether it got the memory.
 QImage WithTransparentWhite(const QImage& Image, bool bForPng);
 
 // Writes an image file in the format of the path's suffix. False unless encoding, writing and closing all

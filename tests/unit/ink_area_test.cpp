@@ -5,6 +5,7 @@
 #include "signcore/boundingbox.h"
 #include "signcore/signcanvas.h"
 
+#include <iterator>
 #include <random>
 
 namespace scribera::test {
@@ -40,6 +41,7 @@ protected:
         }
     }
 
+    int below(std::size_t limit) { return below(static_cast<int>(limit)); }
     int below(int limit) { return std::uniform_int_distribution(0, limit - 1)(m_random); }
 
     void drawSomewhere(int width, int height)
@@ -47,10 +49,15 @@ protected:
         CPenState pen;
         // White leaves no ink where it goes, and takes some away.
         pen.m_PenColor = below(4) == 0 ? Qt::white : Qt::darkBlue;
-        const auto place = [this](int size) { return below(size * 14) / 10.0 - size * 0.2; };
+        const double reach = below(20) == 0 ? 100 : 1; // far outside now and then
+        const auto place = [this, reach](int size) { return (below(size * 14) / 10.0 - size * 0.2) * reach; };
+        constexpr double oddWidths[] = {0, -1, 0.01, 1e3, 1e7};
         m_canvas.StartAt(place(width), place(height));
-        for (int segment = below(3); segment >= 0; --segment)
-            m_canvas.StartSignOnCanvas(place(width), place(height), below(160) / 10.0, pen);
+        for (int segment = below(3); segment >= 0; --segment) {
+            const double penWidth =
+                below(10) == 0 ? oddWidths[below(std::size(oddWidths))] : below(160) / 10.0;
+            m_canvas.StartSignOnCanvas(place(width), place(height), penWidth, pen);
+        }
     }
 
     void takeFingerprint()
@@ -98,6 +105,32 @@ TEST_P(InkArea, HoldsAllInkWhateverHappensToTheCanvas)
         }
         ASSERT_NO_FATAL_FAILURE(expectSameBox()) << "after step " << step;
     }
+}
+
+TEST_P(InkArea, IsOfNoUseOnACanvasThatIsNotThere)
+{
+    for (const QSize& size : {QSize(0, 0), QSize(-1, 50), QSize(50, 0)}) {
+        m_canvas.clearCanvas(size.width(), size.height());
+        drawSomewhere(20, 20);
+        if (GetParam()->m_bHasFingerprint)
+            takeFingerprint();
+        drawSomewhere(20, 20);
+        expectSameBox();
+        m_canvas.Resize(30, 20);
+        expectSameBox();
+    }
+    // An area from a canvas that has gone since.
+    EXPECT_FALSE(CheckSignImageBoundingBox(QImage(), QRect(0, 0, 50, 50), {}, {"", "", ""}).m_bHasInk);
+}
+
+TEST_P(InkArea, IsNoLargerThanWhatTheStrokesTouched)
+{
+    m_canvas.clearCanvas(400, 200);
+    m_canvas.StartAt(100, 50);
+    m_canvas.StartSignOnCanvas(120, 60, 4, CPenState());
+    const QRect area = m_canvas.Snapshot().InkArea();
+    EXPECT_TRUE(area.contains(QRect(QPoint(98, 48), QPoint(122, 62))));
+    EXPECT_TRUE(QRect(QPoint(94, 44), QPoint(126, 66)).contains(area));
 }
 
 TEST_P(InkArea, IsEmptyOnABlankCanvas)

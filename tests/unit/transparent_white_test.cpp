@@ -72,6 +72,12 @@ TEST(TransparentWhite, IsThatOfTheMaskInOtherFormats)
     expectSame(noise(131, 29, QImage::Format_ARGB32_Premultiplied, 255));
 }
 
+TEST(TransparentWhite, OfNoPictureIsNone)
+{
+    EXPECT_TRUE(WithTransparentWhite(QImage(), false).isNull());
+    EXPECT_TRUE(WithTransparentWhite(QImage(), true).isNull());
+}
+
 TEST(TransparentWhite, LeavesThePictureItselfAsItWas)
 {
     const QImage image = noise(40, 40, QImage::Format_ARGB32, 255);
