@@ -446,6 +446,19 @@ TEST_P(FingerprintWidgetExport, PlaceWithoutPixelsInTheHostsWindowGivesAllOrNoth
     EXPECT_EQ(pad().stop(), 0);
 }
 
+// A refused place stays stored, however large it is.
+TEST_P(FingerprintWidgetExport, RefusedPlaceBeyondReasonGivesNothing)
+{
+    ASSERT_TRUE(start());
+    draw(someInk());
+    ASSERT_EQ(placeSame(QRect(1, 2, 60, 80)), 0);
+    ASSERT_EQ(placeSame(QRect(0, 0, 17000, 16000)), -2);
+    const QByteArray text = printText(ImageBmp, true);
+    EXPECT_FALSE(text.isNull());
+    EXPECT_EQ(text.size(), 0);
+    EXPECT_EQ(pad().stop(), 0);
+}
+
 TEST_P(FingerprintWidgetExport, SvgCarriesThePrintInTheMiddleUnderTheHostsRectangleToo)
 {
     ASSERT_TRUE(start());
