@@ -10,6 +10,12 @@
 namespace scribera::test {
 namespace {
 
+// Of the library's objects that this program holds itself. Their threads look at the switch.
+void enableLog(bool enables)
+{
+    std::atomic_ref(g_bEnableLog).store(enables ? 1 : 0);
+}
+
 using Texts = std::vector<std::string>;
 
 std::unique_ptr<CSignObject> makeObject(const PadModel& model)
@@ -38,7 +44,7 @@ protected:
 
     void TearDown() override
     {
-        g_bEnableLog = 0;
+        enableLog(false);
         if (m_object)
             m_object->Shutdown();
         m_object.reset();
@@ -78,9 +84,9 @@ TEST_P(SignObject, MakesOneColourTransparent)
     for (int i = 0; i < 6; ++i)
         image.setPixel(i % 3, i / 3, pixels[i]);
     removeLogs();
-    g_bEnableLog = 1;
+    enableLog(true);
     m_object->MakeAsTransparentImage(image, Qt::white);
-    g_bEnableLog = 0;
+    enableLog(false);
     for (int i = 0; i < 6; ++i)
         EXPECT_EQ(image.pixel(i % 3, i / 3), expected[i]) << i;
     EXPECT_EQ(textsOf(mainLog(), GetParam().method("MakeAsTransparentImage")),
@@ -95,9 +101,9 @@ TEST_P(SignObject, AsksTheDriverForTheSecureIdWhileThereIsOne)
     char text[16] = "untouched";
     const auto ask = [&] {
         removeLogs();
-        g_bEnableLog = 1;
+        enableLog(true);
         const int result = m_object->GetDeviceSecureID(text, sizeof text);
-        g_bEnableLog = 0;
+        enableLog(false);
         EXPECT_EQ(textsOf(mainLog(), GetParam().method("GetDeviceSecureID")),
                   (Texts{"enter, pSecureID=" + hex(text) + ", nMaxCount=16",
                          "leave with nResult=" + std::to_string(result)}));
