@@ -7,6 +7,8 @@
 #include "signcore/liveobject.h"
 #include "signcore/signobject.h"
 
+#include <atomic>
+
 namespace scribera::test {
 namespace {
 
