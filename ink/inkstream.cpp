@@ -1,5 +1,6 @@
 #include "ink/inkstream.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <limits>
@@ -12,9 +13,14 @@ namespace {
 
 constexpr int kRecordSize = sizeof(_POINTDATA);
 
+bool IsLineBreak(char c)
+{
+    return c == '\n' || c == '\r';
+}
+
 bool IsBlank(char c)
 {
-    return c == '\n' || c == '\r' || c == ' ' || c == '\t';
+    return IsLineBreak(c) || c == ' ' || c == '\t';
 }
 
 bool IsBase64Digit(char c)
@@ -29,7 +35,28 @@ int SizeWithoutTrailing(const QByteArray& Text, int nSize, bool (*IsLeftOut)(cha
     return nSize;
 }
 
-// Where the text carries the first bits of a byte of the stream.
+// What is to be decoded: the text without its line breaks and without the blanks behind it. Shares the bytes
+// of a text that is no more than that.
+QByteArray WithoutBreaks(const QByteArray& Text)
+{
+    QByteArray Bare = Text.left(SizeWithoutTrailing(Text, Text.size(), IsBlank));
+    if (std::any_of(Bare.cbegin(), Bare.cend(), IsLineBreak))
+        Bare.truncate(static_cast<int>(std::remove_if(Bare.begin(), Bare.end(), IsLineBreak) - Bare.begin()));
+    return Bare;
+}
+
+// Where the text has the character at this offset of WithoutBreaks(), or ends.
+int OffsetWithBreaks(const QByteArray& Text, int nBare)
+{
+    const int nEnd = SizeWithoutTrailing(Text, Text.size(), IsBlank);
+    int nAt = 0;
+    for (int nBefore = 0; nAt < nEnd; ++nAt)
+        if (!IsLineBreak(Text.at(nAt)) && nBefore++ == nBare)
+            break;
+    return nAt;
+}
+
+// Where a text without breaks carries the first bits of a byte of the stream.
 int OffsetInText(int nByte)
 {
     return nByte / 3 * 4 + nByte % 3;
@@ -40,10 +67,10 @@ CInkStreamFault Fault(int nOffset, const QString& strReason)
     return {nOffset, strReason};
 }
 
-// Decodes Base64 that leaves no choice: complete groups, no foreign characters, no spare bits.
+// Decodes Base64 without breaks that leaves no choice: complete groups, no foreign characters, no spare bits.
 std::optional<CInkStreamFault> DecodeWholeText(const QByteArray& Text, QByteArray& Stream)
 {
-    const int nSize = SizeWithoutTrailing(Text, Text.size(), IsBlank);
+    const int nSize = Text.size();
     if (nSize == 0)
         return Fault(0, QStringLiteral("there is no text"));
     const int nDigits = SizeWithoutTrailing(Text, nSize, [](char c) { return c == '='; });
@@ -54,10 +81,9 @@ std::optional<CInkStreamFault> DecodeWholeText(const QByteArray& Text, QByteArra
         return Fault(nSize, QStringLiteral("the Base64 text ends within a group of four characters"));
     if (nSize - nDigits > 2)
         return Fault(nDigits, QStringLiteral("more than two padding characters"));
-    Stream = QByteArray::fromBase64(QByteArray::fromRawData(Text.constData(), nSize));
+    Stream = QByteArray::fromBase64(Text);
     // The encoder leaves the bits of the last digit that belong to no byte at zero.
-    if (Stream.right(3 - (nSize - nDigits)).toBase64() !=
-        QByteArray::fromRawData(Text.constData() + nSize - 4, 4))
+    if (Stream.right(3 - (nSize - nDigits)).toBase64() != Text.right(4))
         return Fault(nDigits - 1,
                      QStringLiteral("the last Base64 character has bits that belong to no byte"));
     return std::nullopt;
@@ -134,13 +160,16 @@ void UnpackInkStream(const QByteArray& Stream, CInkPointList& Points)
 
 std::optional<CInkStreamFault> ReadInkStreamText(const QByteArray& Text, CInkPointList& Points)
 {
+    const QByteArray Bare = WithoutBreaks(Text);
     QByteArray Stream;
-    std::optional<CInkStreamFault> Found = DecodeWholeText(Text, Stream);
+    std::optional<CInkStreamFault> Found = DecodeWholeText(Bare, Stream);
     if (!Found)
-        Found = CheckEnding(Stream, SizeWithoutTrailing(Text, Text.size(), IsBlank));
+        Found = CheckEnding(Stream, Bare.size());
     if (!Found)
         Found = CheckRecords(Stream);
-    if (!Found)
+    if (Found)
+        Found->m_nOffset = OffsetWithBreaks(Text, Found->m_nOffset);
+    else
         UnpackInkStream(Stream, Points);
     return Found;
 }

@@ -32,6 +32,7 @@ struct CInkStreamFault
 };
 
 // Reads a whole Base64 text and appends its points, unlike UnpackInkStream() with nothing left out: Base64
-// without gaps, whole records and the zero byte, known statuses, ticks that do not decrease. Line ends and
-// blanks may follow the text. With a fault, the first one is returned and nothing is appended.
+// without gaps, whole records and the zero byte, known statuses, ticks that do not decrease. Line breaks may
+// stand anywhere, since mail and other tools wrap such texts; blanks may follow the text. With a fault, the
+// first one is returned and nothing is appended.
 std::optional<CInkStreamFault> ReadInkStreamText(const QByteArray& Text, CInkPointList& Points);

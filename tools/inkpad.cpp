@@ -25,7 +25,8 @@ QStringList padNames()
 
 const CPadModel* padNamed(const QString& name)
 {
-    const auto found = std::find_if(std::begin(Pads), std::end(Pads),
-                                    [&name](const CPadModel* pad) { return nameOf(*pad) == name; });
+    const auto found = std::find_if(std::begin(Pads), std::end(Pads), [&name](const CPadModel* pad) {
+        return name == nameOf(*pad) || name == QLatin1String("SC") + nameOf(*pad);
+    });
     return found == std::end(Pads) ? nullptr : *found;
 }

@@ -8,5 +8,6 @@
 
 QStringList padNames();
 
-// Null when there is no such pad.
+// With or without the "SC" that pads and functions put before it: "K210" and "SCK210". Null when there is no
+// such pad.
 const CPadModel* padNamed(const QString& name);

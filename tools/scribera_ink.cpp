@@ -43,7 +43,9 @@ void addModelOption(QCommandLineParser& parser)
 {
     parser.addOption(
         {QStringLiteral("model"),
-         QStringLiteral("The pad that the points are from, needed because a stream does not name it: %1.")
+         QStringLiteral(
+             "The pad that the points are from, needed because a stream does not name it: %1; the pads' own "
+             "names, such as SCK210, too.")
              .arg(padNames().join(QStringLiteral(", "))),
          QStringLiteral("model")});
 }

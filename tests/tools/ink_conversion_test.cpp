@@ -151,6 +151,16 @@ TEST_F(InkConversionTest, TheSimulatedPadTakesTheRecordingAsItTakesTheStream)
     }
 }
 
+TEST_F(InkConversionTest, ThePadsOwnNamesOfTheModelsAreUnderstood)
+{
+    for (const Model& model : Models) {
+        SCOPED_TRACE(model.simulated);
+        EXPECT_EQ(recordingOf(model.simulated, threeStrokes()), recordingOf(model.name, threeStrokes()));
+        EXPECT_EQ(outputOf({"to-svg", "--model", model.simulated}, textOf(threeStrokes())),
+                  outputOf({"to-svg", "--model", model.name}, textOf(threeStrokes())));
+    }
+}
+
 TEST_F(InkConversionTest, RecordingOfAStreamWithoutPoints)
 {
     const std::string text = recordingOf("K420", {}).toStdString();
@@ -198,6 +208,20 @@ TEST_F(InkConversionTest, LineEndsAndBlanksMayFollowTheText)
     for (const char* behind : {"\n", "\r\n", " \t\n\n"})
         EXPECT_EQ(outputOf({"to-csv"}, textOf(threeStrokes()) + behind),
                   outputOf({"to-csv"}, textOf(threeStrokes())));
+}
+
+TEST_F(InkConversionTest, LineBreaksMayStandAnywhereInTheText)
+{
+    const QByteArray text = textOf(threeStrokes());
+    for (const QByteArray lineBreak : {"\n", "\r\n"})
+        for (const int width : {1, 4, 7, 64, 76}) {
+            SCOPED_TRACE(width);
+            QByteArray wrapped;
+            for (int at = 0; at < text.size(); at += width)
+                wrapped += text.mid(at, width) + lineBreak;
+            EXPECT_EQ(outputOf({"to-csv"}, wrapped), outputOf({"to-csv"}, text));
+            EXPECT_EQ(outputOf({"to-csv"}, lineBreak + wrapped), outputOf({"to-csv"}, text));
+        }
 }
 
 TEST_F(InkConversionTest, TheUnusedByteOfARecordIsIgnored)

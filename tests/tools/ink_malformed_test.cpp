@@ -47,10 +47,32 @@ TEST_F(InkMalformedTest, NoText)
 TEST_F(InkMalformedTest, ForeignCharacters)
 {
     ASSERT_EQ(tap().size(), 68);
-    for (const char foreign : {'*', '-', '_', ' ', '\n', '=', '\0', '\x80', '\xFF'})
+    for (const char foreign : {'*', '-', '_', ' ', '\t', '=', '\0', '\x80', '\xFF'})
         expectRefused(changed(tap(), 33, foreign), "33: not a Base64 character");
-    expectRefused("\n" + tap(), "0: not a Base64 character");
+    expectRefused(" " + tap(), "0: not a Base64 character");
     expectRefused(tap() + "\nAA==", "66: not a Base64 character");
+}
+
+TEST_F(InkMalformedTest, FaultsInABrokenTextAreNamedWhereTheyStand)
+{
+    QByteArray broken = tap();
+    broken.insert(40, "\r\n").insert(20, '\n').insert(0, '\n');
+    ASSERT_EQ(runInk({"info"}, broken).exitCode, 0);
+    expectRefused(changed(broken, 1, '*'), "1: not a Base64 character");
+    expectRefused(changed(broken, 22, '*'), "22: not a Base64 character");
+    expectRefused(changed(broken, 44, ' '), "44: not a Base64 character");
+    expectRefused(broken.left(71) + "\n \n", "71: the Base64 text ends within a group of four characters");
+    expectRefused(broken.left(68) + '\n',
+                  "68: the stream ends after 48 bytes, which are not whole records of 24 bytes and one more");
+    expectRefused("A\nB=\n=\n", "2: the last Base64 character has bits that belong to no byte");
+    expectRefused("AA=\n==\n", "6: the Base64 text ends within a group of four characters");
+    expectRefused("\nA\n=\n==", "3: more than two padding characters");
+
+    std::vector<Point> points = threeStrokes();
+    points[0].status = 2;
+    QByteArray text = textOf(points);
+    text.insert(8, '\n');
+    expectRefused(text, "9: record 1, at byte 0 of the stream: status 2 is neither 0 nor 1");
 }
 
 TEST_F(InkMalformedTest, TruncatedText)

@@ -75,7 +75,7 @@ TEST_F(InkUsageTest, TheModelHasToBeNamed)
 {
     for (const char* command : {"to-svg", "to-recording"}) {
         expectWrongUsage({command}, "--model is missing");
-        for (const QString model : {"K999", "SCK210", "k210", "K421", "K421H", "K210_"})
+        for (const QString model : {"K999", "SCSCK210", "SC", "k210", "scK210", "K421", "K421H", "K210_"})
             expectWrongUsage({command, "--model", model},
                              "--model " + model.toStdString() +
                                  " is not one of K210, K420, K421B, KM730, T580");
