@@ -1,5 +1,6 @@
 // What it costs to take a signature away: boxes, pictures, vectors, streams.
 #include "benchmarks.h"
+#include "host/stroke_hint.h"
 #include "pad.h"
 #include "signcore/boundingbox.h"
 #include "signcore/signcanvas.h"
@@ -257,7 +258,7 @@ void registerSvg()
             generator.setViewBox(QRect(0, 0, 400, 200));
             generator.setResolution(Dpi);
             QPainter painter(&generator);
-            painter.setRenderHint(QPainter::Antialiasing);
+            painter.setRenderHint(strokeHint);
             for (const Segment& segment : *lines) {
                 painter.setPen(QPen(Qt::black, segment.width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
                 painter.drawLine(segment.line);

@@ -1,6 +1,7 @@
 #include "pad.h"
 
 #include "benchmarks.h"
+#include "host/stroke_hint.h"
 
 #include <QByteArray>
 #include <QPainter>
@@ -201,7 +202,7 @@ QImage blankImage(const QSize& size)
 void drawBare(QImage& image, const Segment& segment)
 {
     QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(strokeHint);
     painter.setPen(QPen(Qt::black, segment.width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.drawLine(segment.line);
     painter.end();

@@ -15,6 +15,13 @@ namespace {
 constexpr std::int64_t kMaxCanvasBytes = std::int64_t{1} << 30;
 constexpr std::int64_t kBytesPerPixel = 4;
 
+// How strokes are smoothed. Qt deprecates the name in favour of Antialiasing, but draws pens of up to one
+// pixel differently under the two, and a signature looks as it always has.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+constexpr QPainter::RenderHint kStrokeHint = QPainter::HighQualityAntialiasing;
+#pragma GCC diagnostic pop
+
 // All pixels that a segment can touch: half its width around it, and what antialiasing adds. A width below
 // one pixel still draws one.
 QRect TouchedBy(const QLineF& Segment, double dblWidth, const QRect& rcCanvas)
@@ -47,7 +54,7 @@ void Whiten(QImage& Canvas, CImageWitness& Witness)
 
 void DrawStrokeSegment(QPainter& Painter, const QLineF& Segment, double dblWidth, const QColor& Color)
 {
-    Painter.setRenderHint(QPainter::Antialiasing, true);
+    Painter.setRenderHint(kStrokeHint, true);
     Painter.setPen(QPen(QBrush(Color), dblWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     Painter.drawLines(&Segment, 1);
 }

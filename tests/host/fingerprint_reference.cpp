@@ -1,5 +1,7 @@
 #include "fingerprint_reference.h"
 
+#include "stroke_hint.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -135,7 +137,7 @@ void PadPictures::samples(const std::vector<ScrSimSample>& samples)
 void PadPictures::segment(double x, double y, double width)
 {
     QPainter painter(&m_strokes);
-    painter.setRenderHint(QPainter::Antialiasing, true);
+    painter.setRenderHint(strokeHint, true);
     QPen pen(QBrush(Qt::black, Qt::SolidPattern), m_withPressure ? width : m_penWidth, Qt::SolidLine,
              Qt::RoundCap, Qt::RoundJoin);
     pen.setColor(m_penColor);

@@ -1,5 +1,7 @@
 #include "pen.h"
 
+#include "stroke_hint.h"
+
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
@@ -74,7 +76,7 @@ void Redraw::feed(const ScrSimSample& sample)
             wipe();
         m_strokesGone = false;
         QPainter painter(&m_image);
-        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setRenderHint(strokeHint);
         QPen pen(QBrush(Qt::black, Qt::SolidPattern), width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
         pen.setColor(m_color);
         painter.setPen(pen);

@@ -54,8 +54,10 @@ protected:
         constexpr double oddWidths[] = {0, -1, 0.01, 1e3, 1e7};
         m_canvas.StartAt(place(width), place(height));
         for (int segment = below(3); segment >= 0; --segment) {
-            const double penWidth =
-                below(10) == 0 ? oddWidths[below(std::size(oddWidths))] : below(160) / 10.0;
+            // Pens of up to one pixel are drawn in a way of their own.
+            const double penWidth = below(10) == 0  ? oddWidths[below(std::size(oddWidths))]
+                                    : below(3) == 0 ? below(11) / 10.0
+                                                    : below(160) / 10.0;
             m_canvas.StartSignOnCanvas(place(width), place(height), penWidth, pen);
         }
     }
