@@ -82,6 +82,20 @@ CInkSnapshot CInkPointList::Snapshot() const
     return {m_Chunks, m_nCount};
 }
 
+void CInkPointList::TakeFrom(CInkPointList& Source)
+{
+    std::vector<std::shared_ptr<CInkChunk>> Chunks; // holds in turn the records of both, without a lock
+    std::size_t nCount = 0;
+    {
+        const CLocker Lock(Source.m_Mutex);
+        Chunks.swap(Source.m_Chunks);
+        std::swap(nCount, Source.m_nCount);
+    }
+    const CLocker Lock(m_Mutex);
+    Chunks.swap(m_Chunks);
+    m_nCount = nCount;
+}
+
 void CInkPointList::Clear()
 {
     std::vector<std::shared_ptr<CInkChunk>> Released; // freed after the lock

@@ -81,6 +81,9 @@ public:
 
     CInkSnapshot Snapshot() const;
 
+    // Replaces the records by those of another list, which is empty afterwards.
+    void TakeFrom(CInkPointList& Source);
+
     // Empties the list and gives its storage back.
     void Clear();
 

@@ -1,9 +1,12 @@
 #include "ink/inkstream.h"
 
+#include "ink/base64text.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 // The stream is the record as it lies in memory.
 static_assert(sizeof(_POINTDATA) == 24);
@@ -81,7 +84,7 @@ std::optional<CInkStreamFault> DecodeWholeText(const QByteArray& Text, QByteArra
         return Fault(nSize, QStringLiteral("the Base64 text ends within a group of four characters"));
     if (nSize - nDigits > 2)
         return Fault(nDigits, QStringLiteral("more than two padding characters"));
-    Stream = QByteArray::fromBase64(Text);
+    Stream = DecodeBase64(Text.constData(), nSize);
     // The encoder leaves the bits of the last digit that belong to no byte at zero.
     if (Stream.right(3 - (nSize - nDigits)).toBase64() != Text.right(4))
         return Fault(nDigits - 1,
@@ -153,9 +156,25 @@ QByteArray PackInkStream(const CInkSnapshot& Points)
     return Stream;
 }
 
-void UnpackInkStream(const QByteArray& Stream, CInkPointList& Points)
+void DecodeInkText(const char* pText, std::size_t nSize, CInkPointList& Points)
 {
-    Points.AppendRecords(Stream.constData(), static_cast<std::size_t>(Stream.size()) / sizeof(_POINTDATA));
+    // A piece that leaves nothing out fills a chunk of the list.
+    constexpr std::size_t kPieceSize = sizeof(CInkChunk) / 3 * 4;
+    std::vector<char> Bytes(CBase64Decoder::Room(kPieceSize) + kRecordSize);
+    CBase64Decoder Decoder;
+    CInkPointList Decoded;
+    std::size_t nBytes = 0; // with those that did not make a record yet
+    while (nSize > 0) {
+        const std::size_t nPiece = std::min(nSize, kPieceSize);
+        nBytes += Decoder.Decode(pText, nPiece, Bytes.data() + nBytes);
+        pText += nPiece;
+        nSize -= nPiece;
+        const std::size_t nWhole = nBytes / kRecordSize * kRecordSize;
+        Decoded.AppendRecords(Bytes.data(), nWhole / kRecordSize);
+        nBytes -= nWhole;
+        std::memmove(Bytes.data(), Bytes.data() + nWhole, nBytes);
+    }
+    Points.TakeFrom(Decoded);
 }
 
 std::optional<CInkStreamFault> ReadInkStreamText(const QByteArray& Text, CInkPointList& Points)
@@ -170,6 +189,6 @@ std::optional<CInkStreamFault> ReadInkStreamText(const QByteArray& Text, CInkPoi
     if (Found)
         Found->m_nOffset = OffsetWithBreaks(Text, Found->m_nOffset);
     else
-        UnpackInkStream(Stream, Points);
+        Points.AppendRecords(Stream.constData(), static_cast<std::size_t>(Stream.size()) / kRecordSize);
     return Found;
 }

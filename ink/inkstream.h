@@ -20,9 +20,9 @@ constexpr std::size_t InkStreamSize(std::size_t nCount)
 // The stream before Base64; empty when there are more points than a byte array holds.
 QByteArray PackInkStream(const CInkSnapshot& Points);
 
-// Appends the records of a stream before Base64 to the list: every whole record counts, whatever it says, and
-// what follows the last one is left out.
-void UnpackInkStream(const QByteArray& Stream, CInkPointList& Points);
+// Replaces the points of the list by those of a Base64 text: every whole record counts, whatever it says, and
+// what follows the last one is left out. The bytes are never all in memory beside the points.
+void DecodeInkText(const char* pText, std::size_t nSize, CInkPointList& Points);
 
 // What is wrong with a text that is no ink packet stream as the library writes it.
 struct CInkStreamFault
@@ -31,7 +31,7 @@ struct CInkStreamFault
     QString m_strReason;
 };
 
-// Reads a whole Base64 text and appends its points, unlike UnpackInkStream() with nothing left out: Base64
+// Reads a whole Base64 text and appends its points, unlike DecodeInkText() with nothing left out: Base64
 // without gaps, whole records and the zero byte, known statuses, ticks that do not decrease. Line breaks may
 // stand anywhere, since mail and other tools wrap such texts; blanks may follow the text. With a fault, the
 // first one is returned and nothing is appended.

@@ -1,4 +1,5 @@
 // The export and import operations of a sign object: what they take of the object, and their lines.
+#include "ink/base64text.h"
 #include "ink/inkstream.h"
 #include "signcore/results.h"
 #include "signcore/signobject.h"
@@ -276,15 +277,16 @@ int CSignObject::Base64Decode(int nImageTypeID, const char* pEncodedData, wchar_
     if (m_pDecodedPointDataList)
         m_pDecodedPointDataList->Clear();
     const std::size_t nTextSize = std::strlen(pEncodedData);
+    // The encoders write no longer text.
     if (nTextSize <= static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-        const QByteArray Decoded =
-            QByteArray::fromBase64(QByteArray::fromRawData(pEncodedData, static_cast<int>(nTextSize)));
         QString strPath;
         if (IsRasterType(nImageTypeID)) {
-            if (PathFromHost(pImageFilePath, strPath) && SaveEncodedImage(Decoded, nImageTypeID, strPath))
+            if (PathFromHost(pImageFilePath, strPath) &&
+                SaveEncodedImage(DecodeBase64(pEncodedData, static_cast<int>(nTextSize)), nImageTypeID,
+                                 strPath))
                 nResult = ARI_SUCCESS;
         } else if (nImageTypeID == EBITI_INK && m_pDecodedPointDataList) {
-            UnpackInkStream(Decoded, *m_pDecodedPointDataList);
+            DecodeInkText(pEncodedData, nTextSize, *m_pDecodedPointDataList);
             nResult = ARI_SUCCESS;
         }
     }
