@@ -1,10 +1,10 @@
 #include "log/logfileutil.h"
 
+#include "log/ownfile.h"
 #include "sync/mutex.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -14,7 +14,6 @@
 #include <iterator>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 unsigned char g_bEnableLog = 0;
 char g_cKeyBuf[256] = {};
@@ -37,19 +36,11 @@ CMutex& LogMutex()
     return s_Mutex;
 }
 
-// The file is nearly always there, and without the wish to create it the system finds it faster.
-int OpenForAppending(const char* pszFile)
-{
-    constexpr int kFlags = O_RDWR | O_APPEND | O_CLOEXEC;
-    const int nFile = open(pszFile, kFlags);
-    return nFile >= 0 || errno != ENOENT ? nFile : open(pszFile, kFlags | O_CREAT, 0666);
-}
-
 // One write for the whole line, so that several processes do not mix theirs.
 void AppendLine(const char* pszFile, const char* func, const char* text, const char* tail)
 {
-    const int nFile = OpenForAppending(pszFile);
-    if (nFile < 0)
+    const CFileDescriptor File = OpenOwnFile(pszFile, O_APPEND);
+    if (!File.IsOpen())
         return;
     std::array<char, 1024> Line; // the texts of the library are far shorter together
     std::size_t nSize = 0;
@@ -58,16 +49,7 @@ void AppendLine(const char* pszFile, const char* func, const char* text, const c
         std::memcpy(Line.data() + nSize, pszPart, nPart);
         nSize += nPart;
     }
-    for (const char* pNext = Line.data(); nSize > 0;) {
-        const ssize_t nWritten = write(nFile, pNext, nSize);
-        if (nWritten < 0 && errno != EINTR)
-            break;
-        if (nWritten > 0) {
-            pNext += nWritten;
-            nSize -= static_cast<std::size_t>(nWritten);
-        }
-    }
-    close(nFile);
+    WriteAll(File.Number(), Line.data(), nSize);
 }
 
 using NarrowText = std::array<char, 256>;

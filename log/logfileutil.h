@@ -14,7 +14,7 @@
 std::uint64_t GetTickCount();
 
 // Appends "[func]:text, tail" to the main log file, a kilobyte at most. Opens and closes the file each time;
-// does nothing when it cannot be opened. Does not look at g_bEnableLog.
+// does nothing when it cannot be opened or is not the effective user's own. Does not look at g_bEnableLog.
 void MyDebug(const char* func, const char* text, const char* tail);
 
 // The same for wide texts, converted with the process's locale. A character without a form there ends its

@@ -290,6 +290,21 @@ std::vector<LogLine> mainLog();
 std::vector<LogLine> inThreadLog();
 void removeLogs();
 
+// Leaves no room for another byte in the test's own /tmp while it lives, where there is one.
+class FullTmp
+{
+public:
+    FullTmp();
+    ~FullTmp();
+    FullTmp(const FullTmp&) = delete;
+    FullTmp& operator=(const FullTmp&) = delete;
+
+    bool isFull() const { return m_full; }
+
+private:
+    bool m_full = false;
+};
+
 std::vector<LogLine> withLabel(const std::vector<LogLine>& lines, const std::string& label);
 std::vector<std::string> textsOf(const std::vector<LogLine>& lines, const std::string& label);
 std::vector<std::string> labelsOf(const std::vector<LogLine>& lines);

@@ -6,6 +6,10 @@
 #include <ctime>
 #include <fstream>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "exported_operations.h"
 
 namespace scribera::test {
@@ -151,6 +155,77 @@ TEST_P(Logging, FileThatCannotBeOpenedChangesNoResult)
     EXPECT_TRUE(fs::is_empty(inThreadLogFile));
     fs::remove(mainLogFile);
     fs::remove(inThreadLogFile);
+}
+
+// Whoever may write to /tmp may have put something there under the names of the log files.
+
+TEST_P(Logging, LinksAreNotFollowed)
+{
+    std::ofstream("elsewhere") << "mine";
+    fs::create_symlink(fs::absolute("elsewhere"), mainLogFile);
+    fs::create_symlink(fs::absolute("nowhere"), inThreadLogFile);
+    setLogging(true);
+    wholeSession();
+    setLogging(false);
+    EXPECT_EQ(fileContent("elsewhere"), "mine");
+    EXPECT_FALSE(fs::exists("nowhere"));
+    EXPECT_TRUE(fs::is_symlink(mainLogFile));
+    EXPECT_TRUE(fs::is_symlink(inThreadLogFile));
+    removeLogs();
+}
+
+TEST_P(Logging, FileWithASecondNameIsLeftAlone)
+{
+    for (const char* log : {mainLogFile, inThreadLogFile}) {
+        std::ofstream(log) << "[someone()]:<1>-was here, \n";
+        fs::create_hard_link(log, std::string(log) + ".second");
+    }
+    setLogging(true);
+    wholeSession();
+    setLogging(false);
+    EXPECT_EQ(mainLog().size(), 1u);
+    EXPECT_EQ(inThreadLog().size(), 1u);
+    for (const char* log : {mainLogFile, inThreadLogFile})
+        fs::remove(std::string(log) + ".second");
+    setLogging(true);
+    api().Clear(0);
+    setLogging(false);
+    EXPECT_EQ(mainLog().size(), 3u) << "with one name it is an ordinary file";
+}
+
+TEST_P(Logging, PipeGetsNothingAndHoldsNobodyUp)
+{
+    std::vector<int> readers;
+    for (const char* log : {mainLogFile, inThreadLogFile}) {
+        ASSERT_EQ(mkfifo(log, 0666), 0);
+        readers.push_back(open(log, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+        ASSERT_GE(readers.back(), 0);
+    }
+    setLogging(true);
+    wholeSession();
+    setLogging(false);
+    for (const int reader : readers) {
+        char byte = 0;
+        EXPECT_LE(read(reader, &byte, 1), 0);
+        close(reader);
+    }
+    removeLogs();
+}
+
+TEST_P(Logging, FileOfAnotherUserIsLeftAlone)
+{
+    constexpr uid_t nobody = 65534;
+    for (const char* log : {mainLogFile, inThreadLogFile}) {
+        std::ofstream(log) << "[someone()]:<1>-was here, \n";
+        fs::permissions(log, fs::perms(0666));
+        if (chown(log, nobody, nobody) != 0)
+            GTEST_SKIP() << "only root can give a file away";
+    }
+    setLogging(true);
+    wholeSession();
+    setLogging(false);
+    EXPECT_EQ(mainLog().size(), 1u);
+    EXPECT_EQ(inThreadLog().size(), 1u);
 }
 
 TEST_P(Logging, FilesAreNotKeptOpen)

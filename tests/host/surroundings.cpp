@@ -9,6 +9,7 @@
 #include <sched.h>
 #include <sys/file.h>
 #include <sys/mount.h>
+#include <sys/statfs.h>
 #include <unistd.h>
 
 #include "harness.h"
@@ -62,6 +63,14 @@ bool showAgain(const std::vector<KeptDirectory>& kept)
     return true;
 }
 
+constexpr char privateTmp[] = "scribera-tests"; // as its source is called
+bool tmpIsPrivate = false;                      // written before any thread exists
+
+bool resizeTmp(const std::string& size)
+{
+    return mount(privateTmp, "/tmp", "tmpfs", MS_REMOUNT | MS_NOSUID | MS_NODEV, size.c_str()) == 0;
+}
+
 } // namespace
 
 bool makeTmpPrivate(const std::vector<std::string>& keep)
@@ -79,14 +88,32 @@ bool makeTmpPrivate(const std::vector<std::string>& keep)
             return false;
         kept.push_back({whole, descriptor});
     }
-    bool done = mount("scribera-tests", "/tmp", "tmpfs", MS_NOSUID | MS_NODEV, "mode=1777") == 0;
+    bool done = mount(privateTmp, "/tmp", "tmpfs", MS_NOSUID | MS_NODEV, "mode=1777") == 0;
     if (done && !showAgain(kept)) {
         umount2("/tmp", MNT_DETACH);
         done = false;
     }
     for (const KeptDirectory& directory : kept)
         close(directory.descriptor);
+    tmpIsPrivate = done;
     return done;
+}
+
+FullTmp::FullTmp()
+{
+    // Something has to be there: a size of 0 means that there is no limit.
+    writeText("/tmp/filling", std::string(1, 'x'));
+    struct statfs use;
+    m_full = tmpIsPrivate && statfs("/tmp", &use) == 0 &&
+             resizeTmp("size=" + std::to_string((use.f_blocks - use.f_bfree) *
+                                                static_cast<unsigned long>(use.f_bsize)));
+}
+
+FullTmp::~FullTmp()
+{
+    if (m_full)
+        resizeTmp("size=50%");
+    fs::remove("/tmp/filling");
 }
 
 void lockSharedTmp()

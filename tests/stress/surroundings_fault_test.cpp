@@ -63,8 +63,9 @@ TEST_P(BadFiles, PathsOfFiveThousandCharactersWriteNothing)
 
 TEST_P(BadFiles, LogsOnAFullDiskChangeNoResult)
 {
-    fs::create_symlink("/dev/full", mainLogFile);
-    fs::create_symlink("/dev/full", inThreadLogFile);
+    const FullTmp full;
+    if (!full.isFull())
+        GTEST_SKIP() << "needs a /tmp of its own";
     setLogging(true);
     ASSERT_NO_FATAL_FAILURE(startWithInk());
     sim().pressKey(1);
@@ -73,8 +74,8 @@ TEST_P(BadFiles, LogsOnAFullDiskChangeNoResult)
     expectUnchanged();
     EXPECT_EQ(pad().stop(), 0);
     setLogging(false);
-    EXPECT_TRUE(fs::is_character_file("/dev/full"));
-    removeLogs();
+    EXPECT_EQ(fileContent(mainLogFile), "");
+    EXPECT_EQ(fileContent(inThreadLogFile), "");
 }
 
 SCRIBERA_INSTANTIATE_ALL(BadFiles);
