@@ -303,7 +303,7 @@ std::string usage()
            "Turns handwriting into a recording for the simulated pad. FILE is one of\n"
            "  a count line, then rows: x y milliseconds pen_down [azimuth tilt ...] pressure\n"
            "  rows without a count line: seconds x y pressure, pressure 0 to 1, 0 in the air\n\n"
-           "  --model MODEL  pad to write on, default SCT580; one of\n"
+           "  --model MODEL  pad to write on, default SCT580; one of these, also without SC:\n"
            "                 " +
            simulator::modelNames() +
            "\n"

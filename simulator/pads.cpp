@@ -57,10 +57,10 @@ const Pad* padForDevice(int deviceType, std::string_view modelText)
     return canonical;
 }
 
-const Pad* padForModel(std::string_view modelText)
+const Pad* padForModel(std::string_view name)
 {
     for (const Pad& pad : Pads) {
-        if (modelText.starts_with(pad.model))
+        if (name == pad.model || name == pad.model.substr(2))
             return &pad;
     }
     return nullptr;

@@ -30,8 +30,9 @@ struct Pad
 // else the family's canonical pad. Null when no family has this device type.
 const Pad* padForDevice(int deviceType, std::string_view modelText);
 
-// The pad whose name the text begins with, whatever its family; null when there is none.
-const Pad* padForModel(std::string_view modelText);
+// The pad of exactly this name, with or without the "SC" before it, as people write it; null when there is
+// none.
+const Pad* padForModel(std::string_view name);
 
 // The model string that a pad of this device type reports unless told otherwise.
 std::string_view canonicalModel(int deviceType);

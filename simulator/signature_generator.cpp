@@ -474,7 +474,7 @@ std::string usage()
         text += "                   " + std::string(style.name) +
                 std::string(10 - std::strlen(style.name), ' ') + style.description + "\n";
     text += "  --seed N       0 or a positive integer, default 1; the same seed gives the same bytes\n"
-            "  --model MODEL  pad it is written on, default SCT580; one of\n"
+            "  --model MODEL  pad it is written on, default SCT580; one of these, also without SC:\n"
             "                 " +
             simulator::modelNames() +
             "\n"

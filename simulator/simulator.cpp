@@ -1,12 +1,10 @@
 #include "simulator.h"
 
 #include <algorithm>
-#include <charconv>
 #include <climits>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <new>
@@ -43,9 +41,6 @@ constexpr int LoopPause = 5;
 // Before the key's pause is over: the key ends what the finger is part of.
 constexpr int FingerprintPause = 120;
 
-constexpr int DeviceWithSensor = 7;
-
-constexpr int LongestWait = 3'600'000;
 constexpr int LargestPicture = 16 << 20;
 
 // How far a host may lag behind the virtual pad: eight minutes of writing.
@@ -61,12 +56,6 @@ bool isIdentity(Entry entry)
 bool isSpeed(double speed)
 {
     return std::isfinite(speed) && speed >= 0;
-}
-
-std::string environment(const char* name)
-{
-    const char* value = std::getenv(name);
-    return value == nullptr ? std::string() : std::string(value);
 }
 
 // A handle on this very library. The loader then keeps the code until the handle is closed, so a host that
@@ -166,31 +155,36 @@ int Simulator::initial(int deviceType, PenCallback penCallback, FingerprintCallb
 {
     if (padForDevice(deviceType, {}) == nullptr || penCallback == nullptr)
         return ResultBadArgument;
+    Configuration configuration;
+    std::string error;
+    if (!readConfiguration(deviceType, configuration, error))
+        return complain(error);
     {
         const std::lock_guard lock(m_mutex);
         if (m_state != State::Stopped)
             return ResultFailed;
         m_state = State::Starting;
         m_deviceType = deviceType;
-        m_model = environment("SCRIBERA_SIM_MODEL");
+        m_model = configuration.model;
         m_penCallback = penCallback;
         m_fingerprintCallback = fingerprintCallback;
     }
     void* const ownLibrary = openOwnLibrary();
-    startLink();
-    std::string error;
-    std::unique_ptr<Playback> playback = configuredPlayback(error);
-    if (!error.empty())
-        std::fprintf(stderr, "scribera simulator: %s\n", error.c_str());
+    if (!startLink(configuration))
+        error = configuration.padSocket + ": no thread for the connection to the virtual pad";
+    std::unique_ptr<Playback> playback;
+    try {
+        playback = makePlayback(std::move(configuration));
+    } catch (const std::bad_alloc&) {
+        error = "out of memory";
+    }
 
     std::unique_lock lock(m_mutex);
-    if (!error.empty())
-        m_settings.lastError = std::move(error);
     m_stop.store(false);
     m_playChanged = playback != nullptr;
     m_nextPlayback = std::move(playback);
     m_ownLibrary = ownLibrary;
-    if (startThread()) {
+    if (error.empty() && startThread()) {
         m_state = State::Started;
         return ResultOk;
     }
@@ -206,28 +200,23 @@ int Simulator::initial(int deviceType, PenCallback penCallback, FingerprintCallb
     lock.unlock();
     if (ownLibrary != nullptr)
         dlclose(ownLibrary);
-    return ResultFailed;
+    return complain(error.empty() ? "no thread for the samples" : error);
 }
 
-void Simulator::startLink()
+bool Simulator::startLink(const Configuration& configuration)
 {
-    const std::string setting = environment("SCRIBERA_SIM_PAD");
-    if (setting.empty() || setting == "0")
-        return;
-    std::int64_t wait = 200;
-    const std::string waitText = environment("SCRIBERA_SIM_PAD_WAIT_MS");
-    std::string path;
-    std::string error;
-    if (!waitText.empty() && (!parseInteger(waitText, wait) || wait < 0 || wait > LongestWait))
-        error = "SCRIBERA_SIM_PAD_WAIT_MS is not an integer from 0 to 3600000";
-    else if (padSocketPath(setting, path, error) && !m_link.start(path, m_deviceType))
-        error = path + ": no thread for the connection to the virtual pad";
-    if (error.empty()) {
-        m_link.waitForAnswer(milliseconds(wait));
-        return;
-    }
-    std::fprintf(stderr, "scribera simulator: %s\n", error.c_str());
-    refuse(std::move(error));
+    if (configuration.padSocket.empty())
+        return true;
+    if (!m_link.start(configuration.padSocket, m_deviceType))
+        return false;
+    m_link.waitForAnswer(configuration.padWait);
+    return true;
+}
+
+int Simulator::complain(const std::string& reason)
+{
+    std::fprintf(stderr, "scribera simulator: %s\n", reason.c_str());
+    return refuse(reason);
 }
 
 bool Simulator::startThread()
@@ -625,18 +614,9 @@ int Simulator::waitIdle(int timeoutMs)
     return m_idle.wait_until(lock, deadline, isIdle) ? 0 : -1;
 }
 
-std::unique_ptr<Playback> Simulator::loadPlayback(const std::string& path, double speed, bool loop,
-                                                  int keyAtEnd, std::string& error)
+std::unique_ptr<Playback> Simulator::makePlayback(Recording recording, double speed, bool loop, int keyAtEnd)
 {
-    Recording recording;
-    try {
-        if (!path.empty() && !readRecording(path, recording, error))
-            return nullptr;
-    } catch (const std::bad_alloc&) {
-        error = path + ": out of memory";
-        return nullptr;
-    }
-    if (!path.empty()) {
+    if (!recording.samples.empty()) {
         const std::lock_guard lock(m_mutex);
         const Pad& pad = startedPad();
         scaleRecording(recording, pad.area, pad.maxPressure);
@@ -646,7 +626,7 @@ std::unique_ptr<Playback> Simulator::loadPlayback(const std::string& path, doubl
     playback->recordedCount = playback->samples.size();
     playback->speed = speed;
     playback->loop = loop;
-    if (keyAtEnd >= 0) {
+    if (keyAtEnd != NoKey) {
         const std::int64_t end = playback->samples.empty() ? 0 : playback->samples.back().milliseconds;
         playback->samples.push_back({end + KeyPause, 0, 0, 0, keyAtEnd == 1 ? ConfirmKey : CancelKey});
         playback->samples.push_back({end + KeyPause + KeyHold, 0, 0, 0, PenUp});
@@ -654,90 +634,23 @@ std::unique_ptr<Playback> Simulator::loadPlayback(const std::string& path, doubl
     return playback;
 }
 
-std::unique_ptr<Playback> Simulator::configuredPlayback(std::string& error)
+std::unique_ptr<Playback> Simulator::makePlayback(Configuration&& configuration)
 {
-    std::optional<Fingerprint> print = configuredFingerprint(error);
-    const std::string path = environment("SCRIBERA_SIM_RECORDING");
-    if (!error.empty() || (path.empty() && !print))
+    if (!configuration.playsAnything())
         return nullptr;
-    const auto refuse = [&](const char* variable, const char* expected) {
-        error = std::string(variable) + " is not " + expected;
-        return nullptr;
-    };
-
-    double speed = 1;
-    const std::string rate = environment("SCRIBERA_SIM_RATE");
-    if (rate == "max") {
-        speed = 0;
-    } else if (!rate.empty()) {
-        const auto [end, code] = std::from_chars(rate.data(), rate.data() + rate.size(), speed);
-        if (code != std::errc() || end != rate.data() + rate.size() || !isSpeed(speed) || speed == 0)
-            return refuse("SCRIBERA_SIM_RATE", "a number above 0 or \"max\"");
+    std::unique_ptr<Playback> playback =
+        makePlayback(std::move(configuration.recording).value_or(Recording()), configuration.speed,
+                     configuration.loop, configuration.keyAtEnd);
+    if (configuration.finger) {
+        Fingerprint print;
+        print.position = playback->recordedCount;
+        print.pixels = std::move(configuration.finger->pixels);
+        print.length = static_cast<int>(print.pixels.size());
+        print.score = configuration.finger->score;
+        playback->fingerprint = std::move(print);
     }
-
-    std::int64_t loop = 0;
-    const std::string loopText = environment("SCRIBERA_SIM_LOOP");
-    if (!loopText.empty() && !parseInteger(loopText, loop))
-        return refuse("SCRIBERA_SIM_LOOP", "an integer");
-
-    int key = -1;
-    const std::string keyText = environment("SCRIBERA_SIM_KEY");
-    if (keyText == "confirm")
-        key = 1;
-    else if (keyText == "cancel")
-        key = 0;
-    else if (!keyText.empty())
-        return refuse("SCRIBERA_SIM_KEY", "\"confirm\" or \"cancel\"");
-
-    std::int64_t pause = 200;
-    const std::string pauseText = environment("SCRIBERA_SIM_START_MS");
-    if (!pauseText.empty() && (!parseInteger(pauseText, pause) || pause < 0 || pause > LongestWait))
-        return refuse("SCRIBERA_SIM_START_MS", "an integer from 0 to 3600000");
-
-    std::unique_ptr<Playback> playback = loadPlayback(path, speed, loop != 0, key, error);
-    if (playback != nullptr) {
-        playback->start = Clock::now() + milliseconds(pause);
-        if (print) {
-            print->position = playback->recordedCount;
-            playback->fingerprint = std::move(print);
-        }
-    }
+    playback->start = Clock::now() + configuration.startPause;
     return playback;
-}
-
-std::optional<Fingerprint> Simulator::configuredFingerprint(std::string& error)
-{
-    const std::string source = environment("SCRIBERA_SIM_FINGERPRINT");
-    if (source.empty() || m_deviceType != DeviceWithSensor)
-        return std::nullopt;
-    const auto readNumber = [&](const char* variable, std::int64_t least, std::int64_t most,
-                                std::int64_t& value) {
-        const std::string text = environment(variable);
-        if (text.empty() || (parseInteger(text, value) && value >= least && value <= most))
-            return true;
-        error = std::string(variable) + " is not an integer from " + std::to_string(least) + " to " +
-                std::to_string(most);
-        return false;
-    };
-    std::int64_t score = 80;
-    std::int64_t seed = 1;
-    if (!readNumber("SCRIBERA_SIM_FINGERPRINT_SCORE", INT_MIN, INT_MAX, score) ||
-        !readNumber("SCRIBERA_SIM_FINGERPRINT_SEED", 0, UINT_MAX, seed))
-        return std::nullopt;
-
-    Fingerprint print;
-    print.score = static_cast<int>(score);
-    try {
-        if (const std::optional<RidgePattern> pattern = ridgePatternByName(source))
-            print.pixels = syntheticFingerprint(*pattern, static_cast<std::uint64_t>(seed));
-        else if (!readGreyMap(source, print.pixels, error))
-            return std::nullopt;
-    } catch (const std::bad_alloc&) {
-        error = source + ": out of memory";
-        return std::nullopt;
-    }
-    print.length = static_cast<int>(print.pixels.size());
-    return print;
 }
 
 int Simulator::play(const char* path, double speed, bool loop, int keyAtEnd)
@@ -748,16 +661,22 @@ int Simulator::play(const char* path, double speed, bool loop, int keyAtEnd)
             return fail("no recording named");
         if (!isSpeed(speed))
             return fail("the speed is not a number from 0 up");
-        if (keyAtEnd < -1 || keyAtEnd > 1)
+        if (keyAtEnd < NoKey || keyAtEnd > 1)
             return fail("the key at the end is none of -1, 0 and 1");
         if (m_state != State::Started)
             return fail("the pad is not started");
     }
-    std::string error;
-    std::unique_ptr<Playback> playback = loadPlayback(path, speed, loop, keyAtEnd, error);
+    std::unique_ptr<Playback> playback;
+    try {
+        Recording recording;
+        std::string error;
+        if (!readRecording(path, recording, error))
+            return refuse(std::move(error));
+        playback = makePlayback(std::move(recording), speed, loop, keyAtEnd);
+    } catch (const std::bad_alloc&) {
+        return refuse("out of memory");
+    }
     const std::lock_guard lock(m_mutex);
-    if (playback == nullptr)
-        return fail(std::move(error));
     if (m_state != State::Started)
         return fail("the pad is not started");
     playback->start = Clock::now();

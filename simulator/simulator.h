@@ -2,6 +2,7 @@
 #ifndef SCRIBERA_SIMULATOR_SIMULATOR_H
 #define SCRIBERA_SIMULATOR_SIMULATOR_H
 
+#include "configuration.h"
 #include "driverlink.h"
 #include "fingerprint.h"
 #include "recording.h"
@@ -185,17 +186,18 @@ private:
     std::string modelText();
     const Pad& startedPad();
 
-    // Without a path the playback has no samples but the key's.
-    std::unique_ptr<Playback> loadPlayback(const std::string& path, double speed, bool loop, int keyAtEnd,
-                                           std::string& error);
-    std::unique_ptr<Playback> configuredPlayback(std::string& error);
-    std::optional<Fingerprint> configuredFingerprint(std::string& error);
+    std::unique_ptr<Playback> makePlayback(Recording recording, double speed, bool loop, int keyAtEnd);
+    // Null when there is nothing to play.
+    std::unique_ptr<Playback> makePlayback(Configuration&& configuration);
     bool takePadModel(const std::string& model) override;
     bool takePadSamples(const std::vector<ScrSimSample>& samples) override;
     bool takePadFingerprint(const padlink::FingerprintScan& scan) override;
     void takeLiftedPen(const ScrSimSample& sample) override;
-    // As the environment says: starts looking for the virtual pad, and gives it a moment to answer.
-    void startLink();
+    // As configured: starts looking for the virtual pad, and gives it a moment to answer. False when it
+    // cannot.
+    bool startLink(const Configuration& configuration);
+    // Tells the person who set the pad up, and the host by the result.
+    int complain(const std::string& reason);
     bool isTaking() const { return m_state == State::Starting || m_state == State::Started; }
 
     bool startThread();

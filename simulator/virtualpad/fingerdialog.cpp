@@ -51,7 +51,6 @@ FingerDialog::FingerDialog(const std::string& source, QWidget* parent)
     m_file->setPlaceholderText(tr("Grey PGM picture"));
     m_file->setAccessibleName(tr("Picture file"));
     m_file->setMinimumWidth(220);
-    browse->setAutoDefault(false);
 
     auto* const scoreLabel = new QLabel(tr("&Score"), this);
     scoreLabel->setBuddy(m_score);
@@ -72,7 +71,7 @@ FingerDialog::FingerDialog(const std::string& source, QWidget* parent)
     m_preview->setFixedSize(simulator::FingerprintWidth * 2 / 3 + 8,
                             simulator::FingerprintHeight * 2 / 3 + 8);
     m_preview->setAlignment(Qt::AlignCenter);
-    m_preview->setStyleSheet(QStringLiteral("background: white; border: 1px solid #b9bec5"));
+    m_preview->setFrameShape(QFrame::StyledPanel);
     m_preview->setAccessibleName(tr("Preview of the fingerprint"));
 
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);

@@ -5,9 +5,11 @@
 
 #include <QApplication>
 #include <QCoreApplication>
+#include <QIcon>
 #include <QPixmap>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -29,11 +31,19 @@ bool isSet(const char* variable)
     return value != nullptr && *value != '\0';
 }
 
-int run(int argc, char** argv, const virtualpad::Options& options)
+// Without one Qt would end the process.
+bool hasDisplay(const QStringList& arguments)
 {
-    // Qt would abort over this.
-    if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM"))
-        return complain("there is no display; DISPLAY and WAYLAND_DISPLAY are not set");
+    const auto chooses = [](const QString& argument) {
+        const QString name = argument.startsWith(QLatin1String("--")) ? argument.mid(1) : argument;
+        return name == QLatin1String("-platform") || name == QLatin1String("-display");
+    };
+    return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM") ||
+           std::any_of(arguments.begin(), arguments.end(), chooses);
+}
+
+int run(const virtualpad::Options& options)
+{
     simulator::Recording recording;
     std::string error;
     std::string path;
@@ -45,15 +55,6 @@ int run(int argc, char** argv, const virtualpad::Options& options)
         return complain(error);
     if (!simulator::padSocketPath(options.socket, path, error))
         return complain(error);
-
-    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
-        Qt::HighDpiScaleFactorRoundingPolicy::RoundPreferFloor);
-    // Every position of the hand counts.
-    QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
-    QCoreApplication::setAttribute(Qt::AA_CompressTabletEvents, false);
-    const QApplication application(argc, argv);
 
     virtualpad::VirtualPad pad(*options.pad);
     pad.setPinned(options.isPinned);
@@ -90,25 +91,41 @@ int run(int argc, char** argv, const virtualpad::Options& options)
 
 int main(int argc, char** argv)
 {
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
+        Qt::HighDpiScaleFactorRoundingPolicy::RoundPreferFloor);
+    // Every position of the hand counts.
+    QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
+    QCoreApplication::setAttribute(Qt::AA_CompressTabletEvents, false);
     QCoreApplication::setApplicationName(QStringLiteral("scribera-virtual-pad"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SCRIBERA_VERSION));
-    QStringList arguments;
+    QStringList given;
     for (int index = 0; index < argc; ++index)
-        arguments << QString::fromLocal8Bit(argv[index]);
-    virtualpad::Options options;
-    QString reason;
-    if (!virtualpad::parseOptions(arguments, options, reason)) {
-        complain(reason.toStdString() + "; try --help");
-        return WrongArguments;
-    }
-    if (options.showHelp) {
+        given << QString::fromLocal8Bit(argv[index]);
+    if (given.contains(QLatin1String("--help")) || given.contains(QLatin1String("-h"))) {
         const QCoreApplication application(argc, argv); // the parser asks it for the program's name
         std::fputs(virtualpad::helpText().toUtf8().constData(), stdout);
         return 0;
     }
-    if (options.showVersion) {
+    if (given.contains(QLatin1String("--version")) || given.contains(QLatin1String("-v"))) {
         std::puts("scribera-virtual-pad " SCRIBERA_VERSION);
         return 0;
     }
-    return run(argc, argv, options);
+
+    const bool canShow = hasDisplay(given);
+    if (!canShow)
+        setenv("QT_QPA_PLATFORM", "offscreen", 1); // enough to understand the arguments
+    const QApplication application(argc, argv);    // takes Qt's own options out of them
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/scribera-virtual-pad.svg")));
+    QGuiApplication::setDesktopFileName(QStringLiteral("scribera-virtual-pad"));
+    virtualpad::Options options;
+    QString reason;
+    if (!virtualpad::parseOptions(QCoreApplication::arguments(), options, reason)) {
+        complain(reason.toStdString() + "; try --help");
+        return WrongArguments;
+    }
+    if (!canShow)
+        return complain("there is no display; DISPLAY and WAYLAND_DISPLAY are not set");
+    return run(options);
 }

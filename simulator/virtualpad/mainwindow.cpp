@@ -2,6 +2,7 @@
 
 #include "fingerdialog.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QActionGroup>
 #include <QCloseEvent>
@@ -12,6 +13,7 @@
 #include <QLocale>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPalette>
 #include <QStatusBar>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -23,16 +25,34 @@ namespace {
 
 constexpr int NoticeTime = 8000;
 
-const char* const BarStyle = R"(
-#bar { background: #e9ecf0; border-top: 1px solid #ccd2d9; }
-#bar QToolButton { background: #fbfcfd; color: #2b323a; border: 1px solid #c3cad2; border-radius: 5px;
-                   padding: 5px 16px; }
-#bar QToolButton:hover { background: #ffffff; border-color: #8fa0b3; }
-#bar QToolButton:focus { border-color: #4d86c6; }
-#bar QToolButton:pressed { background: #dfe5ec; }
-#bar QToolButton:checked { background: #f8dcd8; color: #9c2f20; border-color: #d98a7e; }
-#bar QToolButton:disabled { color: #a3abb4; background: #eef0f3; border-color: #d6dbe1; }
-)";
+QColor mixed(const QColor& one, const QColor& other, double part)
+{
+    const auto mix = [part](int from, int to) {
+        return static_cast<int>(std::lround(from + (to - from) * part));
+    };
+    return {mix(one.red(), other.red()), mix(one.green(), other.green()), mix(one.blue(), other.blue())};
+}
+
+// In the colours of the desktop's theme, be it light or dark.
+QString barStyle(const QPalette& palette)
+{
+    const QColor window = palette.color(QPalette::Window);
+    const QColor text = palette.color(QPalette::WindowText);
+    const QColor button = palette.color(QPalette::Button);
+    const QColor label = palette.color(QPalette::ButtonText);
+    const QColor recording(0xd0, 0x40, 0x30);
+    return QStringLiteral("#bar { border-top: 1px solid %1; }"
+                          "#bar QToolButton { background: %2; color: %3; border: 1px solid %1;"
+                          "                   border-radius: 5px; padding: 5px 16px; }"
+                          "#bar QToolButton:hover { border-color: %4; }"
+                          "#bar QToolButton:focus { border-color: %5; }"
+                          "#bar QToolButton:pressed { background: %1; }"
+                          "#bar QToolButton:checked { background: %6; border-color: %7; }"
+                          "#bar QToolButton:disabled { color: %4; background: %8; }")
+        .arg(mixed(window, text, 0.2).name(), button.name(), label.name(), mixed(window, text, 0.45).name(),
+             palette.color(QPalette::Highlight).name(), mixed(button, recording, 0.3).name(),
+             recording.name(), window.name());
+}
 
 QString textOf(std::string_view text)
 {
@@ -101,15 +121,16 @@ void MainWindow::makeMenus()
 void MainWindow::makeBar()
 {
     auto* const central = new QWidget(this);
-    auto* const bar = new QWidget(central);
-    bar->setObjectName(QStringLiteral("bar"));
-    bar->setStyleSheet(QString::fromLatin1(BarStyle));
-    auto* const buttons = new QHBoxLayout(bar);
+    m_bar = new QWidget(central);
+    m_bar->setObjectName(QStringLiteral("bar"));
+    m_bar->setAttribute(Qt::WA_StyledBackground);
+    m_bar->setStyleSheet(barStyle(palette()));
+    auto* const buttons = new QHBoxLayout(m_bar);
     buttons->setContentsMargins(12, 7, 12, 7);
     buttons->setSpacing(8);
     buttons->addStretch();
     for (QAction* action : {m_replay, m_record, m_fingerprint}) {
-        auto* const button = new QToolButton(bar);
+        auto* const button = new QToolButton(m_bar);
         button->setDefaultAction(action);
         button->setFocusPolicy(Qt::TabFocus);
         button->setAccessibleName(action->toolTip());
@@ -120,7 +141,7 @@ void MainWindow::makeBar()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_view, 1);
-    column->addWidget(bar);
+    column->addWidget(m_bar);
     setCentralWidget(central);
 }
 
@@ -148,9 +169,14 @@ void MainWindow::makeStatusLine()
 void MainWindow::keyPressEvent(QKeyEvent* event)
 {
     const bool isConfirm = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    auto* const button = qobject_cast<QAbstractButton*>(focusWidget());
     if (!isConfirm && event->key() != Qt::Key_Escape) {
         QMainWindow::keyPressEvent(event);
-    } else if (!event->isAutoRepeat()) {
+    } else if (event->isAutoRepeat()) {
+        return;
+    } else if (isConfirm && button != nullptr) {
+        button->click();
+    } else {
         m_pad.touchKey(isConfirm ? Key::Confirm : Key::Cancel);
     }
 }
@@ -170,6 +196,9 @@ void MainWindow::changeEvent(QEvent* event)
     // The release of a held key goes to another window then.
     if (event->type() == QEvent::ActivationChange && !isActiveWindow())
         m_pad.releaseKey();
+    // The style sheet's own change of the bar's palette is none of the window's.
+    if (event->type() == QEvent::PaletteChange && m_bar != nullptr)
+        m_bar->setStyleSheet(barStyle(palette()));
     QMainWindow::changeEvent(event);
 }
 

@@ -48,6 +48,7 @@ private:
 
     VirtualPad& m_pad;
     PadView* m_view;
+    QWidget* m_bar = nullptr;
     QActionGroup* m_models;
     QAction* m_keepModel = nullptr;
     QAction* m_replay = nullptr;

@@ -39,9 +39,11 @@ std::array<QCommandLineOption, 10> allOptions()
     return {
         value(
             "model",
-            qPrintable(QStringLiteral("be this pad, whatever device type a host asks for; one of %1. Without "
-                                      "it, an SCK210 that turns into what a host asks for")
-                           .arg(models)),
+            qPrintable(
+                QStringLiteral(
+                    "be this pad, whatever device type a host asks for; one of %1, also without SC. Without "
+                    "it, an SCK210 that turns into what a host asks for")
+                    .arg(models)),
             "MODEL"),
         value("socket",
               "wait for hosts at this path; default is where the driver looks with SCRIBERA_SIM_PAD=default",
@@ -90,10 +92,6 @@ bool parseOptions(const QStringList& arguments, Options& options, QString& reaso
             text.chop(1);
         return refuse(text);
     }
-    options.showHelp = parser.isSet(known[Help]);
-    options.showVersion = parser.isSet(known[Version]);
-    if (options.showHelp || options.showVersion)
-        return true;
     if (!parser.positionalArguments().isEmpty())
         return refuse(
             QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
@@ -111,7 +109,7 @@ bool parseOptions(const QStringList& arguments, Options& options, QString& reaso
                               : !options.fingerprint.empty() ? "SCK421B"
                                                              : "SCK210";
     options.pad = simulator::padForModel(model);
-    if (options.pad == nullptr || options.pad->model != model)
+    if (options.pad == nullptr)
         return refuse(
             QStringLiteral("there is no model '%1', only %2")
                 .arg(QString::fromStdString(model), QString::fromStdString(simulator::modelNames())));
@@ -151,7 +149,9 @@ QString helpText()
                        "SCRIBERA_SIM_PAD=default or =PATH in the environment; either may be started first."));
     for (const QCommandLineOption& option : allOptions())
         parser.addOption(option);
-    return parser.helpText() + QStringLiteral("\nExit code: 0 done, 1 failure, 2 wrong arguments.\n");
+    return parser.helpText() +
+           QStringLiteral("\nQt's own options are understood too, such as -platform and -style.\n"
+                          "Exit code: 0 done, 1 failure, 2 wrong arguments.\n");
 }
 
 } // namespace virtualpad

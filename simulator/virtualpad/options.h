@@ -25,12 +25,10 @@ struct Options
     std::optional<QPoint> position;
     std::optional<QSize> size;
     QString screenshot;
-
-    bool showHelp = false;
-    bool showVersion = false;
 };
 
-// False with the reason when the arguments, the program's name first, make no sense.
+// False with the reason when the arguments, the program's name first, make no sense. Requests for help and
+// version are not looked at.
 bool parseOptions(const QStringList& arguments, Options& options, QString& reason);
 
 QString helpText();

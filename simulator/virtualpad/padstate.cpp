@@ -89,7 +89,9 @@ void PadState::apply(const simulator::RecordedSample& sample)
     case simulator::PenUp:
         m_isPenDown = false;
         m_isStrokeBegun = false;
-        m_pressedKey.reset();
+        // Hosts count on that: their first clearing after this key leaves the pad alone.
+        if (std::exchange(m_pressedKey, std::nullopt) == Key::Cancel)
+            clear();
         return;
     default:
         return;

@@ -52,7 +52,7 @@ public:
     void setPenStyle(bool withPressure) { m_withPressure = withPressure; }
     void showPicture(simulator::padlink::Picture picture);
 
-    // What the pen does, in pad units.
+    // What the pen does, in pad units. Let go, the cancel key clears the pad.
     void apply(const simulator::RecordedSample& sample);
 
     // Always, where there is paper.

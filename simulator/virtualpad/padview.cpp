@@ -193,6 +193,13 @@ void PadView::showCursor(Part part)
                                    : Qt::PointingHandCursor);
 }
 
+void PadView::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::PaletteChange)
+        m_body = QImage();
+    QWidget::changeEvent(event);
+}
+
 bool PadView::event(QEvent* event)
 {
     if (event->type() != QEvent::ToolTip)
@@ -319,9 +326,10 @@ void PadView::drawBody(QPainter& painter, const PadLayout& layout) const
     const PadState& state = m_pad.state();
     const Colours& colours = coloursOf(state.pad());
 
+    const QColor window = palette().color(QPalette::Window);
     QLinearGradient desk(0, 0, 0, height());
-    desk.setColorAt(0, QColor(0xf1, 0xf3, 0xf5));
-    desk.setColorAt(1, QColor(0xdf, 0xe3, 0xe8));
+    desk.setColorAt(0, window.lighter(103));
+    desk.setColorAt(1, window.darker(107));
     painter.fillRect(rect(), desk);
 
     const double radius = layout.scaled(0.035);

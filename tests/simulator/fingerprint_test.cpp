@@ -484,7 +484,7 @@ TEST_F(FingerprintTest, otherPadsHaveNoSensor)
     }
 }
 
-TEST_F(FingerprintTest, anEnvironmentThatCannotBeUsedIsReportedAndDeliversNothing)
+TEST_F(FingerprintTest, anEnvironmentThatCannotBeUsedIsRefusedWithTheReason)
 {
     const std::string recording = std::string(SCRIBERA_RECORDINGS) + "/initials.rec";
     const std::string bad = m_directory.write("bad.pgm", "P5 1 1 255 ab");
@@ -510,14 +510,13 @@ TEST_F(FingerprintTest, anEnvironmentThatCannotBeUsedIsReportedAndDeliversNothin
         setenv("SCRIBERA_SIM_RECORDING", path, 1);
         for (const Case& wrong : cases) {
             SCOPED_TRACE(wrong.variable + ("=" + wrong.value));
-            setenv("SCRIBERA_SIM_FINGERPRINT", "loop", 1);
             setenv(wrong.variable, wrong.value.c_str(), 1);
             testing::internal::CaptureStderr();
             const int result = m_driver.start(7);
             EXPECT_EQ(testing::internal::GetCapturedStderr(), "scribera simulator: " + wrong.reason + "\n");
-            EXPECT_EQ(result, 0);
-            EXPECT_EQ(m_driver.waitIdle(Patience), 0);
-            EXPECT_EQ(m_driver.unInitial(), 0);
+            EXPECT_EQ(result, -1);
+            EXPECT_EQ(m_driver.lastError(), wrong.reason);
+            EXPECT_EQ(m_driver.unInitial(), -1) << "nothing was started";
             EXPECT_TRUE(Received::all().empty());
             unsetenv(wrong.variable);
         }

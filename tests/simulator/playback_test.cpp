@@ -359,7 +359,7 @@ TEST_F(PlaybackTest, theEnvironmentLoops)
     ASSERT_EQ(m_driver.unInitial(), 0);
 }
 
-TEST_F(PlaybackTest, anEnvironmentThatCannotBeUsedIsReportedAndPlaysNothing)
+TEST_F(PlaybackTest, anEnvironmentThatCannotBeUsedIsRefusedWithTheReason)
 {
     const std::string good = m_directory.write("good", steadyRecording(2, 1));
     const std::string bad = m_directory.write("bad", "# scribera recording 1\nmodel\n");
@@ -382,19 +382,47 @@ TEST_F(PlaybackTest, anEnvironmentThatCannotBeUsedIsReportedAndPlaysNothing)
         {"SCRIBERA_SIM_KEY", "ok", "SCRIBERA_SIM_KEY is not \"confirm\" or \"cancel\""},
         {"SCRIBERA_SIM_START_MS", "-1", "SCRIBERA_SIM_START_MS is not an integer from 0 to 3600000"},
         {"SCRIBERA_SIM_START_MS", "3600001", "SCRIBERA_SIM_START_MS is not an integer from 0 to 3600000"},
+        {"SCRIBERA_SIM_PAD_WAIT_MS", "soon", "SCRIBERA_SIM_PAD_WAIT_MS is not an integer from 0 to 3600000"},
+        {"SCRIBERA_SIM_PAD", std::string(200, 'x'),
+         std::string(200, 'x') + ": is longer than a socket's path may be, 107 bytes"},
     };
-    for (const Case& bad : cases) {
-        SCOPED_TRACE(bad.variable + ("=" + bad.value));
-        setenv("SCRIBERA_SIM_RECORDING", good.c_str(), 1);
-        setenv(bad.variable, bad.value.c_str(), 1);
-        testing::internal::CaptureStderr();
-        const int result = m_driver.start(4);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "scribera simulator: " + bad.reason + "\n");
-        EXPECT_EQ(result, 0);
-        EXPECT_EQ(m_driver.lastError(), bad.reason);
-        EXPECT_EQ(m_driver.waitIdle(Patience), 0);
-        EXPECT_EQ(m_driver.unInitial(), 0);
-        EXPECT_TRUE(Received::all().empty());
-        unsetenv(bad.variable);
+    // Also where it would not matter: without a recording nothing has a rate.
+    for (const std::string& recording : {good, std::string()}) {
+        for (const Case& bad : cases) {
+            SCOPED_TRACE(bad.variable + ("=" + bad.value) + " with '" + recording + "'");
+            setenv("SCRIBERA_SIM_RECORDING", recording.c_str(), 1);
+            setenv(bad.variable, bad.value.c_str(), 1);
+            testing::internal::CaptureStderr();
+            const int result = m_driver.start(4);
+            EXPECT_EQ(testing::internal::GetCapturedStderr(), "scribera simulator: " + bad.reason + "\n");
+            EXPECT_EQ(result, -1);
+            EXPECT_EQ(m_driver.lastError(), bad.reason);
+            EXPECT_EQ(m_driver.unInitial(), -1) << "nothing was started";
+            unsetenv(bad.variable);
+            if (recording.empty()) { // the same pad, set right
+                EXPECT_EQ(m_driver.start(4), 0);
+                EXPECT_EQ(m_driver.waitIdle(Patience), 0);
+                EXPECT_EQ(m_driver.unInitial(), 0);
+            }
+        }
+    }
+    EXPECT_TRUE(Received::all().empty());
+}
+
+TEST_F(PlaybackTest, theEnvironmentPressesAKeyWithoutInk)
+{
+    setenv("SCRIBERA_SIM_START_MS", "20", 1);
+    for (const auto& [key, status] : {std::pair{"confirm", 4}, {"cancel", 3}}) {
+        setenv("SCRIBERA_SIM_KEY", key, 1);
+        Received::clear();
+        const auto begin = Clock::now();
+        start();
+        ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+        ASSERT_EQ(m_driver.unInitial(), 0);
+        EXPECT_EQ(Received::samples(), (std::vector<ScrSimSample>{{0, 0, 0, status}, {0, 0, 0, 2}}));
+        const std::vector<Event> events = Received::all();
+        ASSERT_EQ(events.size(), 2U);
+        EXPECT_GE(events[0].time - begin, milliseconds(20 + 250));
+        EXPECT_GE(events[1].time - begin, milliseconds(20 + 250 + 90));
     }
 }

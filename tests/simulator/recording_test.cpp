@@ -319,3 +319,16 @@ TEST(PadsTest, theModelsPressureAndTheAreaOfItsFamily)
     EXPECT_EQ(simulator::padForModel("SCK421B")->deviceType, 7);
     EXPECT_EQ(simulator::padForModel("SC"), nullptr);
 }
+
+TEST(PadsTest, aModelIsNamedWithAndWithoutItsPrefix)
+{
+    for (const char* name : {"K210", "K210R1", "T470", "N210", "T12", "K420", "K421B", "KM730", "T580"}) {
+        SCOPED_TRACE(name);
+        const simulator::Pad* const pad = simulator::padForModel(name);
+        ASSERT_NE(pad, nullptr);
+        EXPECT_EQ(pad->model, std::string("SC") + name);
+        EXPECT_EQ(simulator::padForModel(std::string("SC") + name), pad);
+    }
+    for (const char* name : {"", "210", "SCK21", "SCK210X", "K210X", "k210", "SCSCK210", "CK210"})
+        EXPECT_EQ(simulator::padForModel(name), nullptr) << name;
+}

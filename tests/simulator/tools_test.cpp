@@ -46,6 +46,18 @@ TEST_F(GenerateToolTest, givesTheShippedRecordingsByteForByte)
     }
 }
 
+TEST_F(GenerateToolTest, takesModelsWithAndWithoutTheirPrefix)
+{
+    const Outcome whole = runProgram(SCRIBERA_GENERATE_TOOL, {"--style", "paraph", "--model", "SCK210R1"});
+    const Outcome brief = runProgram(SCRIBERA_GENERATE_TOOL, {"--style", "paraph", "--model", "K210R1"});
+    EXPECT_EQ(whole.exitCode, 0) << whole.error;
+    EXPECT_EQ(brief.output, whole.output);
+    EXPECT_NE(whole.output.find("\nmodel: SCK210R1\n"), std::string::npos);
+    const Outcome none = runProgram(SCRIBERA_GENERATE_TOOL, {"--style", "paraph", "--model", "K210R2"});
+    EXPECT_EQ(none.exitCode, 2);
+    EXPECT_NE(none.error.find("there is no model 'K210R2'"), std::string::npos) << none.error;
+}
+
 TEST_F(GenerateToolTest, whatItWritesCanBePlayedOnEveryModel)
 {
     const std::string models =
@@ -205,7 +217,7 @@ TEST_F(ImportToolTest, turnsUpsideDown)
     // 200 is the first row and becomes the last, 1499.
     EXPECT_TRUE(inPadUnits.output.ends_with("\n0 300 1499 25 0\n5 300 1399 50 1\n10 300 1399 0 2\n"))
         << inPadUnits.output;
-    const Outcome fitted = import(ink, {"--flip-y", "--model", "SCK420"});
+    const Outcome fitted = import(ink, {"--flip-y", "--model", "K420"});
     EXPECT_TRUE(fitted.output.ends_with("\n0 1350 1435 1024 0\n5 1350 265 2048 1\n10 1350 265 0 2\n"))
         << fitted.output;
 }

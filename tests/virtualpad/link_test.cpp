@@ -594,19 +594,6 @@ TEST_F(LinkTest, APadThatFloodsAHostThatIsBusyIsGivenUp)
     EXPECT_LT(Received::samples().size(), 200'000U);
 }
 
-TEST_F(LinkTest, AnUnusableSettingIsReportedAndThePadStartsWithout)
-{
-    setenv("SCRIBERA_SIM_PAD", std::string(200, 'x').c_str(), 1);
-    ASSERT_EQ(m_driver.start(2), 0);
-    EXPECT_NE(std::string(m_driver.lastError()).find("longer than"), std::string::npos)
-        << m_driver.lastError();
-    EXPECT_EQ(m_driver.unInitial(), 0);
-    enableLink();
-    setenv("SCRIBERA_SIM_PAD_WAIT_MS", "soon", 1);
-    ASSERT_EQ(m_driver.start(2), 0);
-    EXPECT_NE(std::string(m_driver.lastError()).find("SCRIBERA_SIM_PAD_WAIT_MS"), std::string::npos);
-}
-
 TEST_F(LinkTest, OneThreadMoreAndNoneAfterwards)
 {
     const auto threads = [] {

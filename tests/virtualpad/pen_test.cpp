@@ -277,6 +277,38 @@ TEST(PadState, ShowsInkOnlyOnAScreenThatIsOn)
     }
 }
 
+TEST(PadState, TheCancelKeyClearsThePadWhenItIsLetGo)
+{
+    for (const std::string& model : Models) {
+        SCOPED_TRACE(model);
+        const simulator::Pad& pad = padOf(model);
+        PadState state(pad);
+        const auto apply = [&](int status) {
+            state.apply({0, pad.area.originX + 9, pad.area.originY + 9, 9, status});
+        };
+        const auto write = [&] {
+            for (const int status : {simulator::PenDown, simulator::PenMove, simulator::PenUp})
+                apply(status);
+            state.showPicture({1, 1, {0, 0}});
+            state.showVersion(true, "1.0");
+        };
+        write();
+        apply(simulator::ConfirmKey);
+        apply(simulator::PenUp);
+        EXPECT_EQ(state.ink().size(), 2U) << "what is confirmed stays to be seen";
+        apply(simulator::CancelKey);
+        EXPECT_EQ(state.ink().size(), 2U);
+        EXPECT_TRUE(state.picture() && state.isVersionShown());
+        const int sheet = state.sheet();
+        apply(simulator::PenUp);
+        EXPECT_TRUE(state.ink().empty());
+        EXPECT_FALSE(state.picture() || state.isVersionShown());
+        EXPECT_NE(state.sheet(), sheet);
+        write();
+        EXPECT_EQ(state.ink().size(), 2U) << "once for each touch";
+    }
+}
+
 TEST(PadLayout, TheWritingAreaHasThePadsProportionsAndEverythingIsOnThePad)
 {
     for (const std::string& model : Models) {

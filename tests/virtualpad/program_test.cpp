@@ -1,6 +1,7 @@
 // scribera-virtual-pad as a user starts it.
 #include "support.h"
 
+#include <QIcon>
 #include <QImage>
 
 #include <algorithm>
@@ -61,7 +62,54 @@ TEST_F(ProgramTest, HelpAndVersionNeedNoDisplay)
     const Outcome version = run({"--version"});
     EXPECT_EQ(version.exitCode, 0);
     EXPECT_EQ(version.output, "scribera-virtual-pad 3.0.0\n");
+    setenv("DISPLAY", "nobody.invalid:7", 1); // nor a display that can be reached
+    EXPECT_EQ(run({"-h"}).output, help.output);
+    EXPECT_EQ(run({"-v"}).output, version.output);
+    unsetenv("DISPLAY");
     expectRefused({}, 1, "there is no display");
+    expectRefused({"--modell"}, 2, "Unknown option 'modell'");
+}
+
+TEST_F(ProgramTest, QtsOwnOptionsAreAccepted)
+{
+    unsetenv("QT_QPA_PLATFORM");
+    unsetenv("DISPLAY");
+    unsetenv("WAYLAND_DISPLAY");
+    for (const char* platform : {"-platform", "--platform"}) {
+        const Outcome outcome = run({"--size", "700x600", platform, "offscreen", "-style", "fusion",
+                                     "--screenshot", "shot.png", "--socket", SocketName});
+        ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
+        EXPECT_EQ(QImage(QStringLiteral("shot.png")).size(), QSize(700, 600));
+    }
+    expectRefused({"-platform", "offscreen", "--modell"}, 2, "Unknown option 'modell'");
+}
+
+TEST_F(ProgramTest, ModelsAreNamedWithAndWithoutTheirPrefix)
+{
+    for (const std::string model : {"K421B", "SCK421B"}) {
+        const std::string path = model + ".png";
+        const Outcome outcome = run({"--screenshot", path, "--model", model, "--socket", SocketName});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    }
+    EXPECT_EQ(QImage(QStringLiteral("K421B.png")), QImage(QStringLiteral("SCK421B.png")));
+}
+
+TEST_F(ProgramTest, TheDesktopFindsTheProgramAndItsIcon)
+{
+    const std::filesystem::path folder(SCRIBERA_VIRTUAL_PAD_SOURCES);
+    const std::string name = std::filesystem::path(SCRIBERA_VIRTUAL_PAD).filename();
+    const std::string entry = '\n' + contentOf(folder / (name + ".desktop"));
+    for (const char* line : {"[Desktop Entry]", "Type=Application", "Terminal=false"})
+        EXPECT_NE(entry.find('\n' + std::string(line) + '\n'), std::string::npos) << line;
+    for (const char* key : {"Exec=", "Icon="})
+        EXPECT_NE(entry.find('\n' + (key + name) + '\n'), std::string::npos) << key;
+    const QIcon icon(QString::fromStdString(folder / (name + ".svg")));
+    for (const int size : {16, 48, 256}) {
+        const QImage image = icon.pixmap(size).toImage();
+        ASSERT_EQ(image.size(), QSize(size, size));
+        EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0);
+        EXPECT_GT(image.pixelColor(size / 4, size / 2).lightness(), 150) << "the pad's screen";
+    }
 }
 
 TEST_F(ProgramTest, WrongArgumentsAreRefusedWithTwo)

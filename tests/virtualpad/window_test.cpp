@@ -6,11 +6,14 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QFileDialog>
 #include <QImage>
 #include <QLabel>
 #include <QMouseEvent>
+#include <QPalette>
 #include <QPushButton>
 #include <QTabletEvent>
+#include <QTimer>
 #include <QToolButton>
 #include <QWindow>
 
@@ -277,6 +280,113 @@ TEST_F(WindowTest, EnterAndEscapeAreTheKeys)
         EXPECT_TRUE(
             waitUntil([&, expected = status] { return host.number(QStringLiteral("status")) == expected; }));
     }
+}
+
+TEST_F(WindowTest, EnterOnAFocusedButtonActsAsTheButton)
+{
+    Host host;
+    ASSERT_EQ(host.ask(QStringLiteral("open 2")), QStringLiteral("true"));
+    QToolButton* record = nullptr;
+    for (QToolButton* button : m_window.findChildren<QToolButton*>()) {
+        if (button->text() == QLatin1String("Record"))
+            record = button;
+    }
+    ASSERT_NE(record, nullptr);
+    const auto press = [&](int code) {
+        for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+            QKeyEvent event(type, code, Qt::NoModifier);
+            QApplication::sendEvent(record, &event);
+        }
+    };
+    record->setFocus();
+    ASSERT_EQ(m_window.focusWidget(), record);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(m_pad->isRecording());
+    press(Qt::Key_Enter);
+    EXPECT_FALSE(m_pad->isRecording());
+    EXPECT_EQ(m_pad->samplesSent(), 0) << "no key of the pad was touched";
+    press(Qt::Key_Escape); // means no button
+    EXPECT_TRUE(waitUntil([&] { return host.number(QStringLiteral("status")) == 0; }));
+}
+
+TEST_F(FingerWindowTest, EnterOnTheBrowseButtonBrowses)
+{
+    const QPointF sensor = layout().sensor->center();
+    mouse(QEvent::MouseButtonPress, sensor);
+    mouse(QEvent::MouseButtonRelease, sensor);
+    QPushButton* browse = nullptr;
+    for (QPushButton* button : m_window.findChildren<QPushButton*>()) {
+        if (button->text().contains(QLatin1String("rowse")))
+            browse = button;
+    }
+    ASSERT_NE(browse, nullptr);
+    bool browsed = false;
+    QTimer closing;
+    QObject::connect(&closing, &QTimer::timeout, &closing, [&] {
+        if (auto* const files = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+            browsed = true;
+            files->reject();
+        }
+    });
+    closing.start(0);
+    browse->setFocus();
+    QKeyEvent event(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+    QApplication::sendEvent(browse, &event);
+    EXPECT_TRUE(browsed);
+    EXPECT_NE(m_window.findChild<QDialog*>(), nullptr) << "the finger is still to be put on";
+}
+
+TEST_F(WindowTest, ADarkThemeIsWhollyDark)
+{
+    const QPalette before = QApplication::palette();
+    // Of the pixels beside the pad, without its shadow, as many are light.
+    const auto lightShare = [this] {
+        const QImage image = m_window.grab().toImage();
+        const double ratio = m_window.devicePixelRatioF();
+        const double shadow = layout().scaled(0.05);
+        const QRectF body = layout().body.adjusted(-shadow, -shadow, shadow, shadow);
+        const QRectF pad(body.topLeft() + view().mapTo(&m_window, QPoint()), body.size());
+        int light = 0;
+        int all = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                if (pad.contains(QPointF(x, y) / ratio))
+                    continue;
+                ++all;
+                light += image.pixelColor(x, y).lightness() > 128 ? 1 : 0;
+            }
+        }
+        return static_cast<double>(light) / all;
+    };
+    QApplication::setPalette(QPalette(QColor(0xe0, 0xe0, 0xe0), QColor(0xf0, 0xf0, 0xf0)));
+    EXPECT_TRUE(waitUntil([&] { return lightShare() > 0.9; }));
+    QPalette dark(QColor(0x35, 0x35, 0x35), QColor(0x2a, 0x2a, 0x2a));
+    QApplication::setPalette(dark);
+    EXPECT_TRUE(waitUntil([&] { return lightShare() < 0.05; }))
+        << lightShare() << " is light: letters are few";
+    QApplication::setPalette(before);
+}
+
+TEST_F(WindowTest, AfterTheCancelKeyPadAndHostAreBothEmpty)
+{
+    Host host;
+    ASSERT_EQ(host.ask(QStringLiteral("open 2")), QStringLiteral("true"));
+    ASSERT_TRUE(waitUntil([&] { return m_pad->state().isLit(); }));
+    drawLine({onScreen(0.3, 0.5), onScreen(0.7, 0.5)});
+    ASSERT_TRUE(isInkAt(onScreen(0.5, 0.5)));
+    const QPointF cancel = layout().cancelKey.center();
+    mouse(QEvent::MouseButtonPress, cancel);
+    EXPECT_TRUE(isInkAt(onScreen(0.5, 0.5)));
+    mouse(QEvent::MouseButtonRelease, cancel);
+    EXPECT_FALSE(isInkAt(onScreen(0.5, 0.5)));
+    ASSERT_TRUE(waitUntil([&] { return host.number(QStringLiteral("status")) == 0; }));
+    // The library leaves the pad alone in the first clearing after this key.
+    ASSERT_EQ(host.ask(QStringLiteral("clear")), QStringLiteral("0"));
+    EXPECT_EQ(host.number(QStringLiteral("points")), -8);
+    drawLine({onScreen(0.3, 0.5), onScreen(0.7, 0.5)});
+    EXPECT_TRUE(isInkAt(onScreen(0.5, 0.5)));
+    ASSERT_EQ(host.ask(QStringLiteral("clear")), QStringLiteral("0"));
+    EXPECT_TRUE(waitUntil([&] { return !isInkAt(onScreen(0.5, 0.5)); }));
 }
 
 TEST_F(WindowTest, TheScreenGoesOnAndOffAndIsCleared)
