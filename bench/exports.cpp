@@ -38,7 +38,7 @@ public:
     QRect box() const
     {
         const CSharedImage image = m_canvas.Snapshot();
-        return CheckSignImageBoundingBox(image.Image(), image.InkArea(), {}, {"", "", ""}).m_rcBoundBox;
+        return CheckSignImageBoundingBox(image.Image(), image.InkArea(), {}, {"", "", ""});
     }
 
 private:

@@ -774,7 +774,8 @@ SCRIBERA_API int SCK210_SaveDrawingImage(int nDeviceType, int nImageTypeID, wcha
  * With both margins 0 clipping stays off, also when bClipImage is true; one of them has to be at least 1.
  *
  * When all strokes are taps, the points are there but no ink: clipped rasters are then not saved (-8), their
- * Base64 text is empty, and PDF and SVG report 0 without a picture of use.
+ * Base64 text is empty, and PDF and SVG report 0 without a picture of use. Only margins near 100,000 and
+ * above reach back into such a canvas, whose white is saved then.
  *
  * @param nDeviceType SCK210_DEVICE.
  * @param bClipImage true on, false off.
@@ -1173,7 +1174,7 @@ SCRIBERA_API int SCK421B_SetDisplayedFPImageAtByWId(int nDeviceType, unsigned lo
  *     windowless, placed              the image, or with bFPImageOnly its part in the rectangle
  *
  * With clipping on, the part around everything that is not white takes the place of each, whatever
- * bFPImageOnly says; when everything is white the text is empty.
+ * bFPImageOnly says; when everything is white the text is empty, but for margins near 100,000 and above.
  *
  * @param nDeviceType SCK421B_DEVICE.
  * @param nImageTypeID EBITI_BITMAP, EBITI_JPG or EBITI_PNG; in the PNG every pure white pixel is transparent.

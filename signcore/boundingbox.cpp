@@ -148,8 +148,8 @@ int WidenedUp(int nEdge, int nMargin, int nSize)
 
 } // namespace
 
-CInkBox CheckSignImageBoundingBox(const QImage& Image, const QRect& rcInkArea, const CClipSettings& Clip,
-                                  const CLogLabel& Label)
+QRect CheckSignImageBoundingBox(const QImage& Image, const QRect& rcInkArea, const CClipSettings& Clip,
+                                const CLogLabel& Label)
 {
     SCR_LOG(Label, "<%ld>-Enter, nWidth=%d, nHeight=%d", Image.width(), Image.height());
     const CEdges Edges =
@@ -157,24 +157,30 @@ CInkBox CheckSignImageBoundingBox(const QImage& Image, const QRect& rcInkArea, c
     SCR_LOG(Label, "<%ld>-nLeft=%d, nRight=%d, nTop=%d, nBottom=%d", Edges.m_nLeft, Edges.m_nRight,
             Edges.m_nTop, Edges.m_nBottom);
 
-    CInkBox Box;
-    Box.m_bHasInk = Edges.m_nRight != kNoInkMax;
-    Box.m_rcBoundBox.setCoords(WidenedDown(Edges.m_nLeft, Clip.m_nClipMarginX),
-                               WidenedDown(Edges.m_nTop, Clip.m_nClipMarginY),
-                               WidenedUp(Edges.m_nRight, Clip.m_nClipMarginX, Image.width()),
-                               WidenedUp(Edges.m_nBottom, Clip.m_nClipMarginY, Image.height()));
-    SCR_LOG(Label, "<%ld>-leave with rcBoundBox.Left=%d, Right=%d, Top=%d, Bottom=%d",
-            Box.m_rcBoundBox.left(), Box.m_rcBoundBox.right(), Box.m_rcBoundBox.top(),
-            Box.m_rcBoundBox.bottom());
-    return Box;
+    QRect rcBoundBox;
+    rcBoundBox.setCoords(WidenedDown(Edges.m_nLeft, Clip.m_nClipMarginX),
+                         WidenedDown(Edges.m_nTop, Clip.m_nClipMarginY),
+                         WidenedUp(Edges.m_nRight, Clip.m_nClipMarginX, Image.width()),
+                         WidenedUp(Edges.m_nBottom, Clip.m_nClipMarginY, Image.height()));
+    SCR_LOG(Label, "<%ld>-leave with rcBoundBox.Left=%d, Right=%d, Top=%d, Bottom=%d", rcBoundBox.left(),
+            rcBoundBox.right(), rcBoundBox.top(), rcBoundBox.bottom());
+    return rcBoundBox;
 }
 
-QImage CInkBox::CopyFrom(const QImage& Image, const CClipSettings& Clip) const
+QImage CopyOfRect(const QImage& Image, const QRect& rcRect)
 {
-    // Margins below the scan's start value cannot make a box out of no ink.
-    if (!m_bHasInk && (Clip.m_nClipMarginX < kNoInkMin || Clip.m_nClipMarginY < kNoInkMin))
+    constexpr std::int64_t kMaxPixels = std::int64_t{1} << 28;
+    const std::int64_t nWidth = std::int64_t{rcRect.right()} - rcRect.left() + 1;
+    const std::int64_t nHeight = std::int64_t{rcRect.bottom()} - rcRect.top() + 1;
+    if (nWidth == 0 && nHeight == 0)
+        return Image;
+    if (nWidth <= 0 || nHeight <= 0 || nWidth > kMaxPixels / nHeight)
         return {};
-    return Image.copy(m_rcBoundBox);
+    // Moved near when all of it is outside: Qt adds place and size in 32 bits.
+    const auto nX = std::clamp<std::int64_t>(rcRect.left(), -nWidth, Image.width());
+    const auto nY = std::clamp<std::int64_t>(rcRect.top(), -nHeight, Image.height());
+    return Image.copy(static_cast<int>(nX), static_cast<int>(nY), static_cast<int>(nWidth),
+                      static_cast<int>(nHeight));
 }
 
 void MakeAsTransparentImage(QImage& Image, const QColor& Color, const CLogLabel& Label)

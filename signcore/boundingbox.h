@@ -14,22 +14,19 @@ struct CClipSettings
     int m_nClipMarginY = 0; // pixels above and below it
 };
 
-struct CInkBox
-{
-    // The ink widened by the margins and clamped to the image; inclusive edges. Without ink its left lies
-    // beyond its right, unless the margins are huge.
-    QRect m_rcBoundBox;
-    bool m_bHasInk = false;
-
-    // The part of the image that a clipped export takes: null when there is nothing to take.
-    QImage CopyFrom(const QImage& Image, const CClipSettings& Clip) const;
-};
-
 // Scans an ARGB32 image. A pixel is ink when its red, green and blue are not all 255. No ink lies outside
 // rcInkArea, which may be larger than the ink's box. With logging on, every ink pixel writes lines: under
 // Label, and under the tag of an edge that it moves.
-CInkBox CheckSignImageBoundingBox(const QImage& Image, const QRect& rcInkArea, const CClipSettings& Clip,
-                                  const CLogLabel& Label);
+//
+// Gives the ink widened by the margins and clamped to the image; inclusive edges. Without ink the widening
+// starts from edges that no pixel has moved, so that the left lies beyond the right unless the margins are
+// huge.
+QRect CheckSignImageBoundingBox(const QImage& Image, const QRect& rcInkArea, const CClipSettings& Clip,
+                                const CLogLabel& Label);
+
+// The part of the image in the rectangle, as QImage::copy() has it: the whole image for a null rectangle,
+// transparent where the rectangle leaves the image, and null for one that is inside out or beyond 1 GiB.
+QImage CopyOfRect(const QImage& Image, const QRect& rcRect);
 
 // Makes every pixel of a 32-bit image that equals the colour exactly, alpha included, fully transparent; its
 // red, green and blue stay.

@@ -44,18 +44,6 @@ bool HasCornersWithin(const QRect& rcRect, int nWidth, int nHeight)
     return IsWithin(rcRect.topLeft()) && IsWithin(rcRect.bottomRight());
 }
 
-QImage CopyOfRect(const QImage& Image, const QRect& rcRect)
-{
-    constexpr std::int64_t kMaxPixels = std::int64_t{1} << 28;
-    const std::int64_t nWidth = WidthOf(rcRect);
-    const std::int64_t nHeight = HeightOf(rcRect);
-    if (nWidth == 0 && nHeight == 0)
-        return Image;
-    if (nWidth <= 0 || nHeight <= 0 || nWidth > kMaxPixels / nHeight)
-        return {};
-    return Image.copy(rcRect);
-}
-
 CFPPicture::CFPPicture(int nWidth, int nHeight)
     : m_FPCanvas(BlankCanvas(nWidth, nHeight)), m_FPImage(BlankCanvas(kFPWidth, kFPHeight))
 {
@@ -214,9 +202,8 @@ char* CFPPicture::EncodeBase64SignImage(const CClipSettings& Clip, bool bFPImage
     const CSharedImage Picture = Snapshot(rcFP);
     QImage Source = Picture.Image();
     if (Clip.m_bClipImage)
-        Source =
-            CheckSignImageBoundingBox(Source, Picture.InkArea(), Clip, Label("CheckSignImageBoundingBox()"))
-                .CopyFrom(Source, Clip);
+        Source = CopyOfRect(Source, CheckSignImageBoundingBox(Source, Picture.InkArea(), Clip,
+                                                              Label("CheckSignImageBoundingBox()")));
     else if (bFPImageOnly)
         Source = CopyOfRect(Source, rcFP);
     char* const pEncoded = TextForHost(EncodeImage(Source, nImageTypeID, true).toBase64());

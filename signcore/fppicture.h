@@ -22,10 +22,6 @@ bool HasCornersWithin(const QRect& rcRect, int nWidth, int nHeight);
 // Writes the leave line of a placement that was or was not inside, and gives its result.
 int LeaveFPPlacement(const CLogLabel& Label, bool bInside);
 
-// The part of the image in the rectangle, or the whole image for an empty rectangle; null for one that is
-// inside out or absurdly large.
-QImage CopyOfRect(const QImage& Image, const QRect& rcRect);
-
 // What a CK421BFPWidget shows, and what stands in for one where no widget can be made. Shared by its widget
 // and its sign object: the GUI thread paints and may destroy the widget at any time, the display and driver
 // threads update, the host's threads export. m_Mutex protects all members; a change is noted for repainting

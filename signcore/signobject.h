@@ -153,7 +153,7 @@ private:
     CClipSettings ReadClip() const;
     CInkSnapshot ReadPoints() const;
     bool HasPoints() const;
-    CInkBox ScanInk(const CSharedImage& Canvas, const CClipSettings& Clip) const;
+    QRect ScanInk(const CSharedImage& Canvas, const CClipSettings& Clip) const;
     CExportSource TakeExportSource(const CSharedImage& Canvas, bool& bClipped) const;
     bool SaveDrawingImageAsPDFFile(const QImage& Image, const QString& strPath, int nDPI) const;
     bool SaveDrawingImageAsSVGFile(const CExportSource& Source, bool bClipped, const QString& strPath,

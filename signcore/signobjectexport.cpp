@@ -49,7 +49,7 @@ int CSignObject::SetSaveClipImageMargin(bool bClipImage, int nClipMarginX, int n
     return ARI_SUCCESS;
 }
 
-CInkBox CSignObject::ScanInk(const CSharedImage& Canvas, const CClipSettings& Clip) const
+QRect CSignObject::ScanInk(const CSharedImage& Canvas, const CClipSettings& Clip) const
 {
     return ::CheckSignImageBoundingBox(Canvas.Image(), Canvas.InkArea(), Clip,
                                        m_Identity.Label("CheckSignImageBoundingBox()"));
@@ -57,7 +57,7 @@ CInkBox CSignObject::ScanInk(const CSharedImage& Canvas, const CClipSettings& Cl
 
 void CSignObject::CheckSignImageBoundingBox(QRect& rcBoundBox)
 {
-    rcBoundBox = ScanInk(m_Canvas.Snapshot(), ReadClip()).m_rcBoundBox;
+    rcBoundBox = ScanInk(m_Canvas.Snapshot(), ReadClip());
 }
 
 void CSignObject::MakeAsTransparentImage(QImage& Image, QColor Color)
@@ -72,9 +72,8 @@ CExportSource CSignObject::TakeExportSource(const CSharedImage& Canvas, bool& bC
     Source.m_Image = Canvas.Image();
     bClipped = Clip.m_bClipImage;
     if (bClipped) {
-        const CInkBox Box = ScanInk(Canvas, Clip);
-        Source.m_rcClip = Box.m_rcBoundBox;
-        Source.m_Image = Box.CopyFrom(Source.m_Image, Clip);
+        Source.m_rcClip = ScanInk(Canvas, Clip);
+        Source.m_Image = CopyOfRect(Source.m_Image, Source.m_rcClip);
     }
     return Source;
 }

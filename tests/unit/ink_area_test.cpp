@@ -23,6 +23,8 @@ QRect boxOfEveryPixel(const QImage& image)
     return box;
 }
 
+const QRect boxOfNoInk{QPoint(99999, 99999), QPoint(-1, -1)};
+
 class InkArea : public testing::TestWithParam<const CPadModel*>
 {
 protected:
@@ -31,14 +33,10 @@ protected:
         const CSharedImage shared = m_canvas.Snapshot();
         const QImage& image = shared.Image();
         ASSERT_TRUE(shared.InkArea().isEmpty() || image.rect().contains(shared.InkArea()));
-        const CInkBox box = CheckSignImageBoundingBox(image, shared.InkArea(), {}, {"", "", ""});
+        const QRect box = CheckSignImageBoundingBox(image, shared.InkArea(), {}, {"", "", ""});
         const QRect expected = boxOfEveryPixel(image);
-        ASSERT_EQ(box.m_bHasInk, !expected.isEmpty());
-        if (box.m_bHasInk) {
-            ASSERT_EQ(box.m_rcBoundBox, expected);
-            ASSERT_EQ(CheckSignImageBoundingBox(image, image.rect(), {}, {"", "", ""}).m_rcBoundBox,
-                      expected);
-        }
+        ASSERT_EQ(box, expected.isEmpty() ? boxOfNoInk : expected);
+        ASSERT_EQ(CheckSignImageBoundingBox(image, image.rect(), {}, {"", "", ""}), box);
     }
 
     int below(std::size_t limit) { return below(static_cast<int>(limit)); }
@@ -122,7 +120,7 @@ TEST_P(InkArea, IsOfNoUseOnACanvasThatIsNotThere)
         expectSameBox();
     }
     // An area from a canvas that has gone since.
-    EXPECT_FALSE(CheckSignImageBoundingBox(QImage(), QRect(0, 0, 50, 50), {}, {"", "", ""}).m_bHasInk);
+    EXPECT_EQ(CheckSignImageBoundingBox(QImage(), QRect(0, 0, 50, 50), {}, {"", "", ""}), boxOfNoInk);
 }
 
 TEST_P(InkArea, IsNoLargerThanWhatTheStrokesTouched)
