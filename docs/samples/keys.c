@@ -1,44 +1,51 @@
-/* Confirm ends the signing, cancel lets the person start again, three times at most. T580. */
+/* Confirm takes the signature, cancel lets the person start again, three times at most. T580. */
 #include <stdatomic.h>
 #include <stdio.h>
+#include <string.h>
 #include <threads.h>
 
 #include <scriberasdk.h>
 
-static atomic_int lastKey = -1;
+static _Atomic(char*) signature; /* the ink packet stream, once it is confirmed */
+static atomic_int cancelled;
 
-static void onKey(int key) /* on the key-action thread: take note and return */
+/* On the key-action thread. While this runs no pen comes down: what is taken and cleared here is what the
+ * person had signed when the key was touched. */
+static void onKey(int key)
 {
-    atomic_store(&lastKey, key);
+    if (atomic_load(&signature)) /* the first confirmation counts */
+        return;
+    if (key == 1) {
+        atomic_store(&signature,
+                     SCT580_PacketsBase64Encode(SCT580_DEVICE, EBITI_INK)); /* null without points */
+    } else {
+        SCT580_Clear(SCT580_DEVICE); /* the canvas and the points */
+        SCT580_Clear(SCT580_DEVICE); /* now the pad, too */
+        atomic_fetch_add(&cancelled, 1);
+    }
 }
 
 int main(void)
 {
     const struct timespec pause = {.tv_nsec = 10000000};
-    int attempts = 3;
-    int confirmed = 0;
+    const int attempts = 3;
+    int told = 0;
 
     if (!SCT580_InitialDevice(SCT580_DEVICE, NULL, 0, 0, 800, 540)) {
         fputs("no pad\n", stderr);
         return 1;
     }
     SCT580_SignatureStatusCallback(SCT580_DEVICE, onKey);
-    for (int turn = 0; !confirmed && attempts > 0 && turn < 6000; ++turn) {
-        switch (atomic_exchange(&lastKey, -1)) {
-        case 1: /* confirm; with nothing signed it does not count */
-            confirmed = SCT580_GetTotalPacketsNumber(SCT580_DEVICE) > 0;
-            break;
-        case 0: /* cancel */
-            SCT580_Clear(SCT580_DEVICE);
-            --attempts;
-            printf("cleared, %d attempts left\n", attempts);
-            break;
-        default:
+    for (int turn = 0; !atomic_load(&signature) && told < attempts && turn < 6000; ++turn) {
+        if (told < atomic_load(&cancelled))
+            printf("cleared, %d attempts left\n", attempts - ++told);
+        else
             thrd_sleep(&pause, NULL);
-        }
     }
-    if (confirmed)
-        printf("confirmed: %d points\n", SCT580_GetTotalPacketsNumber(SCT580_DEVICE));
+    char* const ink = atomic_load(&signature);
+    if (ink)
+        printf("confirmed: %zu points\n", strlen(ink) / 32); /* 24 bytes a point are 32 characters */
+    SCT580_PacketsBase64EncodeFree(SCT580_DEVICE, ink);
     SCT580_UnInitialDevice(SCT580_DEVICE);
-    return confirmed ? 0 : 1;
+    return ink ? 0 : 1;
 }

@@ -1,64 +1,88 @@
 // A Qt window with the signature in it: confirm saves it and closes the window, cancel lets the person start
-// again.
+// again. The canvas has a pixel for each pixel of the screen, however fine that is.
 #include <QApplication>
+#include <QGraphicsView>
 #include <QResizeEvent>
-#include <QWidget>
 
 #include <cstdio>
 
 #include <scriberasdk.h>
 
-class SignWindow : public QWidget
+class SignWindow : public QGraphicsView
 {
 public:
-    bool open()
+    SignWindow()
     {
-        // On the GUI thread, like everything in this class.
-        if (!SCK210_InitialDevice(SCK210_DEVICE, this, 0, 0, width(), height()))
-            return false;
-        canvas = static_cast<QWidget*>(g_pSignWidget);
-        SCK210_SignatureStatusCallback(SCK210_DEVICE, keyTapped);
-        return true;
+        setScene(new QGraphicsScene(this));
+        scene()->addWidget(paper);
+        setRenderHint(QPainter::SmoothPixmapTransform);
+        setFrameShape(NoFrame);
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     }
 
     ~SignWindow() override { SCK210_UnInitialDevice(SCK210_DEVICE); }
 
+    bool open()
+    {
+        // On the GUI thread, like everything in this class but keyTapped().
+        const QSize pixels = size() * devicePixelRatioF();
+        if (!SCK210_InitialDevice(SCK210_DEVICE, paper, 0, 0, pixels.width(), pixels.height()))
+            return false;
+        canvas = static_cast<QWidget*>(g_pSignWidget);
+        SCK210_SetPenWidth(SCK210_DEVICE,
+                           qMin(10, qRound(2 * devicePixelRatioF()))); // in pixels of the canvas
+        SCK210_SignatureStatusCallback(SCK210_DEVICE, keyTapped);
+        fit();
+        return true;
+    }
+
 protected:
     void resizeEvent(QResizeEvent* event) override
     {
-        // Ink stays where it is in pixels: once there is some, the canvas keeps its size.
-        if (canvas && SCK210_GetTotalPacketsNumber(SCK210_DEVICE) < 1)
-            canvas->resize(event->size());
+        QGraphicsView::resizeEvent(event);
+        if (canvas)
+            fit();
     }
 
 private:
-    // Runs on the library's thread and returns at once.
+    void fit()
+    {
+        // Ink stays where it is in pixels: once there is some, the canvas keeps its size, and only its
+        // picture grows or shrinks.
+        if (SCK210_GetTotalPacketsNumber(SCK210_DEVICE) < 1) {
+            canvas->resize(size() * devicePixelRatioF());
+            paper->resize(canvas->size());
+        }
+        setSceneRect(canvas->rect());
+        fitInView(sceneRect(), Qt::KeepAspectRatio);
+    }
+
+    // On the library's thread. While this runs no pen comes down: what is saved and cleared here is what the
+    // person had signed when the key was touched.
     static void keyTapped(int key)
     {
-        QMetaObject::invokeMethod(
-            qApp, [key] { key == 1 ? confirm() : cancel(); }, Qt::QueuedConnection);
+        if (key == 1) {
+            wchar_t path[] = L"signature.png";
+            SCK210_SetSaveCenterImageClip(SCK210_DEVICE, true, 10, 10);
+            const bool saved = SCK210_SaveDrawingImage(SCK210_DEVICE, EBITI_PNG, path, 1) == ARI_SUCCESS;
+            std::puts(saved ? "saved" : "not saved"); // not without ink, for example
+            if (saved)
+                QMetaObject::invokeMethod(qApp, &QApplication::quit, Qt::QueuedConnection);
+        } else {
+            SCK210_Clear(SCK210_DEVICE); // the canvas and the points
+            SCK210_Clear(SCK210_DEVICE); // now the pad, too
+            std::puts("cleared");
+        }
     }
 
-    static void confirm()
-    {
-        wchar_t path[] = L"signature.png";
-        SCK210_SetSaveCenterImageClip(SCK210_DEVICE, true, 10, 10);
-        const int result = SCK210_SaveDrawingImage(SCK210_DEVICE, EBITI_PNG, path, 1);
-        std::puts(result == ARI_SUCCESS ? "saved" : "not saved");
-        QApplication::exit(result == ARI_SUCCESS ? 0 : 1);
-    }
-
-    static void cancel()
-    {
-        SCK210_Clear(SCK210_DEVICE);
-        std::puts("cleared");
-    }
-
-    QWidget* canvas = nullptr; // the library's; moved and resized here, never deleted
+    QWidget* const paper = new QWidget; // the scene deletes it
+    QWidget* canvas = nullptr;          // the library's; moved and resized here, never deleted
 };
 
 int main(int argc, char** argv)
 {
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication application(argc, argv);
     SignWindow window;
     window.setWindowTitle(QStringLiteral("Please sign"));

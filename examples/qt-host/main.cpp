@@ -4,9 +4,12 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QIcon>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
+#include <memory>
 
 namespace {
 
@@ -53,7 +56,7 @@ private:
     {
         if (m_folder.isEmpty())
             return;
-        const QStringList failed = m_window.session().saveEverything(std::exchange(m_folder, {}), {});
+        const QStringList failed = m_window.signature().saveEverything(std::exchange(m_folder, {}));
         failed.isEmpty() ? endIfDone() : fail(tr("cannot save %1").arg(failed.join(QLatin1String(", "))));
     }
 
@@ -77,16 +80,29 @@ private:
     bool m_failed = false;
 };
 
+// What needs no window is answered without a display.
+std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv)
+{
+    const QStringList texts = {QStringLiteral("-h"), QStringLiteral("--help"), QStringLiteral("--help-all"),
+                               QStringLiteral("-v"), QStringLiteral("--version")};
+    if (std::any_of(argv, argv + argc, [&](const char* word) { return texts.contains(QLatin1String(word)); }))
+        return std::make_unique<QCoreApplication>(argc, argv);
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    auto application = std::make_unique<QApplication>(argc, argv);
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setPalette(
+        QPalette(Qt::white, QColor(0xe9, 0xee, 0xf3))); // the form's, also on dark desktops
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/scribera-demo-host.svg")));
+    QGuiApplication::setDesktopFileName(QStringLiteral("scribera-demo-host"));
+    return application;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication application(argc, argv);
-    QApplication::setStyle(QStringLiteral("Fusion"));
-    QApplication::setPalette(
-        QPalette(Qt::white, QColor(0xe9, 0xee, 0xf3))); // the form's, also on dark desktops
+    const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("scribera-demo-host"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SCRIBERA_VERSION));
 

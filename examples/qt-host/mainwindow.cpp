@@ -80,25 +80,32 @@ MainWindow::MainWindow(const QString& model, QWidget* parent) : QWidget(parent)
     row->addWidget(makeForm(), 1);
     row->addWidget(settings);
     m_model->setCurrentText(model);
-    resize(1080, 740);
+    resize(1080, 660);
     setTabOrder(m_confirm, m_replay); // saving comes after signing
     setTabOrder(m_replay, m_save);
 
     connect(m_model, qOverload<int>(&QComboBox::currentIndexChanged), this, &MainWindow::openPad);
     connect(m_panel, &SignaturePanel::tryAgain, this, &MainWindow::openPad);
     connect(m_panel, &SignaturePanel::canvasResized, this, &MainWindow::placeFingerprint);
-    connect(m_confirm, &QPushButton::clicked, this, &MainWindow::confirm);
-    connect(m_clear, &QPushButton::clicked, this, [this] { startAgain(State::Waiting); });
-    connect(m_save, &QPushButton::clicked, this, [this] { PreviewDialog(m_session, this).exec(); });
-    connect(m_replay, &QPushButton::clicked, this, &MainWindow::replay);
-    connect(&m_session, &PadSession::pointStored, this, [this](QPointF, double pressure, bool onPad) {
-        m_meter->add(pressure, onPad);
-        noteInk();
-    });
+    connect(m_panel, &SignaturePanel::canvasResized, this, &MainWindow::applyPen);
+    connect(m_confirm, &QPushButton::clicked, this, [this] { confirm(m_session.take()); });
+    connect(m_clear, &QPushButton::clicked, this,
+            [this] { m_session.clear() ? startAgain(State::Waiting) : openPad(); });
+    connect(m_save, &QPushButton::clicked, this, [this] { PreviewDialog(m_signature, this).exec(); });
+    connect(m_replay, &QPushButton::clicked, this,
+            [this] { ReplayView(m_session.isOpen() ? m_session.inkText() : m_signature.ink, this).exec(); });
+    connect(&m_session, &PadSession::pointStored, this,
+            [this](QPointF, double pressure, bool onPad) { notePoint(pressure, onPad); });
     connect(&m_session, &PadSession::confirmed, this, &MainWindow::confirm);
     connect(&m_session, &PadSession::cancelled, this, [this] {
         startAgain(State::Cancelled);
         emit cancelled();
+    });
+    connect(&m_session, &PadSession::wentAway, this, [this] {
+        const QString model = m_model->currentText();
+        showNoPad(tr("The %1 went away").arg(model),
+                  tr("Plug it in again. The signature that was being made is not kept."),
+                  tr("the %1 went away").arg(model));
     });
     setState(State::NoPad);
 }
@@ -142,11 +149,11 @@ QWidget* MainWindow::makeForm()
     column->addSpacing(4);
 
     m_stateLine = label({}, "state");
+    m_stateLine->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // no text widens the window
     m_clear = button(tr("Clear and &retry"), "clear", tr("Takes the signature off the form and the pad"));
     m_confirm = button(tr("&Confirm"), "confirm", tr("Accepts the signature, as the pad's confirm key does"));
     auto* const bottom = new QHBoxLayout;
-    bottom->addWidget(m_stateLine);
-    bottom->addStretch();
+    bottom->addWidget(m_stateLine, 1);
     bottom->addWidget(m_clear);
     bottom->addWidget(m_confirm);
     column->addLayout(bottom);
@@ -232,50 +239,66 @@ QWidget* MainWindow::makeSettings()
     m_fingerprintPlace->addItems({tr("In the signature field"), tr("Here, small")});
     m_fingerprintPlace->setToolTip(tr("Where the next fingerprint is shown"));
     m_fingerprintPlace->setAccessibleName(tr("Place of the fingerprint"));
-    QPushButton* const exportPrint =
+    m_exportFingerprint =
         button(tr("Export &fingerprint…"), "exportFingerprint", tr("Saves the fingerprint alone as PNG"));
     fingerprint->addWidget(m_fingerprintPlace, 0, 0);
-    fingerprint->addWidget(exportPrint, 1, 0);
+    fingerprint->addWidget(m_exportFingerprint, 1, 0);
     fingerprint->setColumnStretch(0, 1);
+    QSizePolicy keepsItsPlace =
+        m_fingerprint->sizePolicy(); // so that the window's smallest size is always the same
+    keepsItsPlace.setRetainSizeWhenHidden(true);
+    m_fingerprint->setSizePolicy(keepsItsPlace);
     column->addWidget(m_fingerprint);
     connect(m_fingerprintPlace, qOverload<int>(&QComboBox::currentIndexChanged), this,
             &MainWindow::placeFingerprint);
-    connect(exportPrint, &QPushButton::clicked, this, &MainWindow::exportFingerprint);
+    connect(m_exportFingerprint, &QPushButton::clicked, this, &MainWindow::exportFingerprint);
 
     column->addStretch();
-    m_replay =
-        button(tr("Repl&ay…"), "replay", tr("Shows how the signature was written; loads and exports ink"));
+    m_replay = button(tr("Repl&ay…"), "replay", tr("Shows how the signature was written; exports the ink"));
+    QPushButton* const load = button(tr("&Load ink…"), "load", tr("Plays an ink packet stream from a file"));
     m_save = button(tr("&Save or copy…"), "save", tr("Preview, then BMP, JPEG, PNG, PDF, SVG or Base64"));
-    column->addWidget(m_replay);
+    auto* const players = new QHBoxLayout;
+    players->addWidget(m_replay, 1);
+    players->addWidget(load, 1);
+    column->addLayout(players);
     column->addWidget(m_save);
+    connect(load, &QPushButton::clicked, this, &MainWindow::loadInk);
     return side;
 }
 
 void MainWindow::openPad()
 {
     m_session.close();
-    m_meter->clear();
+    m_signature = {};
     const QString model = m_model->currentText();
-    // The place is a first guess: the panel fits the canvas to the pad's proportions once they are known.
-    if (m_session.open(model, m_panel, m_panel->rect())) {
+    // The size is a first guess: the panel fits the canvas to the pad's proportions once they are known.
+    if (m_session.open(model, m_panel->paper(), m_panel->size())) {
         m_panel->setCanvas(m_session.canvas(), m_session.writingArea());
         applyPen();
         placeFingerprint();
-        setState(State::Waiting);
+        startAgain(State::Waiting);
         return;
     }
-    const bool driver = PadSession::driverIsThere();
-    m_panel->showNotice(
-        driver ? tr("The %1 does not answer").arg(model) : tr("The pad's driver is missing"),
-        driver
-            ? tr("Plug the pad in and wait until it lights up, or choose the model that is "
-                 "on the counter. Nothing is lost.")
-            : tr("Put libscriberadrv.so into the folder %1, or start this program in the folder that has it. "
-                 "Then try again.")
-                  .arg(QDir::currentPath()));
-    setState(State::NoPad);
-    emit noPad(driver ? tr("the %1 does not answer").arg(model)
-                      : tr("no libscriberadrv.so in %1").arg(QDir::currentPath()));
+    if (PadSession::driverIsThere())
+        showNoPad(
+            tr("The %1 does not answer").arg(model),
+            tr("Plug the pad in and wait until it lights up, or choose the model that is on the counter. "
+               "Nothing is lost."),
+            tr("the %1 does not answer").arg(model));
+    else
+        showNoPad(tr("The pad's driver is missing"),
+                  tr("Put libscriberadrv.so into the folder %1, or start this program in the folder that has "
+                     "it. Then try again.")
+                      .arg(QDir::currentPath()),
+                  tr("no libscriberadrv.so in %1").arg(QDir::currentPath()));
+}
+
+void MainWindow::showNoPad(const QString& title, const QString& advice, const QString& reason)
+{
+    m_session.close();
+    m_panel->showNotice(title, advice);
+    startAgain(State::NoPad);
+    emit noPad(reason);
 }
 
 void MainWindow::setState(State state)
@@ -283,52 +306,75 @@ void MainWindow::setState(State state)
     m_state = state;
     static const QMap<State, std::pair<QString, const char*>> lines = {
         {State::NoPad, {tr("No pad"), "bad"}},
-        {State::Waiting, {tr("Waiting for the pad"), ""}},
+        {State::Waiting, {tr("Waiting for the signature"), ""}},
         {State::Signing, {tr("Signing"), "busy"}},
+        {State::NotTaken, {tr("Not confirmed – please confirm again"), "bad"}},
         {State::Confirmed, {tr("Confirmed at %1"), "good"}},
-        {State::Cancelled, {tr("Cancelled at the pad – please sign again"), "bad"}}};
+        {State::Cancelled, {tr("Cancelled – please sign again"), "bad"}}};
     const auto& [text, tone] = lines[state];
     m_stateLine->setText(
         state == State::Confirmed ? text.arg(QTime::currentTime().toString(QStringLiteral("HH:mm"))) : text);
     m_stateLine->setProperty("tone", QLatin1String(tone));
     m_stateLine->setStyleSheet(m_stateLine->styleSheet()); // looks at the tone again
-    const int points = m_session.points();
-    m_count->setText(points == 1 ? tr("1 point") : tr("%1 points").arg(points));
-    m_panel->setInk(points > 0);
-    m_fingerprint->setVisible(m_session.hasFingerprintReader());
-    m_confirm->setEnabled(state == State::Signing);
-    m_clear->setEnabled(m_session.isOpen());
-    m_save->setEnabled(points > 0);
+    const bool isOpen = m_session.isOpen();
+    const bool isInked = state == State::Signing || state == State::NotTaken;
+    const bool isConfirmed = state == State::Confirmed;
+    m_model->setEnabled(!isConfirmed);
+    m_fingerprint->setVisible(PadSession::hasFingerprintReader(m_model->currentText()));
+    m_fingerprintPlace->setEnabled(isOpen);
+    m_exportFingerprint->setEnabled(!m_signature.fingerprint.isEmpty());
+    m_confirm->setEnabled(isInked);
+    m_clear->setEnabled(isOpen || isConfirmed);
+    m_replay->setEnabled(isInked || isConfirmed);
+    m_save->setEnabled(isConfirmed);
+    showPoints();
 }
 
-// Ink after the confirmation takes it back: what is confirmed is what was seen.
-void MainWindow::noteInk()
+void MainWindow::showPoints()
 {
-    const int points = m_session.points();
-    if (points > 0 && m_state != State::Signing)
-        setState(State::Signing);
+    const int points = m_session.isOpen() ? m_session.points() : m_signature.points;
     m_count->setText(points == 1 ? tr("1 point") : tr("%1 points").arg(points));
+    if (m_session.isOpen())
+        m_panel->setInk(points > 0);
 }
 
-void MainWindow::confirm()
+void MainWindow::notePoint(double pressure, bool onPad)
 {
-    // Points and keys come here in their order, so the state tells whether the key was touched after the ink.
-    if (m_state != State::Signing)
+    m_meter->add(pressure, onPad);
+    // A tap leaves no ink: that takes a second point of the stroke.
+    const bool isStroke = onPad && m_penIsDown;
+    m_penIsDown = onPad;
+    isStroke&& m_state != State::Signing ? setState(State::Signing) : showPoints();
+}
+
+// The signature is taken: the pad is closed, and nothing that is drawn on it now counts.
+void MainWindow::confirm(const Signature& signature)
+{
+    if (!signature.isWhole()) {
+        if (m_confirm->isEnabled()) // otherwise nothing is signed yet
+            setState(State::NotTaken);
         return;
+    }
+    m_signature = signature;
+    m_session.close();
+    m_panel->showSignature(signature.canvas);
+    if (m_fingerprintHolder)
+        m_fingerprintHolder->setPixmap(QPixmap::fromImage(QImage::fromData(signature.fingerprint)));
     setState(State::Confirmed);
     emit confirmed();
 }
 
 void MainWindow::startAgain(State state)
 {
-    m_session.clear();
     m_meter->clear();
+    m_penIsDown = false;
     setState(state);
 }
 
 void MainWindow::applyPen()
 {
-    m_pen.width = m_width->value();
+    // The library's widths count in pixels of the canvas, and end at 10.
+    m_pen.width = qMin(10, qRound(m_width->value() * m_panel->pixelsPerUnit()));
     m_pen.pressure = m_pressure->isChecked();
     if (m_session.isOpen() && !m_session.apply(m_pen))
         QMessageBox::warning(this, windowTitle(), tr("The pad did not take the pen settings."));
@@ -349,17 +395,17 @@ void MainWindow::pickColor()
 
 void MainWindow::placeFingerprint()
 {
-    if (!m_session.hasFingerprintReader())
+    if (!m_session.isOpen() || !PadSession::hasFingerprintReader(m_model->currentText()))
         return;
     QWidget* const former = std::exchange(m_fingerprintHolder, nullptr);
     if (m_fingerprintPlace->currentIndex() == 0) {
         const QSize canvas = m_session.canvas()->size();
         const int height = canvas.height() * 45 / 100;
         const QSize size(height * 208 / 288, height);
-        m_session.placeFingerprint(m_panel, {QPoint(canvas.width() - size.width() - 8, 8), size});
+        m_session.placeFingerprint(m_panel->paper(), {QPoint(canvas.width() - size.width() - 8, 8), size});
     } else {
         // The library takes rectangles of up to 100 by 30 pixels outside the canvas.
-        m_fingerprintHolder = new QWidget;
+        m_fingerprintHolder = new QLabel;
         m_fingerprintHolder->setFixedSize(22, 30);
         static_cast<QGridLayout*>(m_fingerprint->layout())->addWidget(m_fingerprintHolder, 0, 1, 2, 1);
         m_session.placeFingerprint(m_fingerprintHolder, {0, 0, 22, 30});
@@ -369,20 +415,22 @@ void MainWindow::placeFingerprint()
 
 void MainWindow::exportFingerprint()
 {
-    const QByteArray png = m_session.fingerprintPng();
-    if (png.isEmpty()) {
-        QMessageBox::information(this, windowTitle(), tr("No finger was read yet."));
-        return;
-    }
     const QString path = QFileDialog::getSaveFileName(this, tr("Export fingerprint"),
                                                       QStringLiteral("fingerprint.png"), tr("PNG (*.png)"));
-    if (!path.isEmpty() && !writeFile(path, png))
+    if (!path.isEmpty() && !writeFile(path, m_signature.fingerprint))
         QMessageBox::warning(this, windowTitle(), tr("%1 cannot be written.").arg(path));
 }
 
-void MainWindow::replay()
+void MainWindow::loadInk()
 {
-    ReplayView view(this);
-    view.setInk(m_session.inkText());
-    view.exec();
+    const QString path =
+        QFileDialog::getOpenFileName(this, tr("Load ink"), {}, tr("Ink (*.ink);;All files (*)"));
+    if (path.isEmpty())
+        return;
+    QFile file(path);
+    const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (readInk(text).isEmpty())
+        QMessageBox::warning(this, windowTitle(), tr("%1 holds no ink packet stream.").arg(path));
+    else
+        ReplayView(text, this).exec();
 }

@@ -23,6 +23,7 @@ public:
 
     void openPad();
     const PadSession& session() const { return m_session; }
+    const Signature& signature() const { return m_signature; } // what was confirmed
 
 signals:
     void noPad(const QString& reason);
@@ -35,6 +36,7 @@ private:
         NoPad,
         Waiting,
         Signing,
+        NotTaken,
         Confirmed,
         Cancelled
     };
@@ -43,16 +45,20 @@ private:
     QWidget* makeSettings();
     QWidget* makePenBox();
     void setState(State state);
-    void noteInk();
-    void confirm();
+    void showPoints();
+    void notePoint(double pressure, bool onPad);
+    void confirm(const Signature& signature);
     void startAgain(State state);
+    void showNoPad(const QString& title, const QString& advice, const QString& reason);
     void applyPen();
     void pickColor();
     void placeFingerprint();
     void exportFingerprint();
-    void replay();
+    void loadInk();
 
     State m_state = State::NoPad;
+    bool m_penIsDown = false;
+    Signature m_signature; // empty until one is confirmed
     PenSettings m_pen;
     SignaturePanel* m_panel = nullptr;
     LiveMeter* m_meter = nullptr;
@@ -62,8 +68,9 @@ private:
     QSlider* m_width = nullptr;
     QCheckBox* m_pressure = nullptr;
     QGroupBox* m_fingerprint = nullptr;
+    QPushButton* m_exportFingerprint = nullptr;
     QComboBox* m_fingerprintPlace = nullptr;
-    QWidget* m_fingerprintHolder = nullptr;
+    QLabel* m_fingerprintHolder = nullptr;
     QPushButton* m_confirm = nullptr;
     QPushButton* m_clear = nullptr;
     QPushButton* m_save = nullptr;

@@ -19,6 +19,7 @@ struct PadFamily
     decltype(&SCK210_UnInitialDevice) unInitialDevice;
     decltype(&SCK210_Clear) clear;
     decltype(&SCK210_getDeviceInfo) getDeviceInfo;
+    decltype(&SCK210_GetHWPadID) getHWPadID;
     decltype(&SCK210_SetPenStyle) setPenStyle;
     decltype(&SCK210_SetPenWidth) setPenWidth;
     decltype(&SCK210_SetPenColor) setPenColor;
@@ -35,8 +36,8 @@ struct PadFamily
     PadFamily                                                                                                \
     {                                                                                                        \
 #model, SC##model##_DEVICE, SC##model##_InitialDevice, SC##model##_UnInitialDevice,                  \
-            SC##model##_Clear, SC##model##_getDeviceInfo, SC##model##_SetPenStyle, SC##model##_SetPenWidth,  \
-            SC##model##_SetPenColor, SC##model##_SignatureStatusCallback,                                    \
+            SC##model##_Clear, SC##model##_getDeviceInfo, SC##model##_GetHWPadID, SC##model##_SetPenStyle,   \
+            SC##model##_SetPenWidth, SC##model##_SetPenColor, SC##model##_SignatureStatusCallback,           \
             SC##model##_RealTimeSignatureDataCallback, SC##model##_GetTotalPacketsNumber,                    \
             SC##model##_SetSaveCenterImageClip, SC##model##_SaveDrawingImage,                                \
             SC##model##_PacketsBase64Encode, SC##model##_PacketsBase64EncodeFree                             \
@@ -47,23 +48,18 @@ namespace {
 const PadFamily families[] = {PAD_FAMILY(K210), PAD_FAMILY(K420), PAD_FAMILY(K421B), PAD_FAMILY(KM730),
                               PAD_FAMILY(T580)};
 
-constexpr int imageTypes[] = {EBITI_BITMAP, EBITI_JPG, EBITI_PNG, EBITI_PDF, EBITI_SVG};
+constexpr int clipMargin = 12;     // pixels around the ink
+constexpr int watchInterval = 500; // ms
 
 // The callbacks bring no argument of the host's. Changes only while no callback can come.
 PadSession* openSession = nullptr;
 
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
-bool writeFile(const QString& path, const QByteArray& content)
+PadSession::PadSession()
 {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush();
+    m_watch.setInterval(watchInterval);
+    connect(&m_watch, &QTimer::timeout, this, &PadSession::watch);
 }
 
 QStringList PadSession::models()
@@ -74,20 +70,9 @@ QStringList PadSession::models()
     return names;
 }
 
-QString PadSession::suffix(int imageType)
+bool PadSession::hasFingerprintReader(const QString& model)
 {
-    switch (imageType) {
-    case EBITI_BITMAP:
-        return QStringLiteral("bmp");
-    case EBITI_JPG:
-        return QStringLiteral("jpg");
-    case EBITI_PDF:
-        return QStringLiteral("pdf");
-    case EBITI_SVG:
-        return QStringLiteral("svg");
-    default:
-        return QStringLiteral("png");
-    }
+    return model == QLatin1String("K421B");
 }
 
 bool PadSession::driverIsThere()
@@ -95,40 +80,54 @@ bool PadSession::driverIsThere()
     return QFile::exists(QStringLiteral("./libscriberadrv.so"));
 }
 
-bool PadSession::open(const QString& model, QWidget* parent, const QRect& place)
+bool PadSession::open(const QString& model, QWidget* parent, const QSize& size)
 {
     close();
     const auto* const family = std::find_if(std::begin(families), std::end(families), [&](const auto& row) {
         return model == QLatin1String(row.model);
     });
     if (family == std::end(families) || openSession ||
-        !family->initialDevice(family->deviceType, parent, place.x(), place.y(), place.width(),
-                               place.height()))
+        !family->initialDevice(family->deviceType, parent, 0, 0, size.width(), size.height()))
         return false;
     m_family = family;
     openSession = this;
     m_highestPressure = std::max(1, information(4, 0));
-    if (family->setStatusCallback(family->deviceType, &PadSession::onKey) == ARI_SUCCESS &&
-        family->setRealTimeCallback(family->deviceType, &PadSession::onPoint))
-        return true;
-    close();
-    return false;
+    if (family->setStatusCallback(family->deviceType, &PadSession::onKey) != ARI_SUCCESS ||
+        !family->setRealTimeCallback(family->deviceType, &PadSession::onPoint)) {
+        close();
+        return false;
+    }
+    m_answered = false;
+    watch();
+    m_watch.start();
+    return true;
 }
 
 void PadSession::close()
 {
     if (!m_family)
         return;
+    m_watch.stop();
     m_family->unInitialDevice(m_family->deviceType); // waits for a callback that is running
     openSession = nullptr;
     m_family = nullptr;
     m_news.clear(); // the library's threads are gone
 }
 
-// On the library's threads: take a note and return.
+// On the library's threads. While onKey() runs no pen comes down: here, and only here, what is there is what
+// the key confirms or cancels.
 void PadSession::onKey(int status) noexcept
 {
-    openSession->post({status});
+    News key;
+    key.key = status;
+    if (status == 1) {
+        key.signature = std::make_shared<const Signature>(openSession->take());
+    } else {
+        openSession
+            ->clear(); // after the cancel key it leaves the pad's own screen, and a fingerprint on it, alone
+        openSession->clear();
+    }
+    openSession->post(key);
 }
 
 void PadSession::onPoint(unsigned long position, long pen) noexcept
@@ -156,13 +155,27 @@ void PadSession::takeNews()
         taken.swap(m_news);
     }
     for (const News& news : taken) {
+        if (!m_family) // closed by a receiver: the rest is of no interest any more
+            return;
         if (news.key < 0)
             emit pointStored(news.place, news.pressure, news.onPad);
         else if (news.key == 1)
-            emit confirmed();
+            emit confirmed(*news.signature);
         else
             emit cancelled();
     }
+}
+
+// The library does not notice that the pad is gone, but the driver does. One that never gave an id cannot be
+// asked.
+void PadSession::watch()
+{
+    std::array<char, 64> id{};
+    const bool answers =
+        m_family->getHWPadID(m_family->deviceType, id.data(), int(id.size()) - 1) == ARI_SUCCESS;
+    if (m_answered && !answers)
+        emit wentAway();
+    m_answered = m_answered || answers;
 }
 
 // Answers of the kinds that are one or two 32-bit numbers.
@@ -205,78 +218,58 @@ int PadSession::points() const
     return m_family ? std::max(0, m_family->countPoints(m_family->deviceType)) : 0;
 }
 
-bool PadSession::save(const ExportSettings& settings, const QString& path) const
+QByteArray PadSession::inkText() const
 {
-    // Said again before each export, because Clear switches clipping off.
-    if (!m_family || m_family->setClip(m_family->deviceType, settings.clip, settings.margins.width(),
-                                       settings.margins.height()) != ARI_SUCCESS)
-        return false;
-    QFile::remove(path); // an older file must not pass for a saved one
-    std::wstring widePath = path.toStdWString();
-    return m_family->save(m_family->deviceType, settings.imageType, widePath.data(),
-                          settings.dpi == 150 ? 0 : 1) == ARI_SUCCESS &&
-           QFile(path).size() > 0; // PDF and SVG do not report all that can go wrong
-}
-
-QByteArray PadSession::base64(const ExportSettings& settings) const
-{
-    if (settings.imageType == EBITI_PDF || settings.imageType == EBITI_SVG) {
-        // PDF has no Base64 function, and the one for SVG leaves the signature in a file under /tmp.
-        const QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("signature.") + suffix(settings.imageType));
-        return folder.isValid() && save(settings, path) ? readFile(path).toBase64() : QByteArray();
-    }
-    if (!m_family || m_family->setClip(m_family->deviceType, settings.clip, settings.margins.width(),
-                                       settings.margins.height()) != ARI_SUCCESS)
+    if (!m_family)
         return {};
-    char* const text = m_family->encode(m_family->deviceType, settings.imageType);
-    QByteArray copy(text);
+    char* const text = m_family->encode(m_family->deviceType, EBITI_INK);
+    const QByteArray copy(text);
     m_family->freeEncoded(m_family->deviceType, text);
     return copy;
 }
 
-QByteArray PadSession::inkText() const
+// Empty when the file cannot be made.
+QByteArray PadSession::exported(const ExportSettings& settings, const QString& folder) const
 {
-    ExportSettings settings;
-    settings.imageType = EBITI_INK;
-    return base64(settings);
+    QFile file(folder + QStringLiteral("/signature.") + suffix(settings.imageType));
+    std::wstring path = file.fileName().toStdWString();
+    file.remove(); // an older file must not pass for this one
+    // The clipping is said before each export, because Clear switches it off.
+    const bool saved =
+        m_family->setClip(m_family->deviceType, settings.clip, clipMargin, clipMargin) == ARI_SUCCESS &&
+        m_family->save(m_family->deviceType, settings.imageType, path.data(), settings.dpi == 150 ? 0 : 1) ==
+            ARI_SUCCESS;
+    return saved && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QStringList PadSession::saveEverything(const QString& folder, ExportSettings settings) const
+Signature PadSession::take() const
 {
-    const QDir to(folder);
-    QStringList failed;
-    for (const int type : imageTypes) {
-        settings.imageType = type;
-        const QString path = to.filePath(QStringLiteral("signature.") + suffix(type));
-        if (!save(settings, path))
-            failed += path;
-    }
-    const auto write = [&](const char* name, const QByteArray& content) {
-        if (content.isEmpty() || !writeFile(to.filePath(QLatin1String(name)), content))
-            failed += to.filePath(QLatin1String(name));
-    };
-    write("signature.ink", inkText());
-    if (const QByteArray fingerprint = fingerprintPng(); !fingerprint.isEmpty())
-        write("fingerprint.png", fingerprint);
-    return failed;
-}
-
-bool PadSession::hasFingerprintReader() const
-{
-    return m_family && m_family->deviceType == SCK421B_DEVICE;
+    const std::lock_guard lock(m_takeMutex);
+    Signature taken;
+    const QTemporaryDir folder; // for this user alone, and gone at the end
+    taken.points = points();
+    if (taken.points == 0 || !folder.isValid())
+        return {};
+    for (const int type : Signature::imageTypes)
+        for (const int dpi : Signature::resolutions)
+            for (const bool clip : {false, true})
+                taken.files[{type, dpi, clip}] = exported({type, dpi, clip}, folder.path());
+    taken.canvas = QImage::fromData(taken.file({EBITI_BITMAP, 300, false}));
+    taken.ink = inkText();
+    taken.fingerprint = fingerprintPng();
+    return points() == taken.points ? taken : Signature();
 }
 
 bool PadSession::placeFingerprint(QWidget* parent, const QRect& place)
 {
-    return hasFingerprintReader() &&
+    return m_family && m_family->deviceType == SCK421B_DEVICE &&
            SCK421B_SetDisplayedFPImageAt(SCK421B_DEVICE, parent, 0, 0, place.x(), place.y(), place.width(),
                                          place.height()) == ARI_SUCCESS;
 }
 
 QByteArray PadSession::fingerprintPng() const
 {
-    if (!hasFingerprintReader())
+    if (!m_family || m_family->deviceType != SCK421B_DEVICE)
         return {};
     SCK421B_SetSaveCenterImageClip(SCK421B_DEVICE, false, 0, 0); // it would replace the rectangle
     char* const text = SCK421B_GetFPImageBase64Data(SCK421B_DEVICE, EBITI_PNG, true);

@@ -1,14 +1,16 @@
 // The one place that talks to the SDK.
 #pragma once
 
-#include <scriberasdk.h>
+#include "signature.h"
 
 #include <QColor>
 #include <QObject>
 #include <QPointF>
 #include <QRect>
 #include <QStringList>
+#include <QTimer>
 
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -21,27 +23,21 @@ struct PenSettings
     bool pressure = true;
 };
 
-struct ExportSettings
-{
-    int imageType = EBITI_PNG;
-    int dpi = 300;
-    bool clip = true;
-    QSize margins{12, 12};
-};
-
-// A pad from open() to close(). Lives on the GUI thread; its signals come from there too.
+// A pad from open() to close(), for one signature: an open pad keeps a processor core busy. Lives on the GUI
+// thread; its signals come from there too.
 class PadSession : public QObject
 {
     Q_OBJECT
 
 public:
+    PadSession();
     ~PadSession() override { close(); }
 
     static QStringList models();
-    static QString suffix(int imageType); // "png"
+    static bool hasFingerprintReader(const QString& model);
 
     // Puts the library's signing canvas into the parent. The driver is looked for in the current folder.
-    bool open(const QString& model, QWidget* parent, const QRect& place);
+    bool open(const QString& model, QWidget* parent, const QSize& size);
     void close();
     bool isOpen() const { return m_family; }
     static bool driverIsThere();
@@ -52,21 +48,18 @@ public:
     bool apply(const PenSettings& pen);
     bool clear();
     int points() const;
+    QByteArray inkText() const; // empty without points
+    Signature take() const;     // not whole when the pen went on meanwhile, or a file cannot be made
 
-    bool save(const ExportSettings& settings, const QString& path) const;
-    QByteArray base64(const ExportSettings& settings) const; // empty when there is nothing to encode
-    QByteArray inkText() const;
-    QStringList saveEverything(const QString& folder, ExportSettings settings) const; // what did not succeed
-
-    bool hasFingerprintReader() const;
     // In the canvas when parent is the canvas's own parent, else in a widget that covers the parent.
     bool placeFingerprint(QWidget* parent, const QRect& place);
     QByteArray fingerprintPng() const; // empty when no finger was read
 
 signals:
     void pointStored(QPointF place, double pressure, bool onPad); // 0 to 1 each
-    void confirmed();
-    void cancelled();
+    void confirmed(const Signature& signature);                   // as it was when the key was touched
+    void cancelled(); // it is cleared already
+    void wentAway(); // the pad does not answer any more
 
 private:
     // What a callback brings. Points and keys share one queue, so that they keep their order.
@@ -76,17 +69,22 @@ private:
         QPointF place{};
         double pressure = 0;
         bool onPad = false;
+        std::shared_ptr<const Signature> signature{}; // with the confirm key
     };
     static void onKey(int status) noexcept;
     static void onPoint(unsigned long position, long pen) noexcept;
     void post(const News& news);
     Q_INVOKABLE void takeNews();
+    void watch();
     int information(int index, int number) const;
+    QByteArray exported(const ExportSettings& settings, const QString& folder) const;
 
-    const PadFamily* m_family = nullptr;
+    const PadFamily* m_family = nullptr; // changes only while no callback can come
+    QTimer m_watch;
+    bool m_answered = false; // since it was opened
     int m_highestPressure = 1;
+    mutable std::mutex
+        m_takeMutex;          // held while a signature is taken, since each export sets the clipping anew
     std::mutex m_newsMutex;   // the library's threads add news, the GUI thread takes them
     std::vector<News> m_news; // under the mutex
 };
-
-bool writeFile(const QString& path, const QByteArray& content);

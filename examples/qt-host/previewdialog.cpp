@@ -10,7 +10,6 @@
 #include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
-#include <QSpinBox>
 #include <QSvgRenderer>
 
 namespace {
@@ -27,22 +26,11 @@ QBrush chequers()
     return QBrush(tile);
 }
 
-QSpinBox* marginBox(const QString& toolTip)
-{
-    auto* const box = new QSpinBox;
-    box->setRange(1, 200);
-    box->setValue(12);
-    box->setSuffix(QStringLiteral(" px"));
-    box->setToolTip(toolTip);
-    return box;
-}
-
 } // namespace
 
-PreviewDialog::PreviewDialog(const PadSession& session, QWidget* parent)
-    : QDialog(parent), m_session(session), m_type(new QComboBox), m_dpi(new QComboBox),
-      m_clip(new QCheckBox(tr("Cut to the &ink"))), m_marginX(marginBox(tr("Left and right of the ink"))),
-      m_marginY(marginBox(tr("Above and below the ink"))), m_preview(new QLabel), m_summary(new QLabel),
+PreviewDialog::PreviewDialog(const Signature& signature, QWidget* parent)
+    : QDialog(parent), m_signature(signature), m_type(new QComboBox), m_dpi(new QComboBox),
+      m_clip(new QCheckBox(tr("Cut to the &ink"))), m_preview(new QLabel), m_summary(new QLabel),
       m_save(new QPushButton(tr("&Save…"))), m_copy(new QPushButton(tr("Copy as &Base64")))
 {
     setWindowTitle(tr("Save the signature"));
@@ -72,8 +60,6 @@ PreviewDialog::PreviewDialog(const PadSession& session, QWidget* parent)
     form->addRow(tr("&File"), m_type);
     form->addRow(tr("&Resolution"), m_dpi);
     form->addRow(m_clip);
-    form->addRow(tr("Margins &across"), m_marginX);
-    form->addRow(tr("Margins &down"), m_marginY);
     form->addRow(m_summary);
     auto* const side = new QVBoxLayout;
     side->addLayout(form);
@@ -86,12 +72,9 @@ PreviewDialog::PreviewDialog(const PadSession& session, QWidget* parent)
     setTabOrder(m_save, m_copy);
 
     const auto changed = qOverload<int>(&QComboBox::currentIndexChanged);
-    const auto moved = qOverload<int>(&QSpinBox::valueChanged);
     connect(m_type, changed, this, &PreviewDialog::refresh);
     connect(m_dpi, changed, this, &PreviewDialog::refresh);
     connect(m_clip, &QCheckBox::toggled, this, &PreviewDialog::refresh);
-    connect(m_marginX, moved, this, &PreviewDialog::refresh);
-    connect(m_marginY, moved, this, &PreviewDialog::refresh);
     connect(m_save, &QPushButton::clicked, this, &PreviewDialog::save);
     connect(m_copy, &QPushButton::clicked, this, &PreviewDialog::copy);
     refresh();
@@ -99,15 +82,12 @@ PreviewDialog::PreviewDialog(const PadSession& session, QWidget* parent)
 
 ExportSettings PreviewDialog::settings() const
 {
-    return {m_type->currentData().toInt(), m_dpi->currentData().toInt(), m_clip->isChecked(),
-            QSize(m_marginX->value(), m_marginY->value())};
+    return {m_type->currentData().toInt(), m_dpi->currentData().toInt(), m_clip->isChecked()};
 }
 
 void PreviewDialog::refresh()
 {
-    m_marginX->setEnabled(m_clip->isChecked());
-    m_marginY->setEnabled(m_clip->isChecked());
-    m_preview->setPixmap(picture(QByteArray::fromBase64(m_session.base64(settings()))));
+    m_preview->setPixmap(picture(m_signature.file(settings())));
 }
 
 // The picture on its paper: a chequered ground for what is transparent, a page for PDF.
@@ -118,7 +98,7 @@ QPixmap PreviewDialog::picture(const QByteArray& content) const
     QByteArray raster = content;
     if (page) { // its page holds the same pixels as the PNG
         shown.imageType = EBITI_PNG;
-        raster = QByteArray::fromBase64(m_session.base64(shown));
+        raster = m_signature.file(shown);
     }
     QSvgRenderer vectors;
     QImage image;
@@ -131,10 +111,6 @@ QPixmap PreviewDialog::picture(const QByteArray& content) const
     QPixmap pixmap(previewSize * devicePixelRatioF());
     pixmap.setDevicePixelRatio(devicePixelRatioF());
     pixmap.fill(QColor(0xe9, 0xee, 0xf3));
-    if (size.isEmpty()) {
-        m_summary->setText(tr("There is no ink to save."));
-        return pixmap;
-    }
     const QSizeF inches = size / shown.dpi;
     m_summary->setText(tr("%1 × %2 pixels, %3 × %4 mm on paper, %5 kB")
                            .arg(size.width())
@@ -163,15 +139,15 @@ QPixmap PreviewDialog::picture(const QByteArray& content) const
 
 void PreviewDialog::save()
 {
-    const QString suffix = PadSession::suffix(settings().imageType);
-    QFileDialog dialog(this, windowTitle(), {}, tr("%1 (*.%2)").arg(suffix.toUpper(), suffix));
+    const QString ending = suffix(settings().imageType);
+    QFileDialog dialog(this, windowTitle(), {}, tr("%1 (*.%2)").arg(ending.toUpper(), ending));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setDefaultSuffix(suffix); // the library takes a raster's format from it
-    dialog.selectFile(QStringLiteral("signature.") + suffix);
+    dialog.setDefaultSuffix(ending);
+    dialog.selectFile(QStringLiteral("signature.") + ending);
     if (dialog.exec() != QDialog::Accepted)
         return;
     const QString path = dialog.selectedFiles().constFirst();
-    if (m_session.save(settings(), path))
+    if (writeFile(path, m_signature.file(settings())))
         accept();
     else
         QMessageBox::warning(this, windowTitle(), tr("%1 cannot be written.").arg(path));
@@ -179,5 +155,5 @@ void PreviewDialog::save()
 
 void PreviewDialog::copy()
 {
-    QApplication::clipboard()->setText(QString::fromLatin1(m_session.base64(settings())));
+    QApplication::clipboard()->setText(QString::fromLatin1(m_signature.file(settings()).toBase64()));
 }

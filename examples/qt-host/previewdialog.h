@@ -1,7 +1,7 @@
 // What an export will look like, before it is saved or copied.
 #pragma once
 
-#include "padsession.h"
+#include "signature.h"
 
 #include <QDialog>
 
@@ -9,14 +9,13 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class QPushButton;
-class QSpinBox;
 
 class PreviewDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    explicit PreviewDialog(const PadSession& session, QWidget* parent = nullptr);
+    explicit PreviewDialog(const Signature& signature, QWidget* parent = nullptr);
 
     ExportSettings settings() const;
 
@@ -26,12 +25,10 @@ private:
     void save();
     void copy();
 
-    const PadSession& m_session;
+    const Signature& m_signature;
     QComboBox* m_type;
     QComboBox* m_dpi;
     QCheckBox* m_clip;
-    QSpinBox* m_marginX;
-    QSpinBox* m_marginY;
     QLabel* m_preview;
     QLabel* m_summary;
     QPushButton* m_save;

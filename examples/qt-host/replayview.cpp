@@ -1,7 +1,5 @@
 #include "replayview.h"
 
-#include "padsession.h"
-
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -9,37 +7,12 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QSlider>
-#include <QtEndian>
 
 #include <algorithm>
 
-QVector<InkPoint> readInk(const QByteArray& text)
-{
-    const auto decoded =
-        QByteArray::fromBase64Encoding(text.simplified(), QByteArray::AbortOnBase64DecodingErrors);
-    const QByteArray& stream = decoded.decoded;
-    constexpr int recordSize = sizeof(_POINTDATA);
-    if (!decoded || stream.size() < recordSize || stream.size() % recordSize != 1 || stream.back() != 0)
-        return {};
-    QVector<InkPoint> points;
-    const auto first = qFromLittleEndian<qint64>(stream.constData() + offsetof(_POINTDATA, llTick));
-    for (const char* record = stream.constData(); record + recordSize <= stream.constData() + stream.size();
-         record += recordSize) {
-        const auto tick = qFromLittleEndian<qint64>(record + offsetof(_POINTDATA, llTick));
-        const int earliest = points.isEmpty() ? 0 : points.last().millisecond;
-        // A stream from elsewhere may have any ticks; time never runs back here, nor for more than an hour.
-        const auto elapsed = std::clamp<double>(double(tick) - double(first), earliest, 3600000);
-        points.append({QPointF(qFromLittleEndian<quint16>(record + offsetof(_POINTDATA, usX)),
-                               qFromLittleEndian<qint16>(record + offsetof(_POINTDATA, sY))),
-                       double(qFromLittleEndian<qint16>(record + offsetof(_POINTDATA, sPressure))),
-                       record[offsetof(_POINTDATA, ucStatus)] != 0, int(elapsed)});
-    }
-    return points;
-}
-
-ReplayView::ReplayView(QWidget* parent)
-    : QDialog(parent), m_paper(new QWidget), m_play(new QPushButton(tr("&Play"))),
-      m_position(new QSlider(Qt::Horizontal)), m_time(new QLabel)
+ReplayView::ReplayView(const QByteArray& text, QWidget* parent)
+    : QDialog(parent), m_text(text), m_points(readInk(text)), m_paper(new QWidget),
+      m_play(new QPushButton(tr("&Play"))), m_position(new QSlider(Qt::Horizontal)), m_time(new QLabel)
 {
     setWindowTitle(tr("Replay of the ink"));
     resize(720, 480);
@@ -48,15 +21,12 @@ ReplayView::ReplayView(QWidget* parent)
     m_position->setToolTip(tr("Moment of the signature"));
     m_position->setAccessibleName(tr("Moment"));
     m_time->setMinimumWidth(m_time->fontMetrics().horizontalAdvance(QStringLiteral("00.0 of 00.0 s  ")));
-    auto* const load = new QPushButton(tr("&Load…"));
-    load->setToolTip(tr("Plays an ink packet stream from a file"));
     auto* const save = new QPushButton(tr("&Export…"));
     save->setToolTip(tr("Saves this ink packet stream as a file"));
     auto* const controls = new QHBoxLayout;
     controls->addWidget(m_play);
     controls->addWidget(m_position, 1);
     controls->addWidget(m_time);
-    controls->addWidget(load);
     controls->addWidget(save);
     auto* const column = new QVBoxLayout(this);
     column->addWidget(m_paper, 1);
@@ -71,21 +41,10 @@ ReplayView::ReplayView(QWidget* parent)
             setMillisecond(value);
         }
     });
-    connect(load, &QPushButton::clicked, this, &ReplayView::loadFile);
     connect(save, &QPushButton::clicked, this, &ReplayView::saveFile);
-}
-
-bool ReplayView::setInk(const QByteArray& text)
-{
-    const QVector<InkPoint> points = readInk(text);
-    if (points.isEmpty())
-        return false;
-    m_text = text;
-    m_points = points;
     m_position->setRange(0, duration());
     setMillisecond(0);
     play(true);
-    return true;
 }
 
 int ReplayView::duration() const
@@ -155,17 +114,6 @@ void ReplayView::paintEvent(QPaintEvent*)
                             Qt::SolidLine, Qt::RoundCap));
         painter.drawLine(mapped(m_points[i - 1].place), mapped(point.place));
     }
-}
-
-void ReplayView::loadFile()
-{
-    const QString path =
-        QFileDialog::getOpenFileName(this, tr("Load ink"), {}, tr("Ink (*.ink);;All files (*)"));
-    if (path.isEmpty())
-        return;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || !setInk(file.readAll()))
-        QMessageBox::warning(this, windowTitle(), tr("%1 holds no ink packet stream.").arg(path));
 }
 
 void ReplayView::saveFile()

@@ -1,9 +1,10 @@
 // Shows an ink packet stream as it was written, in its own time.
 #pragma once
 
+#include "signature.h"
+
 #include <QDialog>
 #include <QElapsedTimer>
-#include <QPointF>
 #include <QTimer>
 #include <QVector>
 
@@ -11,25 +12,14 @@ class QLabel;
 class QPushButton;
 class QSlider;
 
-struct InkPoint
-{
-    QPointF place; // in pad units
-    double pressure = 0;
-    bool lifted = false;
-    int millisecond = 0; // since the first point
-};
-
-// Empty when the text is no ink packet stream.
-QVector<InkPoint> readInk(const QByteArray& text);
-
 class ReplayView : public QDialog
 {
     Q_OBJECT
 
 public:
-    explicit ReplayView(QWidget* parent = nullptr);
+    // The text is an ink packet stream, and is played at once.
+    explicit ReplayView(const QByteArray& text, QWidget* parent = nullptr);
 
-    bool setInk(const QByteArray& text); // plays it
     int duration() const;
     void setMillisecond(int millisecond);
     QRect drawingArea() const;
@@ -40,7 +30,6 @@ protected:
 private:
     void play(bool on);
     void advance();
-    void loadFile();
     void saveFile();
 
     QByteArray m_text;

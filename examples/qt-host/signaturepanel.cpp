@@ -1,9 +1,14 @@
 #include "signaturepanel.h"
 
+#include <QGraphicsPixmapItem>
+#include <QGraphicsProxyWidget>
+#include <QGraphicsView>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
+#include <QScreen>
 #include <QVBoxLayout>
+#include <QWindow>
 
 namespace {
 
@@ -41,11 +46,24 @@ protected:
 } // namespace
 
 SignaturePanel::SignaturePanel(QWidget* parent)
-    : QFrame(parent), m_guide(new Guide(this)), m_notice(new QFrame(this)), m_noticeTitle(new QLabel),
-      m_noticeAdvice(new QLabel)
+    : QFrame(parent), m_paper(new QWidget), m_signature(m_scene.addPixmap({})),
+      m_view(new QGraphicsView(&m_scene, this)), m_guide(new Guide(this)), m_notice(new QFrame(this)),
+      m_noticeTitle(new QLabel), m_noticeAdvice(new QLabel)
 {
     setMinimumSize(smallestField);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    // A widget has one pixel per unit, however fine the screen. Here the canvas has as many as the screen,
+    // and the view shows it at the size of the field.
+    m_scene.addWidget(m_paper);
+    m_paper->hide();
+    m_signature->setTransformationMode(Qt::SmoothTransformation);
+    m_view->setRenderHint(QPainter::SmoothPixmapTransform);
+    m_view->setFrameShape(QFrame::NoFrame);
+    m_view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_view->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_view->setInteractive(false);
+    m_view->setFocusPolicy(Qt::NoFocus);
+    m_view->hide();
     m_guide->hide();
     m_notice->setObjectName(QStringLiteral("notice"));
     m_notice->hide();
@@ -67,21 +85,38 @@ SignaturePanel::SignaturePanel(QWidget* parent)
     column->addStretch();
 }
 
+SignaturePanel::~SignaturePanel() = default;
+
 void SignaturePanel::setCanvas(QWidget* canvas, const QSize& writingArea)
 {
     m_canvas = canvas;
     m_writingArea = writingArea;
-    m_notice->setVisible(!canvas);
-    m_guide->setVisible(canvas);
-    m_guide->raise(); // the library's widget came later
+    m_signature->setPixmap({});
+    m_paper->show();
+    m_notice->hide();
+    m_view->show();
+    m_guide->show();
     setInk(false);
+}
+
+void SignaturePanel::showSignature(const QImage& picture)
+{
+    m_canvas = nullptr;
+    m_paper->hide();
+    m_signature->setPixmap(QPixmap::fromImage(picture));
+    placeCanvas();
 }
 
 void SignaturePanel::showNotice(const QString& title, const QString& advice)
 {
-    setCanvas(nullptr, {});
+    m_canvas = nullptr;
+    m_signature->setPixmap({});
+    m_view->hide();
+    m_guide->hide();
     m_noticeTitle->setText(title);
     m_noticeAdvice->setText(advice);
+    m_notice->show();
+    update();
 }
 
 void SignaturePanel::setInk(bool ink)
@@ -89,8 +124,12 @@ void SignaturePanel::setInk(bool ink)
     m_ink = ink;
     static_cast<Guide*>(m_guide)->blank = !ink;
     m_guide->update();
-    setMinimumSize(ink && m_canvas ? m_canvas->size() + QSize(2 * margin, 2 * margin) : smallestField);
     placeCanvas();
+}
+
+double SignaturePanel::pixelsPerUnit() const
+{
+    return m_view->transform().m11() > 0 ? 1 / m_view->transform().m11() : 1;
 }
 
 void SignaturePanel::resizeEvent(QResizeEvent*)
@@ -98,19 +137,38 @@ void SignaturePanel::resizeEvent(QResizeEvent*)
     placeCanvas();
 }
 
+void SignaturePanel::showEvent(QShowEvent*)
+{
+    if (QWindow* const screenWindow = window()->windowHandle())
+        connect(screenWindow, &QWindow::screenChanged, this, &SignaturePanel::placeCanvas,
+                Qt::UniqueConnection);
+}
+
 void SignaturePanel::placeCanvas()
 {
     const QRect field = rect().adjusted(margin, margin, -margin, -margin);
     m_notice->setGeometry(field);
-    if (!m_canvas)
+    if (!m_view->isVisibleTo(this))
         return;
+    const bool resizes = m_canvas && !m_ink;
+    QSize pixels = m_canvas ? m_canvas->size() : m_signature->pixmap().size();
     // The pad's own proportions, so that the signature looks as it was written.
-    const QSize before = m_canvas->size();
-    QRect place({}, m_ink ? before : m_writingArea.scaled(field.size(), Qt::KeepAspectRatio));
+    QRect place({}, (resizes ? m_writingArea : pixels).scaled(field.size(), Qt::KeepAspectRatio));
     place.moveCenter(field.center());
-    m_canvas->setGeometry(place);
+    const QSize finest = place.size() * devicePixelRatioF();
+    const bool changes = resizes && pixels != finest;
+    if (changes) {
+        pixels = finest;
+        m_paper->resize(pixels);
+        m_canvas->resize(pixels);
+    }
+    m_view->setGeometry(place);
+    m_view->setSceneRect(QRectF({}, pixels));
+    m_view->setTransform(QTransform::fromScale(double(place.width()) / pixels.width(),
+                                               double(place.height()) / pixels.height()));
     m_guide->setGeometry(place);
-    if (place.size() != before)
+    m_guide->raise();
+    if (changes)
         emit canvasResized();
     update();
 }
@@ -122,10 +180,10 @@ void SignaturePanel::paintEvent(QPaintEvent*)
     painter.setPen(QPen(QColor(0xb4, 0xc0, 0xcd), 1));
     painter.setBrush(Qt::white);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 5, 5);
-    if (!m_canvas)
+    if (!m_view->isVisibleTo(this))
         return;
     // Corner marks show how far the pad's writing area reaches.
-    const QRectF area = QRectF(m_canvas->geometry()).adjusted(-2.5, -2.5, 2.5, 2.5);
+    const QRectF area = QRectF(m_view->geometry()).adjusted(-2.5, -2.5, 2.5, 2.5);
     painter.setPen(QPen(QColor(0x8f, 0xa3, 0xb8), 1.2));
     for (const auto& [corner, x, y] : {std::tuple(area.topLeft(), 1, 1),
                                        {area.topRight(), -1, 1},

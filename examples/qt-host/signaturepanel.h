@@ -1,9 +1,13 @@
-// The signature field of the form: the place for the library's canvas, or a notice when there is no pad.
+// The signature field of the form: the library's canvas while somebody signs, the signature afterwards, or a
+// notice when there is no pad.
 #pragma once
 
 #include <QFrame>
+#include <QGraphicsScene>
 #include <QPointer>
 
+class QGraphicsPixmapItem;
+class QGraphicsView;
 class QLabel;
 class QPushButton;
 
@@ -13,12 +17,19 @@ class SignaturePanel : public QFrame
 
 public:
     explicit SignaturePanel(QWidget* parent = nullptr);
+    ~SignaturePanel() override;
 
+    QWidget* paper() const
+    {
+        return m_paper;
+    } // the canvas's parent; as large as the canvas, not as the panel
     void setCanvas(QWidget* canvas, const QSize& writingArea);
     QWidget* canvas() const { return m_canvas; }
+    double pixelsPerUnit() const; // of the canvas, per unit of the window
+    void showSignature(const QImage& picture);
     void showNotice(const QString& title, const QString& advice);
-    // A canvas with ink keeps its size: ink stays where it is in pixels while new samples are mapped to the
-    // new size, so that a resize would take the signature apart.
+    // A canvas with ink keeps its size and is shown larger or smaller: ink stays where it is in pixels while
+    // new samples are mapped to the new size, so that a resize would take the signature apart.
     void setInk(bool ink);
 
 signals:
@@ -27,6 +38,7 @@ signals:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
@@ -35,7 +47,11 @@ private:
     QPointer<QWidget> m_canvas; // the library's; it deletes it
     QSize m_writingArea;
     bool m_ink = false;
-    QWidget* m_guide; // over the canvas: the line to sign on
+    QGraphicsScene m_scene; // in pixels of the canvas
+    QWidget* m_paper;
+    QGraphicsPixmapItem* m_signature;
+    QGraphicsView* m_view;
+    QWidget* m_guide; // over the view: the line to sign on
     QFrame* m_notice;
     QLabel* m_noticeTitle;
     QLabel* m_noticeAdvice;

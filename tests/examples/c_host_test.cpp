@@ -39,7 +39,7 @@ TEST_P(CHostOnModel, SavesEveryKindOfFile)
     for (const QString& suffix : suffixes)
         EXPECT_TRUE(holdsDrawing(contentOf(path("signature." + suffix)), suffix));
 
-    const Signature expected = signatureIn(recording("flowing.rec"));
+    const Recorded expected = signatureIn(recording("flowing.rec"));
     EXPECT_EQ(pointsIn(contentOf(path("signature.ink"))), expected.points);
     const std::string counted = std::string(GetParam()) + ": " + std::to_string(expected.points) +
                                 " points, " + std::to_string(expected.strokes) + " strokes, ";

@@ -9,7 +9,8 @@
 namespace {
 
 // Of the window at its first size: the inside of the signature field.
-constexpr QRect signatureField(60, 260, 660, 360);
+constexpr QRect signatureField(60, 205, 660, 345);
+constexpr QSize windowSize(1080, 660);
 
 class DemoHost : public HostTest
 {
@@ -62,7 +63,7 @@ TEST_P(DemoHostOnModel, SavesAllAndShowsTheInk)
               signatureIn(recording("flowing.rec")).points);
 
     const QImage window(path("window.png"));
-    EXPECT_EQ(window.size(), QSize(1080, 740));
+    EXPECT_EQ(window.size(), windowSize);
     EXPECT_GT(countOf(window, signatureField, qRgb(0, 0, 0)), 1000);
 }
 
@@ -73,7 +74,7 @@ TEST_F(DemoHost, ShowsNoInkBeforeThePersonSigns)
 {
     ASSERT_EQ(runHost({"--screenshot", "window.png", "--after", "0.3"}).exitCode, 0);
     const QImage window(path("window.png"));
-    EXPECT_EQ(window.size(), QSize(1080, 740));
+    EXPECT_EQ(window.size(), windowSize);
     EXPECT_EQ(countOf(window, signatureField, qRgb(0, 0, 0)), 0);
 }
 
@@ -81,11 +82,37 @@ TEST_F(DemoHost, DrawsTwiceAsFineOnAFineScreen)
 {
     Variables variables = signing("confirm");
     variables["QT_SCALE_FACTOR"] = "2";
-    ASSERT_EQ(runHost({"--screenshot", "window.png", "--after", "confirm"}, variables).exitCode, 0);
+    const QStringList arguments = {"--auto-save", "fine", "--screenshot", "window.png", "--after", "confirm"};
+    ASSERT_EQ(runHost(arguments, variables).exitCode, 0);
     const QImage window(path("window.png"));
-    EXPECT_EQ(window.size(), QSize(2160, 1480));
+    EXPECT_EQ(window.size(), 2 * windowSize);
     const QRect field(2 * signatureField.topLeft(), 2 * signatureField.size());
     EXPECT_GT(countOf(window, field, qRgb(0, 0, 0)), 4000);
+    // Magnified, a picture has four equal pixels for each one.
+    int mixed = 0;
+    for (int y = field.top(); y < field.bottom(); y += 2)
+        for (int x = field.left(); x < field.right(); x += 2)
+            mixed +=
+                window.pixel(x, y) != window.pixel(x + 1, y) || window.pixel(x, y) != window.pixel(x, y + 1)
+                    ? 1
+                    : 0;
+    EXPECT_GT(mixed, 500);
+    // What is saved has as many pixels as the screen shows.
+    variables.remove("QT_SCALE_FACTOR");
+    ASSERT_EQ(runHost({"--auto-save", "coarse"}, variables).exitCode, 0);
+    const int fine = QImage(path("fine/signature.png")).width() - 2 * 12;
+    const int coarse = QImage(path("coarse/signature.png")).width() - 2 * 12;
+    EXPECT_NEAR(fine, 2 * coarse, 20);
+    EXPECT_GT(coarse, 200);
+}
+
+TEST_F(DemoHost, HelpsWithoutADisplay)
+{
+    for (const char* option : {"--help", "-h", "--version", "-v"}) {
+        const Outcome outcome = runHost({option}, {{"QT_QPA_PLATFORM", "xcb"}});
+        EXPECT_EQ(outcome.exitCode, 0) << option << ": " << outcome.error;
+        EXPECT_NE(outcome.output.find("scribera-demo-host"), std::string::npos) << option;
+    }
 }
 
 TEST_F(DemoHost, EndsAtTheCancelKeyWhenItWasToSave)
@@ -109,7 +136,7 @@ TEST_F(DemoHost, ShowsItsWindowWithoutADriver)
 {
     unplug();
     EXPECT_EQ(runHost({"--screenshot", "window.png", "--after", "0.3"}).exitCode, 0);
-    EXPECT_EQ(QImage(path("window.png")).size(), QSize(1080, 740));
+    EXPECT_EQ(QImage(path("window.png")).size(), windowSize);
 }
 
 TEST_F(DemoHost, SaysWhatCannotBeSaved)

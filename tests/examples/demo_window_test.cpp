@@ -13,9 +13,12 @@
 #include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QGraphicsView>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QSlider>
+#include <QThread>
 #include <QToolButton>
 #include <QtEndian>
 
@@ -83,6 +86,23 @@ public:
                   0);
         waitIdle();
     }
+    // The pen comes down and is lifted at the same place.
+    void tap(QPointF place)
+    {
+        const int x = m_model.area.x() + int(place.x() * m_model.area.width());
+        const int y = m_model.area.y() + int(place.y() * m_model.area.height());
+        const ScrSimSample samples[] = {{x, y, m_model.highestPressure / 2, 0}, {x, y, 0, 2}};
+        ASSERT_EQ(control<decltype(ScrSim_SendSamples)>("ScrSim_SendSamples")(samples, 2), 0);
+        waitIdle();
+    }
+    int calls(const char* entryPoint)
+    {
+        return control<decltype(ScrSim_CallCount)>("ScrSim_CallCount")(entryPoint);
+    }
+    void setResult(const char* entryPoint, int result)
+    {
+        ASSERT_EQ(control<decltype(ScrSim_SetResult)>("ScrSim_SetResult")(entryPoint, result), 0);
+    }
     void press(int key)
     {
         ASSERT_EQ(control<decltype(ScrSim_PressKey)>("ScrSim_PressKey")(key), 0);
@@ -139,6 +159,15 @@ protected:
     }
     QWidget& canvas() const { return *window->session().canvas(); }
     QImage drawn() const { return canvas().grab().toImage(); }
+    // What the form shows of the signature.
+    QGraphicsView& field() const { return *window->findChild<QGraphicsView*>(); }
+    bool signAndConfirm()
+    {
+        person.draw({0.2, 0.3}, {0.8, 0.3}, 0.9);
+        person.press(1);
+        return waitUntil([&] { return isConfirmed(); });
+    }
+    bool isConfirmed() const { return state().rfind("Confirmed at ", 0) == 0; }
     template <typename Widget>
     Widget& find(const char* name) const
     {
@@ -155,9 +184,9 @@ protected:
         return waitUntil([&] { return count() == expected; });
     }
     // Whether there is ink at the place, and the paper above and below it is free.
-    testing::AssertionResult inkAt(QPointF place) const
+    testing::AssertionResult inkAt(QPointF place) const { return inkAt(place, drawn()); }
+    static testing::AssertionResult inkAt(QPointF place, const QImage& image)
     {
-        const QImage image = drawn();
         const int x = int(place.x() * image.width());
         const int y = int(place.y() * image.height());
         for (const int distance : {0, -14, 14})
@@ -188,11 +217,11 @@ TEST_P(DemoWindow, PlacesTheCanvasInThePadsProportions)
 {
     ASSERT_TRUE(open());
     const auto& panel = *window->findChild<SignaturePanel*>();
-    EXPECT_EQ(canvas().parentWidget(), &panel);
-    EXPECT_TRUE(panel.rect().contains(canvas().geometry()));
+    EXPECT_TRUE(panel.rect().contains(field().geometry()));
+    EXPECT_EQ(canvas().size(), field().size());
     const double height = double(canvas().width()) * m_model.area.height() / m_model.area.width();
     EXPECT_NEAR(canvas().height(), height, 1.5);
-    EXPECT_EQ(state(), "Waiting for the pad");
+    EXPECT_EQ(state(), "Waiting for the signature");
 }
 
 TEST_P(DemoWindow, BlankCanvasFollowsTheWindow)
@@ -203,7 +232,8 @@ TEST_P(DemoWindow, BlankCanvasFollowsTheWindow)
         window->resize(size);
         QApplication::processEvents();
         const QRect panel = window->findChild<SignaturePanel*>()->rect();
-        EXPECT_TRUE(panel.contains(canvas().geometry()));
+        EXPECT_TRUE(panel.contains(field().geometry()));
+        EXPECT_EQ(canvas().size(), field().size());
         EXPECT_TRUE(panel.width() - canvas().width() < 16 || panel.height() - canvas().height() < 16);
     }
     EXPECT_GT(canvas().width(), before.width());
@@ -223,7 +253,10 @@ TEST_P(DemoWindow, ResizeKeepsTheInkUnderThePen)
         window->resize(size);
         QApplication::processEvents();
         EXPECT_EQ(canvas().size(), signedOn);
-        EXPECT_TRUE(window->findChild<SignaturePanel*>()->rect().contains(canvas().geometry()));
+        const QRect panel = window->findChild<SignaturePanel*>()->rect();
+        EXPECT_TRUE(panel.contains(field().geometry()));
+        EXPECT_TRUE(panel.width() - field().width() < 16 || panel.height() - field().height() < 16);
+        EXPECT_TRUE(inkAt({0.5, 0.3}, field().grab().toImage())) << "all of it is shown";
     }
     // The second stroke begins on the first one and stands right below it.
     person.draw({0.5, 0.3}, {0.5, 0.7});
@@ -290,34 +323,158 @@ TEST_P(DemoWindow, CountsAndKeysMoveTheState)
     int confirmations = 0;
     QObject::connect(window.get(), &MainWindow::confirmed, [&] { ++confirmations; });
 
-    int keys = 0;
-    QObject::connect(&window->session(), &PadSession::confirmed, [&] { ++keys; });
-    person.press(1);
-    ASSERT_TRUE(waitUntil([&] { return keys == 1; }));
-    EXPECT_EQ(confirmations, 0) << "nothing is signed yet";
-    EXPECT_EQ(state(), "Waiting for the pad");
     person.draw({0.2, 0.3}, {0.8, 0.3});
     ASSERT_TRUE(waitUntil([&] { return count() == "42 points"; })) << count();
     EXPECT_EQ(state(), "Signing");
     EXPECT_EQ(confirmations, 0);
+    EXPECT_FALSE(find<QPushButton>("save").isEnabled()) << "saved is what is confirmed";
+    find<QPushButton>("clear").click();
+    EXPECT_EQ(state(), "Waiting for the signature");
+    EXPECT_EQ(count(), "0 points");
 
+    person.draw({0.2, 0.3}, {0.8, 0.3});
     person.press(1);
-    ASSERT_TRUE(waitUntil([&] { return confirmations == 1; }));
-    EXPECT_EQ(state().substr(0, 13), "Confirmed at ");
+    ASSERT_TRUE(waitUntil([&] { return isConfirmed(); }));
+    EXPECT_EQ(confirmations, 1);
+    EXPECT_EQ(count(), "42 points");
     EXPECT_TRUE(find<QPushButton>("save").isEnabled());
+    EXPECT_FALSE(find<QPushButton>("confirm").isEnabled());
+}
 
-    person.draw({0.2, 0.6}, {0.8, 0.6});
-    ASSERT_TRUE(waitUntil([&] { return count() == "84 points"; })) << count();
-    EXPECT_EQ(state(), "Signing") << "new ink is not confirmed";
+TEST_P(DemoWindow, ConfirmKeyFreezesTheSignature)
+{
+    ASSERT_TRUE(open());
+    person.draw({0.2, 0.3}, {0.8, 0.3}, 0.9);
+    const QImage seen = drawn().convertToFormat(QImage::Format_RGB32);
+    // The host hears of the key when more is drawn already.
+    person.press(1);
+    person.draw({0.2, 0.7}, {0.8, 0.7}, 0.9);
+    EXPECT_EQ(state(), "Waiting for the signature");
+    ASSERT_TRUE(waitUntil([&] { return isConfirmed(); }));
+    const Signature& signature = window->signature();
+    EXPECT_EQ(signature.points, 42);
+    EXPECT_EQ(count(), "42 points");
+    EXPECT_EQ(readInk(signature.ink).size(), 42);
+    EXPECT_EQ(signature.canvas.convertToFormat(QImage::Format_RGB32), seen);
+    EXPECT_EQ(field().grab().toImage().convertToFormat(QImage::Format_RGB32), seen) << "shown to the end";
+    for (const int type : {EBITI_BITMAP, EBITI_PNG}) {
+        QImage whole(seen.size(), QImage::Format_RGB32);
+        whole.fill(Qt::white);
+        QPainter(&whole).drawImage(0, 0, QImage::fromData(signature.file({type, 300, false})));
+        EXPECT_EQ(whole, seen) << type;
+    }
+    const QImage clipped = QImage::fromData(signature.file({EBITI_BITMAP, 300, true}));
+    EXPECT_LT(clipped.height(), seen.height() / 5) << "the later stroke is not in it";
+}
+
+TEST_P(DemoWindow, PadIsOpenForOneSignatureOnly)
+{
+    ASSERT_TRUE(open());
+    ASSERT_TRUE(signAndConfirm());
+    EXPECT_FALSE(window->session().isOpen());
+    const ScrSimSample sample{m_model.area.x() + 10, m_model.area.y() + 10, 500, 0};
+    EXPECT_NE(person.control<decltype(ScrSim_SendSamples)>("ScrSim_SendSamples")(&sample, 1), 0);
+
+    find<QPushButton>("clear").click();
+    EXPECT_TRUE(window->session().isOpen());
+    EXPECT_EQ(state(), "Waiting for the signature");
+    EXPECT_EQ(count(), "0 points");
+    EXPECT_FALSE(find<QPushButton>("save").isEnabled());
+    EXPECT_TRUE(window->signature().ink.isEmpty());
+    person.draw({0.2, 0.6}, {0.8, 0.6}, 0.9);
+    ASSERT_TRUE(caughtUp());
     find<QPushButton>("confirm").click();
-    EXPECT_EQ(confirmations, 2);
-    EXPECT_EQ(state().substr(0, 13), "Confirmed at ");
+    EXPECT_TRUE(isConfirmed());
+    EXPECT_FALSE(window->session().isOpen());
+    EXPECT_TRUE(inkAt({0.5, 0.6}, window->signature().canvas));
+}
 
+TEST_P(DemoWindow, NothingIsConfirmedWithoutInk)
+{
+    ASSERT_TRUE(open());
+    const auto expectNothing = [&] {
+        EXPECT_EQ(state(), "Waiting for the signature");
+        for (const char* name : {"confirm", "save", "replay"})
+            EXPECT_FALSE(find<QPushButton>(name).isEnabled()) << name;
+        EXPECT_TRUE(find<QPushButton>("load").isEnabled());
+    };
+    int keys = 0;
+    QObject::connect(&window->session(), &PadSession::confirmed, [&] { ++keys; });
+    expectNothing();
+    person.press(1);
+    ASSERT_TRUE(waitUntil([&] { return keys == 1; }));
+    expectNothing();
+    person.tap({0.5, 0.5});
+    person.tap({0.6, 0.5});
+    ASSERT_TRUE(waitUntil([&] { return count() == "4 points"; })) << count();
+    expectNothing();
+    person.press(1);
+    ASSERT_TRUE(waitUntil([&] { return keys == 2; }));
+    expectNothing();
+    EXPECT_TRUE(window->session().isOpen());
+    ASSERT_TRUE(signAndConfirm());
+    for (const char* name : {"save", "replay"})
+        EXPECT_TRUE(find<QPushButton>(name).isEnabled()) << name;
+}
+
+TEST_P(DemoWindow, CancelKeyClearsFormAndPad)
+{
+    ASSERT_TRUE(open());
+    person.draw({0.2, 0.3}, {0.8, 0.3});
+    ASSERT_TRUE(caughtUp());
+    const int clears = person.calls("SCRDAPI_ClearDeviceContent");
     person.press(0);
     ASSERT_TRUE(waitUntil([&] { return state().rfind("Cancelled", 0) == 0; }));
     EXPECT_EQ(count(), "0 points");
     EXPECT_EQ(window->session().points(), 0);
     EXPECT_FALSE(inkAt({0.5, 0.3}));
+    EXPECT_EQ(person.calls("SCRDAPI_ClearDeviceContent"), clears + 1) << "the pad keeps its screen otherwise";
+    EXPECT_TRUE(window->session().isOpen());
+    ASSERT_TRUE(signAndConfirm());
+}
+
+TEST_P(DemoWindow, CancelKeyTakesNoLaterInkAway)
+{
+    ASSERT_TRUE(open());
+    person.draw({0.2, 0.3}, {0.8, 0.3}, 0.9);
+    int keys = 0;
+    QObject::connect(window.get(), &MainWindow::cancelled, [&] { ++keys; });
+    // The window hears of the key when the person has signed again already.
+    const int clears = person.calls("SCRDAPI_ClearDeviceContent");
+    person.press(0);
+    QElapsedTimer clock;
+    for (clock.start(); clock.elapsed() < 60000 && person.calls("SCRDAPI_ClearDeviceContent") == clears;)
+        QThread::msleep(1);
+    person.draw({0.2, 0.7}, {0.8, 0.7}, 0.9);
+    person.press(1);
+    ASSERT_TRUE(waitUntil([&] { return isConfirmed(); }));
+    EXPECT_EQ(keys, 1);
+    EXPECT_EQ(window->signature().points, 42);
+    EXPECT_TRUE(inkAt({0.5, 0.7}, window->signature().canvas));
+    EXPECT_FALSE(inkAt({0.5, 0.3}, window->signature().canvas));
+}
+
+TEST_P(DemoWindow, NoticesThatThePadWentAway)
+{
+    ASSERT_TRUE(open());
+    person.draw({0.2, 0.3}, {0.8, 0.3});
+    ASSERT_TRUE(caughtUp());
+    QStringList reasons;
+    QObject::connect(window.get(), &MainWindow::noPad, [&](const QString& reason) { reasons += reason; });
+    person.setResult("SCRDAPI_GetDevicePadID", -1);
+    ASSERT_TRUE(waitUntil([&] { return state() == "No pad"; }));
+    EXPECT_EQ(reasons, QStringList(QStringLiteral("the %1 went away").arg(m_model.name)));
+    EXPECT_EQ(find<QLabel>("noticeTitle").text(), QStringLiteral("The %1 went away").arg(m_model.name));
+    EXPECT_TRUE(find<QPushButton>("tryAgain").isVisible());
+    EXPECT_FALSE(window->session().isOpen());
+    EXPECT_EQ(count(), "0 points");
+    for (const char* name : {"confirm", "clear", "replay", "save"})
+        EXPECT_FALSE(find<QPushButton>(name).isEnabled()) << name;
+
+    person.setResult("SCRDAPI_GetDevicePadID", 0);
+    find<QPushButton>("tryAgain").click();
+    EXPECT_EQ(state(), "Waiting for the signature");
+    ASSERT_TRUE(signAndConfirm());
 }
 
 TEST_P(DemoWindow, RealTimePointsComeScaledToOne)
@@ -375,7 +532,7 @@ TEST_F(DemoWindowOnce, WaitsForTheDriverAndTriesAgain)
     plugIn();
     find<QPushButton>("tryAgain").click();
     ASSERT_TRUE(window->session().isOpen());
-    EXPECT_EQ(state(), "Waiting for the pad");
+    EXPECT_EQ(state(), "Waiting for the signature");
     EXPECT_FALSE(find<QPushButton>("tryAgain").isVisible());
     person.draw({0.2, 0.5}, {0.8, 0.5});
     EXPECT_TRUE(inkAt({0.5, 0.5}));
@@ -390,11 +547,98 @@ TEST_F(DemoWindowOnce, SaysWhenAnotherPadIsOnTheCounter)
     EXPECT_EQ(find<QLabel>("noticeTitle").text(), "The K210 does not answer");
 }
 
+TEST_F(DemoWindowOnce, KeepsAPadThatNeverGaveItsId)
+{
+    ASSERT_TRUE(open());
+    person.setResult("SCRDAPI_GetDevicePadID", -1);
+    ASSERT_TRUE(open());
+    const int asked = person.calls("SCRDAPI_GetDevicePadID");
+    ASSERT_TRUE(waitUntil([&] { return person.calls("SCRDAPI_GetDevicePadID") > asked + 1; }));
+    EXPECT_EQ(state(), "Waiting for the signature");
+    EXPECT_TRUE(window->session().isOpen());
+}
+
+TEST_F(DemoWindowOnce, SaysWhenASignatureCannotBeTaken)
+{
+    ASSERT_TRUE(open());
+    person.draw({0.2, 0.3}, {0.8, 0.3});
+    ASSERT_TRUE(caughtUp());
+    const QByteArray folder = qgetenv("TMPDIR");
+    write("file", {});
+    qputenv("TMPDIR", path("file").toLocal8Bit()); // nothing can be made in there
+    find<QPushButton>("confirm").click();
+    folder.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", folder);
+    EXPECT_EQ(state().rfind("Not confirmed", 0), 0u) << state();
+    EXPECT_TRUE(window->session().isOpen());
+    EXPECT_FALSE(find<QPushButton>("save").isEnabled());
+    find<QPushButton>("confirm").click();
+    EXPECT_TRUE(isConfirmed());
+}
+
+// Of the widgets side by side in each parent, and of lines of text in their labels. The signature field is
+// several layers on purpose.
+void expectNothingOverlaps(const QWidget& parent, const std::string& where)
+{
+    QList<QWidget*> visible;
+    for (QWidget* child : parent.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        if (child->isVisible() && !child->isWindow())
+            visible += child;
+    for (int i = 0; i < visible.size(); ++i) {
+        const QWidget& one = *visible[i];
+        const std::string name =
+            where + "/" + one.metaObject()->className() + " " + one.objectName().toStdString();
+        EXPECT_TRUE(parent.rect().contains(one.geometry())) << name;
+        for (int j = 0; j < i; ++j)
+            EXPECT_FALSE(one.geometry().intersects(visible[j]->geometry()))
+                << name << " and " << visible[j]->objectName().toStdString();
+        if (const auto* text = qobject_cast<const QLabel*>(&one); text && text->wordWrap()) {
+            EXPECT_GE(text->height(), text->heightForWidth(text->width())) << name;
+        } else if (text) {
+            EXPECT_GE(text->width(), text->sizeHint().width()) << name;
+        }
+        if (!qobject_cast<const SignaturePanel*>(&one))
+            expectNothingOverlaps(one, name);
+    }
+}
+
+TEST_P(DemoWindow, FitsASmallScreenAndKeepsItsSize)
+{
+    // 1366 x 768 less a title bar and a task bar.
+    EXPECT_LE(window->width(), 1366);
+    EXPECT_LE(window->height(), 690);
+    for (const QSize size : {QSize(1, 1), window->size()}) {
+        window->resize(size);
+        QApplication::processEvents();
+        const QSize kept = window->size();
+        const auto look = [&](const char* when) {
+            QApplication::processEvents();
+            EXPECT_EQ(window->size(), kept) << when;
+            expectNothingOverlaps(*window, when);
+        };
+        unplug();
+        window->openPad();
+        look("no driver");
+        const auto& notice = *find<QLabel>("noticeTitle").parentWidget();
+        expectNothingOverlaps(notice, "notice");
+        plugIn();
+        ASSERT_TRUE(open());
+        look("waiting");
+        person.draw({0.2, 0.3}, {0.8, 0.3});
+        ASSERT_TRUE(caughtUp());
+        look("signing");
+        person.press(0);
+        ASSERT_TRUE(waitUntil([&] { return state().rfind("Cancelled", 0) == 0; }));
+        look("cancelled");
+        ASSERT_TRUE(signAndConfirm());
+        look("confirmed");
+    }
+}
+
 TEST_F(DemoWindowOnce, PreviewShowsAndCopiesEveryKind)
 {
     ASSERT_TRUE(open());
-    person.draw({0.2, 0.5}, {0.8, 0.5}, 0.9);
-    PreviewDialog dialog(window->session(), window.get());
+    ASSERT_TRUE(signAndConfirm());
+    PreviewDialog dialog(window->signature(), window.get());
     auto& type = *dialog.findChild<QComboBox*>("type");
     ASSERT_EQ(type.count(), 5);
     for (int i = 0; i < type.count(); ++i) {
@@ -410,12 +654,13 @@ TEST_F(DemoWindowOnce, PreviewShowsAndCopiesEveryKind)
         dialog.findChild<QPushButton*>("copy")->click();
         const QByteArray content = QByteArray::fromBase64(QApplication::clipboard()->text().toLatin1());
         EXPECT_FALSE(content.isEmpty()) << i;
-        const QString suffix = PadSession::suffix(dialog.settings().imageType);
-        EXPECT_TRUE(suffix == "pdf" ? content.startsWith("%PDF")
-                                    : content.startsWith("<?xml") == (suffix == "svg"));
-        if (suffix == "png" || suffix == "jpg" || suffix == "bmp") {
-            const QImage picture = QImage::fromData(content, suffix.toLatin1().constData());
-            EXPECT_NEAR(picture.width(), canvas().width() * 0.6 + 2 * 12, 20) << "the ink and its margins";
+        const QString kind = suffix(dialog.settings().imageType);
+        EXPECT_TRUE(kind == "pdf" ? content.startsWith("%PDF")
+                                  : content.startsWith("<?xml") == (kind == "svg"));
+        if (kind == "png" || kind == "jpg" || kind == "bmp") {
+            const QImage picture = QImage::fromData(content, kind.toLatin1().constData());
+            const int whole = window->signature().canvas.width();
+            EXPECT_NEAR(picture.width(), whole * 0.6 + 2 * 12, 20) << "the ink and its margins";
         }
     }
 }
@@ -436,6 +681,37 @@ TEST_F(DemoWindowWithReader, FingerprintGoesIntoTheField)
     EXPECT_TRUE(inkAt({0.3, 0.8}));
 }
 
+TEST_F(DemoWindowWithReader, CancelKeyTakesTheFingerprintAwayToo)
+{
+    ASSERT_TRUE(open());
+    const QRgb red = qRgb(255, 0, 0);
+    for (int turn = 0; turn < 2; ++turn) {
+        person.draw({0.1, 0.8}, {0.5, 0.8});
+        person.putFinger();
+        ASSERT_TRUE(waitUntil([&] { return countOf(drawn(), canvas().rect(), red) > 500; }));
+        const int clears = person.calls("SCRDAPI_ClearDeviceContent");
+        person.press(0);
+        ASSERT_TRUE(waitUntil([&] { return state().rfind("Cancelled", 0) == 0; }));
+        EXPECT_EQ(countOf(drawn(), canvas().rect(), red), 0);
+        EXPECT_TRUE(window->session().fingerprintPng().isEmpty());
+        EXPECT_EQ(person.calls("SCRDAPI_ClearDeviceContent"), clears + 1) << "the pad shows it otherwise";
+    }
+}
+
+TEST_F(DemoWindowWithReader, ConfirmedFingerprintStays)
+{
+    ASSERT_TRUE(open());
+    EXPECT_FALSE(find<QPushButton>("exportFingerprint").isEnabled());
+    person.putFinger();
+    ASSERT_TRUE(waitUntil([&] { return !window->session().fingerprintPng().isEmpty(); }));
+    EXPECT_FALSE(find<QPushButton>("confirm").isEnabled()) << "a finger is no signature";
+    const QImage print = QImage::fromData(window->session().fingerprintPng());
+    ASSERT_TRUE(signAndConfirm());
+    EXPECT_TRUE(find<QPushButton>("exportFingerprint").isEnabled());
+    EXPECT_EQ(QImage::fromData(window->signature().fingerprint).size(), print.size());
+    EXPECT_GT(countOf(field().grab().toImage(), field().rect(), qRgb(255, 0, 0)), 500);
+}
+
 TEST_F(DemoWindowWithReader, FingerprintGoesBesideTheField)
 {
     ASSERT_TRUE(open());
@@ -450,6 +726,12 @@ TEST_F(DemoWindowWithReader, FingerprintGoesBesideTheField)
     const QRect aside(shown.width() - 290, 0, 290, shown.height());
     EXPECT_GT(countOf(shown, aside, red), 50);
     EXPECT_EQ(QImage::fromData(window->session().fingerprintPng(), "PNG").size(), QSize(22, 30));
+    // The confirmed one is shown when the pad is closed, too.
+    person.press(1);
+    ASSERT_TRUE(waitUntil([&] { return isConfirmed(); }));
+    QApplication::processEvents();
+    EXPECT_GT(countOf(window->grab().toImage(), aside, red), 50);
+    find<QPushButton>("clear").click();
     // Back again, and no trace of it beside the field.
     find<QComboBox>("fingerprintPlace").setCurrentIndex(0);
     QApplication::processEvents();
@@ -494,12 +776,11 @@ protected:
                 (x < area.center().x() ? dark.first : dark.second) += isInk(shown.pixelColor(x, y)) ? 1 : 0;
         return dark;
     }
-    ReplayView view;
+    ReplayView view{streamOf(twoStrokes()).toBase64() + "\n"};
 };
 
 TEST_F(Replay, DrawsStrokesAtTheirTime)
 {
-    ASSERT_TRUE(view.setInk(streamOf(twoStrokes()).toBase64()));
     EXPECT_EQ(view.duration(), 1110);
     view.setMillisecond(0);
     EXPECT_EQ(darkHalves(), std::pair(0, 0));
@@ -518,28 +799,29 @@ TEST_F(Replay, DrawsStrokesAtTheirTime)
 
 TEST_F(Replay, TakesItsOwnTime)
 {
-    view.show();
     QElapsedTimer clock;
     clock.start();
-    ASSERT_TRUE(view.setInk(streamOf(twoStrokes()).toBase64() + "\n"));
-    auto& position = *view.findChild<QSlider*>();
-    ASSERT_TRUE(waitUntil([&] { return position.value() == view.duration(); }));
-    EXPECT_GE(clock.elapsed(), view.duration() - 1);
-    EXPECT_GT(darkHalves().second, 20);
+    ReplayView playing(streamOf(twoStrokes()).toBase64());
+    playing.show();
+    auto& position = *playing.findChild<QSlider*>();
+    ASSERT_TRUE(waitUntil([&] { return position.value() == playing.duration(); }));
+    EXPECT_GE(clock.elapsed(), playing.duration() - 1);
+    EXPECT_EQ(playing.duration(), 1110);
 }
 
 TEST_F(Replay, RefusesWhatIsNoInk)
 {
+    const auto noInk = [](const QByteArray& text) { return readInk(text).isEmpty(); };
     const QByteArray good = streamOf(twoStrokes());
-    EXPECT_FALSE(view.setInk(""));
-    EXPECT_FALSE(view.setInk("no ink!"));
-    EXPECT_FALSE(view.setInk(QByteArray(1, '\0').toBase64()));
-    EXPECT_FALSE(view.setInk(good.left(good.size() - 1).toBase64()));
-    EXPECT_FALSE(view.setInk(good.mid(1).toBase64()));
+    EXPECT_TRUE(noInk(""));
+    EXPECT_TRUE(noInk("no ink!"));
+    EXPECT_TRUE(noInk(QByteArray(1, '\0').toBase64()));
+    EXPECT_TRUE(noInk(good.left(good.size() - 1).toBase64()));
+    EXPECT_TRUE(noInk(good.mid(1).toBase64()));
     QByteArray wrongEnd = good;
     wrongEnd.back() = 'x';
-    EXPECT_FALSE(view.setInk(wrongEnd.toBase64()));
-    EXPECT_TRUE(view.setInk(good.toBase64()));
+    EXPECT_TRUE(noInk(wrongEnd.toBase64()));
+    EXPECT_FALSE(noInk(good.toBase64()));
 }
 
 TEST_F(Replay, ReadsTimesThatMakeNoSense)

@@ -23,9 +23,9 @@ QString recording(const char* name)
     return QStringLiteral(SCRIBERA_RECORDINGS "/") + QString::fromLatin1(name);
 }
 
-Signature signatureIn(const QString& recordingPath)
+Recorded signatureIn(const QString& recordingPath)
 {
-    Signature signature;
+    Recorded signature;
     for (const QByteArray& line : contentOf(recordingPath).split('\n')) {
         const QList<QByteArray> fields = line.split(' ');
         if (fields.size() != 5 || line.startsWith("area"))

@@ -21,7 +21,7 @@ struct Outcome
 using Variables = QMap<QString, QString>;
 
 // Points and strokes of a recording that a host is to receive.
-struct Signature
+struct Recorded
 {
     int points = 0;
     int strokes = 0;
@@ -29,7 +29,7 @@ struct Signature
 
 QByteArray contentOf(const QString& path);
 QString recording(const char* name);
-Signature signatureIn(const QString& recordingPath);
+Recorded signatureIn(const QString& recordingPath);
 int pointsIn(const QByteArray& inkText);
 
 // Whether the content is what the suffix promises, with a drawing in it.
