@@ -39,9 +39,9 @@ install(TARGETS scriberadrv LIBRARY DESTINATION ${SCRIBERA_DRIVER_DIR} COMPONENT
 install(FILES simulator/scriberasim.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT tools)
 install(DIRECTORY simulator/recordings DESTINATION ${SCRIBERA_DATA_DIR} COMPONENT tools
     FILES_MATCHING PATTERN "*.rec")
-install(FILES simulator/virtualpad/scribera-virtual-pad.svg
+install(FILES simulator/virtualpad/scribera-virtual-pad.svg examples/qt-host/scribera-demo-host.svg
     DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT tools)
-install(FILES simulator/virtualpad/scribera-virtual-pad.desktop
+install(FILES simulator/virtualpad/scribera-virtual-pad.desktop examples/qt-host/scribera-demo-host.desktop
     DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT tools)
 # The hosts of the demo, so that an installation shows itself.
 install(TARGETS sign_on_every_pad carry_away place_fingerprints

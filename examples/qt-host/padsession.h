@@ -58,8 +58,8 @@ public:
 signals:
     void pointStored(QPointF place, double pressure, bool onPad); // 0 to 1 each
     void confirmed(const Signature& signature);                   // as it was when the key was touched
-    void cancelled(); // it is cleared already
-    void wentAway(); // the pad does not answer any more
+    void cancelled();                                             // it is cleared already
+    void wentAway();                                              // the pad does not answer any more
 
 private:
     // What a callback brings. Points and keys share one queue, so that they keep their order.

@@ -2,6 +2,7 @@
 #include "support.h"
 
 #include <QDir>
+#include <QIcon>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -164,6 +165,22 @@ TEST_F(DemoHost, RefusesWrongUsageInOneLine)
         EXPECT_EQ(outcome.exitCode, 2) << shown;
         EXPECT_EQ(outcome.error.rfind("scribera-demo-host: ", 0), 0u) << shown << ": " << outcome.error;
         EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << shown;
+    }
+}
+
+TEST_F(DemoHost, DesktopEntryNamesTheDemoAndTheIcon)
+{
+    const QString stem = QStringLiteral(SCRIBERA_DEMO_HOST_SOURCES "/scribera-demo-host");
+    const QList<QByteArray> lines = contentOf(stem + ".desktop").split('\n');
+    for (const char* line : {"[Desktop Entry]", "Type=Application", "Exec=scribera-demo --window",
+                             "Icon=scribera-demo-host", "Terminal=false"})
+        EXPECT_TRUE(lines.contains(line)) << line;
+    const QIcon icon(stem + ".svg");
+    for (const int size : {16, 48, 256}) {
+        const QImage image = icon.pixmap(size).toImage();
+        ASSERT_EQ(image.size(), QSize(size, size));
+        EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0);
+        EXPECT_GT(image.pixelColor(size / 2, size / 8).lightness(), 200) << "the form's paper";
     }
 }
 
