@@ -10,7 +10,7 @@ from scribera import read_ink
 
 def main() -> None:
     start = 0
-    points = read_ink(Path(sys.argv[1]).read_text().strip())
+    points = read_ink(Path(sys.argv[1]).read_text())
     for end, point in enumerate(points):
         if not point.is_stroke_end:
             continue

@@ -2,7 +2,6 @@
 """Takes a signature with the Python package: three pictures and the ink."""
 
 import sys
-from pathlib import Path
 
 from scribera import NoPadError, Pad, PadTimeoutError, Status
 
@@ -13,9 +12,8 @@ def main() -> int:
             pad.pen_color = (0, 0, 128)
             if pad.wait(timeout=60) is Status.CANCEL:
                 return 1
-            for name in ("signature.png", "signature.pdf", "signature.svg"):
+            for name in ("signature.png", "signature.pdf", "signature.svg", "signature.ink"):
                 pad.save(name, dpi=300, clip=(10, 10))
-            Path("signature.ink").write_text(pad.ink_text())
             print(f"{len(pad)} points in {len(pad.strokes())} strokes")
     except NoPadError:
         print("no pad", file=sys.stderr)

@@ -11,7 +11,7 @@ RECORD = struct.Struct("<HhhBBqq")
 
 
 def points(text: str) -> list[tuple[int, ...]]:
-    data = base64.b64decode(text, validate=True)
+    data = base64.b64decode("".join(text.split()), validate=True)  # mail and editors break lines
     if len(data) % RECORD.size != 1 or data[-1] != 0:
         raise ValueError(f"{len(data)} bytes are not whole records and one zero byte")
     return list(RECORD.iter_unpack(data[:-1]))
@@ -20,7 +20,7 @@ def points(text: str) -> list[tuple[int, ...]]:
 def main() -> None:
     stroke: list[tuple[int, ...]] = []
     number = 0
-    for point in points(Path(sys.argv[1]).read_text().strip()):
+    for point in points(Path(sys.argv[1]).read_text()):
         stroke.append(point)
         status, tick = point[3], point[5]
         if status == 1:

@@ -68,7 +68,7 @@ def test_what_the_driver_fails_at_is_done_here(simulator: Simulator) -> None:
 def test_pads_without_a_screen_say_so(model: str) -> None:
     with Pad(model) as pad:
         for entry_point, operation in SCREEN_CALLS:
-            with pytest.raises(UnsupportedError, match=f"SC{model}_.* does not exist"):
+            with pytest.raises(UnsupportedError, match=f"SC{model}_.* not exist: only K210, K420, K421B "):
                 operation(pad)
 
 
@@ -116,10 +116,73 @@ def test_pen_widths_out_of_range_change_nothing(width: int) -> None:
 
 
 def test_the_librarys_refusal_is_named() -> None:
-    with Pad("K210") as pad, pytest.raises(InvalidParametersError) as caught:
-        pad.pen_width = 11
-    assert str(caught.value) == "SCK210_SetPenWidth: -2 ARI_INVALID_PARAMETERS"
+    with Pad("K421B") as pad, pytest.raises(InvalidParametersError) as caught:
+        pad.place_fingerprint((100, 100), (60, 60, 50, 30))
+    assert str(caught.value) == (
+        "SCK421B_SetDisplayedFPImageAt: -2 rectangle (60, 60, 50, 30) is not within canvas (100, 100)"
+    )
     assert caught.value.result == -2
+
+
+REFUSALS: list[tuple[Callable[[Pad], object], type[Exception], str]] = [
+    (
+        lambda pad: setattr(pad, "pen_width", 11),
+        InvalidParametersError,
+        "pen_width has to be 1 to 10, not 11",
+    ),
+    (
+        lambda pad: setattr(pad, "pen_color", (0, 0, 256)),
+        InvalidParametersError,
+        "pen_color has to be (red, green, blue) in whole numbers of 0 to 255, not (0, 0, 256)",
+    ),
+    (
+        lambda pad: setattr(pad, "pen_color", "blue"),
+        TypeError,
+        "pen_color has to be (red, green, blue) in whole numbers of 0 to 255, not 'blue': the library takes "
+        "numbers only, no names of colours",
+    ),
+    (lambda pad: pad.save("a.png", dpi=72), InvalidParametersError, "dpi has to be 150 or 300, not 72"),
+    (
+        lambda pad: pad.png(clip=(-1, 5)),
+        InvalidParametersError,
+        "clip has to be (x, y) in whole numbers of 0 to 2147483647, not (-1, 5)",
+    ),
+    (
+        lambda pad: pad.png(clip=(0, 0)),
+        InvalidParametersError,
+        "one of the margins of clip has to be positive, not (0, 0); None is the whole canvas",
+    ),
+    (
+        lambda pad: pad.png(clip=5),  # type: ignore[arg-type]
+        TypeError,
+        "clip has to be (x, y) in whole numbers of 0 to 2147483647, not 5",
+    ),
+    (
+        lambda pad: pad.save("a.gif"),
+        InvalidParametersError,
+        "a.gif has none of the suffixes .bmp, .jpg, .jpeg, .png, .pdf, .svg, .ink; give image_type",
+    ),
+    (
+        lambda pad: pad.fingerprint(scribera.ImageType.PDF),
+        InvalidParametersError,
+        "image_type has to be BMP, JPEG or PNG, not PDF",
+    ),
+    (lambda pad: pad.decode(""), InvalidParametersError, "there is nothing to decode: it is empty"),
+    (
+        lambda pad: pad.decode_image(b"none", "a.png"),
+        scribera.NothingThereError,
+        "SCK421B_Base64Decode: -8, no PNG is in it, or one beyond 256 MiB",
+    ),
+]
+
+
+@pytest.mark.parametrize(("operation", "kind", "message"), REFUSALS)
+def test_a_refusal_names_the_argument_and_its_range(
+    operation: Callable[[Pad], object], kind: type[Exception], message: str
+) -> None:
+    with Pad("K421B") as pad, pytest.raises(kind) as caught:
+        operation(pad)
+    assert type(caught.value) is kind and str(caught.value) == message
 
 
 @pytest.mark.parametrize("color", [(256, 0, 0), (0, -1, 0), (0, 0, 2**32), (0, 0), (0, 0, 0, 0)])
@@ -147,6 +210,12 @@ def test_a_size_that_is_none_opens_nothing(size: tuple[int, int], simulator: Sim
 
 
 def test_an_unknown_model_is_refused() -> None:
-    for model in ("", "K211", "k210", "SCK210"):
-        with pytest.raises(InvalidParametersError, match="K210, K420, K421B, KM730, T580"):
+    for model in ("", "SC", "K211", "k210", "SCSCK210", "SCSCK421B"):
+        with pytest.raises(InvalidParametersError, match=f"no model '{model}'; there are K210, K420, K421B"):
             Pad(model)
+
+
+@pytest.mark.parametrize("model", MODELS)
+def test_the_pads_own_name_of_the_model_is_understood(model: str) -> None:
+    with Pad("SC" + model) as pad:
+        assert pad.model == model and pad.info.connected

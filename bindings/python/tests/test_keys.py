@@ -9,7 +9,7 @@ from time import monotonic
 
 import pytest
 
-from scribera import CallbackThreadError, LivePoint, Pad, PadClosedError, PadTimeoutError, Status
+from scribera import CallbackThreadError, ImageType, LivePoint, Pad, PadClosedError, PadTimeoutError, Status
 from simulator import MODELS, Simulator, diagonal, tap, wait_until
 
 
@@ -19,7 +19,13 @@ def test_the_wait_ends_with_the_key(model: str, simulator: Simulator) -> None:
         for key in (1, 0):
             simulator.press(key)
             assert pad.wait(timeout=30) is Status(key)
-        assert Status.CONFIRM and not Status.CANCEL
+
+
+def test_keys_print_as_their_names() -> None:
+    assert Status.CONFIRM and not Status.CANCEL and int(Status.CONFIRM) == 1
+    assert str(Status.CONFIRM) == "%s" % Status.CONFIRM == "CONFIRM" and f"{Status.CANCEL}" == "CANCEL"
+    assert f"{Status.CANCEL:>8}|" == "  CANCEL|" and repr(Status.CONFIRM) == "<Status.CONFIRM: 1>"
+    assert str(ImageType.PNG) == "PNG" and int(ImageType.PNG) == 3
 
 
 def test_keys_are_told_once_and_in_order(simulator: Simulator) -> None:
@@ -53,7 +59,7 @@ def test_the_status_function_has_returned_before_the_wait(simulator: Simulator) 
 def test_the_wait_ends_in_time() -> None:
     with Pad("K210") as pad:
         begin = monotonic()
-        with pytest.raises(PadTimeoutError, match="no key within 0.3 s"):
+        with pytest.raises(PadTimeoutError, match="no key of the pad was used within 0.3 s"):
             pad.wait(0.3)
         assert 0.3 <= monotonic() - begin < 10
 

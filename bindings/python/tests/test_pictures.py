@@ -98,10 +98,21 @@ def test_the_suffix_or_the_type_decides_about_the_format(simulator: Simulator) -
         assert Path("übung – 署名.bmp").read_bytes() == Path("a.bmp").read_bytes()
         pad.save("a.bmp", ImageType.SVG)
         assert Path("a.bmp").read_bytes() == Path("a.svg").read_bytes().replace(b"a.svg", b"a.bmp")
-        for name, image_type in (("a.gif", None), ("a", None), ("a.ink", None), ("b.png", ImageType.INK)):
-            with pytest.raises(InvalidParametersError):
-                pad.save(name, image_type)
+        for name, image_type in (("a.gif", None), ("a", None), ("b.png", 4), ("b.png", "PNG")):
+            with pytest.raises(InvalidParametersError, match="suffixes .bmp, .jpg|BMP, JPEG, PNG, INK"):
+                pad.save(name, image_type)  # type: ignore[arg-type]
             assert not Path(name).exists()
+
+
+def test_the_ink_is_saved_as_text(simulator: Simulator) -> None:
+    with Pad("K210", size=SIZE) as pad:
+        with pytest.raises(NothingThereError):
+            pad.save("signature.ink")
+        assert not Path("signature.ink").exists()
+        simulator.send(diagonal("K210"))
+        pad.save("signature.ink")
+        pad.save("signature", ImageType.INK)
+        assert Path("signature.ink").read_text() == Path("signature").read_text() == pad.ink_text()
 
 
 @pytest.mark.parametrize("model", MODELS)

@@ -205,6 +205,44 @@ def test_an_ink_packet_stream_is_read_strictly() -> None:
             read_ink(broken)
 
 
+@pytest.mark.parametrize("line_break", ["\n", "\r\n"])
+@pytest.mark.parametrize("width", [1, 7, 64, 76])
+def test_a_wrapped_ink_text_is_read(line_break: str, width: int) -> None:
+    record = struct.pack("<HhhBxqq", 60000, -7, 9, 1, 11, 12)
+    text = base64.b64encode(record * 5 + b"\0").decode()
+    lines = [text[at : at + width] for at in range(0, len(text), width)]
+    wrapped = line_break.join(lines) + line_break
+    assert read_ink(wrapped) == read_ink(line_break + wrapped + " \t\n") == read_ink(text)
+    with Pad("K210") as pad:
+        assert pad.decode(wrapped) == pad.decode(text) == [DecodedPoint(60000, -7, True)] * 5
+
+
+MALFORMED = [
+    ("", "at character 0: there is no text"),
+    ("\n \r\n", "at character 0: there is no text"),
+    ("AA\nA*", "at character 4: not a Base64 character"),
+    ("AA\n A", "at character 3: not a Base64 character"),
+    (" AAAA", "at character 0: not a Base64 character"),
+    ("AA\nA-AA", "at character 4: not a Base64 character"),
+    ("AA==\nAA==", "at character 2: not a Base64 character"),
+    ("AAA\n\n", "at character 3: the Base64 text ends within a group of four characters"),
+    ("AA=\n==\n", "at character 6: the Base64 text ends within a group of four characters"),
+    ("\nA\n=\n==", "at character 3: more than two padding characters"),
+    ("A\nB=\n=\n", "at character 2: the last Base64 character has bits that belong to no byte"),
+    ("AAAA\nAAB=", "at character 7: the last Base64 character has bits that belong to no byte"),
+    ("AAAA", "3 bytes are not whole records of 24 bytes and one more"),
+    ("eA==", "byte 0, after the last record, is not zero"),
+    (b"AA==", "4 bytes are not whole records of 24 bytes and one more; a Base64 text is to be given as str"),
+]
+
+
+@pytest.mark.parametrize(("ink", "reason"), MALFORMED)
+def test_what_is_no_ink_text_is_refused_with_the_place(ink: bytes | str, reason: str) -> None:
+    with pytest.raises(InvalidParametersError) as caught:
+        read_ink(ink)
+    assert str(caught.value) == "not an ink packet stream: " + reason
+
+
 def test_without_points_there_is_no_ink() -> None:
     with Pad("K210") as pad:
         with pytest.raises(NothingThereError):

@@ -72,6 +72,11 @@ FAMILIES: dict[str, Family] = {
 """The supported pads by model name."""
 
 
+def family_named(model: str) -> Family | None:
+    """Pads and functions put an "SC" before the model's name; people may too."""
+    return FAMILIES.get(str(model).removeprefix("SC"))
+
+
 class Needs(Enum):
     """What a pad has to have for the function to exist."""
 
@@ -152,7 +157,9 @@ class Functions:
         try:
             function = getattr(self.library, self.family.prefix + name)
         except AttributeError as error:
-            raise LibraryError(f"{self.library._name} lacks {self.family.prefix}{name}") from error
+            raise LibraryError(
+                f"{self.library._name} lacks {self.family.prefix}{name}: is it {_USUAL_NAME} of version 3?"
+            ) from error
         function.restype = prototype.result
         function.argtypes = (c_int, *prototype.arguments)
         return function  # type: ignore[no-any-return]
@@ -206,7 +213,10 @@ def load(library: str | os.PathLike[str] | None) -> ctypes.CDLL:
             return _loaded[name]
         except OSError as error:
             reason = error
-    raise LibraryError(f"cannot load the Scribera library: {reason}") from reason
+    raise LibraryError(
+        f"cannot load the Scribera library: {reason}; "
+        f"name the file by the argument library or in the environment by SCRIBERA_LIBRARY"
+    ) from reason
 
 
 def enable_log(on: bool = True, *, library: str | os.PathLike[str] | None = None) -> None:

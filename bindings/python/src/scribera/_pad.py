@@ -12,14 +12,14 @@ import tempfile
 import threading
 import warnings
 from collections import deque
-from collections.abc import Callable, Iterator
-from contextlib import contextmanager
-from enum import Enum, auto
+from collections.abc import Callable, Iterator, Sequence
+from contextlib import AbstractContextManager, nullcontext
 from pathlib import Path
 from types import TracebackType
 from typing import Any, Self, TypeVar, overload
 
 from . import _native
+from ._bell import Bell
 from ._errors import (
     CallbackThreadError,
     DriverError,
@@ -32,6 +32,7 @@ from ._errors import (
     ScriberaError,
     UnsupportedError,
 )
+from ._files import write_file
 from ._types import DecodedPoint, ImageType, InkPoint, LivePoint, PadInfo, Status, base64_text
 
 StatusHandler = Callable[[Status], object]
@@ -46,6 +47,7 @@ _SUFFIXES = {
     ".png": ImageType.PNG,
     ".pdf": ImageType.PDF,
     ".svg": ImageType.SVG,
+    ".ink": ImageType.INK,
 }
 _RASTERS = (ImageType.BMP, ImageType.JPEG, ImageType.PNG)
 _LAST_WORDS = {ImageType.PDF: b"%%EOF", ImageType.SVG: b"</svg>"}
@@ -59,12 +61,6 @@ _TEXT_BYTES = 256
 _DECODED_X, _DECODED_Y, _DECODED_STROKE_END = 1, 2, 3
 
 
-class _State(Enum):
-    OPEN = auto()
-    CLOSING = auto()
-    CLOSED = auto()
-
-
 class _CallbackThread(threading.local):
     """Whether the current thread is one of the library's, inside a callback."""
 
@@ -73,20 +69,25 @@ class _CallbackThread(threading.local):
 
 _callback_thread = _CallbackThread()
 
-# Guards _open_pad, which also keeps the callbacks' function objects alive until the library is done with
-# them.
+# A pad enters under the lock and leaves by itself. It also keeps the callbacks' function objects alive until
+# the library is done with them.
 _open_pad_lock = threading.Lock()
 _open_pad: Pad | None = None
+
+# Locks and Ctrl-C: a with statement that takes a lock of the interpreter itself cannot be interrupted between
+# taking and guarding it, a context manager written in Python can. What close() needs stands on one line with
+# its lock, so that not even a tracing function that raises leaves it locked.
 
 
 class Pad:
     """An open pad and the signature on it; a container of its ink points.
 
-    Opening: ``model`` is a key of :data:`scribera.FAMILIES`; ``size`` the canvas's width and height in pixels
-    (one that is not positive leaves the canvas empty: points only). ``on_status`` and ``on_point`` are
-    callbacks as in :meth:`on_status` and :meth:`on_point`; the pen works from the moment of opening, so a
-    point that comes before ``on_point`` is set is stored but not told. Use the pad in a ``with`` statement or
-    call :meth:`close`; a pad left open keeps a processor core busy and is closed when the process exits.
+    Opening: ``model`` is a key of :data:`scribera.FAMILIES`, or that with the "SC" which pads put before it;
+    ``size`` the canvas's width and height in pixels (one that is not positive leaves the canvas empty: points
+    only). ``on_status`` and ``on_point`` are callbacks as in :meth:`on_status` and :meth:`on_point`; the pen
+    works from the moment of opening, so a point that comes before ``on_point`` is set is stored but not told.
+    Use the pad in a ``with`` statement or call :meth:`close`; a pad left open keeps a processor core busy and
+    is closed when the process exits.
 
     The shared library is ``library``, else the environment's ``SCRIBERA_LIBRARY``, else
     ``libscriberasdk.so.1`` where the system keeps its libraries. It loads the pad's driver,
@@ -114,13 +115,16 @@ class Pad:
         library: str | os.PathLike[str] | None = None,
         driver_directory: str | os.PathLike[str] | None = None,
     ) -> None:
-        global _open_pad
-        if model not in _native.FAMILIES:
+        family = _native.family_named(model)
+        if family is None:
             raise InvalidParametersError(f"no model {model!r}; there are {', '.join(_native.FAMILIES)}")
-        width, height = _integers("size", size, 2)
-        self._family = _native.FAMILIES[model]
+        width, height = _integers("size", size, "width, height")
+        self._family = family
         self._size = (width, height)
-        self._state = _State.OPEN
+        # From the begin of the first close() on no call begins. Set and read by any thread.
+        self._closing = False
+        # The library has closed the pad; under _closing_lock.
+        self._closed = False
         self._process = os.getpid()
         self._pen_width, self._pen_color, self._pressure = 3, (0, 0, 0), True
 
@@ -131,11 +135,15 @@ class Pad:
         # points. Callbacks take it too, so no call that can wait for a callback is made under it. After
         # _host_lock.
         self._export_lock = threading.RLock()
-        # Guards the three below.
-        self._news = threading.Condition()
+        # Held while the library closes the pad; no other lock is taken under it.
+        self._closing_lock = threading.RLock()
+        # Keys that no wait() has told yet. Library threads append, waiting threads take.
         self._keys: deque[Status] = deque()
-        self._failure: BaseException | None = None
-        self._more_failures = 0
+        # The first exception that left a callback and the number of those after it, until it is raised.
+        self._failure: tuple[BaseException, int] | None = None
+        self._failure_lock = threading.RLock()
+        # Rings for keys, failures and the close.
+        self._bell = Bell()
 
         self._status_handler = on_status
         self._point_handler: PointHandler | None = None
@@ -144,32 +152,40 @@ class Pad:
         self._is_live_registered = False
 
         self._functions = _native.functions_of(_native.load(library), self._family)
-        with _open_pad_lock:
-            if _open_pad is not None or self._functions.has_live_object():
-                raise PadBusyError("a pad is open in this process already")
-            try:
-                self._open(driver_directory)
-                _open_pad = self
-            except BaseException:
-                self._functions.call("UnInitialDevice")
-                raise
         try:
+            with _open_pad_lock: self._reserve_library()
+            with self._host_lock: self._open(driver_directory)
             self._checked("SignatureStatusCallback", self._status_function)
             if on_point is not None:
                 self.on_point(on_point)
         except BaseException:
-            self.close()
+            if _open_pad is self:
+                self._shut_down()
             raise
 
+    def _reserve_library(self) -> None:
+        global _open_pad
+        if _open_pad is not None or self._functions.has_live_object():
+            raise PadBusyError("a pad is open in this process already; close it first")
+        _open_pad = self
+
     def _open(self, driver_directory: str | os.PathLike[str] | None) -> None:
-        width, height = self._size
-        with _inside(driver_directory):
-            if self._functions.call("InitialDevice", None, 0, 0, width, height):
+        where = "the current directory" if driver_directory is None else os.fspath(driver_directory)
+        back = None if driver_directory is None else os.open(".", os.O_PATH | os.O_DIRECTORY | os.O_CLOEXEC)
+        try:
+            if driver_directory is not None:
+                os.chdir(driver_directory)
+            if self._functions.call("InitialDevice", None, 0, 0, *self._size):
                 return
             has_driver = os.path.exists(_DRIVER)
-        where = "the current directory" if driver_directory is None else os.fspath(driver_directory)
+        finally:
+            if back is not None:
+                os.fchdir(back)
+                os.close(back)
         if not has_driver:
-            raise NoPadError(f"no driver {_DRIVER} in {where}")
+            raise NoPadError(
+                f"no driver {_DRIVER} in {where}; name its directory by the argument driver_directory"
+            )
         raise NoPadError(
             f"the driver in {where} cannot be used, or finds no {self.model}: is the pad plugged in?"
         )
@@ -180,7 +196,8 @@ class Pad:
         """Closes the pad; canvas, points and decoded points are gone then. Does nothing on a closed pad.
 
         Waits for a callback that is running; its calls raise :class:`PadClosedError` from now on, which ends
-        it without being an error. No callback begins any more. Raises :class:`CallbackThreadError` inside a
+        it without being an error. No callback begins any more. Ctrl-C does not keep the pad open: it is
+        closed before KeyboardInterrupt goes on. Raises :class:`CallbackThreadError` inside a
         callback: nothing is closed. An exception out of a callback that :meth:`wait` has not raised yet is
         raised here, after the pad was closed.
         """
@@ -190,31 +207,40 @@ class Pad:
             raise failure
 
     def _shut_down(self) -> None:
-        global _open_pad
         if self._process != os.getpid():
             return  # the library's threads did not come along into this process
         if _callback_thread.active:
             result = self._functions.call("UnInitialDevice")
-            raise CallbackThreadError("the pad cannot be closed inside a callback", result)
-        with self._host_lock, self._export_lock:
-            closes = self._state is _State.OPEN
-            if closes:
-                self._state = _State.CLOSING
-        if not closes:
-            with self._news:
-                self._news.wait_for(lambda: self._state is not _State.CLOSING)
-            return
-        # No lock is held: the library waits for callbacks here, which may use this object until they return.
-        closed = False
+            raise CallbackThreadError(
+                "the pad cannot be closed inside a callback; close it on another thread", result
+            )
         try:
-            self._check("UnInitialDevice", self._functions.call("UnInitialDevice"))
-            closed = True
-        finally:
-            with _open_pad_lock, self._news:
-                if closed:
-                    _open_pad = None
-                self._state = _State.CLOSED if closed else _State.OPEN
-                self._news.notify_all()
+            result = self._uninitialise()
+        except BaseException:
+            # Ctrl-C, which may come between any two lines: what it left undone is done before it goes on.
+            self._uninitialise()
+            raise
+        self._check("UnInitialDevice", result)
+
+    def _uninitialise(self) -> int:
+        """Takes all steps that are left. Any thread may take any of them again."""
+        self._closing = True
+        self._bell.ring()
+        with self._host_lock, self._export_lock: pass  # who is inside a call comes out first
+        # No other lock is held: the library waits for callbacks here, which may use this object meanwhile.
+        with self._closing_lock: return self._uninitialise_once()
+
+    def _uninitialise_once(self) -> int:
+        global _open_pad
+        if not self._closed:
+            result: int = self._functions.call("UnInitialDevice")
+            if result != _native.SUCCESS:
+                self._closing = False
+                return result
+            self._closed = True
+        if _open_pad is self:
+            _open_pad = None
+        return _native.SUCCESS
 
     def __enter__(self) -> Self:
         return self
@@ -236,10 +262,11 @@ class Pad:
     @property
     def closed(self) -> bool:
         """Whether the pad was closed, is being closed, or belongs to another process."""
-        return self._state is not _State.OPEN or self._process != os.getpid()
+        return self._closing or self._process != os.getpid()
 
     def __repr__(self) -> str:
-        return f"<scribera.Pad {self.model} {self._size[0]}x{self._size[1]} {self._state.name.lower()}>"
+        state = "closed" if self._closed else "closing" if self._closing else "open"
+        return f"<scribera.Pad {self.model} {self._size[0]}x{self._size[1]} {state}>"
 
     # Callbacks and keys
 
@@ -266,7 +293,8 @@ class Pad:
         self._point_handler = handler
         # Not before it is needed, since it makes every sample wait for the interpreter's lock. It cannot be
         # taken back.
-        with self._host_call():
+        with self._turn():
+            self._require_open()
             if handler is not None and not self._is_live_registered:
                 if not self._functions.call("RealTimeSignatureDataCallback", self._live_function):
                     raise NoPadError(self._label("RealTimeSignatureDataCallback") + ": no open pad")
@@ -284,37 +312,41 @@ class Pad:
         self._require_open()
         if _callback_thread.active:
             raise CallbackThreadError("the next key cannot come while a callback waits for it")
-        with self._news:
-            self._news.wait_for(
-                lambda: self._keys or self._failure is not None or self._state is not _State.OPEN, timeout
-            )
-            failure = self._take_failure()
-            if failure is not None:
-                raise failure
-            if self._keys:
-                return self._keys.popleft()
-            self._require_open()
-            raise PadTimeoutError(f"no key within {timeout} s")
+        news = self._bell.wait(self._take_news, timeout)
+        if news is None:
+            raise PadTimeoutError(f"no key of the pad was used within {timeout} s")
+        if isinstance(news, BaseException):
+            raise news
+        return news
+
+    def _take_news(self) -> Status | BaseException | None:
+        failure = self._take_failure()
+        if failure is not None:
+            return failure
+        try:
+            return self._keys.popleft()
+        except IndexError:
+            return PadClosedError("the pad is closed") if self.closed else None
 
     def last_key(self) -> Status | None:
         """Reads and resets the key touched last, for callers that poll; None when there was none since the
         last call. Apart from :meth:`wait`, and on most models earlier: the touch counts, not the release."""
-        with self._host_call():
+        with self._turn():
+            self._require_open()
             key = self._functions.call("GetDeviceConfirmOrCancelKeyStatus")
         return None if key == _native.REFUSED else Status(key)
 
     def _status_arrived(self, status: int) -> None:
         key = Status(status)
         self._run(self._status_handler, key)
-        with self._news:
-            self._keys.append(key)
-            self._news.notify_all()
+        self._keys.append(key)
+        self._bell.ring()
 
     def _point_arrived(self, position: int, pen: int) -> None:
         self._run(self._point_handler, LivePoint.unpack(position, pen))
 
     def _run(self, handler: Callable[[Any], object] | None, news: Status | LivePoint) -> None:
-        if handler is None or self._state is not _State.OPEN:
+        if handler is None or self._closing:
             return
         _callback_thread.active = True
         try:
@@ -325,20 +357,19 @@ class Pad:
             _callback_thread.active = False
 
     def _keep_failure(self, exception: BaseException) -> None:
-        with self._news:
-            if isinstance(exception, PadClosedError) and self._state is not _State.OPEN:
-                return  # the callback was overtaken by close()
-            if self._failure is None:
-                self._failure = exception
-            else:
-                self._more_failures += 1
-            self._news.notify_all()
+        if isinstance(exception, PadClosedError) and self._closing:
+            return  # the callback was overtaken by close()
+        with self._failure_lock:
+            first, more = self._failure or (exception, -1)
+            self._failure = (first, more + 1)
+        self._bell.ring()
 
     def _take_failure(self) -> BaseException | None:
-        with self._news:
-            failure, more = self._failure, self._more_failures
-            self._failure, self._more_failures = None, 0
-        if failure is not None and more:
+        with self._failure_lock: kept, self._failure = self._failure, None
+        if kept is None:
+            return None
+        failure, more = kept
+        if more:
             failure.add_note(f"{more} more exceptions left the callbacks after this one")
         return failure
 
@@ -357,7 +388,8 @@ class Pad:
     @property
     def info(self) -> PadInfo:
         """What the library knows about the pad. It names the K421B "K421H"."""
-        with self._host_call():
+        with self._turn():
+            self._require_open()
             (connected,) = struct.unpack_from("=B", self._answer(_CONNECTED))
             _, width = struct.unpack_from("=ii", self._answer(_WIDTH))
             _, height = struct.unpack_from("=ii", self._answer(_HEIGHT))
@@ -396,7 +428,8 @@ class Pad:
     def about(self) -> str:
         """The text of the library's About box, a few lines."""
         text = ctypes.create_string_buffer(_TEXT_BYTES)
-        with self._host_call():
+        with self._turn():
+            self._require_open()
             self._functions.call("GetAboutInfo", text)
         return _as_text(text.raw)
 
@@ -426,20 +459,24 @@ class Pad:
 
     @pen_width.setter
     def pen_width(self, width: int) -> None:
-        (width,) = _integers("pen_width", (width,), 1)
-        self._checked("SetPenWidth", width)
-        self._pen_width = width
+        number = operator.index(width)
+        if not 1 <= number <= 10:
+            raise InvalidParametersError(f"pen_width has to be 1 to 10, not {number}")
+        self._checked("SetPenWidth", number)
+        self._pen_width = number
 
     @property
     def pen_color(self) -> tuple[int, int, int]:
-        """Red, green and blue of the pen, each 0 to 255; black at the start. White ink counts as paper."""
+        """Red, green and blue of the pen, each 0 to 255; black at the start. White ink counts as paper. The
+        library takes numbers only, no names of colours."""
         return self._pen_color
 
     @pen_color.setter
     def pen_color(self, color: tuple[int, int, int]) -> None:
-        red, green, blue = _integers("pen_color", color, 3)
-        if not all(0 <= part <= 255 for part in (red, green, blue)):  # the library would draw black
-            raise InvalidParametersError(f"pen_color {color} is not three numbers of 0 to 255")
+        try:
+            red, green, blue = _integers("pen_color", color, "red, green, blue", 0, 255)
+        except TypeError as error:
+            raise TypeError(f"{error}: the library takes numbers only, no names of colours") from None
         self._checked("SetPenColor", red, green, blue)
         self._pen_color = (red, green, blue)
 
@@ -462,7 +499,8 @@ class Pad:
 
     def __len__(self) -> int:
         """The number of stored points; it grows while the person signs."""
-        with self._host_call():
+        with self._turn():
+            self._require_open()
             count: int = self._functions.call("GetTotalPacketsNumber")
         if count != _native.NOTHING_THERE:
             return count
@@ -514,7 +552,8 @@ class Pad:
         if not 0 <= index < 2**31:  # ctypes would cut it
             return None
         packet = _native.Packet(index)
-        with self._export_call():
+        with self._turn(), self._export_lock:
+            self._require_open()
             if self._functions.call("getPackets", packet) != _native.SUCCESS:
                 return None
             time = self._functions.text("GetInkPointTime", index)
@@ -534,20 +573,27 @@ class Pad:
         clip: tuple[int, int] | None = None,
         transparent: bool = True,
     ) -> None:
-        """Saves the signature as a file of ``image_type``: BMP, JPEG, PNG, PDF or SVG; by default what the
-        path's suffix says. An existing file is replaced.
+        """Saves the signature as a file of ``image_type``: BMP, JPEG, PNG, PDF, SVG, or INK for the Base64
+        text of the ink packet stream; by default what the path's suffix says.
+
+        An existing file gets new content, and keeps its old one when the disk is full. Where nobody can tell
+        the difference, a new file takes its place in one step, with owner, mode and access list of the old
+        one; elsewhere (several links, another owner, a folder that cannot be written) it is written over.
 
         ``dpi`` is 150 or 300: the resolution written into the file, for PDF the scale. ``clip`` is None for
         the whole canvas, or ``(x, y)`` for its part around the ink with margins of this many pixels, at
         least one of them positive. ``transparent`` makes the white of a PNG transparent; the other types
-        ignore it.
+        ignore it. INK ignores all three.
 
         Raises :class:`NothingThereError` when there is no ink (and on the K421B no fingerprint), and OSError
         when the file cannot be written; no file is made in the first case.
         """
         path = Path(path)
-        picture = self._picture(_type_for(path, image_type), dpi, clip, transparent)
-        path.write_bytes(picture)
+        image_type = _type_for(path, image_type)
+        if image_type is ImageType.INK:
+            write_file(path, self.ink_text().encode("ascii"))
+        else:
+            write_file(path, self._picture(image_type, dpi, clip, transparent))
 
     def svg(self, *, dpi: int = 150, clip: tuple[int, int] | None = None) -> bytes:
         """The strokes as an SVG drawing, as :meth:`save` writes it."""
@@ -576,18 +622,21 @@ class Pad:
         """What the library writes into a file. The file lies in a private directory: of the caller's path the
         library would say no more than that it did not work."""
         if dpi not in _DPI_LEVELS:
-            raise InvalidParametersError(f"dpi {dpi} is not 150 or 300")
+            raise InvalidParametersError(f"dpi has to be 150 or 300, not {dpi}")
         format_suffix = next(suffix for suffix, kind in _SUFFIXES.items() if kind is image_type)
         if image_type is ImageType.PNG and not transparent:
             image_type = ImageType.BMP  # the suffix decides about the format, the type about transparency
-        with tempfile.TemporaryDirectory(prefix="scribera-") as directory, self._export_call():
+        with tempfile.TemporaryDirectory(prefix="scribera-") as directory, self._turn(), self._export_lock:
+            self._require_open()
             self._clip(clip)
             if clip is not None and image_type in (ImageType.PDF, ImageType.SVG):
                 # Of these two the library makes files without a picture when the ink consists of taps.
                 self._require_picture(self._functions.text("PacketsBase64EncodeEx", ImageType.BMP, False))
             file = Path(directory, "signature" + format_suffix)
             result = self._functions.call("SaveDrawingImage", image_type, str(file), _DPI_LEVELS[dpi])
-            self._check("SaveDrawingImage", result)
+            self._check(
+                "SaveDrawingImage", result, f"there is no ink, or no space for the picture in {directory}"
+            )
             picture = file.read_bytes() if file.exists() else b""
         # Of these two the library reports success also when the disk is full.
         if not picture.rstrip().endswith(_LAST_WORDS.get(image_type, b"")):
@@ -595,7 +644,8 @@ class Pad:
         return picture
 
     def _encoded(self, image_type: ImageType, clip: tuple[int, int] | None, transparent: bool) -> bytes:
-        with self._export_call():
+        with self._turn(), self._export_lock:
+            self._require_open()
             self._clip(clip)
             text = self._functions.text("PacketsBase64EncodeEx", image_type, bool(transparent))
         if text is None:
@@ -608,9 +658,11 @@ class Pad:
             raise NothingThereError("there is nothing to make a picture of")
 
     def _clip(self, clip: tuple[int, int] | None) -> None:
-        x, y = (0, 0) if clip is None else _integers("clip", clip, 2)
+        x, y = (0, 0) if clip is None else _integers("clip", clip, "x, y", 0)
         if clip is not None and x == 0 and y == 0:  # the library would not clip then
-            raise InvalidParametersError("one of the margins of clip has to be positive")
+            raise InvalidParametersError(
+                "one of the margins of clip has to be positive, not (0, 0); None is the whole canvas"
+            )
         self._check(
             "SetSaveCenterImageClip", self._functions.call("SetSaveCenterImageClip", clip is not None, x, y)
         )
@@ -624,7 +676,8 @@ class Pad:
 
     def ink_text(self) -> str:
         """The ink packet stream as Base64 text, the form in which other hosts of the library exchange it."""
-        with self._export_call():
+        with self._turn(), self._export_lock:
+            self._require_open()
             text = self._functions.text("PacketsBase64EncodeEx", ImageType.INK, False)
         if text is None:
             raise NothingThereError("there is no ink")
@@ -636,7 +689,8 @@ class Pad:
         :class:`InvalidParametersError` when there is nothing to decode."""
         text = base64_text(ink)
         call = self._functions.call
-        with self._export_call():
+        with self._turn(), self._export_lock:
+            self._require_open()
             self._check("Base64Decode", call("Base64Decode", ImageType.INK, text, None))
             count = call("GetTotalDecodePacketsNumber")
             # The library reads x with a sign, which it does not have.
@@ -658,18 +712,20 @@ class Pad:
 
         Drops decoded points. Raises :class:`NothingThereError` when there is no such picture in it or it is
         too large, :class:`InvalidParametersError` for an empty one, and OSError when the file cannot be
-        written.
+        written. An older file is treated as by :meth:`save`.
         """
         path = Path(path)
         image_type = _type_for(path, image_type)
         if image_type not in _RASTERS:
-            raise InvalidParametersError(f"{image_type.name} is not BMP, JPEG or PNG")
+            raise InvalidParametersError(f"image_type has to be BMP, JPEG or PNG, not {image_type}")
         text = base64_text(image)
-        with tempfile.TemporaryDirectory(prefix="scribera-") as directory, self._export_call():
+        with tempfile.TemporaryDirectory(prefix="scribera-") as directory, self._turn(), self._export_lock:
+            self._require_open()
             file = Path(directory, "picture")
-            self._check("Base64Decode", self._functions.call("Base64Decode", image_type, text, str(file)))
+            result = self._functions.call("Base64Decode", image_type, text, str(file))
+            self._check("Base64Decode", result, f"no {image_type} is in it, or one beyond 256 MiB")
             picture = file.read_bytes()
-        path.write_bytes(picture)
+        write_file(path, picture)
 
     # Fingerprint
 
@@ -682,8 +738,10 @@ class Pad:
         :class:`UnsupportedError` on other models, :class:`InvalidParametersError` when the rectangle does not
         fit.
         """
-        size, place = _integers("canvas", canvas, 2), _integers("rectangle", rectangle, 4)
-        self._checked("SetDisplayedFPImageAt", None, *size, *place)
+        size = _integers("canvas", canvas, "width, height")
+        place = _integers("rectangle", rectangle, "left, top, width, height")
+        meaning = f"rectangle {place} is not within canvas {size}"
+        self._checked("SetDisplayedFPImageAt", None, *size, *place, meaning=meaning)
 
     def fingerprint(
         self,
@@ -697,37 +755,29 @@ class Pad:
         white, whatever ``rectangle_only`` says. Raises :class:`NothingThereError` before it was placed, and
         when clipping finds nothing; :class:`UnsupportedError` on other models."""
         if image_type not in _RASTERS:
-            raise InvalidParametersError(f"{image_type!r} is not BMP, JPEG or PNG")
+            raise InvalidParametersError(f"image_type has to be BMP, JPEG or PNG, not {image_type}")
         self._require("GetFPImageBase64Data")
-        with self._export_call():
+        with self._turn(), self._export_lock:
+            self._require_open()
             self._clip(clip)
             text = self._functions.text("GetFPImageBase64Data", image_type, bool(rectangle_only))
         if text is None:
-            raise NothingThereError("the fingerprint has no place yet")
+            raise NothingThereError("the fingerprint has no place yet; call place_fingerprint first")
         self._require_picture(text)
         return base64.b64decode(text)
 
     # Calls
 
-    @contextmanager
-    def _host_call(self) -> Iterator[None]:
+    def _turn(self) -> AbstractContextManager[object]:
+        """What a call is made under. _require_open follows inside: close() may have come while this was
+        waited for, and once it has begun, no text is on loan that could not be given back any more."""
         self._require_open()  # first: in a forked process the lock may be held by a thread that is not there
         if _callback_thread.active:
-            yield
-        else:
-            with self._host_lock:
-                self._require_open()
-                yield
-
-    @contextmanager
-    def _export_call(self) -> Iterator[None]:
-        """Once close() has begun, no text is on loan that could not be given back any more."""
-        with self._host_call(), self._export_lock:
-            self._require_open()
-            yield
+            return nullcontext()
+        return self._host_lock
 
     def _require_open(self) -> None:
-        if self._state is not _State.OPEN:
+        if self._closing:
             raise PadClosedError("the pad is closed")
         if self._process != os.getpid():
             raise PadClosedError(f"the pad belongs to process {self._process}")
@@ -735,36 +785,49 @@ class Pad:
     def _require(self, name: str) -> None:
         self._require_open()
         if not self._functions.has(name):
-            raise UnsupportedError(f"{self._label(name)} does not exist: the {self.model} has nothing for it")
+            needs = _native.PROTOTYPES[name].needs
+            those = [model for model, family in _native.FAMILIES.items() if needs.are_met_by(family)]
+            raise UnsupportedError(
+                f"{self._label(name)} does not exist: only {', '.join(those)} have what it needs"
+            )
 
     def _label(self, name: str) -> str:
         return self._family.prefix + name
 
-    def _checked(self, name: str, *arguments: Any) -> None:
+    def _checked(self, name: str, *arguments: Any, meaning: str | None = None) -> None:
         self._require(name)
-        with self._host_call():
-            self._check(name, self._functions.call(name, *arguments))
+        with self._turn():
+            self._require_open()
+            self._check(name, self._functions.call(name, *arguments), meaning)
 
-    def _check(self, name: str, result: int) -> None:
+    def _check(self, name: str, result: int, meaning: str | None = None) -> None:
+        """``meaning`` tells more than -2 and -8 do."""
         if result == _native.SUCCESS:
             return
         label = self._label(name)
         if result == _native.REFUSED and not self._functions.has_live_object():
-            raise NoPadError(f"{label}: {result}, no open pad", result)
+            raise NoPadError(f"{label}: {result}, no open pad: other code of this process closed it", result)
         if _native.PROTOTYPES[name].driver_code:
             raise DriverError(f"{label}: the driver reports {result}", result)
         if result == _native.INVALID_PARAMETERS:
-            raise InvalidParametersError(f"{label}: {result} ARI_INVALID_PARAMETERS", result)
+            raise InvalidParametersError(f"{label}: {result} {meaning or 'ARI_INVALID_PARAMETERS'}", result)
         if result == _native.NOTHING_THERE:
-            raise NothingThereError(f"{label}: {result}, nothing there or not done", result)
+            raise NothingThereError(f"{label}: {result}, {meaning or 'nothing there or not done'}", result)
         raise ScriberaError(f"{label}: {result}", result)
 
 
-def _integers(name: str, values: tuple[int, ...], count: int) -> tuple[int, ...]:
-    """The values as they fit into C's int, which ctypes would cut them to."""
-    numbers = tuple(operator.index(value) for value in values)
-    if len(numbers) != count or not all(-(2**31) <= number < 2**31 for number in numbers):
-        raise InvalidParametersError(f"{name} {values} is not {count} 32-bit numbers")
+def _integers(
+    name: str, values: Sequence[int], parts: str, least: int = -(2**31), most: int = 2**31 - 1
+) -> tuple[int, ...]:
+    """The values, one for each of the parts. Without limits they are those of C's int, which ctypes would cut
+    them to."""
+    wanted = f"{name} has to be ({parts}) in whole numbers of {least} to {most}, not {values!r}"
+    try:
+        numbers = tuple(operator.index(value) for value in values)
+    except TypeError as error:
+        raise TypeError(wanted) from error
+    if len(numbers) != len(parts.split()) or not all(least <= number <= most for number in numbers):
+        raise InvalidParametersError(wanted)
     return numbers
 
 
@@ -772,31 +835,18 @@ def _type_for(path: Path, image_type: ImageType | None) -> ImageType:
     if image_type is None:
         suffix = path.suffix.lower()
         if suffix not in _SUFFIXES:
-            raise InvalidParametersError(f"{path.name} has none of the suffixes {', '.join(_SUFFIXES)}")
+            raise InvalidParametersError(
+                f"{path.name} has none of the suffixes {', '.join(_SUFFIXES)}; give image_type"
+            )
         return _SUFFIXES[suffix]
     if image_type not in _SUFFIXES.values():
-        raise InvalidParametersError(f"{image_type!r} is not the type of a file")
+        names = ", ".join(kind.name for kind in ImageType)
+        raise InvalidParametersError(f"image_type has to be one of ImageType's {names}, not {image_type!r}")
     return ImageType(image_type)
 
 
 def _as_text(answer: bytes) -> str:
     return answer.split(b"\0", 1)[0].decode("utf-8", "backslashreplace")
-
-
-@contextmanager
-def _inside(directory: str | os.PathLike[str] | None) -> Iterator[None]:
-    if directory is None:
-        yield
-        return
-    back = os.open(".", os.O_PATH | os.O_DIRECTORY | os.O_CLOEXEC)
-    try:
-        os.chdir(directory)
-        try:
-            yield
-        finally:
-            os.fchdir(back)
-    finally:
-        os.close(back)
 
 
 def _report_unraisable(exception: BaseException) -> None:
@@ -813,7 +863,8 @@ def _close_at_exit() -> None:
     """A library thread that came back into an interpreter which is gone would end the process."""
     pad = _open_pad
     if pad is not None and pad._process == os.getpid():
-        warnings.warn(f"not closed: {pad!r}", ResourceWarning, source=pad)
+        if not pad.closed:
+            warnings.warn(f"not closed: {pad!r}", ResourceWarning, source=pad)
         pad.close()
 
 

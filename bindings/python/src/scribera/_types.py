@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import base64
-import binascii
+import re
 import struct
 from dataclasses import dataclass
 from enum import IntEnum
@@ -12,7 +12,17 @@ from typing import Self
 from ._errors import InvalidParametersError
 
 
-class ImageType(IntEnum):
+class _Named(IntEnum):
+    """A number of the library that prints as its name."""
+
+    def __str__(self) -> str:
+        return self.name
+
+    def __format__(self, format_spec: str) -> str:
+        return format(self.name, format_spec)
+
+
+class ImageType(_Named):
     """What a signature is turned into; the numbers are the library's."""
 
     BMP = 1
@@ -23,7 +33,7 @@ class ImageType(IntEnum):
     SVG = 8
 
 
-class Status(IntEnum):
+class Status(_Named):
     """The key with which the person ended the signature. CANCEL is false, CONFIRM is true."""
 
     CANCEL = 0
@@ -106,32 +116,70 @@ class PadInfo:
 
 
 _INK_RECORD = struct.Struct("<HhhBxqq")
+_LINE_BREAKS = re.compile(r"[\r\n]+")
+_BASE64_PARTS = re.compile(r"([A-Za-z0-9+/\r\n]*)([=\r\n]*)")
 
 
 def base64_text(content: bytes | str) -> bytes:
-    """The Base64 text of an ink packet stream or a picture, given as bytes; or as that text already."""
-    if isinstance(content, str):
-        text = content.encode("ascii", "replace")
-        if b"\0" in text:
-            raise InvalidParametersError("a Base64 text holds no zero byte")
-        return text
-    return base64.b64encode(content)
+    """The Base64 text of an ink packet stream or a picture, given as bytes; or as that text already, which
+    the library reads with line breaks too."""
+    if not content:
+        raise InvalidParametersError("there is nothing to decode: it is empty")
+    if not isinstance(content, str):
+        return base64.b64encode(content)
+    text = content.encode("ascii", "replace")
+    if b"\0" in text:
+        raise InvalidParametersError("a Base64 text holds no zero byte")
+    return text
 
 
 def read_ink(ink: bytes | str) -> list[InkRecord]:
     """Reads an ink packet stream without the library, with the pressures and times that
     :meth:`Pad.decode` cannot tell.
 
-    ``ink`` is the stream as bytes (:meth:`Pad.ink`) or its Base64 text (:meth:`Pad.ink_text`). Raises
-    :class:`InvalidParametersError` when it is not a number of whole records and one zero byte.
+    ``ink`` is the stream as bytes (:meth:`Pad.ink`) or its Base64 text as a str (:meth:`Pad.ink_text`), in
+    which line breaks may stand anywhere and blanks at the end. Raises :class:`InvalidParametersError` when it
+    is not Base64, or not a number of whole records and one zero byte; the message tells where.
     """
-    try:
-        stream = base64.b64decode(ink, validate=True) if isinstance(ink, str) else ink
-    except (binascii.Error, ValueError) as error:
-        raise InvalidParametersError(f"not a Base64 text: {error}") from error
-    if len(stream) % _INK_RECORD.size != 1 or stream[-1] != 0:
-        raise InvalidParametersError(f"not an ink packet stream: {len(stream)} bytes")
+    stream = _base64_bytes(ink) if isinstance(ink, str) else ink
+    if len(stream) % _INK_RECORD.size != 1:
+        hint = "" if isinstance(ink, str) else "; a Base64 text is to be given as str"
+        raise InvalidParametersError(
+            f"not an ink packet stream: {len(stream)} bytes are not whole records of {_INK_RECORD.size} "
+            f"bytes and one more{hint}"
+        )
+    if stream[-1] != 0:
+        raise InvalidParametersError(
+            f"not an ink packet stream: byte {len(stream) - 1}, after the last record, is not zero"
+        )
     return [
         InkRecord(x, y, pressure, status == 1, tick, seconds)
         for x, y, pressure, status, tick, seconds in _INK_RECORD.iter_unpack(stream[:-1])
     ]
+
+
+def _base64_bytes(text: str) -> bytes:
+    """Decodes Base64 that leaves no choice: complete groups, no foreign characters, no spare bits."""
+
+    def refuse(offset: int, reason: str) -> InvalidParametersError:
+        return InvalidParametersError(f"not an ink packet stream: at character {offset}: {reason}")
+
+    text = text.rstrip(" \t\r\n")
+    parts = _BASE64_PARTS.match(text)
+    assert parts is not None  # it matches the empty text too
+    digits = _LINE_BREAKS.sub("", parts[1])
+    padding = parts[2].count("=")
+    if not text:
+        raise refuse(0, "there is no text")
+    if parts.end() != len(text):
+        raise refuse(parts.end(1), "not a Base64 character")
+    if (len(digits) + padding) % 4:
+        raise refuse(len(text), "the Base64 text ends within a group of four characters")
+    if padding > 2:
+        raise refuse(parts.end(1), "more than two padding characters")
+    whole = digits + "=" * padding
+    content = base64.b64decode(whole)
+    if base64.b64encode(content[padding - 3 :]) != whole[-4:].encode():
+        last = len(parts[1].rstrip("\r\n")) - 1
+        raise refuse(last, "the last Base64 character has bits that belong to no byte")
+    return content
