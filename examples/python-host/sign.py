@@ -10,6 +10,10 @@ from scribera import FAMILIES, Pad, PadTimeoutError, ScriberaError, Status
 
 
 def wait(pad: Pad, seconds: float) -> Status:
+    """Waits for the key; somebody who looks on sees the points grow."""
+    print(f"waiting for a signature on the {pad.model}", file=sys.stderr)
+    if not sys.stderr.isatty():
+        return pad.wait(seconds)
     end = monotonic() + seconds
     while True:
         print(f"\r{len(pad)} points", end="", file=sys.stderr, flush=True)
@@ -24,20 +28,21 @@ def sign(pad: Pad, stem: Path, seconds: float) -> int:
     try:
         status = wait(pad, seconds)
     finally:
-        print(f"\r{len(pad)} points", file=sys.stderr)
+        start = "\r" if sys.stderr.isatty() else ""
+        print(f"{start}{len(pad)} points", file=sys.stderr)
     if status is Status.CANCEL:
         print("cancelled; nothing saved")
         return 1
     pad.save(stem.with_suffix(".png"), clip=(10, 10))
     pad.save(stem.with_suffix(".svg"))
-    stem.with_suffix(".ink").write_text(pad.ink_text())
+    pad.save(stem.with_suffix(".ink"))
     print(f"{len(pad.strokes())} strokes saved as {stem}.png, .svg and .ink")
     return 0
 
 
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__, epilog="Exit code: 0 saved, 1 cancelled, 2 failed.")
-    parser.add_argument("model", choices=list(FAMILIES), help="the pad's model")
+    parser.add_argument("model", help=f"the pad's model: {', '.join(FAMILIES)}")
     parser.add_argument("-o", "--output", type=Path, default=Path("signature"), help="path without suffix")
     parser.add_argument("-t", "--timeout", type=float, default=60, metavar="SECONDS", help="default: 60")
     parser.add_argument("-d", "--driver-directory", type=Path, help="default: the current one")
