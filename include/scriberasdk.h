@@ -201,7 +201,8 @@
  *     [SCK210_OpenLCD()]:<83521907>-Enter, nDeviceType=2, bOn=1,
  *
  * The number is the tick clock: milliseconds of the system's monotonic clock. The library only
- * appends; it never cuts or removes these files. A file that cannot be opened is left out silently.
+ * appends; it never cuts or removes these files. A file that cannot be opened is left out silently, and
+ * so is one that is no plain file, has a second name or belongs to another user.
  * Logging costs an open, a write and a close for every line, and with it on the clipped forms of a
  * signature write a line or more for each pixel of ink.
  */
@@ -760,8 +761,9 @@ SCRIBERA_API void SCK210_FreeInkPointTime(int nDeviceType, char* pInkPointTime);
  * @return 0; -1 without a live object; -2 for a wrong device type or another image type; -8 when there are no
  *         points (on the K421B: nor a fingerprint; no file is made), when the path is null, or when the file
  *         cannot be written, for rasters also when its suffix names no picture format or the picture is
- *         empty. A failure may leave part of a file. PDF reports only whether the file could be opened, and
- *         SVG reports 0 whatever happened to the file.
+ *         empty. A raster that could not be saved leaves an older file as it was, also on a full disk. PDF
+ *         reports only whether the file could be opened and may leave a part of it; SVG reports 0 whatever
+ *         happened to the file.
  */
 SCRIBERA_API int SCK210_SaveDrawingImage(int nDeviceType, int nImageTypeID, wchar_t* pImageFilePath,
                                          int nDPILevel);

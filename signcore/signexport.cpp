@@ -1,6 +1,7 @@
 #include "signcore/signexport.h"
 
 #include "signcore/signcanvas.h"
+#include "signcore/wholefile.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -64,17 +65,6 @@ bool Encode(const QImage& Image, const QByteArray& Format, QByteArray& Encoded)
     QBuffer Buffer(&Encoded);
     return !Image.isNull() && !Format.isEmpty() && Buffer.open(QIODevice::WriteOnly) &&
            Image.save(&Buffer, Format.constData());
-}
-
-// Writes the whole file and makes sure of it: a full disk shows only when the bytes are flushed.
-bool WriteWholeFile(const QString& strPath, const QByteArray& Bytes)
-{
-    QFile File(strPath);
-    if (!File.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    const bool bWritten = File.write(Bytes) == Bytes.size() && File.flush();
-    File.close();
-    return bWritten && File.error() == QFileDevice::NoError;
 }
 
 // Copies the pixels with transparent ones for opaque white. False when a pixel was not opaque.
