@@ -28,6 +28,7 @@ public:
     void write(const Signature& signature)
     {
         CPenState pen;
+        pen.m_Mapping.m_bFitted = true;
         for (const std::vector<Segment>& stroke : signature.segments) {
             m_canvas.StartAt(stroke.front().line.x1(), stroke.front().line.y1());
             for (const Segment& segment : stroke)

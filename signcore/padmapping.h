@@ -21,10 +21,11 @@ inline int OffsetInArea(int nRaw, int nOrigin, int nAreaSize)
     return static_cast<int>(std::clamp<std::int64_t>(nOffset, 0, nAreaSize - 1));
 }
 
-// The mapping for one canvas size and pen width. Scales are 0 until the canvas has its size, so that a sample
-// before that lands in the canvas corner.
+// The mapping for one canvas size and pen width. Until the canvas has its size there is none, and what is
+// mapped all the same, for the log, lands in the canvas corner.
 struct CPadMapping
 {
+    bool m_bFitted = false; // there is a mapping
     int m_nPadOriginX = 0;
     int m_nPadOriginY = 0;
     double m_dblXScale = 0;

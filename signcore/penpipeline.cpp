@@ -47,8 +47,10 @@ void CPenPipeline::PenDown(int nX, int nY, int nP, CInkPointList* pPoints)
         return;
     }
     m_bPenDown = true;
-    const CCanvasSample Sample = Convert(m_PenSetup.Read(), nX, nY, nP);
+    const CPenState Pen = m_PenSetup.Read();
+    const CCanvasSample Sample = Convert(Pen, nX, nY, nP);
     m_Canvas.StartAt(Sample.m_dblX, Sample.m_dblY);
+    RememberUnmapped(Pen, nX, nY);
     SCR_LOG(SampleLabel(), "<%ld>-Pen_Down, dblSignWndX=%f, dblSignWndY=%f, dblSignWndPressure=%f",
             Sample.m_dblX, Sample.m_dblY, Sample.m_dblPressure);
     StoreAndNotify(pPoints, nX, nY, nP);
@@ -63,6 +65,12 @@ void CPenPipeline::PenMove(int nX, int nY, int nP, CInkPointList* pPoints, int n
         return;
     }
     const CPenState Pen = m_PenSetup.Read();
+    if (m_Unmapped && Pen.m_Mapping.m_bFitted) {
+        const CCanvasSample Last = Pen.m_Mapping.ConvertSignRawDataToSignWndData(
+            m_Identity.m_Model, m_Unmapped->m_nX, m_Unmapped->m_nY, 0);
+        m_Canvas.StartAt(Last.m_dblX, Last.m_dblY);
+    }
+    RememberUnmapped(Pen, nX, nY);
     const CCanvasSample Sample = Convert(Pen, nX, nY, nP);
     m_Canvas.StartSignOnCanvas(Sample.m_dblX, Sample.m_dblY, Sample.m_dblPressure, Pen);
     SCR_LOG(SampleLabel(), "<%ld>-Pen_Move, dblSignWndX=%f, dblSignWndY=%f, dblSignWndPressure=%f",
@@ -113,6 +121,14 @@ void CPenPipeline::KeyDown(int nKey, const char* pszDownLine, const char* pszSki
     else
         m_KeyActions.ArmLocked(nKey);
     SCR_LOG(KeyLabel(), pszDownLine);
+}
+
+void CPenPipeline::RememberUnmapped(const CPenState& Pen, int nX, int nY)
+{
+    if (Pen.m_Mapping.m_bFitted)
+        m_Unmapped.reset();
+    else
+        m_Unmapped = {nX, nY};
 }
 
 CCanvasSample CPenPipeline::Convert(const CPenState& Pen, int nX, int nY, int nP) const

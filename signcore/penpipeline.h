@@ -7,7 +7,7 @@
 #include "signcore/realtimedata.h"
 #include "signcore/signcanvas.h"
 
-#include <memory>
+#include <optional>
 
 // The state machine behind the driver's pen callback. Runs on the driver's thread, which alone touches its
 // own members; what it works on is protected where it lives.
@@ -32,6 +32,7 @@ private:
     void KeyRelease();
     void KeyDown(int nKey, const char* pszDownLine, const char* pszSkipLine);
 
+    void RememberUnmapped(const CPenState& Pen, int nX, int nY);
     CCanvasSample Convert(const CPenState& Pen, int nX, int nY, int nP) const;
     void StoreAndNotify(CInkPointList* pPoints, int nX, int nY, int nP) const;
     CLogLabel SampleLabel() const { return m_Identity.Label(m_Identity.m_Model.m_pszRawDataFunction); }
@@ -45,4 +46,12 @@ private:
 
     bool m_bPenDown = false;      // a stroke is in progress
     int m_nPenDownKeyID = kNoKey; // the key that the pen is on
+
+    // The stroke's last raw point, while the canvas does not know it because there was no mapping.
+    struct CRawPoint
+    {
+        int m_nX;
+        int m_nY;
+    };
+    std::optional<CRawPoint> m_Unmapped;
 };

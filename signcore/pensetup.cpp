@@ -9,6 +9,7 @@ CPenState CPenSetup::Read() const
 void CPenSetup::FitCanvas(int nWidth, int nHeight, int nMaxPressure)
 {
     const CLocker Lock(m_Mutex);
+    m_State.m_Mapping.m_bFitted = true;
     m_State.m_Mapping.m_nPadOriginX = m_Model.m_nPadOriginX;
     m_State.m_Mapping.m_nPadOriginY = m_Model.m_nPadOriginY;
     m_State.m_Mapping.m_dblXScale = static_cast<double>(nWidth) / m_Model.m_nAreaWidth;

@@ -163,7 +163,7 @@ void CSignCanvas::StartSignOnCanvas(double dblX, double dblY, double dblPressure
     {
         const CLocker Lock(m_CanvasMutex);
         m_Witness.NoteWriteInPlace(m_SignCanvas);
-        if (!m_SignCanvas.isNull() && MakeWritable(PenCanvas())) {
+        if (Pen.m_Mapping.m_bFitted && !m_SignCanvas.isNull() && MakeWritable(PenCanvas())) {
             rcChanged = TouchedBy(Segment, dblWidth, m_SignCanvas.rect());
             m_rcInkArea |= rcChanged; // first: a painter that runs out of memory may have drawn a part
             QPainter Painter(&PenCanvas());

@@ -67,7 +67,8 @@ public:
     // The next segment starts here.
     void StartAt(double dblX, double dblY);
 
-    // Draws the segment from the last point to this one, which becomes the last point.
+    // Draws the segment from the last point to this one, which becomes the last point. Nothing is drawn as
+    // long as the pen has no mapping.
     void StartSignOnCanvas(double dblX, double dblY, double dblPressure, const CPenState& Pen);
 
     // The canvas as it is now. Shares its pixels until the next segment is drawn.

@@ -117,6 +117,85 @@ TEST_P(SignWidget, TapAndIgnoredSamplesRepaintNothing)
     EXPECT_EQ(pad().stop(), 0);
 }
 
+// Sends samples while the widget is being made, before it learns its size.
+class EarlyPen : public QObject
+{
+public:
+    EarlyPen(const PadModel& model, Simulator& sim, std::vector<ScrSimSample> samples)
+        : m_model(model), m_sim(sim), m_samples(std::move(samples))
+    {
+        QCoreApplication::instance()->installEventFilter(this);
+    }
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        const bool isWidget = std::strcmp(object->metaObject()->className(), m_model.widgetClass) == 0;
+        if (isWidget && event->type() == QEvent::Resize)
+            hasSize = true;
+        if (isWidget && event->type() == QEvent::Polish && !hasSize && !isSent) {
+            m_sim.open();
+            m_sim.send(m_samples);
+            isSent = true;
+        }
+        return false;
+    }
+    bool hasSize = false;
+    bool isSent = false;
+
+private:
+    const PadModel& m_model;
+    Simulator& m_sim;
+    const std::vector<ScrSimSample> m_samples;
+};
+
+TEST_P(SignWidget, SamplesBeforeItHasASizeLeaveNoInkAndTheirStrokeGoesOnFromTheLast)
+{
+    ensureApplication();
+    const std::vector<ScrSimSample> samples =
+        stroke(model(), {{0.2, 0.3}, {0.4, 0.7}, {0.3, 0.5}, {0.6, 0.2}, {0.8, 0.8}});
+    for (const std::size_t early : {std::size_t{1}, std::size_t{3}, samples.size()}) {
+        const auto middle = samples.begin() + static_cast<std::ptrdiff_t>(early);
+        EarlyPen pen(model(), sim(), {samples.begin(), middle});
+        removeLogs();
+        setLogging(true);
+        ASSERT_TRUE(pad().start());
+        setLogging(false);
+        ASSERT_TRUE(pen.isSent);
+        settle();
+        EXPECT_TRUE(isWhite(pad().canvas())) << early;
+
+        Redraw points(model(), 400, 200);
+        points.feed(samples);
+        Redraw drawn(model(), 400, 200);
+        if (middle != samples.end()) {
+            pad().draw({middle, samples.end()});
+            ScrSimSample last = *(middle - 1);
+            last.penStatus = PenDown;
+            drawn.feed(last);
+            drawn.feed({middle, samples.end()});
+        }
+        EXPECT_TRUE(holdsPoints(pad(), points));
+        EXPECT_TRUE(holdsCanvas(pad(), drawn)) << early;
+
+        // The lines are those of any sample, and each names the corner.
+        const std::string corner =
+            ", dblSignWndX=0.000000, dblSignWndY=0.000000, dblSignWndPressure=0.000000";
+        const std::size_t moves = std::min<std::size_t>(early, samples.size() - 1) - 1;
+        Texts expected = {"Pen_Down" + corner};
+        expected.insert(expected.end(), moves, "Pen_Move" + corner);
+        if (early == samples.size())
+            expected.push_back("Pen_Up" + corner);
+        Texts seen;
+        for (const std::string& text : textsOf(mainLog(), method(model().handler))) {
+            if (text.starts_with("Pen_"))
+                seen.push_back(text);
+        }
+        EXPECT_EQ(seen, expected);
+        EXPECT_EQ(textsOf(mainLog(), method("StartSignOnCanvas")),
+                  Texts(moves, "enter, dblX=0.000000, dblY=0.000000, dblPressure=0.000000"));
+        EXPECT_EQ(pad().stop(), 0);
+    }
+}
+
 TEST_P(SignWidget, GrowingKeepsTheInkAtTheTopLeft)
 {
     ASSERT_TRUE(pad().start());

@@ -23,6 +23,13 @@ QRect boxOfEveryPixel(const QImage& image)
     return box;
 }
 
+CPenState fittedPen()
+{
+    CPenState pen;
+    pen.m_Mapping.m_bFitted = true;
+    return pen;
+}
+
 const QRect boxOfNoInk{QPoint(99999, 99999), QPoint(-1, -1)};
 
 class InkArea : public testing::TestWithParam<const CPadModel*>
@@ -44,7 +51,7 @@ protected:
 
     void drawSomewhere(int width, int height)
     {
-        CPenState pen;
+        CPenState pen = fittedPen();
         // White leaves no ink where it goes, and takes some away.
         pen.m_PenColor = below(4) == 0 ? Qt::white : Qt::darkBlue;
         const double reach = below(20) == 0 ? 100 : 1; // far outside now and then
@@ -127,7 +134,7 @@ TEST_P(InkArea, IsNoLargerThanWhatTheStrokesTouched)
 {
     m_canvas.clearCanvas(400, 200);
     m_canvas.StartAt(100, 50);
-    m_canvas.StartSignOnCanvas(120, 60, 4, CPenState());
+    m_canvas.StartSignOnCanvas(120, 60, 4, fittedPen());
     const QRect area = m_canvas.Snapshot().InkArea();
     EXPECT_TRUE(area.contains(QRect(QPoint(98, 48), QPoint(122, 62))));
     EXPECT_TRUE(QRect(QPoint(94, 44), QPoint(126, 66)).contains(area));
