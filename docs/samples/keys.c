@@ -9,16 +9,26 @@
 static _Atomic(char*) signature; /* the ink packet stream, once it is confirmed */
 static atomic_int cancelled;
 
+/* A tap leaves points, but no ink. Clipped, a picture without ink is an empty text; without points it is
+ * null. */
+static bool isSigned(void)
+{
+    SCT580_SetSaveCenterImageClip(SCT580_DEVICE, true, 1, 1);
+    char* const picture = SCT580_PacketsBase64Encode(SCT580_DEVICE, EBITI_PNG);
+    const bool inked = picture && *picture;
+    SCT580_PacketsBase64EncodeFree(SCT580_DEVICE, picture);
+    return inked;
+}
+
 /* On the key-action thread. While this runs no pen comes down: what is taken and cleared here is what the
  * person had signed when the key was touched. */
 static void onKey(int key)
 {
     if (atomic_load(&signature)) /* the first confirmation counts */
         return;
-    if (key == 1) {
-        atomic_store(&signature,
-                     SCT580_PacketsBase64Encode(SCT580_DEVICE, EBITI_INK)); /* null without points */
-    } else {
+    if (key == 1 && isSigned()) {
+        atomic_store(&signature, SCT580_PacketsBase64Encode(SCT580_DEVICE, EBITI_INK));
+    } else if (key == 0) {
         SCT580_Clear(SCT580_DEVICE); /* the canvas and the points */
         SCT580_Clear(SCT580_DEVICE); /* now the pad, too */
         atomic_fetch_add(&cancelled, 1);

@@ -30,8 +30,8 @@ public:
         if (!SCK210_InitialDevice(SCK210_DEVICE, paper, 0, 0, pixels.width(), pixels.height()))
             return false;
         canvas = static_cast<QWidget*>(g_pSignWidget);
-        SCK210_SetPenWidth(SCK210_DEVICE,
-                           qMin(10, qRound(2 * devicePixelRatioF()))); // in pixels of the canvas
+        // In pixels of the canvas, 10 at most.
+        SCK210_SetPenWidth(SCK210_DEVICE, qMin(10, qRound(3 * devicePixelRatioF())));
         SCK210_SignatureStatusCallback(SCK210_DEVICE, keyTapped);
         fit();
         return true;
@@ -54,18 +54,22 @@ private:
             canvas->resize(size() * devicePixelRatioF());
             paper->resize(canvas->size());
         }
+        const double scale = qMin(double(width()) / canvas->width(), double(height()) / canvas->height());
         setSceneRect(canvas->rect());
-        fitInView(sceneRect(), Qt::KeepAspectRatio);
+        setTransform(QTransform::fromScale(scale, scale));
     }
 
     // On the library's thread. While this runs no pen comes down: what is saved and cleared here is what the
     // person had signed when the key was touched.
     static void keyTapped(int key)
     {
+        static bool saved = false; // the first confirmation counts
+        if (saved)
+            return;
         if (key == 1) {
             wchar_t path[] = L"signature.png";
             SCK210_SetSaveCenterImageClip(SCK210_DEVICE, true, 10, 10);
-            const bool saved = SCK210_SaveDrawingImage(SCK210_DEVICE, EBITI_PNG, path, 1) == ARI_SUCCESS;
+            saved = SCK210_SaveDrawingImage(SCK210_DEVICE, EBITI_PNG, path, 1) == ARI_SUCCESS;
             std::puts(saved ? "saved" : "not saved"); // not without ink, for example
             if (saved)
                 QMetaObject::invokeMethod(qApp, &QApplication::quit, Qt::QueuedConnection);

@@ -344,7 +344,10 @@ void MainWindow::notePoint(double pressure, bool onPad)
     // A tap leaves no ink: that takes a second point of the stroke.
     const bool isStroke = onPad && m_penIsDown;
     m_penIsDown = onPad;
-    isStroke&& m_state != State::Signing ? setState(State::Signing) : showPoints();
+    if (isStroke && m_state != State::Signing)
+        setState(State::Signing);
+    else
+        showPoints();
 }
 
 // The signature is taken: the pad is closed, and nothing that is drawn on it now counts.

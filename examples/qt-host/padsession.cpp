@@ -48,7 +48,8 @@ namespace {
 const PadFamily families[] = {PAD_FAMILY(K210), PAD_FAMILY(K420), PAD_FAMILY(K421B), PAD_FAMILY(KM730),
                               PAD_FAMILY(T580)};
 
-constexpr int clipMargin = 12;     // pixels around the ink
+constexpr int clipMargin = 12; // pixels around the ink
+constexpr ExportSettings wholePicture{EBITI_BITMAP, 300, false};
 constexpr int watchInterval = 500; // ms
 
 // The callbacks bring no argument of the host's. Changes only while no callback can come.
@@ -123,8 +124,8 @@ void PadSession::onKey(int status) noexcept
     if (status == 1) {
         key.signature = std::make_shared<const Signature>(openSession->take());
     } else {
-        openSession
-            ->clear(); // after the cancel key it leaves the pad's own screen, and a fingerprint on it, alone
+        // The first clear after the cancel key leaves the pad's own screen to the pad.
+        openSession->clear();
         openSession->clear();
     }
     openSession->post(key);
@@ -254,10 +255,12 @@ Signature PadSession::take() const
         for (const int dpi : Signature::resolutions)
             for (const bool clip : {false, true})
                 taken.files[{type, dpi, clip}] = exported({type, dpi, clip}, folder.path());
-    taken.canvas = QImage::fromData(taken.file({EBITI_BITMAP, 300, false}));
+    taken.canvas = QImage::fromData(taken.file(wholePicture));
     taken.ink = inkText();
     taken.fingerprint = fingerprintPng();
-    return points() == taken.points ? taken : Signature();
+    const bool stoodStill =
+        points() == taken.points && exported(wholePicture, folder.path()) == taken.file(wholePicture);
+    return stoodStill ? taken : Signature();
 }
 
 bool PadSession::placeFingerprint(QWidget* parent, const QRect& place)

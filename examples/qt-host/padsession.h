@@ -49,7 +49,7 @@ public:
     bool clear();
     int points() const;
     QByteArray inkText() const; // empty without points
-    Signature take() const;     // not whole when the pen went on meanwhile, or a file cannot be made
+    Signature take() const;     // not whole when ink or finger came meanwhile, or a file cannot be made
 
     // In the canvas when parent is the canvas's own parent, else in a widget that covers the parent.
     bool placeFingerprint(QWidget* parent, const QRect& place);
@@ -83,8 +83,8 @@ private:
     QTimer m_watch;
     bool m_answered = false; // since it was opened
     int m_highestPressure = 1;
-    mutable std::mutex
-        m_takeMutex;          // held while a signature is taken, since each export sets the clipping anew
+    // Held while a signature is taken: each export sets the clipping anew.
+    mutable std::mutex m_takeMutex;
     std::mutex m_newsMutex;   // the library's threads add news, the GUI thread takes them
     std::vector<News> m_news; // under the mutex
 };

@@ -96,6 +96,7 @@ void SignaturePanel::setCanvas(QWidget* canvas, const QSize& writingArea)
     m_notice->hide();
     m_view->show();
     m_guide->show();
+    m_ink = true; // of the one before
     setInk(false);
 }
 
@@ -121,6 +122,8 @@ void SignaturePanel::showNotice(const QString& title, const QString& advice)
 
 void SignaturePanel::setInk(bool ink)
 {
+    if (m_ink == ink)
+        return;
     m_ink = ink;
     static_cast<Guide*>(m_guide)->blank = !ink;
     m_guide->update();
