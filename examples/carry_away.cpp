@@ -34,7 +34,7 @@ Signature take(const Pad& pad, const char* title, const QString& recording)
 {
     qputenv("SCRIBERA_SIM_RECORDING", recording.toLocal8Bit());
     Signature result;
-    if (!pad.call<bool>("InitialDevice", static_cast<QWidget*>(nullptr), 0, 0, 800, 400))
+    if (!pad.open(nullptr))
         return result;
     pad.waitForKey(title);
     const int count = pad.points();
@@ -49,6 +49,7 @@ Signature take(const Pad& pad, const char* title, const QString& recording)
     result.canvas = encoded(EBITI_BITMAP);
     result.png = encoded(EBITI_PNG);
     result.svg = pad.text("GetSVGImageBase64Data", "FreeSVGImageBase64Data");
+    QFile::remove("/tmp/Scrsign.svg"); // where the library draws it, for everybody on this machine to find
     pad.call("UnInitialDevice");
     return result;
 }
@@ -73,7 +74,8 @@ int main(int argc, char* argv[])
         recording = recording + 1 < arguments.size() ? recording + 1 : 3;
         good = writeFile(stem + "/ink.txt", first.stream) && writeFile(stem + "/png.txt", first.png) &&
                writeFile(stem + "/svg.txt", first.svg) && good;
-        const Signature again = take(pad, model.name, stem + "/ink.txt");
+        const Signature again =
+            take(pad, qPrintable(QString(model.name) + " played back"), stem + "/ink.txt");
         const bool samePoints = !first.points.empty() && again.points == first.points;
         const bool sameCanvas = !first.canvas.isEmpty() && again.canvas == first.canvas;
         good = samePoints && sameCanvas && good;

@@ -15,17 +15,21 @@
 #include <cstdlib>
 #include <vector>
 
+#include <unistd.h>
+
 struct Model
 {
     const char* name;
     int deviceType;
+    int canvasWidth; // with which the canvas has the proportions of the pad's writing area
 };
 
-inline constexpr Model kModels[] = {{"K210", SCK210_DEVICE},
-                                    {"K420", SCK420_DEVICE},
-                                    {"K421B", SCK421B_DEVICE},
-                                    {"KM730", SCKM730_DEVICE},
-                                    {"T580", SCT580_DEVICE}};
+inline constexpr int kCanvasHeight = 400;
+inline constexpr Model kModels[] = {{"K210", SCK210_DEVICE, 660},
+                                    {"K420", SCK420_DEVICE, 708},
+                                    {"K421B", SCK421B_DEVICE, 737},
+                                    {"KM730", SCKM730_DEVICE, 594},
+                                    {"T580", SCT580_DEVICE, 594}};
 
 // Ends the program with one line.
 template <typename... Words>
@@ -40,7 +44,7 @@ inline QStringList argumentsOf(const char* usage, int least, int most)
 {
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.contains(QStringLiteral("--version")))
-        quit(0, "%s", "Scribera SDK 3.0.0\n");
+        quit(0, "%s", "Scribera SDK " SCRIBERA_VERSION "\n");
     if (arguments.contains(QStringLiteral("--help")))
         quit(0, "usage: %s\n", usage);
     if (arguments.size() - 1 < least || arguments.size() - 1 > most)
@@ -84,6 +88,12 @@ public:
         return copy;
     }
 
+    // A canvas in the parent, or off screen without one.
+    bool open(QWidget* parent) const
+    {
+        return call<bool>("InitialDevice", parent, 0, 0, m_model.canvasWidth, kCanvasHeight);
+    }
+
     int points() const { return qMax(0, call("GetTotalPacketsNumber")); }
 
     bool save(int type, const QString& path) const
@@ -93,19 +103,28 @@ public:
         return call("SaveDrawingImage", type, widePath.data(), 1) == ARI_SUCCESS;
     }
 
-    // Lets the person sign until a key is pressed; shows the time and the points meanwhile. Returns the
-    // seconds.
+    // Lets the person sign until a key is pressed, and returns the seconds. A terminal shows the time and the
+    // points meanwhile, in one place; a file gets one line in the end.
     double waitForKey(const char* title) const
     {
         pressedKey = -1;
         call(
             "SignatureStatusCallback", +[](int status) { pressedKey = status; });
+        const bool isTerminal = isatty(STDERR_FILENO) == 1;
         QElapsedTimer clock;
+        const auto show = [&](const char* before, const char* after) {
+            std::fprintf(stderr, "%s%-22s %5.1f s, %d points%s", before, title, clock.elapsed() / 1000.0,
+                         points(), after);
+        };
         for (clock.start(); pressedKey < 0 && clock.elapsed() < 60000; QThread::msleep(20)) {
             QApplication::processEvents();
-            std::fprintf(stderr, "\r%-22s %5.1f s, %d points ", title, clock.elapsed() / 1000.0, points());
+            if (isTerminal)
+                show("\r", " ");
         }
-        std::fprintf(stderr, "\r%60s\r", "");
+        if (isTerminal)
+            std::fprintf(stderr, "\r%60s\r", "");
+        else
+            show("", "\n");
         return clock.elapsed() / 1000.0;
     }
 

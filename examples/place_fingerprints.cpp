@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr Model kModel = {"K421B", SCK421B_DEVICE};
+constexpr Model kModel = {"K421B", SCK421B_DEVICE, 737};
 
 struct Placement
 {
@@ -23,14 +23,14 @@ struct Placement
 };
 
 constexpr Placement kPlacements[] = {{"none", true, false, {0, 0, 0, 0}},
-                                     {"same-widget", false, false, {560, 90, 160, 220}},
+                                     {"same-widget", false, false, {540, 90, 160, 220}},
                                      {"different-widget", false, true, {0, 0, 22, 30}},
                                      {"own-canvas", true, true, {10, 10, 208, 288}}};
 
 bool take(const Pad& pad, const Placement& placement, QWidget& window, QWidget& other, const QString& folder)
 {
     QWidget* const parent = placement.windowless ? nullptr : &window;
-    if (!pad.call<bool>("InitialDevice", parent, 0, 0, 800, 400))
+    if (!pad.open(parent))
         return false;
     pad.call("SetPenWidth", 2);
     int placed = ARI_SUCCESS;
@@ -68,7 +68,7 @@ int main(int argc, char* argv[])
     const Pad pad(library, kModel);
     for (const Placement& placement : kPlacements) {
         QWidget window;
-        window.resize(820, 420);
+        window.resize(760, 420);
         window.show();
         QWidget other;
         other.resize(228, 308);

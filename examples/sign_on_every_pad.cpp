@@ -46,7 +46,7 @@ QString saveAll(const Pad& pad, const QString& stem)
 
 bool sign(const Pad& pad, const char* title, QWidget* window, const QString& stem)
 {
-    if (!pad.call<bool>("InitialDevice", window, 0, 0, 800, 400))
+    if (!pad.open(window))
         return false;
     pad.call("SetPenWidth", 2);
     const double seconds = pad.waitForKey(title);
@@ -83,7 +83,7 @@ int main(int argc, char* argv[])
         good = QDir().mkpath(folder) && good;
         const Pad pad(library, model);
         QWidget window;
-        window.resize(820, 420);
+        window.resize(760, 420);
         window.show();
         good = sign(pad, qPrintable(QString(model.name) + " windowless"), nullptr, folder + "/windowless") &&
                good;

@@ -50,7 +50,7 @@ install_packages() {
 }
 
 build_packages=(g++ gcc libc6-dev cmake ninja-build qtbase5-dev libqt5svg5-dev)
-test_packages=(libgtest-dev libgmock-dev binutils clang-format
+test_packages=(libgtest-dev libgmock-dev binutils clang-format pkg-config
     locales python3 python3-venv python3-setuptools python3-wheel python3-pytest mypy
     xvfb xauth fonts-dejavu-core imagemagick)
 
@@ -58,9 +58,6 @@ test_packages=(libgtest-dev libgmock-dev binutils clang-format
 configure_and_build() {
     local preset=$1 log
     shift
-    log=$(mktemp)
-    cmake --preset "$preset" "$@" >"$log" 2>&1 ||
-        { cat "$log"; fail "configuring preset $preset"; }
-    rm -f "$log"
+    log=$(cmake --preset "$preset" "$@" 2>&1) || { echo "$log"; fail "configuring preset $preset"; }
     cmake --build --preset "$preset" || fail "building preset $preset"
 }

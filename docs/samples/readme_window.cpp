@@ -5,8 +5,8 @@ int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
     QWidget window;
-    window.resize(800, 400);
-    if (!SCT580_InitialDevice(SCT580_DEVICE, &window, 0, 0, 800, 400))
+    window.resize(594, 400); // in the proportions of the pad
+    if (!SCT580_InitialDevice(SCT580_DEVICE, &window, 0, 0, 594, 400))
         return 1; // the canvas fills the window
     SCT580_SignatureStatusCallback(SCT580_DEVICE,
                                    [](int) { QMetaObject::invokeMethod(qApp, &QApplication::quit); });

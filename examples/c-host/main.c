@@ -21,7 +21,8 @@ enum ExitCode
 static const char help[] =
     "Usage: scribera-c-host [--model K210|K420|K421B|KM730|T580] [--timeout SECONDS] FILE...\n"
     "Takes one signature and saves it as each FILE: .bmp .jpg .png .pdf .svg, or .ink for the ink\n"
-    "packet stream. The pad's driver, libscriberadrv.so, is expected in the current folder.\n"
+    "packet stream. A model may also be given as the pad names itself, SCK210 for K210. The pad's\n"
+    "driver, libscriberadrv.so, is expected in the current folder.\n"
     "Exit code: 0 signed, 1 failed, 2 wrong usage, 3 cancelled, 4 no key within SECONDS (60).";
 
 /* The families differ in their prefix alone, so that one table serves all models. */
@@ -29,6 +30,7 @@ typedef struct PadFamily
 {
     int deviceType;
     const char* name;
+    int canvasWidth; /* for the proportions of the pad's writing area */
     bool (*initialDevice)(int, QWidget*, int, int, int, int);
     int (*unInitialDevice)(int);
     int (*setStatusCallback)(int, ScriberaSignatureStatusCallback);
@@ -40,14 +42,18 @@ typedef struct PadFamily
     void (*freeEncoded)(int, char*);
 } PadFamily;
 
-#define PAD_FAMILY(model)                                                                                    \
-    SC##model##_DEVICE, #model, SC##model##_InitialDevice, SC##model##_UnInitialDevice,                      \
+#define PAD_FAMILY(model, width)                                                                             \
+    SC##model##_DEVICE, #model, width, SC##model##_InitialDevice, SC##model##_UnInitialDevice,               \
         SC##model##_SignatureStatusCallback, SC##model##_RealTimeSignatureDataCallback,                      \
         SC##model##_GetTotalPacketsNumber, SC##model##_SetSaveCenterImageClip, SC##model##_SaveDrawingImage, \
         SC##model##_PacketsBase64Encode, SC##model##_PacketsBase64EncodeFree
 
-static const PadFamily families[] = {
-    {PAD_FAMILY(K210)}, {PAD_FAMILY(K420)}, {PAD_FAMILY(K421B)}, {PAD_FAMILY(KM730)}, {PAD_FAMILY(T580)}};
+static const int canvasHeight = 400;
+static const PadFamily families[] = {{PAD_FAMILY(K210, 660)},
+                                     {PAD_FAMILY(K420, 708)},
+                                     {PAD_FAMILY(K421B, 737)},
+                                     {PAD_FAMILY(KM730, 594)},
+                                     {PAD_FAMILY(T580, 594)}};
 
 static const char* const suffixes[] = {[EBITI_BITMAP] = ".bmp", [EBITI_JPG] = ".jpg", [EBITI_PNG] = ".png",
                                        [EBITI_INK] = ".ink",    [EBITI_PDF] = ".pdf", [EBITI_SVG] = ".svg"};
@@ -85,6 +91,8 @@ static int fail(int code, const char* what, const char* detail)
 
 static const PadFamily* familyNamed(const char* name)
 {
+    if (strncmp(name, "SC", 2) == 0)
+        name += 2;
     for (size_t i = 0; i < sizeof families / sizeof *families; ++i)
         if (strcmp(families[i].name, name) == 0)
             return &families[i];
@@ -187,7 +195,7 @@ int main(int argc, char* argv[])
     for (int i = first; i < argc; ++i)
         if (imageTypeOf(argv[i]) == 0)
             return fail(WRONG_USAGE, "neither an option nor a kind of file (see --help): ", argv[i]);
-    if (!pad->initialDevice(pad->deviceType, NULL, 0, 0, 800, 480))
+    if (!pad->initialDevice(pad->deviceType, NULL, 0, 0, pad->canvasWidth, canvasHeight))
         return fail(FAILED, "no pad (is it plugged in, and ./libscriberadrv.so there?): ", pad->name);
     int code = waitForKey(pad, seconds);
     if (code == SIGNED)

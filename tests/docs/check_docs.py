@@ -247,6 +247,7 @@ class Bench:
 
     def __init__(self, arguments: argparse.Namespace) -> None:
         self.samples: Path = arguments.samples
+        self.library: Path = arguments.library
         self.driver: Path = arguments.driver
         self.unplugged_driver: Path = arguments.unplugged_driver
         self.folder: Path = arguments.work / f"{arguments.case}.{os.getpid()}"
@@ -358,10 +359,16 @@ def qt_window(bench: Bench) -> None:
 
 @case("readme.c")
 def readme(bench: Bench) -> None:
-    bench.run(bench.binary("readme"), answer=1)
+    unplugged = bench.run(bench.binary("readme"), answer=1)
+    expect_lines(unplugged, "host: no pad; is it plugged in, and its driver ./libscriberadrv.so there?")
     bench.plug_in()
+    cancelled = bench.run(bench.binary("readme"), answer=1, SCRIBERA_SIM_KEY="cancel")
+    expect_lines(cancelled, "host: cancelled at the pad")
+    expect(not bench.content("signature.png"), "a cancelled signature was saved")
+    without_ink = bench.run(bench.binary("readme"), answer=1, SCRIBERA_SIM_RECORDING="")
+    expect_lines(without_ink, "host: no signature, or signature.png cannot be written")
     bench.run(bench.binary("readme"))
-    expect_clipped(bench.content("signature.png"), "signature.png", (800, 400))
+    expect_clipped(bench.content("signature.png"), "signature.png", (660, 400))
 
 
 @case("readme_window.cpp")
@@ -377,7 +384,21 @@ def readme_python(bench: Bench) -> None:
     lines = bench.run(bench.script("readme.py")).splitlines()
     points, strokes = recorded()
     expect(lines[-1:] and lines[-1].startswith(f"{points} points in {strokes} strokes"), f"last line {lines[-1:]}")
-    expect_clipped(bench.content("signature.png"), "signature.png", (800, 400))
+    expect_clipped(bench.content("signature.png"), "signature.png", (660, 400))
+
+
+@case("readme.sh")
+def readme_build(bench: Bench) -> None:
+    checkout = bench.folder / "checkout"
+    (checkout / "build").mkdir(parents=True)
+    (checkout / "include").symlink_to(ROOT / "include")
+    (checkout / "simulator").symlink_to(ROOT / "simulator")
+    (checkout / "build" / "release").symlink_to(bench.library.parent)
+    shutil.copy(SAMPLES / "readme.c", bench.folder / "host.c")
+    shutil.copy(SAMPLES / "readme_window.cpp", bench.folder / "window.cpp")
+    bench.run(["sh", "-e", str(SAMPLES / "readme.sh")], S=str(checkout))
+    expect_clipped(bench.content("signature.png"), "signature.png", (660, 400))
+    expect(bench.content("signature.svg").count(b"<poly") > 100, "signature.svg has no strokes")
 
 
 @case("live_points.c")

@@ -99,9 +99,7 @@ TEST_F(CHost, EndsWhenNoKeyIsTouched)
 
 TEST_F(CHost, RefusesAConfirmationWithoutInk)
 {
-    write("key.rec", "# scribera recording 1\nmodel: SCK210\narea: 160 220 2360 1430\nmax-pressure: 2048\n"
-                     "0 0 0 0 4\n5 0 0 0 2\n");
-    const Outcome outcome = runHost({"a.png"}, {{"SCRIBERA_SIM_RECORDING", path("key.rec")}});
+    const Outcome outcome = runHost({"a.png"}, {{"SCRIBERA_SIM_KEY", "confirm"}});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.error, prompt + "scribera-c-host: confirmed without a signature\n");
 }
@@ -126,6 +124,13 @@ TEST_F(CHost, SaysThatThereIsNoPad)
               "scribera-c-host: no pad (is it plugged in, and ./libscriberadrv.so there?): T580\n");
 }
 
+TEST_F(CHost, TakesAModelByTheNameThatItsPadReports)
+{
+    const Outcome outcome = runHost({"--model", "SCKM730", "a.png"}, signing("confirm"));
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_EQ(outcome.output.rfind("KM730: ", 0), 0u) << outcome.output;
+}
+
 TEST_F(CHost, SaysThatThePadIsAnotherModel)
 {
     EXPECT_EQ(runHost({"--model", "K420", "a.png"}, {{"SCRIBERA_SIM_MODEL", "SCK210"}}).exitCode, 1);
@@ -136,6 +141,7 @@ TEST_F(CHost, RefusesWrongUsageInOneLine)
     const QList<QStringList> calls = {{},
                                       {"--model"},
                                       {"--model", "K999", "a.png"},
+                                      {"--model", "SCSCK210", "a.png"},
                                       {"--model", "K210"},
                                       {"--timeout", "soon", "a.png"},
                                       {"--timeout", "0", "a.png"},
