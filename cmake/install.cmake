@@ -1,7 +1,13 @@
-# What an installation holds, in three components: the library for hosts that run, what hosts are built with,
-# and the tools of those who develop them.
+# What an installation holds, in components: the library for hosts that run, what hosts are built with, the tools of
+# those who develop them, and the documents. Nothing here names the prefix, so that an installation can be moved.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
+
+foreach(folder IN ITEMS BINDIR LIBDIR INCLUDEDIR DATADIR)
+    if(IS_ABSOLUTE "${CMAKE_INSTALL_${folder}}")
+        message(FATAL_ERROR "CMAKE_INSTALL_${folder} has to be relative to the prefix")
+    endif()
+endforeach()
 
 set(SCRIBERA_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/ScriberaSDK)
 # Not a library for the linker: hosts load the driver from their current directory, and link to it from there.
@@ -20,21 +26,23 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/cmake/ScriberaSDKConfigVe
 install(FILES
     ${PROJECT_BINARY_DIR}/cmake/ScriberaSDKConfig.cmake ${PROJECT_BINARY_DIR}/cmake/ScriberaSDKConfigVersion.cmake
     DESTINATION ${SCRIBERA_CMAKE_DIR} COMPONENT development)
-
-# Written at install time, when the prefix is known for good.
-install(CODE "
-    set(CMAKE_INSTALL_LIBDIR \"${CMAKE_INSTALL_LIBDIR}\")
-    set(CMAKE_INSTALL_INCLUDEDIR \"${CMAKE_INSTALL_INCLUDEDIR}\")
-    set(PROJECT_VERSION \"${PROJECT_VERSION}\")
-    configure_file(\"${PROJECT_SOURCE_DIR}/cmake/scriberasdk.pc.in\"
-        \"${PROJECT_BINARY_DIR}/cmake/scriberasdk.pc\" @ONLY)"
-    COMPONENT development)
+file(RELATIVE_PATH SCRIBERA_PREFIX_OF_PKGCONFIG /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+configure_file(cmake/scriberasdk.pc.in ${PROJECT_BINARY_DIR}/cmake/scriberasdk.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/cmake/scriberasdk.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
     COMPONENT development)
+
+install(FILES LICENSE README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/scriberasdk
+    COMPONENT documents)
+
+if(NOT SCRIBERA_BUILD_TOOLS)
+    return()
+endif()
 
 install(TARGETS scribera-ink scribera-virtual-pad scribera-demo-host
     scribera-sim-generate scribera-sim-fingerprint scribera-sim-import
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+file(RELATIVE_PATH SCRIBERA_LIBRARY_OF_PROGRAMS /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+set_target_properties(scribera-demo-host PROPERTIES INSTALL_RPATH "\$ORIGIN/${SCRIBERA_LIBRARY_OF_PROGRAMS}")
 install(TARGETS scriberadrv LIBRARY DESTINATION ${SCRIBERA_DRIVER_DIR} COMPONENT tools)
 install(FILES simulator/scriberasim.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT tools)
 install(DIRECTORY simulator/recordings DESTINATION ${SCRIBERA_DATA_DIR} COMPONENT tools
@@ -49,3 +57,5 @@ install(TARGETS sign_on_every_pad carry_away place_fingerprints
 install(PROGRAMS scripts/run-demo scripts/run-window-demo DESTINATION ${SCRIBERA_DATA_DIR} COMPONENT tools)
 configure_file(packaging/scribera-demo.in ${PROJECT_BINARY_DIR}/packaging/scribera-demo @ONLY)
 install(PROGRAMS ${PROJECT_BINARY_DIR}/packaging/scribera-demo DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+# Manual pages.
+install(DIRECTORY packaging/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} COMPONENT tools)

@@ -310,7 +310,7 @@ TEST_F(SimulatorTest, everyToolTellsItsVersionAndItsUse)
         const std::string name = tool.substr(tool.rfind('/') + 1);
         const Outcome version = runProgram(tool, {"--version"});
         EXPECT_EQ(version.exitCode, 0);
-        EXPECT_EQ(version.output, name + " 3.0.0\n");
+        EXPECT_EQ(version.output, name + " " SCRIBERA_VERSION "\n");
         const Outcome help = runProgram(tool, {"--help"});
         EXPECT_EQ(help.exitCode, 0);
         EXPECT_TRUE(help.output.starts_with("usage: " + name + " ")) << help.output;

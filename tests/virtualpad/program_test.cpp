@@ -61,7 +61,7 @@ TEST_F(ProgramTest, HelpAndVersionNeedNoDisplay)
         EXPECT_NE(help.output.find(option), std::string::npos) << option;
     const Outcome version = run({"--version"});
     EXPECT_EQ(version.exitCode, 0);
-    EXPECT_EQ(version.output, "scribera-virtual-pad 3.0.0\n");
+    EXPECT_EQ(version.output, "scribera-virtual-pad " SCRIBERA_VERSION "\n");
     setenv("DISPLAY", "nobody.invalid:7", 1); // nor a display that can be reached
     EXPECT_EQ(run({"-h"}).output, help.output);
     EXPECT_EQ(run({"-v"}).output, version.output);
