@@ -94,7 +94,7 @@
  *     wchar_t wszPath[] = L"signature.png";
  *     int nResult = -1;
  *
- *     if (!SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 480))
+ *     if (!SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 485))
  *     {
  *         fprintf(stderr, "no pad\n");
  *         return 1;

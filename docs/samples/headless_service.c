@@ -32,7 +32,7 @@ static int waitForKey(int seconds)
 
 static void answer(int seconds)
 {
-    if (!SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 480)) {
+    if (!SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 485)) {
         puts("no pad");
         return;
     }

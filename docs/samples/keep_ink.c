@@ -63,7 +63,7 @@ int main(void)
     int key = -1;
     int result = -8;
 
-    if (!SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 480)) {
+    if (!SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 485)) {
         fputs("no pad\n", stderr);
         return 1;
     }

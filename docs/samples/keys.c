@@ -41,7 +41,7 @@ int main(void)
     const int attempts = 3;
     int told = 0;
 
-    if (!SCT580_InitialDevice(SCT580_DEVICE, NULL, 0, 0, 800, 540)) {
+    if (!SCT580_InitialDevice(SCT580_DEVICE, NULL, 0, 0, 800, 539)) {
         fputs("no pad\n", stderr);
         return 1;
     }

@@ -59,7 +59,7 @@ int main(void)
     int count = 0;
     int key = -1;
 
-    if (!SCKM730_InitialDevice(SCKM730_DEVICE, NULL, 0, 0, 800, 540)) {
+    if (!SCKM730_InitialDevice(SCKM730_DEVICE, NULL, 0, 0, 800, 539)) {
         fputs("no pad\n", stderr);
         return 1;
     }

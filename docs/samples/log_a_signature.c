@@ -18,7 +18,7 @@ int main(void)
     const struct timespec pause = {.tv_nsec = 20000000};
 
     g_bEnableLog = 1;
-    const bool open = SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 480);
+    const bool open = SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 485);
     SCK210_SignatureStatusCallback(SCK210_DEVICE, onKey);
     for (int turn = 0; open && atomic_load(&lastKey) < 0 && turn < 3000; ++turn)
         thrd_sleep(&pause, NULL);

@@ -12,7 +12,7 @@ static void pause100ms(void)
 
 static int openPad(void)
 {
-    return SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 480);
+    return SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 485);
 }
 
 /* Whether the driver still reaches the pad. SCK210_getDeviceInfo cannot tell: it says how the opening went.

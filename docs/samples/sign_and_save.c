@@ -31,7 +31,7 @@ int main(void)
     wchar_t svg[] = L"signature.svg";
     int failures = 1;
 
-    if (!SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 480)) {
+    if (!SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 485)) {
         fputs("no pad\n", stderr);
         return 1;
     }

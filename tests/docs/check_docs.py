@@ -345,7 +345,7 @@ def sign_and_save(bench: Bench) -> None:
     output = bench.run(bench.binary("sign_and_save"))
     saved = [f"signature.{suffix}: saved" for suffix in ("png", "pdf", "svg")]
     expect_lines(output, f"{recorded()[0]} points", *saved)
-    expect_clipped(bench.content("signature.png"), "signature.png", (800, 480))
+    expect_clipped(bench.content("signature.png"), "signature.png", (800, 485))
     expect(bench.content("signature.pdf").startswith(b"%PDF-"), "signature.pdf is no PDF")
     expect(bench.content("signature.svg").count(b"<poly") > 100, "signature.svg has no strokes")
 
