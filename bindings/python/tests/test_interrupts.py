@@ -139,10 +139,8 @@ def interrupted_at_each_line(frames: str, operation: str, folder: Path) -> list[
 
 
 CLOSINGS = [
-    ("package", "close"),
     ("everywhere", "close"),
     ("package", "with"),
-    ("package", "close again"),
     ("everywhere", "close again"),
 ]
 

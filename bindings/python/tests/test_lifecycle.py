@@ -10,6 +10,7 @@ import signal
 import subprocess
 import sys
 import textwrap
+import threading
 import tracemalloc
 from collections.abc import Callable
 from pathlib import Path
@@ -151,6 +152,19 @@ def test_a_forked_process_has_no_pad() -> None:
             os._exit(9)
         assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 7
         assert pad.info.connected
+
+
+def test_a_forked_process_does_not_wait_for_threads_that_did_not_come_along() -> None:
+    with Pad("K210") as pad:
+        holder = threading.Thread(target=pad._failure_lock.acquire)
+        holder.start()  # it ends with the lock, as if it were about to note a failure
+        holder.join()
+        child = os.fork()
+        if child == 0:
+            pad.close()
+            os._exit(7)
+        assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 7
+        pad._failure_lock = threading.RLock()
 
 
 def run_script(script: str, **environment: str) -> subprocess.CompletedProcess[str]:

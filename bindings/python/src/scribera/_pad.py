@@ -121,9 +121,9 @@ class Pad:
         width, height = _integers("size", size, "width, height")
         self._family = family
         self._size = (width, height)
-        # From the begin of the first close() on no call begins. Set and read by any thread.
+        # Once close() has begun, no call begins any more. Any thread sets and reads it, in one step.
         self._closing = False
-        # The library has closed the pad; under _closing_lock.
+        # Whether the library has closed the pad. Written under _closing_lock.
         self._closed = False
         self._process = os.getpid()
         self._pen_width, self._pen_color, self._pressure = 3, (0, 0, 0), True
@@ -137,9 +137,10 @@ class Pad:
         self._export_lock = threading.RLock()
         # Held while the library closes the pad; no other lock is taken under it.
         self._closing_lock = threading.RLock()
-        # Keys that no wait() has told yet. Library threads append, waiting threads take.
+        # Keys that no wait() has told yet. Library threads append, waiting threads take, in one step each.
         self._keys: deque[Status] = deque()
-        # The first exception that left a callback and the number of those after it, until it is raised.
+        # The first exception that left a callback and the number of those after it, until it is raised; under
+        # _failure_lock.
         self._failure: tuple[BaseException, int] | None = None
         self._failure_lock = threading.RLock()
         # Rings for keys, failures and the close.
@@ -197,9 +198,9 @@ class Pad:
 
         Waits for a callback that is running; its calls raise :class:`PadClosedError` from now on, which ends
         it without being an error. No callback begins any more. Ctrl-C does not keep the pad open: it is
-        closed before KeyboardInterrupt goes on. Raises :class:`CallbackThreadError` inside a
-        callback: nothing is closed. An exception out of a callback that :meth:`wait` has not raised yet is
-        raised here, after the pad was closed.
+        closed before KeyboardInterrupt goes on. Raises :class:`CallbackThreadError` inside a callback:
+        nothing is closed. An exception out of a callback that :meth:`wait` has not raised yet is raised here,
+        after the pad was closed.
         """
         self._shut_down()
         failure = self._take_failure()
@@ -365,6 +366,8 @@ class Pad:
         self._bell.ring()
 
     def _take_failure(self) -> BaseException | None:
+        if self._process != os.getpid():
+            return None  # and the lock may be held by a thread that did not come along
         with self._failure_lock: kept, self._failure = self._failure, None
         if kept is None:
             return None
