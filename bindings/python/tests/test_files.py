@@ -12,6 +12,7 @@ import subprocess
 import sys
 import threading
 from collections.abc import Callable
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 import pytest
@@ -232,6 +233,40 @@ def test_a_kill_leaves_the_old_file_and_nothing_else(folder: Path, monkeypatch: 
         os._exit(0)
     assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == -signal.SIGKILL
     assert file.read_bytes() == OLD and names(folder) == ["file"]
+
+
+def test_what_a_kill_left_is_removed_by_the_next_write(folder: Path) -> None:
+    file, leftover = folder / "file", folder / ".file.scribera-new"
+    file.write_bytes(OLD)
+    leftover.write_bytes(b"from a process that was killed between two system calls")
+    inode = file.stat().st_ino
+    write_file(file, NEW)
+    assert (file.read_bytes(), names(folder)) == (NEW, ["file"]) and file.stat().st_ino != inode
+    leftover.mkdir()  # nobody's leftover: stays, and the file is written over
+    inode = file.stat().st_ino
+    write_file(file, OLD)
+    assert file.read_bytes() == OLD and leftover.is_dir() and file.stat().st_ino == inode
+
+
+def test_a_file_that_is_open_under_a_number_is_written_over(folder: Path) -> None:
+    file = folder / "file"
+    file.write_bytes(OLD)
+    with file.open("r+b") as opened:
+        (folder / "link").symlink_to(f"/proc/self/fd/{opened.fileno()}")
+        for path in (f"/proc/self/fd/{opened.fileno()}", f"/dev/fd/{opened.fileno()}", "link"):
+            for content in (NEW, OLD):
+                write_file(Path(path), content)
+                assert opened.seek(0) == 0 and opened.read() == content
+
+
+def test_threads_that_write_the_same_file_leave_one_of_theirs(folder: Path) -> None:
+    contents = [bytes([number]) * 50_000 for number in range(8)]
+    file = folder / "file"
+    file.write_bytes(OLD)
+    with ThreadPoolExecutor(8) as threads:
+        for _ in range(5):
+            list(threads.map(lambda content: write_file(file, content), contents))
+            assert file.read_bytes() in contents and names(folder) == ["file"]
 
 
 def test_an_interrupt_leaves_the_old_file_and_nothing_else(

@@ -12,9 +12,9 @@ import pytest
 
 from simulator import recording_of
 
-# Forks a child for each line that the operation runs, in this package or everywhere, until a child comes through
-# without having met its line. The others raise KeyboardInterrupt there, which nobody catches. When its interpreter
-# is about to go, each child tells whether it raised and how often the driver was started and stopped.
+# Forks a child for each line that the operation runs, in this package or everywhere, until a child comes
+# through without having met its line. The others raise KeyboardInterrupt there, which nobody catches. When its
+# interpreter is about to go, each child tells whether it raised and how often the driver was started and stopped.
 SCRIPT = """
 import atexit, ctypes, os, signal, sys, threading, warnings
 driver = ctypes.CDLL("./libscriberadrv.so")

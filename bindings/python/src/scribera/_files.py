@@ -4,12 +4,15 @@ from __future__ import annotations
 
 import errno
 import os
-import secrets
 import stat
+import threading
 from contextlib import suppress
 from pathlib import Path
 
 _CANNOT_RESERVE = {errno.EOPNOTSUPP, errno.EINVAL, errno.ENOSYS, errno.ENODEV}
+
+# Keeps threads that write the same file from taking each other's new one for a leftover.
+_new_name_lock = threading.Lock()
 
 
 def write_file(path: Path, content: bytes) -> None:
@@ -51,6 +54,8 @@ def _write_over(path: Path, content: bytes) -> None:
 def _is_replaced(path: Path, descriptor: int, content: bytes) -> bool:
     """Puts a new file into the place of the open one, in one step, if nobody can tell the two apart. Nothing
     has happened otherwise."""
+    if _leads_through_proc(path):
+        return False
     folder, name = os.path.split(os.path.realpath(path))
     try:
         directory = os.open(folder, os.O_PATH | os.O_DIRECTORY | os.O_CLOEXEC)
@@ -74,15 +79,32 @@ def _is_replaced(path: Path, descriptor: int, content: bytes) -> bool:
     return True
 
 
+def _leads_through_proc(path: Path) -> bool:
+    """Whether a link on the way stands for an open file, as /dev/stdout does."""
+    while path.is_symlink():
+        folder = path.parent.resolve()
+        if folder.is_relative_to("/proc"):
+            return True
+        path = folder / path.readlink()
+    return False
+
+
 def _may_be_replaced(directory: int, name: str, old: os.stat_result) -> bool:
     place = os.stat(directory)
     named = os.stat(name, dir_fd=directory, follow_symlinks=False)
     return (
-        stat.S_ISREG(old.st_mode)
-        and old.st_nlink == 1
-        and (old.st_uid, old.st_gid) == (os.geteuid(), os.getegid())
+        _is_own_file(old)
         and os.path.samestat(named, old)
         and not (place.st_mode & stat.S_ISVTX and place.st_uid != os.geteuid())
+    )
+
+
+def _is_own_file(status: os.stat_result) -> bool:
+    return (
+        stat.S_ISREG(status.st_mode)
+        and status.st_nlink == 1
+        and (status.st_uid, status.st_gid) == (os.geteuid(), os.getegid())
+        and stat.S_IMODE(status.st_mode) & ~0o777 == 0
     )
 
 
@@ -103,15 +125,22 @@ def _looks_alike(new: int, old: int) -> bool:
 
 
 def _put_in_place(new: int, directory: int, name: str) -> None:
-    # A nameless file can be given a name, but not one that is in use; between these two lines it has its own.
-    own_name = f".scribera-{secrets.token_hex(8)}"
-    try:
-        os.link(f"/proc/self/fd/{new}", own_name, dst_dir_fd=directory)
-        os.rename(own_name, name, src_dir_fd=directory, dst_dir_fd=directory)
-    except BaseException:
+    # A nameless file can be given a name, but not one that is in use. What a process leaves that is killed
+    # between the two steps is removed by the next one that writes the file, the library too.
+    new_name = f".{name}.scribera-new"
+    with _new_name_lock:
         with suppress(FileNotFoundError):
-            os.unlink(own_name, dir_fd=directory)
-        raise
+            if _is_own_file(os.stat(new_name, dir_fd=directory, follow_symlinks=False)):
+                os.unlink(new_name, dir_fd=directory)
+        try:
+            os.link(f"/proc/self/fd/{new}", new_name, dst_dir_fd=directory)
+            os.rename(new_name, name, src_dir_fd=directory, dst_dir_fd=directory)
+        except FileExistsError:  # somebody else's
+            raise
+        except BaseException:
+            with suppress(FileNotFoundError):
+                os.unlink(new_name, dir_fd=directory)
+            raise
 
 
 def _write_in_place(descriptor: int, content: bytes) -> None:
@@ -125,8 +154,12 @@ def _write_in_place(descriptor: int, content: bytes) -> None:
         if error.errno not in _CANNOT_RESERVE:
             os.ftruncate(descriptor, status.st_size)  # what could be reserved
             raise
-    _write_whole(descriptor, content)
-    os.ftruncate(descriptor, len(content))
+    try:
+        _write_whole(descriptor, content)
+        os.ftruncate(descriptor, len(content))
+    except BaseException:
+        os.ftruncate(descriptor, 0)  # nothing rather than a part
+        raise
 
 
 def _write_whole(descriptor: int, content: bytes) -> None:
