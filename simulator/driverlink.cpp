@@ -49,6 +49,7 @@ bool DriverLink::start(std::string path, int deviceType)
         m_running = true;
         m_stopping = false;
         m_answered = false;
+        m_hadPad = false;
         m_wishes = Wishes();
     }
     // The host's signal handlers belong on the host's threads.
@@ -145,6 +146,12 @@ void DriverLink::wake()
     const std::uint64_t one = 1;
     // Fails only when the thread has been woken often enough already.
     [[maybe_unused]] const ssize_t written = write(m_wake.get(), &one, sizeof one);
+}
+
+bool DriverLink::hasLostPad()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_hadPad && !m_introduced;
 }
 
 bool DriverLink::isStopping()
@@ -302,6 +309,10 @@ bool DriverLink::take(padlink::Message&& message)
         if (!m_listener.takePadModel(welcome->model))
             return false;
         m_hasWelcome = true;
+        {
+            const std::lock_guard lock(m_mutex);
+            m_hadPad = true;
+        }
         answered();
         return true;
     }

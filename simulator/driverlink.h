@@ -45,6 +45,8 @@ public:
     bool start(std::string path, int deviceType);
     // Waits until the pad has told its model or it is clear that none is there. At most that long.
     void waitForAnswer(std::chrono::milliseconds limit);
+    // Whether there was a pad, and there is none now.
+    bool hasLostPad();
     // Joins the thread; not to be called on it. What is on its way to the pad is given a moment to get there.
     void stop();
 
@@ -93,6 +95,7 @@ private:
     bool m_answered = false;
     bool m_introduced = false; // the pad knows what is in m_wishes
     bool m_overrun = false;    // the pad does not read
+    bool m_hadPad = false;     // since start()
     Wishes m_wishes;
     std::string m_outgoing;
 

@@ -291,6 +291,8 @@ int Simulator::readText(Entry entry, char* buffer, int maxCount)
 {
     if (buffer == nullptr || maxCount <= 0)
         return ResultBadArgument;
+    if (m_link.hasLostPad())
+        return ResultFailed;
     const std::lock_guard lock(m_mutex);
     Text text;
     if (entryState(entry).text)
@@ -321,7 +323,7 @@ int Simulator::showScreen(bool on)
 int Simulator::clearScreen()
 {
     m_link.clear();
-    return ResultOk;
+    return m_link.hasLostPad() ? ResultFailed : ResultOk;
 }
 
 int Simulator::showVersion(bool shown)

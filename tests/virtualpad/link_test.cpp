@@ -156,11 +156,16 @@ TEST_F(LinkTest, AKilledPadLiftsThePenAndTheNextOneIsFound)
     EXPECT_EQ(samples.back().y, samples[samples.size() - 2].y);
     EXPECT_EQ(samples.back().pressure, 0);
 
-    // The host does not notice anything else.
-    EXPECT_EQ(m_driver.clearContent(), 0);
-    EXPECT_EQ(model(), "SCK210");
+    // A host that asks is told.
+    char id[64] = {};
+    const auto padId = [&] { return m_driver.padId(id, sizeof id); };
+    ASSERT_TRUE(waitUntil([&] { return padId() == -1; }));
+    EXPECT_EQ(m_driver.clearContent(), -1);
     PadProcess second(replay);
     ASSERT_TRUE(hasSamples(samples.size() + 30));
+    EXPECT_EQ(padId(), 0);
+    EXPECT_EQ(m_driver.clearContent(), 0);
+    EXPECT_EQ(model(), "SCK210");
     EXPECT_EQ(samplesSince(samples.size()).front().penStatus, PenDown);
     EXPECT_EQ(stop(), 0);
 }
