@@ -151,7 +151,7 @@ void DriverLink::wake()
 bool DriverLink::hasLostPad()
 {
     const std::lock_guard lock(m_mutex);
-    return m_hadPad && !m_introduced;
+    return m_running && m_hadPad && !m_introduced;
 }
 
 bool DriverLink::isStopping()

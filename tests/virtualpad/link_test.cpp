@@ -367,6 +367,20 @@ TEST_F(LinkTest, AModelOfTheHostsKindStays)
     EXPECT_EQ(model(), "own") << "a test knows best";
 }
 
+TEST_F(LinkTest, AStartWithoutTheVirtualPadMissesNone)
+{
+    {
+        ListeningPad pad("SCT480R1");
+        ASSERT_EQ(start(2), 0);
+        EXPECT_EQ(model(), "SCT480R1");
+        ASSERT_EQ(stop(), 0);
+    }
+    unsetenv("SCRIBERA_SIM_PAD");
+    ASSERT_EQ(m_driver.start(2), 0);
+    EXPECT_EQ(model(), "SCK210");
+    EXPECT_EQ(m_driver.clearContent(), 0);
+}
+
 TEST_F(LinkTest, ASecondHostIsRefusedAndFoundByThePadWhenTheFirstHasEnded)
 {
     ListeningPad pad;
