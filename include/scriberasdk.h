@@ -763,7 +763,7 @@ SCRIBERA_API void SCK210_FreeInkPointTime(int nDeviceType, char* pInkPointTime);
  *         cannot be written, for rasters also when its suffix names no picture format or the picture is
  *         empty. A raster that could not be saved leaves an older file as it was, also on a full disk. PDF
  *         reports only whether the file could be opened and may leave a part of it; SVG reports 0 whatever
- *         happened to the file.
+ *         happened to the file, which is whole or as it was.
  */
 SCRIBERA_API int SCK210_SaveDrawingImage(int nDeviceType, int nImageTypeID, wchar_t* pImageFilePath,
                                          int nDPILevel);
@@ -842,13 +842,14 @@ SCRIBERA_API void SCK210_PacketsBase64EncodeExFree(int nDeviceType, char* pEncod
  * Encodes the signature's SVG drawing as Base64 text: the file that SCK210_SaveDrawingImage writes for
  * EBITI_SVG at 150 dots per inch.
  *
- * The drawing goes through the file /tmp/Scrsign.svg, which is replaced by every call and stays there with
- * the signature in it. Processes that call this at the same time disturb each other. When the file cannot be
- * used, the text is empty or holds an older drawing.
+ * The drawing is also left in the file /tmp/Scrsign.svg, which every call overwrites and which stays there with
+ * the signature in it. The text is that of this call, whatever other processes do. When something else has the
+ * file's name, a link, a pipe or a file with a second name or of another user, it is left alone.
  *
  * @param nDeviceType SCK210_DEVICE.
  * @return The text, which goes back through SCK210_FreeSVGImageBase64Data; null for a wrong device type,
- *         without a live object or without points, also when there is a fingerprint.
+ *         without a live object or without points, also when there is a fingerprint, and when there is no memory
+ *         for it or no room for the file.
  */
 SCRIBERA_API char* SCK210_GetSVGImageBase64Data(int nDeviceType);
 

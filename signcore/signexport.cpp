@@ -1,25 +1,21 @@
 #include "signcore/signexport.h"
 
-#include "signcore/signcanvas.h"
 #include "signcore/wholefile.h"
 
 #include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
-#include <QLineF>
 #include <QMarginsF>
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
-#include <QSvgGenerator>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
 #include <memory>
-#include <optional>
 
 namespace {
 
@@ -29,12 +25,6 @@ constexpr double kMetresPerInch = 0.0254;
 int DotsPerMetre(int nDPI)
 {
     return static_cast<int>(nDPI / kMetresPerInch);
-}
-
-void SetResolution(QImage& Image, int nDPI)
-{
-    Image.setDotsPerMeterX(DotsPerMetre(nDPI));
-    Image.setDotsPerMeterY(DotsPerMetre(nDPI));
 }
 
 // Formats without an alpha channel would show the colour beneath the transparency, which is black.
@@ -95,6 +85,12 @@ struct CPdfOutput
 };
 
 } // namespace
+
+void SetResolution(QImage& Image, int nDPI)
+{
+    Image.setDotsPerMeterX(DotsPerMetre(nDPI));
+    Image.setDotsPerMeterY(DotsPerMetre(nDPI));
+}
 
 bool IsRasterType(int nImageTypeID)
 {
@@ -167,43 +163,6 @@ bool SavePdfFile(const QImage& Image, const QString& strPath, int nDPI)
     }
     pOutput->m_File.close();
     return true;
-}
-
-void SaveSvgFile(const CSvgContent& Content, const QString& strPath, int nDPI)
-{
-    QSvgGenerator Generator;
-    Generator.setFileName(strPath);
-    Generator.setSize(Content.m_Size);
-    Generator.setViewBox(QRect(QPoint(0, 0), Content.m_Size));
-    Generator.setResolution(nDPI);
-    QPainter Painter;
-    if (!Painter.begin(&Generator))
-        return;
-    if (!Content.m_Fingerprint.isNull()) {
-        // Without an alpha channel it is embedded as a pixmap would be.
-        QImage Fingerprint = Content.m_Fingerprint.convertToFormat(QImage::Format_RGB32);
-        SetResolution(Fingerprint, nDPI);
-        Painter.drawImage((Content.m_Size.width() - Fingerprint.width()) / 2,
-                          (Content.m_Size.height() - Fingerprint.height()) / 2, Fingerprint);
-    }
-    std::optional<QPointF> Previous; // set while a stroke is open
-    Content.m_Points.ForEachRun([&](const _POINTDATA* pFirst, std::size_t nCount) {
-        for (const _POINTDATA* pPoint = pFirst; pPoint != pFirst + nCount; ++pPoint) {
-            if (pPoint->ucStatus != kStatusOnStroke) {
-                Previous.reset();
-                continue;
-            }
-            const CCanvasSample Sample = Content.m_Pen.m_Mapping.ConvertSignRawDataToSignWndData(
-                Content.m_Model, pPoint->usX, pPoint->sY, pPoint->sPressure);
-            const QPointF Point =
-                QPointF(Sample.m_dblX, Sample.m_dblY) - QPointF(Content.m_Origin.x(), Content.m_Origin.y());
-            if (Previous)
-                DrawStrokeSegment(Painter, QLineF(*Previous, Point),
-                                  Content.m_Pen.StrokeWidth(Sample.m_dblPressure), Content.m_Pen.m_PenColor);
-            Previous = Point;
-        }
-    });
-    Painter.end();
 }
 
 QByteArray EncodeImage(const QImage& Image, int nImageTypeID, bool bTransparentWhite)

@@ -1,4 +1,4 @@
-// Pictures of a signature: raster files, PDF, SVG and encoded images. Free functions over copies, so that no
+// Pictures of a signature: raster files, PDF and encoded images. Free functions over copies, so that no
 // lock is held while they work. All run without any application object.
 #pragma once
 
@@ -28,6 +28,9 @@ bool PathFromHost(const wchar_t* pwszPath, QString& strPath);
 // copy, and does not look whether it got the memory.
 QImage WithTransparentWhite(const QImage& Image, bool bForPng);
 
+// Has the image tell its resolution in dots per inch.
+void SetResolution(QImage& Image, int nDPI);
+
 // Writes an image file in the format of the path's suffix. False unless encoding, writing and closing all
 // succeeded; the file is not touched before encoding has.
 bool SaveRasterFile(QImage Image, const QString& strPath, int nDPI, bool bTransparentWhite);
@@ -35,20 +38,6 @@ bool SaveRasterFile(QImage Image, const QString& strPath, int nDPI, bool bTransp
 // Writes a one-page A4 PDF with the image at the top left of its printable area. False when the file cannot
 // be opened.
 bool SavePdfFile(const QImage& Image, const QString& strPath, int nDPI);
-
-// What an SVG shows.
-struct CSvgContent
-{
-    QSize m_Size;          // in pixels
-    QPoint m_Origin;       // canvas position of the picture's top-left corner
-    CInkSnapshot m_Points; // raw points
-    CPenState m_Pen;       // maps and draws them
-    const CPadModel& m_Model;
-    QImage m_Fingerprint; // drawn in the middle, below the strokes; null without one
-};
-
-// Draws the strokes as vectors. A file that cannot be written is left out silently.
-void SaveSvgFile(const CSvgContent& Content, const QString& strPath, int nDPI);
 
 // An image encoded by type id: 1 BMP, 2 JPEG, 3 PNG. Empty for another id or an image that cannot be encoded.
 QByteArray EncodeImage(const QImage& Image, int nImageTypeID, bool bTransparentWhite);

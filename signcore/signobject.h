@@ -13,8 +13,10 @@
 #include "signcore/scriberadriver.h"
 #include "signcore/signcanvas.h"
 #include "signcore/signexport.h"
+#include "signcore/wholefile.h"
 #include "sync/sdkthread.h"
 
+#include <functional>
 #include <memory>
 
 class CSignObject;
@@ -156,8 +158,9 @@ private:
     QRect ScanInk(const CSharedImage& Canvas, const CClipSettings& Clip) const;
     CExportSource TakeExportSource(const CSharedImage& Canvas, bool& bClipped) const;
     bool SaveDrawingImageAsPDFFile(const QImage& Image, const QString& strPath, int nDPI) const;
-    bool SaveDrawingImageAsSVGFile(const CExportSource& Source, bool bClipped, const QString& strPath,
-                                   int nDPI) const;
+    // Write is given the drawing to write it somewhere, and gives false when it could not.
+    bool SaveDrawingImageAsSVGFile(const CExportSource& Source, bool bClipped, int nDPI,
+                                   const std::function<bool(const FnHandOver&)>& Write) const;
     char* EncodeBase64SignImage(int nImageTypeID, bool bFPImageOnly = false) const;
     char* EncodeBase64SignImageEx(int nImageTypeID, bool bEnableTransparentBackground) const;
     char* EncodeInk(const CLogLabel& Label, const CInkSnapshot& Points) const;

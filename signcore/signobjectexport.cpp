@@ -1,20 +1,43 @@
 // The export and import operations of a sign object: what they take of the object, and their lines.
 #include "ink/base64text.h"
 #include "ink/inkstream.h"
+#include "log/ownfile.h"
 #include "signcore/results.h"
 #include "signcore/signobject.h"
+#include "signcore/svgdrawing.h"
 
 #include <QByteArray>
-#include <QFile>
 #include <QString>
 
 #include <cstring>
 #include <limits>
+#include <new>
+#include <optional>
 
 namespace {
 
 constexpr char kTemporarySvgFile[] = "/tmp/Scrsign.svg";
 constexpr int kTemporarySvgDPI = 150;
+
+// The drawing stays there until the next one. Where others have put something of theirs, it is in memory
+// only.
+bool LeaveInTemporaryFile(const QByteArray& Drawing)
+{
+    CFileDescriptor File = OpenOwnFile(kTemporarySvgFile, 0);
+    return !File.IsOpen() || OverwriteFile(File, Drawing);
+}
+
+char* Base64ForHost(const CLogLabel& Label, const QByteArray& Bytes)
+{
+    try {
+        const QByteArray Text = Bytes.toBase64();
+        SCR_LOG(Label, "<%ld>-nBase64Size=%d", Text.size());
+        return TextForHost(Text);
+    } catch (const std::bad_alloc&) {
+        SCR_LOG(Label, "<%ld>-no memory for the text !");
+        return nullptr;
+    }
+}
 
 } // namespace
 
@@ -98,7 +121,10 @@ int CSignObject::SaveDrawingImage(int nImageTypeID, wchar_t* pImageFilePath, int
         else if (nImageTypeID == EBITI_PDF)
             bSaved = SaveDrawingImageAsPDFFile(Source.m_Image, strPath, nDPI);
         else if (nImageTypeID == EBITI_SVG)
-            bSaved = SaveDrawingImageAsSVGFile(Source, bClipped, strPath, nDPI);
+            bSaved =
+                SaveDrawingImageAsSVGFile(Source, bClipped, nDPI, [&strPath](const FnHandOver& HandOver) {
+                    return WriteWholeFile(strPath, HandOver);
+                });
     }
     const int nResult = bSaved ? ARI_SUCCESS : kNotDone;
     SCR_LOG_WIDE(Label, L"<%ld>-leave with nResult=%d", nResult);
@@ -114,17 +140,25 @@ bool CSignObject::SaveDrawingImageAsPDFFile(const QImage& Image, const QString& 
     return bRet;
 }
 
-bool CSignObject::SaveDrawingImageAsSVGFile(const CExportSource& Source, bool bClipped,
-                                            const QString& strPath, int nDPI) const
+bool CSignObject::SaveDrawingImageAsSVGFile(const CExportSource& Source, bool bClipped, int nDPI,
+                                            const std::function<bool(const FnHandOver&)>& Write) const
 {
     const CLogLabel Label = m_Identity.Label("SaveDrawingImageAsSVGFile()");
     SCR_LOG(Label, "<%ld>-enter, nDPI=%d", nDPI);
     const CInkSnapshot Points = ReadPoints();
     SCR_LOG(Label, "<%ld>-nInkCount=%d", static_cast<int>(Points.Count()));
     const QPoint Origin = bClipped ? Source.m_rcClip.topLeft() : QPoint(0, 0);
-    SaveSvgFile({Source.m_Image.size(), Origin, Points, m_PenSetup.Read(), m_Identity.m_Model,
-                 m_Canvas.FingerprintForSvg()},
-                strPath, nDPI);
+    bool bWritten = false;
+    try {
+        const CSvgContent Content{
+            Source.m_Image.size(),       Origin, Points, m_PenSetup.Read(), m_Identity.m_Model,
+            m_Canvas.FingerprintForSvg()};
+        bWritten =
+            Write([&Content, nDPI](const FnTakeBytes& Take) { return HandOverSvg(Content, nDPI, Take); });
+    } catch (const std::bad_alloc&) {
+    }
+    if (!bWritten)
+        SCR_LOG(Label, "<%ld>-the drawing could not be written !");
     SCR_LOG(Label, "<%ld>-leave !");
     return true;
 }
@@ -244,15 +278,16 @@ char* CSignObject::GetSVGImageBase64Data()
         const CSharedImage Canvas = m_Canvas.Snapshot();
         bool bClipped = false;
         const CExportSource Source = TakeExportSource(Canvas, bClipped);
-        SaveDrawingImageAsSVGFile(Source, bClipped, QLatin1String(kTemporarySvgFile), kTemporarySvgDPI);
-        QByteArray Content;
-        QFile File{QLatin1String(kTemporarySvgFile)};
-        if (File.open(QIODevice::ReadOnly | QIODevice::Text))
-            Content = File.readAll();
-        SCR_LOG(Label, "<%ld>-byteArray size=%d", Content.size());
-        const QByteArray Text = Content.toBase64();
-        SCR_LOG(Label, "<%ld>-nBase64Size=%d", Text.size());
-        pSVGBase64Image = TextForHost(Text);
+        std::optional<QByteArray> Drawing;
+        SaveDrawingImageAsSVGFile(Source, bClipped, kTemporarySvgDPI, [&Drawing](const FnHandOver& HandOver) {
+            Drawing = SvgBytes(HandOver);
+            if (Drawing && !LeaveInTemporaryFile(*Drawing))
+                Drawing.reset();
+            return Drawing.has_value();
+        });
+        SCR_LOG(Label, "<%ld>-byteArray size=%d", Drawing ? Drawing->size() : 0);
+        if (Drawing)
+            pSVGBase64Image = Base64ForHost(Label, *Drawing);
     }
     SCR_LOG(Label, "<%ld>-leave with pSVGBase64Image=%lx !", AsHex(pSVGBase64Image));
     return pSVGBase64Image;

@@ -1,6 +1,5 @@
 #include "signcore/wholefile.h"
 
-#include "log/filedescriptor.h"
 #include "sync/mutex.h"
 
 #include <QFile>
@@ -305,6 +304,13 @@ bool WriteNew(const std::string& strPath, const FnHandOver& HandOver)
     return false;
 }
 
+FnHandOver HandOverOf(const QByteArray& Bytes)
+{
+    return [&Bytes](const FnTakeBytes& Take) {
+        return Take(Bytes.constData(), static_cast<std::size_t>(Bytes.size()));
+    };
+}
+
 } // namespace
 
 bool WriteWholeFile(const QString& strPath, const FnHandOver& HandOver)
@@ -318,7 +324,11 @@ bool WriteWholeFile(const QString& strPath, const FnHandOver& HandOver)
 
 bool WriteWholeFile(const QString& strPath, const QByteArray& Bytes)
 {
-    return WriteWholeFile(strPath, [&Bytes](const FnTakeBytes& Take) {
-        return Take(Bytes.constData(), static_cast<std::size_t>(Bytes.size()));
-    });
+    return WriteWholeFile(strPath, HandOverOf(Bytes));
+}
+
+bool OverwriteFile(CFileDescriptor& File, const QByteArray& Bytes)
+{
+    struct stat Status;
+    return fstat(File.Number(), &Status) == 0 && WriteInPlace(File, Status.st_size, HandOverOf(Bytes));
 }

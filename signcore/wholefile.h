@@ -1,6 +1,8 @@
 // A file that is there whole or as it was before.
 #pragma once
 
+#include "log/filedescriptor.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -30,3 +32,6 @@ bool WriteWholeFile(const QString& strPath, const FnHandOver& HandOver);
 
 // The same of bytes in memory.
 bool WriteWholeFile(const QString& strPath, const QByteArray& Bytes);
+
+// Writes the bytes in the place of a regular file that was just opened for writing, and closes it.
+bool OverwriteFile(CFileDescriptor& File, const QByteArray& Bytes);

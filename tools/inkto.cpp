@@ -3,13 +3,11 @@
 #include "failures.h"
 #include "inksummary.h"
 #include "signcore/pensetup.h"
-#include "signcore/signexport.h"
+#include "signcore/svgdrawing.h"
 #include "simulator/recording.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
 #include <cstdint>
+#include <optional>
 
 namespace {
 
@@ -60,19 +58,12 @@ QByteArray toSvg(const CInkSnapshot& ink, const Drawing& drawing)
     pen.SetColor(drawing.color);
     pen.FitCanvas(drawing.size.width(), drawing.size.height(), drawing.pad.m_nInitialMaxPressure);
 
-    // The library draws into a file of its own and says nothing when that fails.
-    const QTemporaryDir directory;
-    if (!directory.isValid())
-        throw Failure{QStringLiteral("no temporary directory: ") + directory.errorString()};
-    QFile file(directory.filePath(QStringLiteral("ink.svg")));
-    SaveSvgFile({drawing.size, QPoint(0, 0), ink, pen.Read(), drawing.pad, QImage()}, file.fileName(),
-                drawing.dotsPerInch);
-    QByteArray text;
-    if (file.open(QIODevice::ReadOnly))
-        text = file.readAll();
-    if (!text.endsWith("</svg>\n"))
-        throw Failure{directory.path() + QStringLiteral(": the drawing cannot be written there")};
-    return text;
+    const CSvgContent content{drawing.size, QPoint(0, 0), ink, pen.Read(), drawing.pad, QImage()};
+    const std::optional<QByteArray> text =
+        SvgBytes([&](const FnTakeBytes& take) { return HandOverSvg(content, drawing.dotsPerInch, take); });
+    if (!text)
+        throw Failure{QStringLiteral("the drawing has more than a gigabyte")};
+    return *text;
 }
 
 QByteArray toRecording(const CInkSnapshot& ink, const CPadModel& pad)

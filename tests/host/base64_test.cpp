@@ -8,6 +8,9 @@
 #include <functional>
 #include <thread>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "pen.h"
 
 namespace scribera::test {
@@ -210,14 +213,64 @@ TEST_P(Base64, SvgTextIsTheScratchFile)
     EXPECT_EQ(pad().stop(), 0);
 }
 
-TEST_P(Base64, ScratchFileThatCannotBeReadGivesAnEmptyText)
+// Whoever may write to /tmp may have put something there under the name of the scratch file. The text is that
+// of this signature all the same, and nobody else gets it.
+TEST_P(Base64, ScratchFileOfOthersIsNotUsed)
 {
     startWithInk();
-    fs::create_directory(svgScratchFile);
-    const Taken taken = takeSvg(pad());
-    EXPECT_FALSE(taken.null);
-    EXPECT_EQ(taken.text, "");
+    const QByteArray expected = takeSvg(pad()).bytes();
+    EXPECT_NE(expected.indexOf("</svg>"), -1);
     fs::remove(svgScratchFile);
+
+    fs::create_directory(svgScratchFile);
+    EXPECT_TRUE(takeSvg(pad()).bytes() == expected) << "a folder";
+    fs::remove(svgScratchFile);
+
+    std::ofstream("elsewhere") << "mine";
+    for (const char* target : {"elsewhere", "nowhere"}) {
+        fs::create_symlink(fs::absolute(target), svgScratchFile);
+        EXPECT_TRUE(takeSvg(pad()).bytes() == expected) << "a link to " << target;
+        EXPECT_TRUE(fs::is_symlink(svgScratchFile));
+        fs::remove(svgScratchFile);
+    }
+    EXPECT_EQ(fileContent("elsewhere"), "mine");
+    EXPECT_FALSE(fs::exists("nowhere"));
+
+    std::ofstream(svgScratchFile) << "theirs";
+    fs::create_hard_link(svgScratchFile, "/tmp/second.svg");
+    EXPECT_TRUE(takeSvg(pad()).bytes() == expected) << "a file with a second name";
+    EXPECT_EQ(fileContent(svgScratchFile), "theirs");
+    fs::remove("/tmp/second.svg");
+    fs::remove(svgScratchFile);
+
+    ASSERT_EQ(mkfifo(svgScratchFile, 0666), 0);
+    EXPECT_TRUE(takeSvg(pad()).bytes() == expected) << "a pipe";
+    fs::remove(svgScratchFile);
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Base64, ScratchFileOfAnotherUserIsNotUsed)
+{
+    startWithInk();
+    const QByteArray expected = takeSvg(pad()).bytes();
+    std::ofstream(svgScratchFile) << "theirs";
+    fs::permissions(svgScratchFile, fs::perms(0666));
+    if (chown(svgScratchFile, 65534, 65534) != 0)
+        GTEST_SKIP() << "only root can give a file away";
+    EXPECT_TRUE(takeSvg(pad()).bytes() == expected);
+    EXPECT_EQ(fileContent(svgScratchFile), "theirs");
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(Base64, SvgOnAFullDiskIsNull)
+{
+    startWithInk();
+    std::ofstream(svgScratchFile) << "older";
+    const FullTmp full;
+    if (!full.isFull())
+        GTEST_SKIP() << "needs a /tmp of its own";
+    EXPECT_TRUE(takeSvg(pad()).null);
+    EXPECT_EQ(fileContent(svgScratchFile), "older");
     EXPECT_EQ(pad().stop(), 0);
 }
 

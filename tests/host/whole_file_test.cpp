@@ -349,6 +349,31 @@ TEST_P(WholeFile, FullDiskLeavesTheOlderFile)
     saveBothWays(inPlace, [] {});
 }
 
+TEST_P(WholeFile, DrawingOnAFullDiskLeavesTheOlderFileAndCountsAsSaved)
+{
+    const fs::path replaced = folder() / "replaced.svg";
+    const fs::path inPlace = folder() / "in-place.svg";
+    makeFile(replaced, "older");
+    makeFile(inPlace, "older");
+    fs::create_hard_link(inPlace, folder() / "second.svg");
+    const std::vector<std::string> names = namesIn(folder());
+    {
+        const FullTmp full;
+        if (!full.isFull())
+            GTEST_SKIP() << "needs a /tmp of its own";
+        for (const fs::path& path : {replaced, inPlace, folder() / "new.svg"})
+            EXPECT_EQ(pad().save(ImageSvg, path.string()), 0) << path;
+        EXPECT_EQ(fileContent(replaced), "older");
+        EXPECT_EQ(fileContent(inPlace), "older");
+        EXPECT_EQ(namesIn(folder()), names);
+    }
+    for (const fs::path& path : {replaced, inPlace}) {
+        EXPECT_EQ(pad().save(ImageSvg, path.string()), 0);
+        EXPECT_EQ(pad().save(ImageSvg, "here.svg"), 0);
+        EXPECT_TRUE(fileContent(path) == fileContent("here.svg"));
+    }
+}
+
 TEST_P(WholeFile, FullDiskTakesWhatFitsIntoTheOlderFile)
 {
     const fs::path path = folder() / "same.bmp";

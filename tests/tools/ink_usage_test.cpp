@@ -138,17 +138,6 @@ TEST_F(InkUsageTest, OutputThatCannotBeWritten)
     EXPECT_EQ(contentOf(file), textOf(threeStrokes()));
 }
 
-TEST_F(InkUsageTest, DrawingsNeedATemporaryDirectory)
-{
-    ASSERT_TRUE(qputenv("TMPDIR", "/proc")); // in which nobody makes directories
-    const Outcome outcome = runInk({"to-svg", "--model", "K210"}, textOf(threeStrokes()));
-    qunsetenv("TMPDIR");
-    EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.output.toStdString(), "");
-    EXPECT_TRUE(outcome.error.startsWith("scribera-ink: no temporary directory: "))
-        << outcome.error.toStdString();
-}
-
 TEST_F(InkUsageTest, ADoubleDashEndsTheOptions)
 {
     write("-signature", textOf(threeStrokes()));
