@@ -2,6 +2,7 @@
 
 #include "log/ownfile.h"
 #include "sync/mutex.h"
+#include "sync/nocancellation.h"
 
 #include <algorithm>
 #include <array>
@@ -101,6 +102,7 @@ void MyDebug_InsideThread(const char* func, const char* text, const char* tail)
 
 void WriteLogLine(ELogFile eFile, const CLogLabel& Label, const char* pszFormat, ...) noexcept
 {
+    const CNoCancellation Guard;
     const LabelText Text = TextOf(Label);
     const CLocker Lock(LogMutex());
     char* const pBuffer = eFile == ELogFile::Main ? g_cKeyBuf : g_cKeyBuf_InThread;
@@ -116,6 +118,7 @@ void WriteLogLine(ELogFile eFile, const CLogLabel& Label, const char* pszFormat,
 
 void WriteWideLogLine(const CLogLabel& Label, const wchar_t* pwszFormat, ...) noexcept
 {
+    const CNoCancellation Guard;
     // The labels are ASCII, so widening them byte by byte is exact.
     const LabelText Text = TextOf(Label);
     std::array<wchar_t, std::tuple_size_v<LabelText>> WideText;

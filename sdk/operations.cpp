@@ -2,7 +2,6 @@
 
 #include "gui/guithread.h"
 #include "log/logfileutil.h"
-#include "signcore/liveobject.h"
 #include "signcore/results.h"
 #include "signcore/signobject.h"
 #include "signobj/ck421bsignobj.h"
@@ -12,12 +11,13 @@
 
 #include <QMessageBox>
 #include <QString>
-#include <QThread>
 
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <string>
+
+#include <cxxabi.h>
 
 namespace {
 
@@ -120,63 +120,75 @@ void COperations::FreeText(const char* pszFunction, const char* pszArgument, int
     SCR_LOG(L, "<%ld>-leave !");
 }
 
-// What both ways of starting share when an object is live already.
-bool COperations::EndedByLiveObject(const CLogLabel& Label, bool bWindowless) const
+// What both ways of starting share: the flag, and the lines of those that end here.
+CLiveObject::CStart::EAnswer COperations::BeginStart(const CLogLabel& Label, CLiveObject::CStart& Start,
+                                                     bool bWindowless)
 {
+    const auto ShowKind = [bWindowless] {
+        if (bWindowless)
+            StoreShared<unsigned char>(g_bUseSignObj, 1);
+    };
     // The flag comes before the test: hosts see the kind that they asked for last.
-    if (bWindowless)
-        StoreShared<unsigned char>(g_bUseSignObj, 1);
-    if (!CLiveObject::Exists())
-        return false;
-    SCR_LOG(Label, "<%ld>-leave with true due to g_pSignWidget already created !");
-    return true;
+    ShowKind();
+    // A callback meets no live object only while UnInitialDevice waits for it. What it started then would be
+    // in the way of that end.
+    const auto eAnswer = Start.Begin(!CCallbackScope::IsActive());
+    switch (eAnswer) {
+    case CLiveObject::CStart::EAnswer::Begun:
+        ShowKind(); // once more, since the end that was waited for has taken it back
+        break;
+    case CLiveObject::CStart::EAnswer::AlreadyLive:
+        SCR_LOG(Label, "<%ld>-leave with true due to g_pSignWidget already created !");
+        break;
+    case CLiveObject::CStart::EAnswer::Refused:
+        SCR_LOG(Label, "<%ld>-leave with false due to (called inside a callback) !");
+        break;
+    }
+    return eAnswer;
 }
 
-// A callback meets no live object only while UnInitialDevice waits for it. What it started then would be in
-// the way of that end, and nobody could end it from there.
-bool COperations::IsInsideCallback(const CLogLabel& Label)
-{
-    if (!CCallbackScope::IsActive())
-        return false;
-    SCR_LOG(Label, "<%ld>-leave with false due to (called inside a callback) !");
-    return true;
-}
-
-bool COperations::StartObject(const CLogLabel& Label, QWidget* pParentWidget, bool bWindowless, int nX,
-                              int nY, int nWidth, int nHeight) const
+bool COperations::StartObject(const CLogLabel& Label, CLiveObject::CStart& Start, QWidget* pParentWidget,
+                              bool bWindowless, int nX, int nY, int nWidth, int nHeight) const
 {
     PrepareForExit();
     bool bRet = false;
     try {
-        bRet = MakeAndConnect(pParentWidget, bWindowless, nX, nY, nWidth, nHeight);
+        bRet = MakeAndConnect(Start, pParentWidget, bWindowless, nX, nY, nWidth, nHeight);
+    } catch (const abi::__forced_unwind&) {
+        throw;
     } catch (...) {
         // Out of memory: what there is of the object goes the way of any failed start.
     }
-    if (!bRet) {
+    Start.Finish();
+    if (!bRet)
         UnInitialDevice(m_Model.m_nDeviceType);
-        StoreShared<unsigned char>(g_bUseSignObj, 0); // also when there was no object to end
-    }
     SCR_LOG(Label, "<%ld>-leave with bRet=%d !", bRet);
     return bRet;
 }
 
-bool COperations::MakeAndConnect(QWidget* pParentWidget, bool bWindowless, int nX, int nY, int nWidth,
-                                 int nHeight) const
+bool COperations::MakeAndConnect(CLiveObject::CStart& Start, QWidget* pParentWidget, bool bWindowless, int nX,
+                                 int nY, int nWidth, int nHeight) const
 {
     bool bRet = false;
-    if (bWindowless) {
-        CSignObject* const pObject = m_Family.m_pfnMakeObj(nWidth, nHeight);
-        CLiveObject::Publish(*pObject, pObject);
-        bRet = pObject->IsDeviceConnected();
-    } else if (IsGuiThread()) {
-        CSignWidget* const pWidget = m_Family.m_pfnMakeWidget(pParentWidget);
-        CLiveObject::Publish(*pWidget, static_cast<QWidget*>(pWidget));
-        bRet = pWidget->IsDeviceConnected();
-        if (bRet) {
-            pWidget->setGeometry(RectFromHost(nX, nY, nWidth, nHeight));
-            pWidget->show();
-            pWidget->ResizeUnderInvisibleParentWidget(nWidth, nHeight);
+    CSignWidget* pWidget = nullptr;
+    {
+        // What the host does meanwhile on this thread, in a callback or an event, must not wait for this.
+        const CCallbackScope Scope;
+        if (bWindowless) {
+            CSignObject* const pObject = m_Family.m_pfnMakeObj(nWidth, nHeight);
+            Start.Publish(*pObject, pObject);
+            bRet = pObject->IsDeviceConnected();
+        } else if (IsGuiThread()) {
+            pWidget = m_Family.m_pfnMakeWidget(pParentWidget);
+            Start.Publish(*pWidget, static_cast<QWidget*>(pWidget));
+            bRet = pWidget->IsDeviceConnected();
         }
+    }
+    if (bRet && pWidget) {
+        Start.Finish();
+        pWidget->setGeometry(RectFromHost(nX, nY, nWidth, nHeight));
+        pWidget->show();
+        pWidget->ResizeUnderInvisibleParentWidget(nWidth, nHeight);
     }
     return bRet;
 }
@@ -189,12 +201,12 @@ bool COperations::InitialDevice(int nDeviceType, QWidget* pParentWidget, int nX,
             nDeviceType, AsHex(pParentWidget), nX, nY, nWidth, nHeight);
     if (!AcceptsDevice(L, nDeviceType, kLeaveFalse))
         return false;
-    if (EndedByLiveObject(L, pParentWidget == nullptr))
-        return true;
-    if (IsInsideCallback(L))
-        return false;
+    CLiveObject::CStart Start;
+    if (const auto eAnswer = BeginStart(L, Start, pParentWidget == nullptr);
+        eAnswer != CLiveObject::CStart::EAnswer::Begun)
+        return eAnswer == CLiveObject::CStart::EAnswer::AlreadyLive;
     // A flag left set by an earlier windowless use decides even when there is a parent.
-    return StartObject(L, pParentWidget, LoadShared(g_bUseSignObj) != 0, nX, nY, nWidth, nHeight);
+    return StartObject(L, Start, pParentWidget, LoadShared(g_bUseSignObj) != 0, nX, nY, nWidth, nHeight);
 }
 
 bool COperations::InitialDeviceByWId(int nDeviceType, unsigned long long ullWId, int nX, int nY, int nWidth,
@@ -205,17 +217,28 @@ bool COperations::InitialDeviceByWId(int nDeviceType, unsigned long long ullWId,
             nWidth, nHeight);
     if (!AcceptsDevice(L, nDeviceType, kLeaveFalse))
         return false;
-    if (EndedByLiveObject(L, ullWId == 0))
-        return true;
-    if (IsInsideCallback(L))
-        return false;
+    CLiveObject::CStart Start;
+    if (const auto eAnswer = BeginStart(L, Start, ullWId == 0);
+        eAnswer != CLiveObject::CStart::EAnswer::Begun)
+        return eAnswer == CLiveObject::CStart::EAnswer::AlreadyLive;
     const bool bWindowless = LoadShared(g_bUseSignObj) != 0;
     QWidget* const pParentWidget = bWindowless ? nullptr : FindWidget(ullWId);
     if (!bWindowless && !pParentWidget) {
         SCR_LOG(L, "<%ld>-leave with false due to (g_pSignWidget == nullptr) !");
         return false;
     }
-    return StartObject(L, pParentWidget, bWindowless, nX, nY, nWidth, nHeight);
+    return StartObject(L, Start, pParentWidget, bWindowless, nX, nY, nWidth, nHeight);
+}
+
+// The window that owns the widget may go as soon as the end is over, on its own thread. Hiding comes last,
+// when everything is closed, since it lets the host run.
+void COperations::EndWidget(CLiveObject::CEnding& Ending, CSignWidget& Widget)
+{
+    Widget.deleteLater();
+    const bool bHides = IsGuiThread(); // without an application nothing is shown, and hiding would crash
+    Ending.Finish();
+    if (bHides)
+        Widget.hide();
 }
 
 int COperations::UnInitialDevice(int nDeviceType) const
@@ -229,18 +252,13 @@ int COperations::UnInitialDevice(int nDeviceType) const
         SCR_LOG(L, "<%ld>-leave with nResult=-1 due to (called inside a callback) !");
         return kNoObject;
     }
-    // Only looked up under a use: the wait of the shutdown is for everybody else's.
-    CSignObject* const pObject =
-        OnObject(static_cast<CSignObject*>(nullptr), [](CSignObject& Object) { return &Object; });
-    if (pObject) {
+    CLiveObject::CEnding Ending(m_Model);
+    if (CSignObject* const pObject = Ending.Object()) {
         pObject->Shutdown();
-        if (auto* const pWidget = dynamic_cast<CSignWidget*>(pObject)) {
-            if (QThread::currentThread() == pWidget->thread())
-                pWidget->hide();
-            pWidget->deleteLater();
-        } else {
+        if (pObject->Identity().IsWidget())
+            EndWidget(Ending, *static_cast<CSignWidget*>(pObject));
+        else
             delete pObject;
-        }
     }
     SCR_LOG(L, "<%ld>-leave with ARI_SUCCESS...");
     return ARI_SUCCESS;
@@ -596,11 +614,14 @@ void COperations::FreeSVGImageBase64Data(int nDeviceType, char* pEncodedData) co
 int COperations::PlaceFingerprint(CSignObject& Object, QWidget* pParentWidget, const int (&CanvasSize)[2],
                                   const int (&FPRect)[4])
 {
+    // A widget's class is looked at on its own thread, on which it may also be on its way out.
+    if (Object.Identity().IsWidget() && !IsGuiThread())
+        return kNoObject;
     if (auto* const pObj = dynamic_cast<CK421BSignObj*>(&Object))
         return pObj->SetDisplayedFPImageAt(CanvasSize[0], CanvasSize[1], FPRect[0], FPRect[1], FPRect[2],
                                            FPRect[3]);
     auto* const pWidget = dynamic_cast<CK421BSignWidget*>(&Object);
-    if (!pWidget || !IsGuiThread())
+    if (!pWidget)
         return kNoObject;
     return pWidget->SetDisplayedFPImageAt(pParentWidget, FPRect[0], FPRect[1], FPRect[2], FPRect[3]);
 }

@@ -4,8 +4,10 @@
 #include "log/logfileutil.h"
 #include "scriberasdk.h"
 #include "sdk/family.h"
+#include "signcore/liveobject.h"
 
 class CSignObject;
+class CSignWidget;
 
 // One call into a family's functions: checks the arguments, finds the live object and forwards. Stateless;
 // each method is the exported function of the same name. May be used on any thread on which the host calls.
@@ -80,15 +82,16 @@ private:
     void FreeText(const char* pszFunction, const char* pszArgument, int nDeviceType, char* pText,
                   void (CSignObject::*pfnFree)(char*)) const;
 
-    bool StartObject(const CLogLabel& Label, QWidget* pParentWidget, bool bWindowless, int nX, int nY,
-                     int nWidth, int nHeight) const;
+    bool StartObject(const CLogLabel& Label, CLiveObject::CStart& Start, QWidget* pParentWidget,
+                     bool bWindowless, int nX, int nY, int nWidth, int nHeight) const;
     static int PlaceFingerprint(CSignObject& Object, QWidget* pParentWidget, const int (&CanvasSize)[2],
                                 const int (&FPRect)[4]);
     static void ShowAboutBox(QWidget* pParentWidget);
-    bool MakeAndConnect(QWidget* pParentWidget, bool bWindowless, int nX, int nY, int nWidth,
-                        int nHeight) const;
-    bool EndedByLiveObject(const CLogLabel& Label, bool bWindowless) const;
-    static bool IsInsideCallback(const CLogLabel& Label);
+    bool MakeAndConnect(CLiveObject::CStart& Start, QWidget* pParentWidget, bool bWindowless, int nX, int nY,
+                        int nWidth, int nHeight) const;
+    static void EndWidget(CLiveObject::CEnding& Ending, CSignWidget& Widget);
+    static CLiveObject::CStart::EAnswer BeginStart(const CLogLabel& Label, CLiveObject::CStart& Start,
+                                                   bool bWindowless);
 
     const CFamily& m_Family;
     const CPadModel& m_Model;

@@ -4,21 +4,28 @@
 
 #include "sdk/operations.h"
 #include "signcore/results.h"
+#include "sync/nocancellation.h"
 
 #include <type_traits>
+
+#include <cxxabi.h>
 
 void* g_pSignWidget = nullptr;
 unsigned char g_bUseSignObj = 0;
 
 namespace {
 
-// No exception leaves the library: a call that met one gives not done, null, false or nothing.
+// No exception leaves the library: a call that met one gives not done, null, false or nothing. And no call is
+// left in the middle by a cancellation of its thread.
 template <typename TCall>
 auto WithoutException(TCall Call) -> decltype(Call())
 {
     using TResult = decltype(Call());
+    const CNoCancellation Guard;
     try {
         return Call();
+    } catch (const abi::__forced_unwind&) {
+        throw; // pthread_exit() in something of the host's that the call reached
     } catch (...) {
         if constexpr (std::is_same_v<TResult, int>)
             return kNotDone;

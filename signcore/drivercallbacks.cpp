@@ -4,7 +4,7 @@
 #include "signcore/signobject.h"
 #include "sync/callbackscope.h"
 
-#include <iterator>
+#include <cxxabi.h>
 
 namespace {
 
@@ -23,6 +23,8 @@ void OnLiveObject(const CPadModel& Model, EObjectKind eKind, TWork Work)
     try {
         if (CSignObject* const pObject = Use.ObjectOf(Model, eKind))
             Work(*pObject);
+    } catch (const abi::__forced_unwind&) {
+        throw; // pthread_exit() or a cancellation in the host's callback
     } catch (...) {
         SCR_LOG((CLogLabel{Model.NamesOf(eKind).m_SignObject.m_pszClass, "::", Model.m_pszRawDataFunction}),
                 "<%ld>-leave due to (exception) !");

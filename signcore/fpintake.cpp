@@ -82,11 +82,11 @@ void CFingerprintIntake::ProcessShowFPImgaeRawDataOnDevice()
     const CLiveObject::CUse Use;
     if (CLiveObject::IsClosedForExit())
         return;
-    if (m_bShowFPDeviceImage && m_Driver.m_pfn_SCRDAPI_ShowFPImageOnDevice) {
+    const auto pfnShow = m_Driver.Calls().m_pfn_SCRDAPI_ShowFPImageOnDevice;
+    if (m_bShowFPDeviceImage && pfnShow) {
         // The result does not matter: a picture that did not arrive is as good as one that nobody looks at.
-        m_Driver.m_pfn_SCRDAPI_ShowFPImageOnDevice(m_FPDeviceImageToShow.data(),
-                                                   static_cast<int>(m_FPDeviceImageToShow.size()),
-                                                   kDeviceWidth, kDeviceHeight, &m_bGoingToShutDown);
+        pfnShow(m_FPDeviceImageToShow.data(), static_cast<int>(m_FPDeviceImageToShow.size()), kDeviceWidth,
+                kDeviceHeight, &m_bGoingToShutDown);
         m_bFPDeviceImageShown = true;
     } else if (m_bFPDeviceImageShown) {
         m_bFPDeviceImageShown = false;

@@ -4,6 +4,8 @@
 
 #include <thread>
 
+#include <cxxabi.h>
+
 void CKeyActions::NoteTouch(int nKey)
 {
     if (nKey == kCancelKey)
@@ -19,7 +21,7 @@ void CKeyActions::Arm(int nKey)
 
 void CKeyActions::ArmLocked(int nKey)
 {
-    StoreShared(m_nDoClickConfirmOrCancelKeyActionFlag, nKey);
+    StoreShared(m_nDoClickConfirmOrCancelKeyActionFlag, m_bThreadEnded ? kNoKey : nKey);
 }
 
 void CKeyActions::CheckIfWeCanDoConfirmOrCancelKeyAction()
@@ -60,8 +62,19 @@ void CKeyActions::DoClickKeyAction(int nKey, const char* pszFunction, const char
 {
     const CLogLabel Label = m_Identity.Label(pszFunction);
     SCR_LOG_INTHREAD(Label, "<%ld>-Enter...");
-    if (const auto pfnStatus = LoadShared(m_pfnSignatureStatusCallback))
-        pfnStatus(nKey);
+    try {
+        if (const auto pfnStatus = LoadShared(m_pfnSignatureStatusCallback))
+            pfnStatus(nKey);
+    } catch (const abi::__forced_unwind&) {
+        // The callback ends this thread. Nobody is left to run an action, and one that waited would keep the
+        // pen off for ever.
+        m_bThreadEnded = true;
+        ArmLocked(kNoKey);
+        throw;
+    } catch (...) {
+        ArmLocked(kNoKey);
+        throw;
+    }
     SCR_LOG_INTHREAD(Label, pszLine);
     ArmLocked(kNoKey);
     SCR_LOG_INTHREAD(Label, "<%ld>-leave !");

@@ -51,6 +51,7 @@ private:
     const CObjectIdentity& m_Identity;
     CMutex m_KeyActionMutex;
     int m_nDoClickConfirmOrCancelKeyActionFlag = kNoKey;
+    bool m_bThreadEnded = false; // by the host's callback; under the mutex
     int m_nKeyStatus = kNoKey;
     bool m_bPenDownOnCancelButton = false;
     void (*m_pfnSignatureStatusCallback)(int) = nullptr;

@@ -7,65 +7,176 @@
 #include <chrono>
 #include <thread>
 
+#include <unistd.h>
+
 // Constant-initialised and never destroyed: the driver's thread may outlive main().
 constinit std::atomic<CSignObject*> CLiveObject::s_pObject{nullptr};
-constinit std::atomic<int> CLiveObject::s_nUses{0};
-constinit std::atomic<bool> CLiveObject::s_bClosed{false};
-thread_local int CLiveObject::s_nOwnUses = 0;
+constinit std::atomic<pid_t> CLiveObject::s_nProcess{0};
+constinit std::atomic<int> CLiveObject::s_nPhase{kNone};
+constinit std::atomic<std::uint32_t> CLiveObject::s_nDoor{kClosed};
+constinit std::atomic<bool> CLiveObject::s_bClosedForExit{false};
+thread_local std::uint32_t CLiveObject::s_nOwnUses = 0;
 
-void CLiveObject::Publish(CSignObject& Object, void* pExported)
+void CLiveObject::EnterPhase(EPhase ePhase)
+{
+    s_nPhase.store(ePhase);
+    s_nPhase.notify_all();
+}
+
+// The object of the process that this one was forked from: neither its threads nor its driver's are here, so
+// it can be neither ended nor waited for.
+bool CLiveObject::ForgetInForkedChild()
+{
+    const pid_t nProcess = s_nProcess.load();
+    if (nProcess == 0 || nProcess == getpid())
+        return false;
+    StoreShared<unsigned char>(g_bUseSignObj, 0);
+    StoreShared<void*>(g_pSignWidget, nullptr);
+    s_nDoor.store(kClosed | s_nOwnUses);
+    s_pObject.store(nullptr);
+    s_nProcess.store(0);
+    EnterPhase(kNone);
+    return true;
+}
+
+CLiveObject::CStart::EAnswer CLiveObject::CStart::Begin(bool bMayWait)
+{
+    for (;;) {
+        if (!(s_nDoor.load() & kClosed))
+            return EAnswer::AlreadyLive;
+        if (!bMayWait)
+            return EAnswer::Refused;
+        int nPhase = kNone;
+        if (s_nPhase.compare_exchange_strong(nPhase, kStarting)) {
+            s_nProcess.store(getpid());
+            m_bBegun = true;
+            return EAnswer::Begun;
+        }
+        // A live one was not open yet when it was looked at.
+        if (nPhase != kLive && !ForgetInForkedChild())
+            s_nPhase.wait(nPhase);
+    }
+}
+
+void CLiveObject::CStart::Publish(CSignObject& Object, void* pExported)
 {
     StoreShared(g_pSignWidget, pExported);
     s_pObject.store(&Object);
+    s_nDoor.fetch_and(~kClosed);
 }
 
-void CLiveObject::Retire(CSignObject& Object)
+void CLiveObject::CStart::Finish()
 {
-    CSignObject* pExpected = &Object;
-    if (!s_pObject.compare_exchange_strong(pExpected, nullptr))
+    if (!m_bBegun)
         return;
+    m_bBegun = false;
+    if (s_pObject.load()) {
+        EnterPhase(kLive);
+        return;
+    }
+    StoreShared<unsigned char>(g_bUseSignObj, 0);
+    s_nProcess.store(0);
+    EnterPhase(kNone);
+}
+
+// The live object if it is the one that is meant and this thread is the one to end it.
+template <typename TIsMeant>
+CSignObject* CLiveObject::Claim(TIsMeant IsMeant)
+{
+    for (;;) {
+        if (ForgetInForkedChild())
+            return nullptr;
+        int nPhase = kLive;
+        {
+            const CUse Use; // the object stays the live one meanwhile
+            if (Use.Object() && !IsMeant(*Use.Object()))
+                return nullptr;
+            if (!Use.Object())
+                nPhase = s_nPhase.load();
+            else if (s_nPhase.compare_exchange_strong(nPhase, kEnding))
+                return Use.Object();
+        }
+        if (nPhase == kNone)
+            return nullptr;
+        if (nPhase == kLive)
+            continue; // since it was looked for
+        s_nPhase.wait(nPhase);
+        if (nPhase == kEnding)
+            return nullptr;
+    }
+}
+
+CLiveObject::CEnding::CEnding(const CPadModel& Model)
+    : m_pObject(Claim([&Model](const CSignObject& Object) { return &Object.Identity().m_Model == &Model; }))
+{
+}
+
+CLiveObject::CEnding::CEnding(const CSignObject& Object)
+    : m_pObject(s_pObject.load() != &Object
+                    ? nullptr // ended before
+                    : Claim([&Object](const CSignObject& Live) { return &Live == &Object; }))
+{
+}
+
+void CLiveObject::CEnding::Finish()
+{
+    if (!m_pObject)
+        return;
+    m_pObject = nullptr;
+    Close(); // has happened, but for an end that was broken off
     // Under a widget the flag is set only by a windowless start while it was live, which ends here too.
     StoreShared<unsigned char>(g_bUseSignObj, 0);
     StoreShared<void*>(g_pSignWidget, nullptr);
-    while (s_nUses.load() > s_nOwnUses)
-        std::this_thread::yield();
-    // A windowless start in a callback, begun before the object was gone, may have set it once more.
-    StoreShared<unsigned char>(g_bUseSignObj, 0);
+    s_pObject.store(nullptr);
+    s_nProcess.store(0);
+    EnterPhase(kNone);
 }
 
-bool CLiveObject::Exists()
+void CLiveObject::Close()
 {
-    return s_pObject.load() != nullptr;
+    std::uint32_t nDoor = s_nDoor.fetch_or(kClosed) | kClosed;
+    while ((nDoor & ~kClosed) > s_nOwnUses) {
+        s_nDoor.wait(nDoor);
+        nDoor = s_nDoor.load();
+    }
 }
 
 void CLiveObject::CloseForExit()
 {
-    s_bClosed.store(true);
+    s_bClosedForExit.store(true);
+    if (s_nProcess.load() != getpid())
+        return; // a forked child waits for nobody
     // In the opposite order to those who count their use first and look at the gate again then. A host's
     // callback may itself wait for the exiting thread, so this wait must end.
     const auto Deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
-    while (s_nUses.load() > s_nOwnUses && std::chrono::steady_clock::now() < Deadline)
+    while ((s_nDoor.load() & ~kClosed) > s_nOwnUses && std::chrono::steady_clock::now() < Deadline)
         std::this_thread::yield();
 }
 
 bool CLiveObject::IsClosedForExit()
 {
-    return s_bClosed.load();
+    return s_bClosedForExit.load();
 }
 
-CLiveObject::CUse::CUse()
+CLiveObject::CUse::CUse() : m_pObject(nullptr)
 {
-    // The count goes up before the pointer is read: Retire() does the two in the opposite order, so that one
-    // of the two sides always sees the other.
-    ++s_nOwnUses;
-    s_nUses.fetch_add(1);
-    m_pObject = s_pObject.load();
+    std::uint32_t nDoor = s_nDoor.load();
+    while (!(nDoor & kClosed)) {
+        if (s_nDoor.compare_exchange_weak(nDoor, nDoor + 1)) {
+            ++s_nOwnUses;
+            m_pObject = s_pObject.load();
+            return;
+        }
+    }
 }
 
 CLiveObject::CUse::~CUse()
 {
-    s_nUses.fetch_sub(1);
+    if (!m_pObject)
+        return;
     --s_nOwnUses;
+    if (s_nDoor.fetch_sub(1) & kClosed)
+        s_nDoor.notify_all();
 }
 
 CSignObject* CLiveObject::CUse::ObjectOf(const CPadModel& Model) const

@@ -1,25 +1,79 @@
-// The one live sign object of the process.
+// The one live sign object of the process, and the order of its life.
 #pragma once
 
 #include "signcore/padmodel.h"
 
 #include <atomic>
+#include <cstdint>
+
+#include <sys/types.h>
 
 class CSignObject;
 
 // Knows the live object's true class, whatever g_pSignWidget and g_bUseSignObj show. Everybody who works on
-// the object holds a CUse meanwhile, and an object is destroyed only when nobody does.
+// the object holds a CUse meanwhile. One thread starts an object (CStart), one ends it (CEnding). The object
+// is found from its publication until it is closed, that is, until its driver has stopped. Who comes after
+// that finds none, who is inside is waited for, and only then its resources go.
+//
+// No lock is held on the way, in particular none while the driver is called.
 class CLiveObject
 {
 public:
-    // Makes the object the live one and shows it, as pExported, in g_pSignWidget.
-    static void Publish(CSignObject& Object, void* pExported);
+    // A thread's start of an object. At its end the published object is live; without one there is none.
+    class CStart
+    {
+    public:
+        enum class EAnswer
+        {
+            Begun,       // this thread makes the object
+            AlreadyLive, // there is one
+            Refused      // one is just being made or ended, and this thread must not wait for it
+        };
 
-    // Ends the object's life in public: clears g_pSignWidget and g_bUseSignObj and returns when no other
-    // thread works on it any more. Nothing happens when it is not, or no longer, the live one.
-    static void Retire(CSignObject& Object);
+        CStart() = default;
+        ~CStart() { Finish(); }
+        CStart(const CStart&) = delete;
+        CStart& operator=(const CStart&) = delete;
 
-    static bool Exists();
+        // Waits for another thread that is starting an object, or ending one that is closed, if it may.
+        EAnswer Begin(bool bMayWait);
+
+        // Makes the object the live one and shows it, as pExported, in g_pSignWidget.
+        void Publish(CSignObject& Object, void* pExported);
+
+        // From here on the object may be ended. Done once.
+        void Finish();
+
+    private:
+        bool m_bBegun = false;
+    };
+
+    // A thread's end of an object, from its claim until there is none any more. A start or an end on another
+    // thread is waited for.
+    class CEnding
+    {
+    public:
+        // Claims the live object if it is of this model.
+        explicit CEnding(const CPadModel& Model);
+        // Claims this object if it is the live one.
+        explicit CEnding(const CSignObject& Object);
+        ~CEnding() { Finish(); }
+        CEnding(const CEnding&) = delete;
+        CEnding& operator=(const CEnding&) = delete;
+
+        // The object that this thread has to end, or null.
+        CSignObject* Object() const { return m_pObject; }
+
+        // Clears g_bUseSignObj and g_pSignWidget: a new object may be started. Done once.
+        void Finish();
+
+    private:
+        CSignObject* m_pObject;
+    };
+
+    // Lets nobody in any more and returns when no other thread works on the object. For the thread that ends
+    // it.
+    static void Close();
 
     // From here on no callback of the driver and no key action reaches a sign object: the process is exiting,
     // and what they need of Qt is about to be destroyed. Waits a moment for those under way.
@@ -34,6 +88,8 @@ public:
         CUse(const CUse&) = delete;
         CUse& operator=(const CUse&) = delete;
 
+        // The live object, or null.
+        CSignObject* Object() const { return m_pObject; }
         // The live object if it is of this model, or null.
         CSignObject* ObjectOf(const CPadModel& Model) const;
         // The live object if it is of exactly this class, or null.
@@ -44,8 +100,31 @@ public:
     };
 
 private:
-    static std::atomic<CSignObject*> s_pObject; // written by the host's thread, read by all
-    static std::atomic<int> s_nUses;            // of all threads
-    static std::atomic<bool> s_bClosed;
-    static thread_local int s_nOwnUses; // of this thread
+    enum EPhase : int
+    {
+        kNone,
+        kStarting,
+        kLive,
+        kEnding
+    };
+
+    template <typename TIsMeant>
+    static CSignObject* Claim(TIsMeant IsMeant);
+    static bool ForgetInForkedChild();
+    static void EnterPhase(EPhase ePhase);
+
+    // Written by the thread that starts or ends the object, read by all.
+    static std::atomic<CSignObject*> s_pObject;
+    static std::atomic<pid_t> s_nProcess; // in which it lives; 0 without one
+
+    // Moved on by the thread that starts or ends an object, waited on by others that want to.
+    static std::atomic<int> s_nPhase;
+
+    // Whether the object is closed, and the uses of all threads. In one word, so that who comes when it is
+    // closed is not counted and nobody can keep the end from coming.
+    static constexpr std::uint32_t kClosed = std::uint32_t{1} << 31;
+    static std::atomic<std::uint32_t> s_nDoor;
+    static thread_local std::uint32_t s_nOwnUses; // of this thread
+
+    static std::atomic<bool> s_bClosedForExit;
 };

@@ -1,5 +1,7 @@
 #include "signcore/scriberadriver.h"
 
+const CDriverCalls CScriberaDriver::s_NoCalls;
+
 bool CScriberaDriver::LoadScriberaDriver()
 {
     const CLogLabel Label = m_Identity.Label("LoadScriberaDriver()");
@@ -12,8 +14,8 @@ bool CScriberaDriver::LoadScriberaDriver()
         SCR_LOG(Label, "<%ld>-'libscriberadrv.so' Library APIs failed to load !");
     } else {
         const CDriverCallbacks Callbacks = DriverCallbacksOf(m_Identity.m_Model, m_Identity.m_eKind);
-        const int nResult = m_pfn_SCRDAPI_Initial(m_Identity.m_Model.m_nDeviceType, Callbacks.m_pfnPen,
-                                                  Callbacks.m_pfnFingerprint);
+        const int nResult = m_Calls.m_pfn_SCRDAPI_Initial(m_Identity.m_Model.m_nDeviceType,
+                                                          Callbacks.m_pfnPen, Callbacks.m_pfnFingerprint);
         SCR_LOG(Label, "<%ld>-after call m_pfn_SCRDAPI_Initial(), nResult=%d", nResult);
         bRet = nResult == 0;
     }
@@ -30,41 +32,28 @@ bool CScriberaDriver::ResolveEntryPoints()
     const CPadModel& Model = m_Identity.m_Model;
 
     // All are looked up, so that a failed start leaves as much to shut down as the driver offers.
-    bool bComplete = Resolve(m_pfn_SCRDAPI_Initial, "SCRDAPI_Initial");
-    bComplete &= Resolve(m_pfn_SCRDAPI_UnInitial, "SCRDAPI_UnInitial");
+    bool bComplete = Resolve(m_Calls.m_pfn_SCRDAPI_Initial, "SCRDAPI_Initial");
+    bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_UnInitial, "SCRDAPI_UnInitial");
     if (Model.m_bHasScreen)
-        Resolve(m_pfn_SCRDAPI_OpenDeviceLCD, "SCRDAPI_OpenDeviceLCD"); // some pads' drivers have none
-    bComplete &= Resolve(m_pfn_SCRDAPI_ClearDeviceContent, "SCRDAPI_ClearDeviceContent");
+        Resolve(m_Calls.m_pfn_SCRDAPI_OpenDeviceLCD, "SCRDAPI_OpenDeviceLCD"); // some pads' drivers have none
+    bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_ClearDeviceContent, "SCRDAPI_ClearDeviceContent");
     if (Model.m_bHasScreen)
-        bComplete &= Resolve(m_pfn_SCRDAPI_GetDevicePenID, "SCRDAPI_GetDevicePenID");
-    bComplete &= Resolve(m_pfn_SCRDAPI_GetDevicePadID, "SCRDAPI_GetDevicePadID");
+        bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_GetDevicePenID, "SCRDAPI_GetDevicePenID");
+    bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_GetDevicePadID, "SCRDAPI_GetDevicePadID");
     if (Model.m_bHasScreen)
-        bComplete &= Resolve(m_pfn_SCRDAPI_GetDeviceSecureID, "SCRDAPI_GetDeviceSecureID");
-    bComplete &= Resolve(m_pfn_SCRDAPI_GetDevicePartsVersion, "SCRDAPI_GetDevicePartsVersion");
+        bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_GetDeviceSecureID, "SCRDAPI_GetDeviceSecureID");
+    bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_GetDevicePartsVersion, "SCRDAPI_GetDevicePartsVersion");
     if (Model.m_bHasScreen)
-        bComplete &= Resolve(m_pfn_SCRDAPI_ShowVersionInfoOnDevice, "SCRDAPI_ShowVersionInfoOnDevice");
-    bComplete &= Resolve(m_pfn_SCRDAPI_SetDevicePenStyle, "SCRDAPI_SetDevicePenStyle");
+        bComplete &=
+            Resolve(m_Calls.m_pfn_SCRDAPI_ShowVersionInfoOnDevice, "SCRDAPI_ShowVersionInfoOnDevice");
+    bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_SetDevicePenStyle, "SCRDAPI_SetDevicePenStyle");
     if (Model.m_bHasFingerprint)
-        bComplete &= Resolve(m_pfn_SCRDAPI_ShowFPImageOnDevice, "SCRDAPI_ShowFPImageOnDevice");
+        bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_ShowFPImageOnDevice, "SCRDAPI_ShowFPImageOnDevice");
+    m_pCalls.store(&m_Calls);
     return bComplete;
 }
 
-void CScriberaDriver::ForgetEntryPoints()
-{
-    m_pfn_SCRDAPI_Initial = nullptr;
-    m_pfn_SCRDAPI_UnInitial = nullptr;
-    m_pfn_SCRDAPI_OpenDeviceLCD = nullptr;
-    m_pfn_SCRDAPI_ClearDeviceContent = nullptr;
-    m_pfn_SCRDAPI_GetDevicePenID = nullptr;
-    m_pfn_SCRDAPI_GetDevicePadID = nullptr;
-    m_pfn_SCRDAPI_GetDeviceSecureID = nullptr;
-    m_pfn_SCRDAPI_GetDevicePartsVersion = nullptr;
-    m_pfn_SCRDAPI_ShowVersionInfoOnDevice = nullptr;
-    m_pfn_SCRDAPI_SetDevicePenStyle = nullptr;
-    m_pfn_SCRDAPI_ShowFPImageOnDevice = nullptr;
-}
-
-bool CScriberaDriver::ShutdownScriberaDriver()
+bool CScriberaDriver::ShutdownScriberaDriver(void (*pfnStopped)())
 {
     constexpr char kFunction[] = "ShutdownScriberaDriver()";
     const CLogLabel Label = m_Identity.Label(kFunction);
@@ -72,11 +61,14 @@ bool CScriberaDriver::ShutdownScriberaDriver()
     if (m_pDriverLibrary) {
         if (!m_Identity.m_Model.m_bHasScreen)
             ClearPad(kFunction);
-        else if (m_pfn_SCRDAPI_OpenDeviceLCD)
-            m_pfn_SCRDAPI_OpenDeviceLCD(false);
-        if (m_pfn_SCRDAPI_UnInitial)
-            m_pfn_SCRDAPI_UnInitial();
-        ForgetEntryPoints();
+        else if (m_Calls.m_pfn_SCRDAPI_OpenDeviceLCD)
+            m_Calls.m_pfn_SCRDAPI_OpenDeviceLCD(false);
+        m_pCalls.store(&s_NoCalls);
+        if (m_Calls.m_pfn_SCRDAPI_UnInitial)
+            m_Calls.m_pfn_SCRDAPI_UnInitial();
+    }
+    pfnStopped();
+    if (m_pDriverLibrary) {
         m_pDriverLibrary->unload();
         m_pDriverLibrary.reset();
     }
@@ -88,24 +80,24 @@ int CScriberaDriver::ReadPartsVersion(CVersionText& Version) const
 {
     Version.fill('\0');
     // The last byte is not the driver's, so that a text without a terminator ends there.
-    return m_pfn_SCRDAPI_GetDevicePartsVersion(Version.data(), static_cast<int>(Version.size()) - 1);
+    return m_Calls.m_pfn_SCRDAPI_GetDevicePartsVersion(Version.data(), static_cast<int>(Version.size()) - 1);
 }
 
 void CScriberaDriver::PreparePad() const
 {
     ClearPad("IsDeviceConnected()");
-    if (m_pfn_SCRDAPI_OpenDeviceLCD)
-        m_pfn_SCRDAPI_OpenDeviceLCD(true);
+    if (m_Calls.m_pfn_SCRDAPI_OpenDeviceLCD)
+        m_Calls.m_pfn_SCRDAPI_OpenDeviceLCD(true);
 }
 
 void CScriberaDriver::ClearPad(const char* pszFunction) const
 {
-    if (!m_pfn_SCRDAPI_ClearDeviceContent)
+    if (!m_Calls.m_pfn_SCRDAPI_ClearDeviceContent)
         return;
     const bool bLogs = m_Identity.m_Model.m_bLogsClearCall && m_Identity.IsWidget();
     if (bLogs)
         SCR_LOG(m_Identity.Label(pszFunction), "<%ld>-b4 call m_pfn_SCRDAPI_ClearDeviceContent()...");
-    m_pfn_SCRDAPI_ClearDeviceContent();
+    m_Calls.m_pfn_SCRDAPI_ClearDeviceContent();
     if (bLogs)
         SCR_LOG(m_Identity.Label(pszFunction), "<%ld>-after call m_pfn_SCRDAPI_ClearDeviceContent()...");
 }

@@ -2,6 +2,7 @@
 
 #include "signcore/liveobject.h"
 #include "signcore/results.h"
+#include "sync/callbackscope.h"
 
 #include <QColor>
 
@@ -32,11 +33,20 @@ CSignObject::CSignObject(const CPadModel& Model, EObjectKind eKind)
       m_pFingerprint(Model.m_bHasFingerprint ? std::make_unique<CFingerprintIntake>(
                                                    m_Identity, m_Canvas, m_Driver, m_bGoingToShutDown)
                                              : nullptr),
-      m_nMaxPressure(Model.m_nInitialMaxPressure)
+      m_nMaxPressure(Model.m_nInitialMaxPressure), m_pPointDataList(new (std::nothrow) CInkPointList),
+      m_pDecodedPointDataList(new (std::nothrow) CInkPointList)
 {
 }
 
-CSignObject::~CSignObject() = default;
+CSignObject::~CSignObject()
+{
+    // Threads that still run are those of the process that this one was forked from.
+    for (std::unique_ptr<CSdkThread>* const ppThread :
+         {&m_pShowFPImageOnDeviceThread, &m_pDoConfirmOrCancelKeyActionThread}) {
+        if (*ppThread && (*ppThread)->isRunning())
+            static_cast<void>(ppThread->release());
+    }
+}
 
 void CSignObject::StartThreads(void* pOwner, int nWidth, int nHeight, PfnMakeThread pfnKeyAction,
                                PfnMakeThread pfnShowFPImage)
@@ -50,9 +60,8 @@ void CSignObject::StartThreads(void* pOwner, int nWidth, int nHeight, PfnMakeThr
     else
         SCR_LOG(Label, "<%ld>-width=%d, height=%d", nWidth, nHeight);
     m_pDoConfirmOrCancelKeyActionThread = pfnKeyAction(pOwner, *this);
-    if (m_pShowFPImageOnDeviceThread)
-        m_pShowFPImageOnDeviceThread->Launch();
-    m_pDoConfirmOrCancelKeyActionThread->Launch();
+    m_bThreadsStarted = !m_pShowFPImageOnDeviceThread || m_pShowFPImageOnDeviceThread->Launch();
+    m_bThreadsStarted = m_bThreadsStarted && m_pDoConfirmOrCancelKeyActionThread->Launch();
     SCR_LOG(Label, "<%ld>-m_pDoConfirmOrCancelKeyActionThread=%lx",
             AsHex(m_pDoConfirmOrCancelKeyActionThread.get()));
     SCR_LOG(Label, "<%ld>-leave !");
@@ -67,7 +76,9 @@ bool CSignObject::IsDeviceConnected()
 {
     const CLogLabel Label = m_Identity.Label("IsDeviceConnected()");
     SCR_LOG(Label, "<%ld>-enter...");
-    bool bConnected = m_Driver.LoadScriberaDriver();
+    if (!m_bThreadsStarted)
+        SCR_LOG(Label, "<%ld>-(worker thread not started), no more threads !!!");
+    bool bConnected = m_bThreadsStarted && m_Driver.LoadScriberaDriver();
     if (bConnected) {
         CScriberaDriver::CVersionText Version;
         const int nResult = m_Driver.ReadPartsVersion(Version);
@@ -83,8 +94,6 @@ bool CSignObject::IsDeviceConnected()
         if (pAccepted) {
             StoreShared(m_nMaxPressure, pAccepted->m_nMaxPressure);
             m_Driver.PreparePad();
-            m_pPointDataList.reset(new (std::nothrow) CInkPointList);
-            m_pDecodedPointDataList.reset(new (std::nothrow) CInkPointList);
             if (!m_pPointDataList || !m_pDecodedPointDataList) {
                 SCR_LOG(
                     Label,
@@ -102,12 +111,14 @@ void CSignObject::Shutdown()
 {
     const CLogLabel Label = m_Identity.Label("Shutdown()");
     SCR_LOG(Label, "<%ld>-Enter...");
+    // What the host does meanwhile on this thread, in a callback that the driver makes here or in an event,
+    // is part of this end: it must neither wait for it nor start anew.
+    const CCallbackScope Scope;
     StopThread(m_pShowFPImageOnDeviceThread, "m_pShowFPImageOnDeviceThread");
     StopThread(m_pDoConfirmOrCancelKeyActionThread, "m_pDoConfirmOrCancelKeyActionThread");
-    // From here on nobody finds the object: samples that still arrive are dropped, and no other thread of the
-    // host meets lists or entry points on their way out.
-    CLiveObject::Retire(*this);
-    m_Driver.ShutdownScriberaDriver();
+    // Until the driver has stopped, its samples and the host's calls find the object as it was. Then nobody
+    // does: who is late is dropped, and no other thread meets driver or lists on their way out.
+    m_Driver.ShutdownScriberaDriver(CLiveObject::Close);
     m_pPointDataList.reset();
     m_pDecodedPointDataList.reset();
     const std::shared_ptr<CFPPicture> pInUse =
@@ -169,7 +180,7 @@ int CSignObject::ClearDeviceContent()
     const CLogLabel Label = m_Identity.Label("ClearDeviceContent()");
     SCR_LOG(Label, "<%ld>-enter...");
     int nResult = kNoEntryPoint;
-    if (m_Driver.m_pfn_SCRDAPI_ClearDeviceContent) {
+    if (const auto pfnClear = m_Driver.Calls().m_pfn_SCRDAPI_ClearDeviceContent) {
         m_Canvas.ClearSignCanvas();
         if (m_KeyActions.TakeCancelTouch()) {
             // A touch of the cancel key leaves the pad's own screen to the pad.
@@ -179,7 +190,7 @@ int CSignObject::ClearDeviceContent()
             const bool bLogs = m_Identity.m_Model.m_bLogsClearCall;
             if (bLogs)
                 SCR_LOG(Label, "<%ld>-b4 call m_pfn_SCRDAPI_ClearDeviceContent()...");
-            nResult = m_Driver.m_pfn_SCRDAPI_ClearDeviceContent();
+            nResult = pfnClear();
             if (bLogs)
                 SCR_LOG(Label, "<%ld>-after call m_pfn_SCRDAPI_ClearDeviceContent()...");
         }
@@ -232,53 +243,55 @@ int CSignObject::SetDevicePenStyle(bool bWithPressureValue)
 {
     const CLogLabel Label = m_Identity.Label("SetDevicePenStyle()");
     SCR_LOG(Label, "<%ld>-enter, bWithPressureValue=%d", bWithPressureValue);
-    if (m_Driver.m_pfn_SCRDAPI_SetDevicePenStyle)
+    const auto pfnSetStyle = m_Driver.Calls().m_pfn_SCRDAPI_SetDevicePenStyle;
+    if (pfnSetStyle)
         m_PenSetup.SetPressureMode(bWithPressureValue);
-    return AskDriver(Label, m_Driver.m_pfn_SCRDAPI_SetDevicePenStyle, bWithPressureValue);
+    return AskDriver(Label, pfnSetStyle, bWithPressureValue);
 }
 
 int CSignObject::OpenDeviceLCD(bool bOn)
 {
     const CLogLabel Label = m_Identity.Label("OpenDeviceLCD()");
     SCR_LOG(Label, "<%ld>-enter, bOn=%d", bOn);
-    if (!bOn && m_Driver.m_pfn_SCRDAPI_OpenDeviceLCD)
+    const auto pfnOpen = m_Driver.Calls().m_pfn_SCRDAPI_OpenDeviceLCD;
+    if (!bOn && pfnOpen)
         m_Canvas.ClearSignCanvas();
-    return AskDriver(Label, m_Driver.m_pfn_SCRDAPI_OpenDeviceLCD, bOn);
+    return AskDriver(Label, pfnOpen, bOn);
 }
 
 int CSignObject::GetDevicePenID(char* pPenID, int nMaxCount)
 {
     const CLogLabel Label = m_Identity.Label("GetDevicePenID()");
     SCR_LOG(Label, "<%ld>-enter, pPenID=%lx, nMaxCount=%d", AsHex(pPenID), nMaxCount);
-    return AskDriver(Label, m_Driver.m_pfn_SCRDAPI_GetDevicePenID, pPenID, nMaxCount);
+    return AskDriver(Label, m_Driver.Calls().m_pfn_SCRDAPI_GetDevicePenID, pPenID, nMaxCount);
 }
 
 int CSignObject::GetDevicePadID(char* pPadID, int nMaxCount)
 {
     const CLogLabel Label = m_Identity.Label("GetDevicePadID()");
     SCR_LOG(Label, "<%ld>-enter, pPadID=%lx, nMaxCount=%d", AsHex(pPadID), nMaxCount);
-    return AskDriver(Label, m_Driver.m_pfn_SCRDAPI_GetDevicePadID, pPadID, nMaxCount);
+    return AskDriver(Label, m_Driver.Calls().m_pfn_SCRDAPI_GetDevicePadID, pPadID, nMaxCount);
 }
 
 int CSignObject::GetDeviceSecureID(char* pSecureID, int nMaxCount)
 {
     const CLogLabel Label = m_Identity.Label("GetDeviceSecureID()");
     SCR_LOG(Label, "<%ld>-enter, pSecureID=%lx, nMaxCount=%d", AsHex(pSecureID), nMaxCount);
-    return AskDriver(Label, m_Driver.m_pfn_SCRDAPI_GetDeviceSecureID, pSecureID, nMaxCount);
+    return AskDriver(Label, m_Driver.Calls().m_pfn_SCRDAPI_GetDeviceSecureID, pSecureID, nMaxCount);
 }
 
 int CSignObject::GetDevicePartsVersion(char* pVersion, int nMaxCount)
 {
     const CLogLabel Label = m_Identity.Label("GetDevicePartsVersion()");
     SCR_LOG(Label, "<%ld>-enter, pVersion=%lx, nMaxCount=%d", AsHex(pVersion), nMaxCount);
-    return AskDriver(Label, m_Driver.m_pfn_SCRDAPI_GetDevicePartsVersion, pVersion, nMaxCount);
+    return AskDriver(Label, m_Driver.Calls().m_pfn_SCRDAPI_GetDevicePartsVersion, pVersion, nMaxCount);
 }
 
 int CSignObject::ShowVersionInfoOnDevice(bool bOn)
 {
     const CLogLabel Label = m_Identity.Label("ShowVersionInfoOnDevice()");
     SCR_LOG(Label, "<%ld>-enter, bOn=%d", bOn);
-    return AskDriver(Label, m_Driver.m_pfn_SCRDAPI_ShowVersionInfoOnDevice, bOn);
+    return AskDriver(Label, m_Driver.Calls().m_pfn_SCRDAPI_ShowVersionInfoOnDevice, bOn);
 }
 
 int CSignObject::GetDeviceInfo(int nIndex, void* pOutput)

@@ -45,11 +45,12 @@ public:
 
     const CObjectIdentity& Identity() const { return m_Identity; }
 
-    // Loads and starts the driver, accepts or refuses the pad, prepares it and creates the point lists.
+    // Loads and starts the driver, accepts or refuses the pad and prepares it. False also when a worker
+    // thread or a point list could not be had.
     bool IsDeviceConnected();
 
-    // Stops the worker threads, ends the object's life in public, stops the driver and frees the point lists.
-    // Not to be called on any of those threads. A second call only repeats the driver's release.
+    // Stops the worker threads and the driver, closes the object, unloads the driver and frees the point
+    // lists. For the thread that holds the object's CEnding, once; not to be called on any of those threads.
     void Shutdown();
     bool AreWeGoingToShutDown() const { return LoadShared(m_bGoingToShutDown); }
 
@@ -188,8 +189,7 @@ private:
     bool m_bDeviceConnected = false;
     int m_nMaxPressure;
 
-    // Created before m_bDeviceConnected is set and freed when no other thread is left; the lists lock
-    // themselves.
+    // Made with the object and freed when it is closed; the lists lock themselves.
     std::unique_ptr<CInkPointList> m_pPointDataList;
     std::unique_ptr<CInkPointList> m_pDecodedPointDataList;
 
@@ -200,7 +200,8 @@ private:
     // Set by the host's thread, read by the worker threads and, through its address, by the driver.
     bool m_bGoingToShutDown = false;
 
-    // The host's thread owns the threads.
+    // Of the thread that starts the object and of the one that ends it.
+    bool m_bThreadsStarted = false;
     std::unique_ptr<CSdkThread> m_pShowFPImageOnDeviceThread;
     std::unique_ptr<CSdkThread> m_pDoConfirmOrCancelKeyActionThread;
 };

@@ -297,8 +297,10 @@ void CSignObject::FreeText(const char* pszFunction, const char* pszArgument, cha
 {
     const CLogLabel Label = m_Identity.Label(pszFunction);
     SCR_LOG(Label, "<%ld>-enter, %s=%lx", pszArgument, AsHex(pText));
-    delete[] pText;
-    SCR_LOG(Label, "<%ld>-after call delete[] %s !", pszArgument);
+    if (pText) {
+        delete[] pText;
+        SCR_LOG(Label, "<%ld>-after call delete[] %s !", pszArgument);
+    }
     SCR_LOG(Label, "<%ld>-leave !");
 }
 

@@ -1,5 +1,7 @@
 #include "signwidget/signwidget.h"
 
+#include "signcore/liveobject.h"
+
 #include <QEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
@@ -18,7 +20,8 @@ CSignWidget::CSignWidget(QWidget* pParent, const CPadModel& Model, PfnMakeThread
 CSignWidget::~CSignWidget()
 {
     // A host may close its window, and the widget with it, without ending the device first.
-    if (!AreWeGoingToShutDown())
+    const CLiveObject::CEnding Ending(*this);
+    if (Ending.Object())
         Shutdown();
 }
 

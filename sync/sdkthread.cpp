@@ -6,6 +6,7 @@
 #include <chrono>
 #include <thread>
 
+#include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -18,10 +19,11 @@ bool IsThreadOfThisProcess(pid_t nThread)
 
 } // namespace
 
-void CSdkThread::Launch()
+bool CSdkThread::Launch()
 {
     TsanRelease(this);
     start(QThread::InheritPriority);
+    return isRunning() || isFinished();
 }
 
 void CSdkThread::Join()
@@ -40,9 +42,18 @@ void CSdkThread::run()
 {
     TsanAcquire(this);
     m_nSystemId.store(gettid());
+    // Also when a callback of the host ends the thread. A cancellation that still waits must not come any more:
+    // what Qt frees after this closes descriptors where nothing may be thrown.
+    struct CAnnouncedEnd
     {
-        const CCallbackScope Scope;
-        Body();
-    }
-    TsanRelease(this);
+        CSdkThread* m_pThread;
+        ~CAnnouncedEnd()
+        {
+            pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+            TsanRelease(m_pThread);
+        }
+    };
+    const CAnnouncedEnd End{this};
+    const CCallbackScope Scope;
+    Body();
 }

@@ -10,8 +10,8 @@
 class CSdkThread : public QThread
 {
 public:
-    // Starts the thread with the priority of the caller.
-    void Launch();
+    // Starts the thread with the priority of the caller. False when the system refuses one more thread.
+    bool Launch();
 
     // Waits, without a time limit, until Body() has returned, and then for the system's thread to be gone.
     // Not to be called on this thread.

@@ -1,5 +1,7 @@
 #include "threads/workerthread.h"
 
+#include <cxxabi.h>
+
 CWorkerThread::CWorkerThread(void* pOwner, CSignObject& Object, const CTypeNames& Names)
     : m_Object(Object), m_Names(Names)
 {
@@ -14,7 +16,14 @@ void CWorkerThread::Body()
 {
     const CLogLabel Label{m_Names.m_pszClass, "::", "run()"};
     SCR_LOG_INTHREAD(Label, "<%ld>-enter");
-    while (!m_Object.AreWeGoingToShutDown())
-        Pass(m_Object);
+    while (!m_Object.AreWeGoingToShutDown()) {
+        try {
+            Pass(m_Object);
+        } catch (const abi::__forced_unwind&) {
+            throw; // pthread_exit() or a cancellation in the host's callback
+        } catch (...) {
+            SCR_LOG_INTHREAD(Label, "<%ld>-pass left due to (exception) !");
+        }
+    }
     SCR_LOG_INTHREAD(Label, "<%ld>-Leave !");
 }

@@ -354,41 +354,6 @@ TEST_P(BlockedCallback, StatusCallbackHoldsUpTheNextStrokeAndNothingElse)
     EXPECT_EQ(pad().stop(), 0);
 }
 
-// UnInitialDevice waits for a callback that asks for a new pad meanwhile.
-TEST_P(BlockedCallback, NoPadIsOpenedInACallbackThatTheStopWaitsFor)
-{
-    static const Operations* library;
-    static int deviceType;
-    static std::atomic<int> opened;
-    library = &api();
-    deviceType = type();
-    opened = -1;
-    const std::set<std::string> threads = idleThreads();
-    ASSERT_TRUE(pad().start());
-    ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), [](unsigned long, long) {
-        if (called++ > 0)
-            return;
-        stage = 1;
-        // Until the object is on its way out; whether it is there is all that the variable tells.
-        while (std::atomic_ref(Library::instance().signWidget).load())
-            std::this_thread::yield();
-        const bool one = library->InitialDevice(deviceType, nullptr, 0, 0, 50, 50);
-        const bool other = library->InitialDeviceByWId(deviceType, 0, 0, 0, 50, 50);
-        opened = (one ? 1 : 0) + (other ? 1 : 0);
-    }));
-    sim().queue(wave(model(), 5));
-    ASSERT_TRUE(waitUntil([] { return stage == 1; }));
-    EXPECT_EQ(pad().stopKeepingParent(), 0);
-    EXPECT_EQ(opened, 0);
-    EXPECT_EQ(Library::instance().signWidget, nullptr);
-    EXPECT_EQ(Library::instance().useSignObj, 0);
-    EXPECT_TRUE(threadsAre(threads));
-    ASSERT_TRUE(pad().start());
-    sim().send(wave(model(), 5));
-    EXPECT_EQ(pad().points(), 7);
-    EXPECT_EQ(pad().stop(), 0);
-}
-
 SCRIBERA_INSTANTIATE_ALL(BlockedCallback);
 
 class WidgetBlockedCallback : public BlockedCallback

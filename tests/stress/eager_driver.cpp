@@ -1,5 +1,6 @@
 // A driver that calls back when it should not: inside SCRDAPI_Initial, on the caller's thread and on its own,
-// and all through SCRDAPI_UnInitial. Between the two its thread streams strokes without pause.
+// and all through SCRDAPI_UnInitial. Between the two its thread streams strokes without pause. Or it keeps
+// quiet and lets the test call from inside SCRDAPI_UnInitial.
 
 #include <atomic>
 #include <cstdlib>
@@ -21,6 +22,8 @@ int deviceType = 0;
 std::thread* streamer = nullptr;
 std::atomic<bool> streaming = false;
 std::atomic<int> streamed = 0;
+using Stop = void (*)(PenCallback, FingerprintCallback);
+Stop insideStop = nullptr;
 unsigned char print[208 * 288];
 
 int stroke(int length)
@@ -44,6 +47,11 @@ void waitForStreamed(int count)
         std::this_thread::yield();
 }
 
+int resultFor(const char* buffer, int size)
+{
+    return buffer && size > 0 ? 0 : -2;
+}
+
 const char* modelText()
 {
     switch (deviceType) {
@@ -62,11 +70,26 @@ const char* modelText()
 
 } // namespace
 
+// From the next SCRDAPI_Initial on: no call of the driver's own, and stop in place of what SCRDAPI_UnInitial
+// does.
+EAGER_EXPORT void Eager_KeepQuiet(Stop stop)
+{
+    insideStop = stop;
+}
+
+// The callbacks of a started driver, for a thread of the test.
+EAGER_EXPORT PenCallback Eager_PenCallback()
+{
+    return penCallback;
+}
+
 EAGER_EXPORT int SCRDAPI_Initial(int nDeviceType, PenCallback pen, FingerprintCallback fingerprint)
 {
     deviceType = nDeviceType;
     penCallback = pen;
     fingerprintCallback = fingerprint;
+    if (insideStop)
+        return 0;
     stroke(20);
     streaming = true;
     streamed = 0;
@@ -81,6 +104,10 @@ EAGER_EXPORT int SCRDAPI_Initial(int nDeviceType, PenCallback pen, FingerprintCa
 
 EAGER_EXPORT int SCRDAPI_UnInitial()
 {
+    if (insideStop) {
+        insideStop(penCallback, fingerprintCallback);
+        return 0;
+    }
     if (!streamer)
         return -1;
     stroke(20);
@@ -95,8 +122,11 @@ EAGER_EXPORT int SCRDAPI_UnInitial()
 
 EAGER_EXPORT int SCRDAPI_GetDevicePartsVersion(char* buffer, int size)
 {
+    if (resultFor(buffer, size) != 0)
+        return -2;
     std::strncpy(buffer, modelText(), static_cast<std::size_t>(size));
-    waitForStreamed(streamed.load() + 200);
+    if (!insideStop)
+        waitForStreamed(streamed.load() + 200);
     return 0;
 }
 
@@ -110,19 +140,19 @@ EAGER_EXPORT int SCRDAPI_ClearDeviceContent()
     return 0;
 }
 
-EAGER_EXPORT int SCRDAPI_GetDevicePenID(char*, int)
+EAGER_EXPORT int SCRDAPI_GetDevicePenID(char* buffer, int size)
 {
-    return 0;
+    return resultFor(buffer, size);
 }
 
-EAGER_EXPORT int SCRDAPI_GetDevicePadID(char*, int)
+EAGER_EXPORT int SCRDAPI_GetDevicePadID(char* buffer, int size)
 {
-    return 0;
+    return resultFor(buffer, size);
 }
 
-EAGER_EXPORT int SCRDAPI_GetDeviceSecureID(char*, int)
+EAGER_EXPORT int SCRDAPI_GetDeviceSecureID(char* buffer, int size)
 {
-    return 0;
+    return resultFor(buffer, size);
 }
 
 EAGER_EXPORT int SCRDAPI_ShowVersionInfoOnDevice(bool)

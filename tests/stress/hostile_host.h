@@ -12,12 +12,13 @@
 
 namespace scribera::test {
 
-// Where the calls come from. Inside a callback the object may be on its way out, so that every call may also
-// find none.
+// Where the calls come from. Inside a callback, and on a bystander's thread, the object may be on its way
+// out, so that every call may also find none. A bystander neither opens nor closes.
 enum class Caller
 {
     HostThread,
-    Callback
+    Callback,
+    Bystander
 };
 
 class HostileHost

@@ -39,7 +39,9 @@ protected:
         installDriver();
         m_object = makeObject(*GetParam().model);
         ASSERT_NE(m_object, nullptr);
-        CLiveObject::Publish(*m_object, m_object.get());
+        CLiveObject::CStart start;
+        ASSERT_EQ(start.Begin(true), CLiveObject::CStart::EAnswer::Begun);
+        start.Publish(*m_object, m_object.get());
         ASSERT_TRUE(m_object->IsDeviceConnected());
         m_simulator.open();
     }
@@ -47,8 +49,10 @@ protected:
     void TearDown() override
     {
         enableLog(false);
-        if (m_object)
+        if (m_object) {
+            const CLiveObject::CEnding ending(*m_object);
             m_object->Shutdown();
+        }
         m_object.reset();
     }
 
