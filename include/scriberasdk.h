@@ -174,22 +174,31 @@
  *     thread                  screen and merges it into the canvas; calls no host function
  *
  * Call the functions from one thread of your own; the points, the canvas and the pen settings may be
- * read, saved, cleared and changed there at any time, also in the middle of a stroke. InitialDevice and
- * UnInitialDevice must not overlap with any other call from a second host thread.
+ * read, saved, cleared and changed there at any time, also in the middle of a stroke. Where a second host
+ * thread calls too, its calls find the live object until the driver has stopped. UnInitialDevice waits for
+ * those that are under way then; later ones find none, and InitialDevice waits until the pad is closed
+ * before it opens one. A second UnInitialDevice waits for the first and gives 0.
  *
  * For callbacks:
  *
- *  - They run on the threads named above, never on the host's. Widgets must not be touched there: hand
- *    the news over to your own thread.
+ *  - They run on the threads named above; the real-time callback also on the thread that closes the
+ *    pad, where the driver brings its last samples there. Widgets must not be touched in them: hand the
+ *    news over to your own thread.
  *  - They may call any function of the open family but UnInitialDevice, which refuses there with -1.
- *    While UnInitialDevice waits for them elsewhere they meet no live object, and InitialDevice opens
- *    none and gives false. Away from the GUI thread the About boxes show nothing, and placing a
- *    fingerprint for a widget gives -1.
+ *    Away from the GUI thread the About boxes show nothing, and placing a fingerprint for a widget gives
+ *    -1.
+ *  - While UnInitialDevice runs, both find the live object, and InitialDevice gives true, until the driver
+ *    has stopped. The status callback comes no more once its thread has stopped, which is done first. The
+ *    real-time callback comes for every sample until then; from the moment at which the driver is told
+ *    to stop, the functions that ask it behave as if it lacked their entry points. A callback that a
+ *    driver leaves running beyond its stop finds no live object, and InitialDevice gives false in it.
  *  - They should return quickly. The real-time callback holds up the pad's next sample; while the
  *    status callback runs, the next pen-down and key touch wait.
  *  - UnInitialDevice waits for a callback that is running. A callback must therefore never wait for the
  *    thread that calls UnInitialDevice, nor for the other callback.
- *  - No exception may leave them.
+ *  - No exception may leave them; one that does is dropped. pthread_exit() ends the thread: after that in
+ *    the status callback, keys call nobody until the pad is opened anew. The functions of this library
+ *    are no cancellation points.
  *
  *
  * Log files
@@ -475,7 +484,8 @@ extern SCRIBERA_API unsigned char g_bUseSignObj;
  * @param nHeight Height of the canvas in pixels.
  * @return true when the pad is open, also when one was open before, whatever its family: then nothing is
  *         changed. false for a wrong device type, or when the driver is not found, lacks an entry point or
- *         does not start, or when the pad is not one of the family's models; nothing is left open then.
+ *         does not start, when the pad is not one of the family's models, or when the system refuses a
+ *         thread; nothing is left open then.
  */
 SCRIBERA_API bool SCK210_InitialDevice(int nDeviceType, QWidget* pParentWidget, int nX, int nY, int nWidth,
                                        int nHeight);
@@ -497,10 +507,11 @@ SCRIBERA_API bool SCK210_InitialDeviceByWId(int nDeviceType, unsigned long long 
 /**
  * Closes the pad and destroys the sign object with its canvas, its points and its decoded points.
  *
- * Waits until callbacks that are running have returned, stops the library's threads, switches the pad's
- * screen off (on KM730 and T580 clears the pad) and unloads the driver. No callback comes afterwards. A
- * windowless object is gone on return; a widget is hidden at once and deleted when the host's event loop
- * next runs. Give back the texts that the library returned before this call.
+ * Stops the library's threads, switches the pad's screen off (on KM730 and T580 clears the pad), stops the
+ * driver, waits until calls and callbacks that are running have returned, and unloads the driver. Samples
+ * that come before the driver has stopped are taken as ever. No callback comes afterwards. A windowless object
+ * is gone on return; a widget is hidden at once and deleted when the host's event loop next runs. Give back
+ * the texts that the library returned before this call.
  *
  * @param nDeviceType SCK210_DEVICE.
  * @return 0, also when there is no live object; an open pad of another family stays open. -1 inside a

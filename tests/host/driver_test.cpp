@@ -1,7 +1,13 @@
 // The driver library: found or not, whole or not, started, stopped, and left without a trace.
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
+
+#include <linux/capability.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include "harness.h"
 
@@ -407,6 +413,92 @@ TEST_P(Driver, FiftyFailedStartsLeaveNothingBehind)
 }
 
 SCRIBERA_INSTANTIATE_ALL(Driver);
+
+// ---- a system that refuses threads
+
+// The limit holds for ordinary users only. Where the test is root, this process becomes one as far as the
+// limit goes, with a number that no other process has.
+bool obeyThreadLimit()
+{
+    if (geteuid() != 0)
+        return true;
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct data[2];
+    if (setresuid(100000 + static_cast<uid_t>(getpid()), -1, -1) != 0 ||
+        syscall(SYS_capget, &header, data) != 0)
+        return false;
+    data[0].effective &= ~(1u << CAP_SYS_RESOURCE | 1u << CAP_SYS_ADMIN);
+    return syscall(SYS_capset, &header, data) == 0;
+}
+
+void limitThreads(rlim_t count)
+{
+    rlimit limit{};
+    getrlimit(RLIMIT_NPROC, &limit);
+    limit.rlim_cur = std::min(count, limit.rlim_max);
+    setrlimit(RLIMIT_NPROC, &limit);
+}
+
+// Opens the pad while no more thread, one more, two more and so on can be had, until that is enough.
+const ChildProgram shortOfThreads("short-of-threads", [](const std::vector<std::string>& arguments) {
+    const PadCase padCase{&padModel(arguments.at(0)),
+                          arguments.at(1) == "widget" ? Kind::Widget : Kind::Windowless};
+    Pad pad(padCase);
+    // The first use: what the process keeps.
+    if (!pad.start() || pad.stop() != 0 || !obeyThreadLimit())
+        return 1;
+    QWidget* const parent = padCase.isWidget() ? &pad.makeParent(true) : nullptr;
+    const std::set<std::string> threads = idleThreads();
+    const bool counts =
+        getuid() != geteuid(); // a user with other processes gets no thread at the lowest limit
+    int refused = 0;
+    for (rlim_t more = 0;; ++more) {
+        limitThreads(counts ? threads.size() + more : more == 0 ? 1 : RLIM_INFINITY);
+        removeLogs();
+        setLogging(true);
+        const bool started = pad.api().InitialDevice(pad.type(), parent, 0, 0, 200, 100);
+        setLogging(false);
+        const std::vector<std::string> lines = textsOf(mainLog(), padCase.method("IsDeviceConnected"));
+        if (started)
+            break;
+        if (more > 10)
+            return 2;
+        processEvents();
+        if (lines.size() == 3 && lines[1] == "(worker thread not started), no more threads !!!")
+            ++refused;
+        if (lines.back() != "leave with m_bDeviceConnected=0")
+            return 3;
+        if (Library::instance().signWidget || Library::instance().useSignObj || pad.signWidget() ||
+            ProcessState::now().maps("libscriberadrv.so") || !threadsAre(threads))
+            return 4;
+    }
+    const int own = padCase.model->hasFingerprint ? 2 : 1;
+    if (refused != (counts ? own : 1)) {
+        std::printf("%d refused\n", refused);
+        return 5;
+    }
+    limitThreads(RLIM_INFINITY);
+    static std::atomic<int> called;
+    pad.api().SignatureStatusCallback(pad.type(), [](int) { ++called; });
+    pad.sim().open();
+    pad.draw(wave(pad.model(), 8));
+    pad.sim().pressKey(1);
+    if (!waitUntil([] { return called == 1; }) || pad.points() != 10)
+        return 6;
+    return pad.stop() == 0 && threadsAre(threads) ? 0 : 7;
+});
+
+class Threads : public PadTest
+{
+};
+
+TEST_P(Threads, PadWhoseThreadIsRefusedIsNotOpened)
+{
+    ASSERT_TRUE(endedWell(
+        runChild("short-of-threads", {model().name, padCase().isWidget() ? "widget" : "windowless"})));
+}
+
+SCRIBERA_INSTANTIATE_ALL(Threads);
 
 } // namespace
 } // namespace scribera::test

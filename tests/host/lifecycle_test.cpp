@@ -191,6 +191,31 @@ TEST_P(Lifecycle, StatusOfAWrongStartIsNotKept)
     EXPECT_EQ(library().useSignObj, 0);
 }
 
+TEST_P(Lifecycle, NullGivenToAFreeFunctionIsNotDeleted)
+{
+    ASSERT_TRUE(pad().start());
+    const std::pair<const char*, void (*)(int, char*)> functions[] = {
+        {"FreeInkPointTime", api().FreeInkPointTime},
+        {"Base64EncodeFree", api().PacketsBase64EncodeFree},
+        {"Base64EncodeExFree", api().PacketsBase64EncodeExFree},
+        {"FreeSVGImageBase64Data", api().FreeSVGImageBase64Data},
+        {"FreeFPImageBase64Data", api().FreeFPImageBase64Data},
+    };
+    for (const auto& [name, function] : functions) {
+        if (!function)
+            continue;
+        removeLogs();
+        setLogging(true);
+        function(type(), nullptr);
+        setLogging(false);
+        const std::vector<std::string> lines = textsOf(mainLog(), method(name));
+        ASSERT_EQ(lines.size(), 2u) << testing::PrintToString(lines);
+        EXPECT_TRUE(lines[0].starts_with("enter, p") && lines[0].ends_with("=0")) << lines[0];
+        EXPECT_EQ(lines[1], "leave !");
+    }
+    EXPECT_EQ(pad().stop(), 0);
+}
+
 // ---- calls from callbacks
 
 struct CallbackCalls

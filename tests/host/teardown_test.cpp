@@ -4,8 +4,10 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <csignal>
 #include <dlfcn.h>
 #include <pthread.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <QApplication>
@@ -72,6 +74,58 @@ const ChildProgram returnWithWindow("return-with-window", [](const std::vector<s
     pad->closeParent();
     destroyApplication();
     return Library::instance().signWidget ? 2 : 0;
+});
+
+// A host that closes its pad when its application object is gone already, with the window still there.
+const ChildProgram
+    stopAfterApplication("stop-after-application", [](const std::vector<std::string>& arguments) {
+        Pad* pad = startStreaming(caseOf(arguments));
+        if (!pad)
+            return 1;
+        if (pad->model().hasFingerprint && arguments.size() > 2) { // "placed"
+            auto* const other = new QWidget; // stays, like the window: Qt cannot destroy one any more
+            if (pad->api().SetDisplayedFPImageAt(pad->type(), other, 300, 200, 1, 1, 50, 20) != 0)
+                return 2;
+        }
+        processEvents();
+        destroyApplication();
+        if (pad->api().Clear(pad->type()) != 0)
+            return 3;
+        if (pad->api().UnInitialDevice(pad->type()) != 0 || Library::instance().signWidget)
+            return 4;
+        return 0;
+    });
+
+// A forked child ends the pad that it has inherited, and lets the window go.
+const ChildProgram stopInForkedChild("stop-in-forked-child", [](const std::vector<std::string>& arguments) {
+    Pad* pad = startStreaming(caseOf(arguments));
+    if (!pad)
+        return 1;
+    const bool stops = arguments.size() < 3; // else "window": it only goes
+    const pid_t child = fork();
+    if (child == 0) {
+        if (stops && pad->api().UnInitialDevice(pad->type()) != 0)
+            _exit(11);
+        if (stops && (Library::instance().signWidget || Library::instance().useSignObj))
+            _exit(12);
+        pad->closeParent();
+        if (pad->api().UnInitialDevice(pad->type()) != 0 || pad->points() != -8)
+            _exit(13);
+        _exit(0);
+    }
+    int status = -1;
+    if (!waitUntil([&] { return waitpid(child, &status, WNOHANG) == child; })) {
+        kill(child, SIGKILL);
+        return 2;
+    }
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        std::printf("the child ended with %d\n", status);
+        return 3;
+    }
+    const int points = pad->points(); // the parent's pad knows nothing of it
+    if (!waitUntil([&] { return pad->points() > points + 100; }))
+        return 4;
+    return pad->stop() == 0 && !Library::instance().signWidget ? 0 : 5;
 });
 
 const ChildProgram exitInsideCallback("exit-inside-callback", [](const std::vector<std::string>& arguments) {
@@ -161,6 +215,12 @@ TEST_P(Teardown, LibraryUnloadedWhileThePenStreamsCanStillBeStopped)
     ASSERT_TRUE(endedWell(run("unload-while-streaming", {"stop"})));
 }
 
+TEST_P(Teardown, ForkedChildForgetsThePadThatItHasInherited)
+{
+    ASSERT_TRUE(endedWell(run("stop-in-forked-child")));
+    ASSERT_TRUE(endedWell(run("stop-in-forked-child", {"window"})));
+}
+
 SCRIBERA_INSTANTIATE_ALL(Teardown);
 
 class WindowlessTeardown : public Teardown
@@ -182,6 +242,12 @@ TEST_P(WidgetTeardown, HostWhoseWindowGoesAtTheEndOfMainEnds)
 {
     for (int round = 0; round < 5; ++round)
         ASSERT_TRUE(endedWell(run("return-with-window")));
+}
+
+TEST_P(WidgetTeardown, PadMayBeClosedAfterTheApplicationIsGone)
+{
+    ASSERT_TRUE(endedWell(run("stop-after-application")));
+    ASSERT_TRUE(endedWell(run("stop-after-application", {"placed"})));
 }
 
 SCRIBERA_INSTANTIATE(WidgetTeardown, Kind::Widget);

@@ -118,7 +118,10 @@ TEST_P(SignObject, AsksTheDriverForTheSecureIdWhileThereIsOne)
     const bool hasOne = GetParam().model->hasScreen;
     EXPECT_EQ(ask(), hasOne ? 0 : -1);
     EXPECT_STREQ(text, hasOne ? "S-0042" : "untouched");
-    m_object->Shutdown();
+    {
+        const CLiveObject::CEnding ending(*m_object);
+        m_object->Shutdown();
+    }
     EXPECT_EQ(ask(), -1);
 }
 
