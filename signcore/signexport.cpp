@@ -13,9 +13,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <memory>
+
+#include <fcntl.h>
 
 namespace {
 
@@ -77,7 +80,7 @@ bool MaskOpaqueWhite(const QImage& Image, QImage& Masked)
 
 struct CPdfOutput
 {
-    explicit CPdfOutput(const QString& strPath) : m_File(strPath), m_Writer(&m_File) {}
+    CPdfOutput() : m_Writer(&m_File) {}
 
     QFile m_File;
     QPdfWriter m_Writer;
@@ -102,8 +105,20 @@ bool PathFromHost(const wchar_t* pwszPath, QString& strPath)
     static_assert(sizeof(wchar_t) == sizeof(char32_t));
     if (!pwszPath)
         return false;
-    strPath = QString::fromUcs4(reinterpret_cast<const char32_t*>(pwszPath));
-    return true;
+    strPath.clear();
+    // Unit by unit: a conversion of the whole would take a byte order mark at the beginning for no part of
+    // it.
+    for (; *pwszPath; ++pwszPath) {
+        const auto nUnit = static_cast<char32_t>(*pwszPath);
+        if (nUnit > QChar::LastValidCodePoint)
+            return false;
+        if (QChar::requiresSurrogates(nUnit))
+            strPath += QChar(QChar::highSurrogate(nUnit));
+        strPath +=
+            QChar(QChar::requiresSurrogates(nUnit) ? QChar::lowSurrogate(nUnit) : static_cast<ushort>(nUnit));
+    }
+    // Half a pair would become a question mark, as any other half does.
+    return strPath.isValidUtf16();
 }
 
 QImage WithTransparentWhite(const QImage& Image, bool bForPng)
@@ -141,9 +156,15 @@ bool SaveRasterFile(QImage Image, const QString& strPath, int nDPI, bool bTransp
 
 bool SavePdfFile(const QImage& Image, const QString& strPath, int nDPI)
 {
-    auto pOutput = std::make_unique<CPdfOutput>(strPath);
-    if (!pOutput->m_File.open(QIODevice::WriteOnly))
+    // By its descriptor: QFile takes a name with a colon for something else.
+    CFileDescriptor File(
+        open(QFile::encodeName(strPath).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (!File.IsOpen())
         return false;
+    auto pOutput = std::make_unique<CPdfOutput>();
+    if (!pOutput->m_File.open(File.Number(), QIODevice::WriteOnly, QFileDevice::AutoCloseHandle))
+        return false;
+    File.Release();
     try {
         pOutput->m_Writer.setPageSize(QPageSize(QPageSize::A4));
         pOutput->m_Writer.setResolution(nDPI);
@@ -188,12 +209,16 @@ bool SaveEncodedImage(const QByteArray& Encoded, int nImageTypeID, const QString
     // Asked of the header alone: a few bytes may claim an image of gigabytes. Without a readable header the
     // reader's format is not to be relied on.
     const QSize Size = Reader.size();
-    if (!Size.isValid())
+    const std::int64_t nWidth = Size.width();
+    const std::int64_t nHeight =
+        std::abs(std::int64_t{Size.height()}); // a bitmap from the top has a negative one
+    if (nWidth <= 0 || nHeight == 0)
         return false;
     const QImage::Format eFormat = Reader.imageFormat();
     const bool bKnown = eFormat > QImage::Format_Invalid && eFormat < QImage::NImageFormats;
     const std::int64_t nDepth = bKnown ? QImage::toPixelFormat(eFormat).bitsPerPixel() : 32;
-    if (std::int64_t{Size.width()} * Size.height() > kMaxUnpackedBytes * 8 / nDepth)
+    const std::int64_t nBytesPerLine = (nWidth * nDepth + 31) / 32 * 4;
+    if (nHeight > kMaxUnpackedBytes / nBytesPerLine)
         return false;
     QImage Image;
     QByteArray Rewritten;

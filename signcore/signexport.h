@@ -20,7 +20,8 @@ struct CExportSource
     QRect m_rcClip{QPoint(-1, -1), QPoint(-2, -2)}; // meaningful when clipping
 };
 
-// A host's wide, zero-terminated path. False for null.
+// A host's wide, zero-terminated path. False for null and for units that are no characters, which no name
+// keeps apart.
 bool PathFromHost(const wchar_t* pwszPath, QString& strPath);
 
 // An image with its white made transparent; null when there is no memory for it. For the PNG writer the

@@ -327,6 +327,21 @@ TEST_P(InkStream, PicturesAreDecodedToFilesOfTheirType)
     EXPECT_EQ(pad().stop(), 0);
 }
 
+// A bitmap with a negative height begins with its uppermost row.
+TEST_P(InkStream, BitmapFromTheTopIsDecoded)
+{
+    ASSERT_TRUE(pad().start());
+    pad().draw(wave(model(), 30));
+    const QImage canvas = pad().canvas();
+    QByteArray bytes = encoded(canvas.mirrored(), "BMP");
+    const std::int32_t height = -canvas.height();
+    std::memcpy(bytes.data() + 22, &height, sizeof height);
+    ASSERT_TRUE(sameColors(decoded(bytes, "BMP"), canvas));
+    ASSERT_EQ(decode(pad(), ImageBmp, bytes.toBase64().toStdString(), "top-down"), 0);
+    EXPECT_TRUE(sameColors(loaded("top-down"), canvas));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
 TEST_P(InkStream, BytesOfAnotherTypeAreRefused)
 {
     ASSERT_TRUE(pad().start());
@@ -475,6 +490,8 @@ TEST_P(InkStream, PicturesThatWouldUnpackBeyondReasonAreNotTried)
     const std::pair<int, QByteArray> huge[] = {
         {ImageBmp, bmpOf(20000, 20000, 32)},    {ImageBmp, bmpOf(20000, -20000, 24)},
         {ImageBmp, bmpOf(8193, 8193, 32)},      {ImageBmp, bmpOf(0x7fffffff, 0x7fffffff, 24)},
+        {ImageBmp, bmpOf(1, INT32_MIN, 1)},     {ImageBmp, bmpOf(0x7fffffff, INT32_MIN, 32)},
+        {ImageBmp, bmpOf(1, 0x7fffffff, 1)},    {ImageBmp, bmpOf(8192, -8193, 32)},
         {ImageBmp, bmpOf(0x7fffffff, 1, 24)},   {ImagePng, pngOf(30000, 30000, 8, 6)},
         {ImagePng, pngOf(8193, 8193, 8, 6)},    {ImagePng, pngOf(8193, 8193, 8, 2)},
         {ImagePng, pngOf(1000000, 100, 16, 6)}, {ImagePng, pngOf(0x7fffffff, 0x7fffffff, 8, 6)},

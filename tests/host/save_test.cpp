@@ -584,16 +584,56 @@ TEST_P(SaveByName, FileNamesOfAllScriptsAreKept)
     EXPECT_EQ(pad().stop(), 0);
 }
 
-TEST_P(SaveByName, UnitsThatAreNoCharactersDoNoHarm)
+TEST_P(SaveByName, NothingInANameHasAMeaning)
 {
     ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 10));
-    for (const unsigned unit : {0xd800u, 0xdfffu, 0x110000u, 0x7fffffffu, 0xffffffffu}) {
-        std::wstring path = L"odd-?.png";
-        path[4] = static_cast<wchar_t>(unit);
-        const int result = saveWide(pad(), ImagePng, path);
-        EXPECT_TRUE(result == 0 || result == -8) << result;
+    const std::string text = takeImage(pad(), ImagePng).text;
+    fs::create_directory("%2e");
+    for (const auto& [name, utf8] : {std::pair<std::wstring, std::string>(L":odd", ":odd"),
+                                     {L":/odd", ":/odd"},
+                                     {L"qrc:odd", "qrc:odd"},
+                                     {L"file:odd", "file:odd"},
+                                     {L"a:b:odd", "a:b:odd"},
+                                     {L"\ufeffodd", "\xef\xbb\xbfodd"},
+                                     {L"\ufeff\ufeffodd", "\xef\xbb\xbf\xef\xbb\xbfodd"},
+                                     {L"od\ufeffd", "od\xef\xbb\xbf"
+                                                    "d"},
+                                     {L"\ufffeodd", "\xef\xbf\xbeodd"},
+                                     {L"%2e/odd", "%2e/odd"},
+                                     {L"~odd", "~odd"}}) {
+        if (name.find(L'/') != std::wstring::npos)
+            fs::create_directory(fs::path(utf8).parent_path());
+        for (const FileType& file : fileTypes) {
+            const std::string path = utf8 + "." + file.suffix;
+            EXPECT_EQ(saveWide(pad(), file.id, name + L"." + wide(file.suffix)), 0) << path;
+            EXPECT_GT(fileContent(path).size(), 100u) << path;
+        }
+        std::wstring path = name;
+        EXPECT_EQ(api().Base64Decode(type(), ImagePng, text.c_str(), path.data()), 0) << utf8;
+        EXPECT_GT(fileContent(utf8).size(), 100u) << utf8;
     }
+    EXPECT_FALSE(fs::exists("odd.png"));
+    EXPECT_EQ(pad().stop(), 0);
+}
+
+TEST_P(SaveByName, UnitsThatAreNoCharactersAreRefused)
+{
+    ASSERT_TRUE(pad().start());
+    pad().draw(wave(model(), 10));
+    const std::string text = takeImage(pad(), ImagePng).text;
+    for (const unsigned unit :
+         {0xd800u, 0xdbffu, 0xdc00u, 0xdfffu, 0x110000u, 0x7fffffffu, 0xfffe0000u, 0xffffffffu}) {
+        for (const std::size_t at : {0, 4}) {
+            std::wstring path = L"odd-?.png";
+            path[at] = static_cast<wchar_t>(unit);
+            for (const FileType& file : fileTypes)
+                EXPECT_EQ(saveWide(pad(), file.id, path), -8) << std::hex << unit << " " << file.suffix;
+            EXPECT_EQ(api().Base64Decode(type(), ImagePng, text.c_str(), path.data()), -8)
+                << std::hex << unit;
+        }
+    }
+    EXPECT_FALSE(fs::exists("odd-?.png"));
     const std::wstring tooLong(5000, L'n');
     EXPECT_EQ(saveWide(pad(), ImagePng, tooLong + L".png"), -8);
     EXPECT_EQ(saveWide(pad(), ImagePdf, tooLong + L".pdf"), -8);
