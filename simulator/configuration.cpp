@@ -91,7 +91,7 @@ bool readPadSocket(std::string& path, std::string& error)
     return setting.empty() || setting == "0" || padSocketPath(setting, path, error);
 }
 
-bool readFinger(std::optional<Configuration::Finger>& finger, std::string& error)
+bool readFinger(std::optional<Finger>& finger, std::string& error)
 {
     std::int64_t score = 80;
     std::int64_t seed = 1;

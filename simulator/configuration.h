@@ -17,14 +17,14 @@ constexpr int NoKey = -1;
 // The one kind of pad that has a fingerprint sensor.
 constexpr int DeviceWithSensor = 7;
 
+struct Finger
+{
+    std::vector<unsigned char> pixels;
+    int score = 80;
+};
+
 struct Configuration
 {
-    struct Finger
-    {
-        std::vector<unsigned char> pixels;
-        int score = 80;
-    };
-
     std::string model; // empty: that of the device type
     std::optional<Recording> recording;
     double speed = 1; // 0: as fast as the host takes the samples
