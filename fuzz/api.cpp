@@ -13,15 +13,21 @@
 #include <climits>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <initializer_list>
 #include <iterator>
 #include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -30,18 +36,87 @@ namespace fs = std::filesystem;
 constexpr int TimeoutMs = 30000;
 constexpr int FingerprintSize = 208 * 288;
 
-} // namespace
+// ---- a /tmp of its own, since the library's files there have fixed names and are everybody's
 
-// The library's log files have fixed names, are everybody's, and would grow: its lines are made, and go
-// nowhere.
-extern "C" std::FILE* fopen(const char* name, const char* mode)
+const char* const FixedNames[] = {"scriberasdk.log", "scriberasdk_inthread.log", "Scrsign.svg"};
+
+class PrivateTmp
 {
-    static const auto next = reinterpret_cast<decltype(&std::fopen)>(dlsym(RTLD_NEXT, "fopen"));
-    const bool isLog = std::strncmp(name, "/tmp/scriberasdk", std::strlen("/tmp/scriberasdk")) == 0;
-    return next(isLog ? "/dev/null" : name, mode);
-}
+public:
+    // The folders that are there still show; the files do not.
+    bool make()
+    {
+        m_real = open("/tmp", O_PATH | O_DIRECTORY | O_CLOEXEC);
+        m_before = realFiles();
+        if (!enterNamespace() || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+            return false;
+        std::vector<std::pair<fs::path, int>> folders;
+        for (const fs::directory_entry& entry : fs::directory_iterator("/tmp")) {
+            if (!entry.is_symlink() && entry.is_directory())
+                folders.emplace_back(entry.path(), open(entry.path().c_str(), O_PATH | O_CLOEXEC));
+        }
+        if (mount("scribera-fuzz", "/tmp", "tmpfs", MS_NOSUID | MS_NODEV, "mode=1777") != 0)
+            return false;
+        bool shown = true;
+        for (const auto& [path, folder] : folders) {
+            std::error_code failure;
+            fs::create_directory(path, failure);
+            const std::string source = "/proc/self/fd/" + std::to_string(folder);
+            shown = mount(source.c_str(), path.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0 && shown;
+            close(folder);
+        }
+        return shown;
+    }
 
-namespace {
+    // Nothing went to the files that everybody sees. Whoever else logs there meanwhile looks the same.
+    bool isRealOneUntouched() const { return realFiles() == m_before; }
+
+    static void empty()
+    {
+        std::error_code ignored;
+        for (const char* name : FixedNames)
+            fs::remove(fs::path("/tmp") / name, ignored);
+    }
+
+private:
+    using Files = std::vector<std::array<long long, 4>>;
+
+    static bool writeText(const char* path, const std::string& text)
+    {
+        std::ofstream out(path);
+        out << text << std::flush;
+        return out.good();
+    }
+    static bool enterNamespace()
+    {
+        const std::string user = std::to_string(geteuid());
+        const std::string group = std::to_string(getegid());
+        return unshare(CLONE_NEWNS) == 0 ||
+               (unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 && writeText("/proc/self/setgroups", "deny") &&
+                writeText("/proc/self/uid_map", user + " " + user + " 1") &&
+                writeText("/proc/self/gid_map", group + " " + group + " 1"));
+    }
+    Files realFiles() const
+    {
+        Files files;
+        for (const char* name : FixedNames) {
+            struct stat status
+            {
+            };
+            if (fstatat(m_real, name, &status, AT_SYMLINK_NOFOLLOW) == 0)
+                files.push_back({static_cast<long long>(status.st_ino), status.st_size, status.st_mtim.tv_sec,
+                                 status.st_mtim.tv_nsec});
+            else
+                files.push_back({});
+        }
+        return files;
+    }
+
+    int m_real = -1;
+    Files m_before;
+};
+
+PrivateTmp g_tmp;
 
 // ---- the interface, once for each family
 
@@ -738,6 +813,10 @@ void tidyUp()
 int LLVMFuzzerInitialize(int*, char***)
 {
     static void* library;
+    if (!g_tmp.make()) {
+        std::fprintf(stderr, "there can be no /tmp of its own here\n");
+        std::_Exit(77); // for the tests: skipped
+    }
     stayOnOneCore();
     std::string name = (fs::temp_directory_path() / "scribera-fuzz.XXXXXX").string();
     require(mkdtemp(name.data()) != nullptr, "there is a temporary directory");
@@ -753,6 +832,11 @@ int LLVMFuzzerInitialize(int*, char***)
     resolve(library, g_pad.setText, "ScrSim_SetText");
     resolve(library, g_pad.reset, "ScrSim_Reset");
     std::atexit(tidyUp);
+    enableLog(true);
+    families[0].Clear(0);
+    enableLog(false);
+    require(fs::exists(fs::path("/tmp") / FixedNames[0]) && g_tmp.isRealOneUntouched(),
+            "lines go to the log of this process alone");
     return 0;
 }
 
@@ -763,5 +847,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     fs::current_path(g_directory);
     Host(Bytes(data, size)).run();
     fs::current_path(before);
+    require(g_tmp.isRealOneUntouched(), "nothing is written to everybody's /tmp");
+    PrivateTmp::empty();
     return 0;
 }
