@@ -1,5 +1,7 @@
 #include "fingerprint/ck421bfpwidget.h"
 
+#include "sync/attempt.h"
+
 #include <QPaintEvent>
 #include <QPainter>
 
@@ -35,7 +37,11 @@ void CK421BFPWidget::showEvent(QShowEvent* pEvent)
 void CK421BFPWidget::paintEvent(QPaintEvent* pEvent)
 {
     const QRect rcExposed = pEvent->rect();
-    const QImage Exposed = m_pPicture->CopyOf(rcExposed);
-    QPainter Painter(this);
-    Painter.drawImage(rcExposed.topLeft(), Exposed);
+    const auto Paint = [&] {
+        const QImage Exposed = m_pPicture->CopyOf(rcExposed);
+        QPainter Painter(this);
+        Painter.drawImage(rcExposed.topLeft(), Exposed);
+    };
+    if (!Attempt(Paint))
+        m_RepaintPoster.RepaintLater(rcExposed);
 }

@@ -468,6 +468,7 @@ extern SCRIBERA_API unsigned char g_bUseSignObj;
  * resized later, ink keeps its place in pixels (cut off where the widget shrinks, white added where it grows)
  * and new samples are mapped to the new size. On the K421B the old picture stays only until the next segment
  * or fingerprint; from then on the canvas holds what came after the resize, while the points are all kept.
+ * The fingerprint is gone with it but its score stays: only a better one is taken, until the next Clear.
  *
  * Windowless, the canvas is an image of nWidth by nHeight pixels for as long as the object lives.
  *
@@ -509,9 +510,9 @@ SCRIBERA_API bool SCK210_InitialDeviceByWId(int nDeviceType, unsigned long long 
  *
  * Stops the library's threads, switches the pad's screen off (on KM730 and T580 clears the pad), stops the
  * driver, waits until calls and callbacks that are running have returned, and unloads the driver. Samples
- * that come before the driver has stopped are taken as ever. No callback comes afterwards. A windowless object
- * is gone on return; a widget is hidden at once and deleted when the host's event loop next runs. Give back
- * the texts that the library returned before this call.
+ * that come before the driver has stopped are taken as ever. No callback comes afterwards. A windowless
+ * object is gone on return; a widget is hidden at once and deleted when the host's event loop next runs. Give
+ * back the texts that the library returned before this call.
  *
  * @param nDeviceType SCK210_DEVICE.
  * @return 0, also when there is no live object; an open pad of another family stays open. -1 inside a
@@ -853,14 +854,14 @@ SCRIBERA_API void SCK210_PacketsBase64EncodeExFree(int nDeviceType, char* pEncod
  * Encodes the signature's SVG drawing as Base64 text: the file that SCK210_SaveDrawingImage writes for
  * EBITI_SVG at 150 dots per inch.
  *
- * The drawing is also left in the file /tmp/Scrsign.svg, which every call overwrites and which stays there with
- * the signature in it. The text is that of this call, whatever other processes do. When something else has the
- * file's name, a link, a pipe or a file with a second name or of another user, it is left alone.
+ * The drawing is also left in the file /tmp/Scrsign.svg, which every call overwrites and which stays there
+ * with the signature in it. The text is that of this call, whatever other processes do. When something else
+ * has the file's name, a link, a pipe or a file with a second name or of another user, it is left alone.
  *
  * @param nDeviceType SCK210_DEVICE.
  * @return The text, which goes back through SCK210_FreeSVGImageBase64Data; null for a wrong device type,
- *         without a live object or without points, also when there is a fingerprint, and when there is no memory
- *         for it or no room for the file.
+ *         without a live object or without points, also when there is a fingerprint, and when there is no
+ * memory for it or no room for the file.
  */
 SCRIBERA_API char* SCK210_GetSVGImageBase64Data(int nDeviceType);
 
@@ -1128,16 +1129,23 @@ SCRIBERA_API void SCK421B_GetAboutInfo(int nDeviceType, char* pBuffer);
  *
  *  - the sign widget's own parent: the fingerprint is merged into the canvas at the rectangle, which has to
  *    lie within the canvas;
- *  - any other widget: the fingerprint appears in a widget of its own that covers that parent. The rectangle
- *    is checked before the new widget is laid over the parent, against the 100 by 30 pixels that Qt gives to
- *    a new child widget, and larger ones are refused. The canvas holds no fingerprint then.
+ *  - any other widget: the fingerprint appears in a new widget that is laid over all of that parent, its
+ * other children included. The picture in it always has the 100 by 30 pixels that Qt gives to a new child
+ * widget, whatever the size of the parent: the rectangle is checked against them, and GetFPImageBase64Data
+ * gives just them. The canvas holds no fingerprint then, and SVG shows none. A widget of an earlier placement
+ *    stays where it is, with its fingerprint until the next Clear, and is freed by UnInitialDevice.
  *
  * For a windowless object, the fingerprint is drawn onto an image of its own of nCanvasWidth by nCanvasHeight
  * pixels, within which the rectangle has to lie; the canvas holds no fingerprint. The image is read with
  * SCK421B_GetFPImageBase64Data.
  *
  * The last two forms start with a blank picture. When the rectangle is refused, an earlier picture of these
- * forms is replaced by the blank one all the same, though the placement is unchanged.
+ * forms is replaced by the blank one all the same, though the placement is unchanged. A refused rectangle for
+ * the sign widget's own parent is kept too: where that placement holds already, the next segment or
+ * fingerprint takes the fingerprint there.
+ *
+ * The corners alone are checked. A rectangle whose width or height is zero or negative passes when both lie
+ * inside.
  *
  * For a widget, call it on the GUI thread.
  *

@@ -1,6 +1,7 @@
 #include "ink/inkpoints.h"
 
 #include "log/logfileutil.h"
+#include "sync/attempt.h"
 
 #include <cstring>
 #include <ctime>
@@ -18,10 +19,27 @@ _POINTDATA StampedPoint(int nX, int nY, int nP, unsigned char ucStatus)
     return Point;
 }
 
+CInkPointList::CInkPointList()
+{
+    Attempt([this] { Prepare(); });
+}
+
+// Makes ready what the next chunk needs, as far as it is missing.
+void CInkPointList::Prepare()
+{
+    if (m_Chunks.size() == m_Chunks.capacity())
+        m_Chunks.reserve(2 * m_Chunks.size() + 1);
+    if (!m_pNext)
+        m_pNext = std::make_shared_for_overwrite<CInkChunk>();
+}
+
 _POINTDATA& CInkPointList::NextSlot()
 {
-    if (m_nCount % CInkChunk::kSize == 0)
-        m_Chunks.push_back(std::make_shared_for_overwrite<CInkChunk>());
+    if (m_nCount % CInkChunk::kSize == 0) {
+        Prepare();
+        m_Chunks.push_back(std::move(m_pNext));
+        Attempt([this] { Prepare(); });
+    }
     _POINTDATA& Slot = m_Chunks.back()->m_Points[m_nCount % CInkChunk::kSize];
     ++m_nCount;
     return Slot;
@@ -102,4 +120,5 @@ void CInkPointList::Clear()
     const CLocker Lock(m_Mutex);
     Released.swap(m_Chunks);
     m_nCount = 0;
+    Attempt([this] { Prepare(); });
 }

@@ -65,6 +65,8 @@ private:
 class CInkPointList
 {
 public:
+    CInkPointList();
+
     void Append(const _POINTDATA& Point);
 
     // Repeats the last record's position and pressure as a stroke end with a fresh stamp. False, with nothing
@@ -89,8 +91,11 @@ public:
 
 private:
     _POINTDATA& NextSlot();
+    void Prepare();
 
     mutable CMutex m_Mutex;
     std::vector<std::shared_ptr<CInkChunk>> m_Chunks;
+    // Held ready for the next chunk, as is a place in m_Chunks: one refusal of memory then loses no point.
+    std::shared_ptr<CInkChunk> m_pNext;
     std::size_t m_nCount = 0;
 };

@@ -3,25 +3,24 @@
 #include "scriberasdk.h"
 #include "signcore/signcanvas.h"
 
-#include <QPainter>
-
 #include <algorithm>
 #include <utility>
 
 namespace {
 
-void DrawFingerprint(QImage& Canvas, const QImage& Fingerprint, const QRectF& rcTargetFP)
+bool DrawFingerprint(QImage& Canvas, const QImage& Fingerprint, const QRectF& rcTargetFP)
 {
-    QPainter Painter(&Canvas);
-    Painter.setCompositionMode(QPainter::RasterOp_SourceAndDestination);
-    Painter.drawImage(rcTargetFP, Fingerprint, QRectF(0, 0, kFPWidth, kFPHeight));
+    return DrawOn(Canvas, [&](QPainter& Painter) {
+        Painter.setCompositionMode(QPainter::RasterOp_SourceAndDestination);
+        Painter.drawImage(rcTargetFP, Fingerprint, QRectF(0, 0, kFPWidth, kFPHeight));
+    });
 }
 
 } // namespace
 
 CFingerprintMerge::CFingerprintMerge(const CObjectIdentity& Identity)
-    : m_Identity(Identity), m_FPOnlyCanvas(BlankCanvas(kFPWidth, kFPHeight)),
-      m_nNewFPProcessActionID(NFPPA_NONE)
+    : m_Identity(Identity), m_BlankFingerprint(BlankCanvas(kFPWidth, kFPHeight)),
+      m_FPOnlyCanvas(m_BlankFingerprint), m_nNewFPProcessActionID(NFPPA_NONE)
 {
 }
 
@@ -34,7 +33,7 @@ void CFingerprintMerge::SetFPOnlyCanvas(QImage Fingerprint)
 
 void CFingerprintMerge::ClearFPOnlyCanvas()
 {
-    m_FPOnlyCanvas = BlankCanvas(kFPWidth, kFPHeight);
+    m_FPOnlyCanvas = m_BlankFingerprint;
     m_bFPBlank = true;
     m_FPLayer = QImage();
     m_bFullMergeOwed = true;
@@ -57,9 +56,13 @@ std::shared_ptr<CFPPicture> CFingerprintMerge::Picture() const
     return m_Pictures.empty() || m_Pictures.back()->IsGone() ? nullptr : m_Pictures.back();
 }
 
-void CFingerprintMerge::SetPicture(std::shared_ptr<CFPPicture> pPicture)
+std::shared_ptr<CFPPicture> CFingerprintMerge::SetPicture(std::shared_ptr<CFPPicture> pPicture)
 {
-    m_Pictures.push_back(std::move(pPicture));
+    if (m_Identity.IsWidget() || m_Pictures.empty()) {
+        m_Pictures.push_back(std::move(pPicture));
+        return nullptr;
+    }
+    return std::exchange(m_Pictures.back(), std::move(pPicture));
 }
 
 std::vector<std::shared_ptr<CFPPicture>> CFingerprintMerge::TakePictures()
@@ -80,7 +83,8 @@ bool CFingerprintMerge::ShowsInCanvas() const
 }
 
 // Where the fingerprint goes on the canvas; hands it on where it goes elsewhere.
-QRectF CFingerprintMerge::TargetRect(const QSize& CanvasSize, const CLogLabel& Label, ELogFile eFile)
+QRectF CFingerprintMerge::TargetRect(const QSize& CanvasSize, const CLogLabel& Label, ELogFile eFile,
+                                     bool& bHandedOn)
 {
     switch (m_nNewFPProcessActionID) {
     case NFPPA_NONE: {
@@ -111,7 +115,7 @@ QRectF CFingerprintMerge::TargetRect(const QSize& CanvasSize, const CLogLabel& L
     if (const std::shared_ptr<CFPPicture> pPicture = Picture()) {
         if (!m_Identity.IsWidget())
             SCR_LOG_TO(eFile, Label, "<%ld>-b4 call m_pNewFPWidget->UpdateFPImage(m_FPOnlyCanvas)...");
-        pPicture->UpdateFPImage(m_FPOnlyCanvas, eFile);
+        bHandedOn = pPicture->UpdateFPImage(m_FPOnlyCanvas, eFile);
     }
     return {0, 0, 0, 0};
 }
@@ -121,7 +125,8 @@ QRect CFingerprintMerge::MergeSignCanvasAndFPCanvas(QImage& SignCanvas, const QI
 {
     const CLogLabel Label = m_Identity.Label("MergeSignCanvasAndFPCanvas()");
     SCR_LOG_TO(eFile, Label, "<%ld>-Enter...");
-    const QRectF rcTargetFP = TargetRect(SignCanvas.size(), Label, eFile);
+    bool bHandedOn = true;
+    const QRectF rcTargetFP = TargetRect(SignCanvas.size(), Label, eFile, bHandedOn);
     SCR_LOG_TO(eFile, Label, "<%ld>-rcTargetFP.left=%f, top=%f, width=%f, height=%f", rcTargetFP.left(),
                rcTargetFP.top(), rcTargetFP.width(), rcTargetFP.height());
     SCR_LOG_TO(eFile, Label, "<%ld>-rcSourceFP.left=%f, top=%f, width=%f, height=%f", 0.0, 0.0,
@@ -131,8 +136,9 @@ QRect CFingerprintMerge::MergeSignCanvasAndFPCanvas(QImage& SignCanvas, const QI
         m_bFullMergeOwed = !MergeAll(SignCanvas, Strokes, rcTargetFP);
         rcChanged = SignCanvas.rect();
     } else {
-        MergePart(SignCanvas, Strokes, rcTouched);
+        m_bFullMergeOwed = !MergePart(SignCanvas, Strokes, rcTouched);
     }
+    m_bFullMergeOwed = m_bFullMergeOwed || !bHandedOn;
     SCR_LOG_TO(eFile, Label, "<%ld>-leave !");
     return rcChanged;
 }
@@ -143,21 +149,24 @@ bool CFingerprintMerge::MergeAll(QImage& SignCanvas, const QImage& Strokes, cons
     QImage Merged = Strokes.copy();
     if (Merged.isNull() && !Strokes.isNull())
         return false;
+    const bool bShows = ShowsInCanvas() && !Merged.isNull();
+    const bool bDrawn = !bShows || DrawFingerprint(Merged, m_FPOnlyCanvas, rcTargetFP);
     SignCanvas = std::move(Merged);
-    if (!ShowsInCanvas() || SignCanvas.isNull())
-        return true;
-    DrawFingerprint(SignCanvas, m_FPOnlyCanvas, rcTargetFP);
-    m_FPLayer = BlankCanvas(Strokes.width(), Strokes.height());
-    if (m_FPLayer.isNull())
+    if (!bDrawn || !bShows)
+        return bDrawn;
+    QImage Layer = BlankCanvas(Strokes.width(), Strokes.height());
+    if (Layer.isNull() || !DrawFingerprint(Layer, m_FPOnlyCanvas, rcTargetFP))
         return false;
-    DrawFingerprint(m_FPLayer, m_FPOnlyCanvas, rcTargetFP);
+    m_FPLayer = std::move(Layer);
     return true;
 }
 
-void CFingerprintMerge::MergePart(QImage& SignCanvas, const QImage& Strokes, const QRect& rcPart) const
+bool CFingerprintMerge::MergePart(QImage& SignCanvas, const QImage& Strokes, const QRect& rcPart) const
 {
-    if (rcPart.isEmpty() || !MakeWritable(SignCanvas) || SignCanvas.size() != Strokes.size())
-        return;
+    if (rcPart.isEmpty() || Strokes.isNull())
+        return true;
+    if (!MakeWritable(SignCanvas) || SignCanvas.size() != Strokes.size())
+        return false;
     // The rows of all three lie equally far apart: they have one size and format.
     const std::size_t nStride = static_cast<std::size_t>(SignCanvas.bytesPerLine()) / sizeof(QRgb);
     const std::size_t nFirst =
@@ -178,4 +187,5 @@ void CFingerprintMerge::MergePart(QImage& SignCanvas, const QImage& Strokes, con
         pMerged += nStride;
         pStrokes += nStride;
     }
+    return true;
 }

@@ -33,30 +33,34 @@ public:
     const QRect& FPRect() const { return m_rcFP; }
     void SetFPRect(const QRect& rcFP);
 
-    // The separate picture, or null. One that is replaced is kept until the pictures are taken.
+    // The separate picture, or null. One that is replaced is kept by a widget until the pictures are taken;
+    // a windowless object has it given back.
     std::shared_ptr<CFPPicture> Picture() const;
-    void SetPicture(std::shared_ptr<CFPPicture> pPicture);
+    std::shared_ptr<CFPPicture> SetPicture(std::shared_ptr<CFPPicture> pPicture);
     std::vector<std::shared_ptr<CFPPicture>> TakePictures();
     void ClearPictures();
 
     // The next merge covers the whole canvas.
     void OweFullMerge() { m_bFullMergeOwed = true; }
+    bool IsFullMergeOwed() const { return m_bFullMergeOwed; }
 
     // Whether the next merge leaves a fingerprint in the canvas.
     bool ShowsInCanvas() const;
 
     // Makes SignCanvas the merge of Strokes and the fingerprint, within rcTouched where that is enough.
-    // Returns what was changed. Writes its lines to eFile.
+    // Returns what was changed. Writes its lines to eFile. Another whole merge is owed when memory was short;
+    // that may also throw.
     QRect MergeSignCanvasAndFPCanvas(QImage& SignCanvas, const QImage& Strokes, const QRect& rcTouched,
                                      ELogFile eFile);
 
 private:
-    QRectF TargetRect(const QSize& CanvasSize, const CLogLabel& Label, ELogFile eFile);
-    // False when memory was short: the canvas keeps what it can, and a whole merge is still owed.
+    QRectF TargetRect(const QSize& CanvasSize, const CLogLabel& Label, ELogFile eFile, bool& bHandedOn);
+    // False when memory was short: a whole merge is still owed.
     bool MergeAll(QImage& SignCanvas, const QImage& Strokes, const QRectF& rcTargetFP);
-    void MergePart(QImage& SignCanvas, const QImage& Strokes, const QRect& rcPart) const;
+    bool MergePart(QImage& SignCanvas, const QImage& Strokes, const QRect& rcPart) const;
 
     const CObjectIdentity& m_Identity;
+    const QImage m_BlankFingerprint; // ready, so that a clear needs no memory
     QImage m_FPOnlyCanvas;
     bool m_bFPBlank = true; // the fingerprint is all white
     int m_nNewFPProcessActionID;

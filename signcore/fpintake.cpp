@@ -8,15 +8,20 @@
 
 #include <numeric>
 #include <thread>
+#include <utility>
 
 namespace {
 
 constexpr int kRawSize = kFPWidth * kFPHeight;
 
+// How often a merge is tried while memory is short. After that it waits for the next segment.
+constexpr int kMergeAttempts = 100;
+
+// Null when memory is short.
 QImage TwoColourPicture(const unsigned char* pucRawData, int nThresholdValue)
 {
-    QImage Picture(kFPWidth, kFPHeight, QImage::Format_ARGB32);
-    for (int nY = 0; nY < kFPHeight; ++nY) {
+    QImage Picture = BlankCanvas(kFPWidth, kFPHeight);
+    for (int nY = 0; nY < Picture.height(); ++nY) {
         auto* const pRow = reinterpret_cast<QRgb*>(Picture.scanLine(nY));
         for (int nX = 0; nX < kFPWidth; ++nX)
             pRow[nX] =
@@ -33,13 +38,19 @@ void CFingerprintIntake::RxSignPadFPRawData(const unsigned char* pucRawData, int
     SCR_LOG(Label, "<%ld>-Enter, pucRawData=%lx, nDataLength=%d, nScore=%d", AsHex(pucRawData), nDataLength,
             nScore);
     int nClears = 0;
-    if (!m_Canvas.AcceptFPScore(nScore, nClears)) {
+    if (!m_Canvas.IsBetterFPScore(nScore, nClears)) {
         SCR_LOG(Label, "<%ld>-leave !");
         return;
     }
     const int nThresholdValue = std::accumulate(pucRawData, pucRawData + kRawSize, 0) / kRawSize;
     SCR_LOG(Label, "<%ld>nThresholdValue = %d", nThresholdValue);
-    m_Canvas.SetFingerprint(TwoColourPicture(pucRawData, nThresholdValue), nClears);
+    QImage Picture = TwoColourPicture(pucRawData, nThresholdValue);
+    if (Picture.isNull()) {
+        // Not taken, so that the next one may be.
+        SCR_LOG(Label, "<%ld>-leave due to (out of memory) !");
+        return;
+    }
+    m_Canvas.SetFingerprint(std::move(Picture), nScore, nClears);
     const CLocker Lock(m_FPDeviceImageMutex);
     m_FPDeviceImage = MakeDeviceImage(pucRawData, nThresholdValue);
     StoreShared(m_bNewFPDeviceImage, true);
@@ -64,11 +75,14 @@ CFingerprintIntake::DeviceImage CFingerprintIntake::MakeDeviceImage(const unsign
 
 void CFingerprintIntake::CheckIfAnyNewFPImageRawDataOnDeviceAvailable()
 {
+    if (m_bShowFPDeviceImage)
+        m_FPDeviceImageToShow.fill(0);
     m_bShowFPDeviceImage = false;
     if (!LoadShared(m_bNewFPDeviceImage))
         return;
     const CLocker Lock(m_FPDeviceImageMutex);
     m_FPDeviceImageToShow = m_FPDeviceImage;
+    m_FPDeviceImage.fill(0);
     StoreShared(m_bNewFPDeviceImage, false);
     m_bShowFPDeviceImage = true;
 }
@@ -88,11 +102,11 @@ void CFingerprintIntake::ProcessShowFPImgaeRawDataOnDevice()
         pfnShow(m_FPDeviceImageToShow.data(), static_cast<int>(m_FPDeviceImageToShow.size()), kDeviceWidth,
                 kDeviceHeight, &m_bGoingToShutDown);
         m_bFPDeviceImageShown = true;
+        m_nMergeAttempts = 0;
     } else if (m_bFPDeviceImageShown) {
-        m_bFPDeviceImageShown = false;
         if (!m_Identity.IsWidget())
             SCR_LOG_INTHREAD(m_Identity.Label("ProcessShowFPImgaeRawDataOnDevice()"),
                              "<%ld>-b4 call MergeSignCanvasAndFPCanvas()...");
-        m_Canvas.MergeAfterTransfer();
+        m_bFPDeviceImageShown = !m_Canvas.MergeAfterTransfer() && ++m_nMergeAttempts < kMergeAttempts;
     }
 }

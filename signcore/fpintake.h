@@ -40,6 +40,8 @@ private:
     const CScriberaDriver& m_Driver;
     bool& m_bGoingToShutDown;
 
+    // Neither picture is kept longer than it is needed: what shows a finger does not outlive a clear.
+
     // Handed from the driver's to the display thread; m_FPDeviceImageMutex protects the picture. The flag
     // changes under the mutex too, but is looked at without it while the display thread polls.
     CMutex m_FPDeviceImageMutex;
@@ -50,4 +52,5 @@ private:
     DeviceImage m_FPDeviceImageToShow{};
     bool m_bShowFPDeviceImage = false;
     bool m_bFPDeviceImageShown = false;
+    int m_nMergeAttempts = 0;
 };

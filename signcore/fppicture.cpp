@@ -3,7 +3,6 @@
 #include "scriberasdk.h"
 #include "signcore/signexport.h"
 
-#include <QPainter>
 #include <QThread>
 
 #include <algorithm>
@@ -45,7 +44,7 @@ bool HasCornersWithin(const QRect& rcRect, int nWidth, int nHeight)
 }
 
 CFPPicture::CFPPicture(int nWidth, int nHeight)
-    : m_FPCanvas(BlankCanvas(nWidth, nHeight)), m_FPImage(BlankCanvas(kFPWidth, kFPHeight))
+    : m_Size(UsableCanvasSize(nWidth, nHeight)), m_FPCanvas(BlankCanvas(nWidth, nHeight))
 {
     SCR_LOG(Label("CK421BFPWidget()"), "<%ld>-Enter...");
     SCR_LOG(Label("CK421BFPWidget()"), "<%ld>-leave !");
@@ -136,14 +135,14 @@ int CFPPicture::SetDisplayedFPImageAt(int nCanvasWidth, int nCanvasHeight, const
         m_nDrawnKey = 0;
         if (bInside) {
             m_Witness.NoteWrite();
+            m_Size = UsableCanvasSize(nCanvasWidth, nCanvasHeight);
             m_FPCanvas = BlankCanvas(nCanvasWidth, nCanvasHeight);
-            m_FPImage = BlankCanvas(kFPWidth, kFPHeight);
         }
     }
     return LeaveFPPlacement(L, bInside);
 }
 
-void CFPPicture::UpdateFPImage(const QImage& Image, ELogFile eFile)
+bool CFPPicture::UpdateFPImage(const QImage& Image, ELogFile eFile)
 {
     const CLogLabel L = Label("UpdateFPImage()");
     SCR_LOG_TO(eFile, L, "<%ld>-enter...");
@@ -156,18 +155,25 @@ void CFPPicture::UpdateFPImage(const QImage& Image, ELogFile eFile)
     SCR_LOG_TO(eFile, L, "<%ld>-rcSourceFP.left=%f, top=%f, width=%f, height=%f", rcSourceFP.left(),
                rcSourceFP.top(), rcSourceFP.width(), rcSourceFP.height());
     // A fingerprint is handed over after every stroke segment; drawing the same one again changes nothing.
-    if (m_nDrawnKey != Image.cacheKey() && !m_FPCanvas.isNull()) {
+    bool bDrawn = m_Size.isEmpty() || m_nDrawnKey == Image.cacheKey();
+    if (!bDrawn) {
         m_Witness.NoteWriteInPlace(m_FPCanvas);
-        m_FPImage = Image;
-        QPainter Painter(&m_FPCanvas);
-        Painter.setCompositionMode(QPainter::CompositionMode_Source);
-        Painter.drawImage(rcTargetFP, m_FPImage, rcSourceFP);
-        m_nDrawnKey = Image.cacheKey();
-        NotifyChanged(rcTargetFP.toAlignedRect() & m_FPCanvas.rect());
+        if (m_FPCanvas.isNull())
+            m_FPCanvas = BlankCanvas(m_Size.width(), m_Size.height());
+        const auto Draw = [&](QPainter& Painter) {
+            Painter.setCompositionMode(QPainter::CompositionMode_Source);
+            Painter.drawImage(rcTargetFP, Image, rcSourceFP);
+        };
+        bDrawn = MakeWritable(m_FPCanvas) && DrawOn(m_FPCanvas, Draw);
+        if (bDrawn) {
+            m_nDrawnKey = Image.cacheKey();
+            NotifyChanged(m_FPCanvas.rect()); // a placement may draw outside of its own rectangle
+        }
     }
     if (m_bVisible)
         SCR_LOG_TO(eFile, L, "<%ld>-b4 call update()...");
     SCR_LOG_TO(eFile, L, "<%ld>-leave...");
+    return bDrawn;
 }
 
 void CFPPicture::Clear()
@@ -176,9 +182,8 @@ void CFPPicture::Clear()
     SCR_LOG(L, "<%ld>-enter...");
     {
         const CLocker Lock(m_Mutex);
-        m_Witness.NoteWriteInPlace(m_FPCanvas);
-        m_FPCanvas.fill(Qt::white);
-        m_FPImage.fill(Qt::white);
+        m_Witness.NoteWrite();
+        Whiten(m_FPCanvas, m_Witness);
         m_nDrawnKey = 0;
         NotifyChanged(m_FPCanvas.rect());
     }

@@ -51,8 +51,9 @@ public:
                               const int (&FPRect)[4]);
     int SetDisplayedFPImageAt(int nCanvasWidth, int nCanvasHeight, const int (&FPRect)[4]);
 
-    // Takes over the fingerprint and draws it where it was placed. Writes its lines where its caller does.
-    void UpdateFPImage(const QImage& Image, ELogFile eFile);
+    // Draws the fingerprint where it was placed. Writes its lines where its caller does. False when memory
+    // was short: nothing is drawn then.
+    bool UpdateFPImage(const QImage& Image, ELogFile eFile);
     void Clear();
     void Shutdown();
 
@@ -71,8 +72,8 @@ private:
     void NotifyChanged(const QRect& rcChanged) const;
 
     mutable CMutex m_Mutex;
+    QSize m_Size; // of m_FPCanvas, which is null while there is no memory for it
     QImage m_FPCanvas;
-    QImage m_FPImage;
     CImageWitness m_Witness;
     QRect m_rcFP{QPoint(0, 0), QPoint(-1, -1)};
     qint64 m_nDrawnKey = 0; // identifies the fingerprint that is drawn; 0 none

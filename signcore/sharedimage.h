@@ -1,6 +1,7 @@
 // Images that exports share with the canvas they were taken from.
 #pragma once
 
+#include "sync/attempt.h"
 #include "sync/tsan.h"
 
 #include <QImage>
@@ -14,8 +15,8 @@ inline bool MakeWritable(QImage& Image)
 {
     if (Image.isNull() || Image.isDetached())
         return !Image.isNull();
-    QImage Own = Image.copy();
-    if (Own.isNull())
+    QImage Own;
+    if (!Attempt([&] { Own = Image.copy(); }) || Own.isNull())
         return false;
     Image = std::move(Own);
     return true;

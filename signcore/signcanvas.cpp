@@ -3,7 +3,6 @@
 #include "signcore/fingerprintmerge.h"
 
 #include <QBrush>
-#include <QPainter>
 #include <QPen>
 
 #include <algorithm>
@@ -39,17 +38,6 @@ QRect TouchedBy(const QLineF& Segment, double dblWidth, const QRect& rcCanvas)
     return rcTouched;
 }
 
-// Fills with white what an export may still hold a snapshot of, without copying it first.
-void Whiten(QImage& Canvas, CImageWitness& Witness)
-{
-    if (Canvas.isDetached()) {
-        Witness.NoteWriteInPlace(Canvas);
-        Canvas.fill(Qt::white);
-    } else {
-        Canvas = BlankCanvas(Canvas.width(), Canvas.height());
-    }
-}
-
 } // namespace
 
 void DrawStrokeSegment(QPainter& Painter, const QLineF& Segment, double dblWidth, const QColor& Color)
@@ -59,13 +47,30 @@ void DrawStrokeSegment(QPainter& Painter, const QLineF& Segment, double dblWidth
     Painter.drawLines(&Segment, 1);
 }
 
+QSize UsableCanvasSize(int nWidth, int nHeight)
+{
+    const bool bUsable =
+        nWidth > 0 && nHeight > 0 && std::int64_t{nWidth} * nHeight <= kMaxCanvasBytes / kBytesPerPixel;
+    return bUsable ? QSize(nWidth, nHeight) : QSize(0, 0);
+}
+
 QImage BlankCanvas(int nWidth, int nHeight)
 {
-    if (nWidth <= 0 || nHeight <= 0 || std::int64_t{nWidth} * nHeight > kMaxCanvasBytes / kBytesPerPixel)
-        return {};
-    QImage Canvas(nWidth, nHeight, QImage::Format_ARGB32);
-    Canvas.fill(Qt::white);
+    QImage Canvas;
+    const QSize Size = UsableCanvasSize(nWidth, nHeight);
+    if (!Size.isEmpty() && Attempt([&] { Canvas = QImage(Size, QImage::Format_ARGB32); }))
+        Canvas.fill(Qt::white);
     return Canvas;
+}
+
+void Whiten(QImage& Canvas, CImageWitness& Witness)
+{
+    if (Canvas.isDetached()) {
+        Witness.NoteWriteInPlace(Canvas);
+        Canvas.fill(Qt::white);
+    } else {
+        Canvas = BlankCanvas(Canvas.width(), Canvas.height());
+    }
 }
 
 QImage CopyInside(const QImage& Image, const QRect& rcPart)
@@ -93,32 +98,41 @@ CSignCanvas::~CSignCanvas() = default;
 
 void CSignCanvas::clearCanvas(int nWidth, int nHeight)
 {
-    QImage Blank = BlankCanvas(nWidth, nHeight);
     const CLocker Lock(m_CanvasMutex);
     m_Witness.NoteWrite();
-    m_SignCanvas = std::move(Blank);
+    m_SignCanvas = QImage();
     m_rcInkArea = QRect();
-    if (m_pMerge) {
-        m_SignOnlyCanvas = m_SignCanvas;
-        m_pMerge->ClearFPOnlyCanvas();
-    }
+    m_Size = UsableCanvasSize(nWidth, nHeight);
+    m_bSizeOwed = true;
+    TakeUpSize();
 }
 
 void CSignCanvas::Resize(int nWidth, int nHeight)
 {
-    const QImage Blank = BlankCanvas(nWidth, nHeight);
-    QImage Resized = Blank;
     const CLocker Lock(m_CanvasMutex);
     m_Witness.NoteWrite();
-    if (MakeWritable(Resized)) {
-        QPainter Painter(&Resized);
-        Painter.drawImage(0, 0, m_SignCanvas);
-    }
+    m_Size = UsableCanvasSize(nWidth, nHeight);
+    m_bSizeOwed = true;
+    TakeUpSize();
+}
+
+void CSignCanvas::TakeUpSize()
+{
+    if (!m_bSizeOwed)
+        return;
+    QImage Resized = BlankCanvas(m_Size.width(), m_Size.height());
+    QImage Strokes = m_pMerge ? BlankCanvas(m_Size.width(), m_Size.height()) : QImage();
+    if (Resized.size() != m_Size || (m_pMerge && Strokes.size() != m_Size))
+        return;
+    const auto DrawOld = [this](QPainter& Painter) { Painter.drawImage(0, 0, m_SignCanvas); };
+    if (!m_SignCanvas.isNull() && !Resized.isNull() && !DrawOn(Resized, DrawOld))
+        return;
+    m_bSizeOwed = false;
     m_SignCanvas = std::move(Resized);
     m_rcInkArea &= m_SignCanvas.rect();
     if (m_pMerge) {
         // What is seen stays until the next merge, which starts from empty canvases.
-        m_SignOnlyCanvas = Blank;
+        m_SignOnlyCanvas = std::move(Strokes);
         m_pMerge->ClearFPOnlyCanvas();
     }
 }
@@ -132,7 +146,7 @@ void CSignCanvas::ClearSignCanvas()
         const CLocker Lock(m_CanvasMutex);
         m_Witness.NoteWrite();
         Whiten(m_SignCanvas, m_Witness);
-        rcChanged = m_SignCanvas.rect();
+        rcChanged = QRect(QPoint(0, 0), m_Size);
         m_rcInkArea = QRect();
         if (m_pMerge) {
             Whiten(m_SignOnlyCanvas, m_Witness);
@@ -141,6 +155,9 @@ void CSignCanvas::ClearSignCanvas()
             m_nFPScore = 0;
             ++m_nClears;
         }
+        m_bSizeOwed =
+            m_bSizeOwed || m_SignCanvas.size() != m_Size || (m_pMerge && m_SignOnlyCanvas.size() != m_Size);
+        TakeUpSize();
     }
     NotifyChanged(rcChanged);
     SCR_LOG(Label, "<%ld>-leave !");
@@ -162,12 +179,13 @@ void CSignCanvas::StartSignOnCanvas(double dblX, double dblY, double dblPressure
     QRect rcChanged;
     {
         const CLocker Lock(m_CanvasMutex);
+        TakeUpSize();
         m_Witness.NoteWriteInPlace(m_SignCanvas);
         if (Pen.m_Mapping.m_bFitted && !m_SignCanvas.isNull() && MakeWritable(PenCanvas())) {
             rcChanged = TouchedBy(Segment, dblWidth, m_SignCanvas.rect());
             m_rcInkArea |= rcChanged; // first: a painter that runs out of memory may have drawn a part
-            QPainter Painter(&PenCanvas());
-            DrawStrokeSegment(Painter, Segment, dblWidth, Pen.m_PenColor);
+            DrawOn(PenCanvas(),
+                   [&](QPainter& Painter) { DrawStrokeSegment(Painter, Segment, dblWidth, Pen.m_PenColor); });
         }
         if (m_pMerge)
             rcChanged = MergeFingerprint(rcChanged, ELogFile::Main);
@@ -196,7 +214,13 @@ QRect CSignCanvas::MergeFingerprint(const QRect& rcTouched, ELogFile eFile)
     // The canvas may come into being by the merge, if there was no memory for it before.
     if (m_pMerge->ShowsInCanvas())
         m_rcInkArea = m_SignCanvas.rect() | m_SignOnlyCanvas.rect();
-    return m_pMerge->MergeSignCanvasAndFPCanvas(m_SignCanvas, m_SignOnlyCanvas, rcTouched, eFile);
+    QRect rcChanged = rcTouched;
+    const auto Merge = [&] {
+        rcChanged = m_pMerge->MergeSignCanvasAndFPCanvas(m_SignCanvas, m_SignOnlyCanvas, rcTouched, eFile);
+    };
+    if (!Attempt(Merge))
+        m_pMerge->OweFullMerge();
+    return rcChanged;
 }
 
 void CSignCanvas::NotifyChanged(const QRect& rcChanged) const
@@ -211,34 +235,36 @@ int CSignCanvas::FPScore() const
     return m_nFPScore;
 }
 
-bool CSignCanvas::AcceptFPScore(int nScore, int& nClears)
+bool CSignCanvas::IsBetterFPScore(int nScore, int& nClears) const
 {
     const CLocker Lock(m_CanvasMutex);
-    if (nScore <= m_nFPScore)
-        return false;
-    m_nFPScore = nScore;
     nClears = m_nClears;
-    return true;
+    return nScore > m_nFPScore;
 }
 
-void CSignCanvas::SetFingerprint(QImage Fingerprint, int nClears)
+void CSignCanvas::SetFingerprint(QImage Fingerprint, int nScore, int nClears)
 {
     const CLocker Lock(m_CanvasMutex);
     // A clear in between has taken this fingerprint back already.
-    if (nClears == m_nClears)
-        m_pMerge->SetFPOnlyCanvas(std::move(Fingerprint));
+    if (nClears != m_nClears)
+        return;
+    m_nFPScore = nScore;
+    m_pMerge->SetFPOnlyCanvas(std::move(Fingerprint));
 }
 
-void CSignCanvas::MergeAfterTransfer()
+bool CSignCanvas::MergeAfterTransfer()
 {
     QRect rcChanged;
+    bool bMerged = false;
     {
         const CLocker Lock(m_CanvasMutex);
         m_Witness.NoteWrite();
         m_pMerge->OweFullMerge();
         rcChanged = MergeFingerprint(m_SignCanvas.rect(), ELogFile::InThread);
+        bMerged = !m_pMerge->IsFullMergeOwed();
     }
     NotifyChanged(rcChanged);
+    return bMerged;
 }
 
 CSignCanvas::CFPPlacement CSignCanvas::FPPlacement() const
@@ -261,8 +287,13 @@ void CSignCanvas::SetFPAction(int nActionID)
 
 void CSignCanvas::SetFPPicture(std::shared_ptr<CFPPicture> pPicture)
 {
-    const CLocker Lock(m_CanvasMutex);
-    m_pMerge->SetPicture(std::move(pPicture));
+    std::shared_ptr<CFPPicture> pReplaced;
+    {
+        const CLocker Lock(m_CanvasMutex);
+        pReplaced = m_pMerge->SetPicture(std::move(pPicture));
+    }
+    if (pReplaced)
+        pReplaced->ReleaseView();
 }
 
 std::vector<std::shared_ptr<CFPPicture>> CSignCanvas::TakeFPPictures()

@@ -4,18 +4,20 @@
 #include "signcore/objectidentity.h"
 #include "signcore/pensetup.h"
 #include "signcore/sharedimage.h"
+#include "sync/attempt.h"
 #include "sync/mutex.h"
 
 #include <QImage>
 #include <QLineF>
+#include <QPainter>
 #include <QRect>
+#include <QSize>
 
 #include <memory>
 #include <vector>
 
 class CFPPicture;
 class CFingerprintMerge;
-class QPainter;
 
 // Told of every change of a picture, on the thread that made it. Only notes it: the canvas or the picture may
 // be locked meanwhile.
@@ -31,8 +33,36 @@ protected:
 // Draws one stroke segment the way every picture of a signature has it, on screen, in files and as vectors.
 void DrawStrokeSegment(QPainter& Painter, const QLineF& Segment, double dblWidth, const QColor& Color);
 
-// An opaque white image of this size; a null one for sizes that are zero, negative or beyond 1 GiB of pixels.
+// This size; an empty one if it is zero, negative or beyond 1 GiB of pixels.
+QSize UsableCanvasSize(int nWidth, int nHeight);
+
+// An opaque white image of this size; a null one for unusable sizes and when memory is short.
 QImage BlankCanvas(int nWidth, int nHeight);
+
+// Fills with white what an export may still hold a snapshot of, without copying it first. Null afterwards
+// when memory is short.
+void Whiten(QImage& Canvas, CImageWitness& Witness);
+
+// Has Draw(QPainter&) draw on the image. False when it ran out of memory: then the pixels are the image's own
+// anew, since what a painter leaves behind halfway may keep others from painting.
+template <typename TDraw>
+bool DrawOn(QImage& Canvas, TDraw Draw)
+{
+    bool bDrawn = false;
+    const auto Paint = [&] {
+        QPainter Painter(&Canvas);
+        if (Painter.isActive()) {
+            Draw(Painter);
+            bDrawn = Painter.end();
+        }
+    };
+    if (Attempt(Paint) && bDrawn)
+        return true;
+    QImage Own;
+    if (Attempt([&] { Own = Canvas.copy(); }) && !Own.isNull())
+        Canvas = std::move(Own);
+    return false;
+}
 
 // A copy of the part of the image that lies in the rectangle; null when none does.
 QImage CopyInside(const QImage& Image, const QRect& rcPart);
@@ -46,6 +76,9 @@ void WarmUpDrawing();
 //
 // On a model with a fingerprint reader the pen draws into a canvas of its own, and what everybody sees is
 // that canvas merged with the fingerprint.
+//
+// Nothing here throws for want of memory. What cannot be drawn then is missing from the picture, and a size
+// or a merge that had to wait is made up for by the next change.
 class CSignCanvas
 {
 public:
@@ -82,13 +115,14 @@ public:
     // Score of the fingerprint that is there; 0 without one, and on other models.
     int FPScore() const;
 
-    // Takes the score of a new fingerprint if it is better than that of the last one. nClears then tells
+    // Whether a fingerprint with this score is better than the one that is there. nClears then tells
     // SetFingerprint(), which brings the picture, whether the canvas was cleared meanwhile.
-    bool AcceptFPScore(int nScore, int& nClears);
-    void SetFingerprint(QImage Fingerprint, int nClears);
+    bool IsBetterFPScore(int nScore, int& nClears) const;
+    void SetFingerprint(QImage Fingerprint, int nScore, int nClears);
 
-    // Merges strokes and fingerprint after the pad has shown it; on the display thread.
-    void MergeAfterTransfer();
+    // Merges strokes and fingerprint after the pad has shown it; on the display thread. False when memory was
+    // short.
+    bool MergeAfterTransfer();
 
     // Where the fingerprint goes.
     struct CFPPlacement
@@ -107,6 +141,8 @@ public:
     QImage FingerprintForSvg() const;
 
 private:
+    // Gives the canvases their size if that is still owed.
+    void TakeUpSize();
     QImage& PenCanvas() { return m_pMerge ? m_SignOnlyCanvas : m_SignCanvas; }
     QRect MergeFingerprint(const QRect& rcTouched, ELogFile eFile);
     void NotifyChanged(const QRect& rcChanged) const;
@@ -115,7 +151,9 @@ private:
     ICanvasObserver* m_pObserver = nullptr;
 
     mutable CMutex m_CanvasMutex;
-    QImage m_SignCanvas; // what is shown and exported
+    QSize m_Size{0, 0};       // what the canvases should have
+    bool m_bSizeOwed = false; // they do not have it yet
+    QImage m_SignCanvas;      // what is shown and exported
     CImageWitness m_Witness;
     QRect m_rcInkArea;       // outside of it the canvas is white; grows with what is drawn
     QImage m_SignOnlyCanvas; // the strokes alone; null on models without a fingerprint reader

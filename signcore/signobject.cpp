@@ -160,11 +160,8 @@ void CSignObject::RxSignPadFPRawData(unsigned char* pucRawData, int nDataLength,
         m_pFingerprint->RxSignPadFPRawData(pucRawData, nDataLength, nScore);
 }
 
-int CSignObject::UsePicture(const CLogLabel& Label, const std::shared_ptr<CFPPicture>& pPicture,
-                            int nPlacementResult, int nActionID)
+int CSignObject::LeavePicturePlacement(const CLogLabel& Label, int nPlacementResult, int nActionID)
 {
-    // A badly placed picture replaces the earlier one all the same.
-    m_Canvas.SetFPPicture(pPicture);
     if (nPlacementResult != ARI_SUCCESS) {
         SCR_LOG(Label, "<%ld>-leave due to m_pNewFPWidget->SetDisplayedFPImageAt() failed, nResult=%d",
                 nPlacementResult);

@@ -146,10 +146,9 @@ protected:
     CSignCanvas& Canvas() { return m_Canvas; }
     CKeyActions& KeyActions() { return m_KeyActions; }
 
-    // Placement of the fingerprint: hands a separate picture over, and takes up its action if it was placed
-    // well.
-    int UsePicture(const CLogLabel& Label, const std::shared_ptr<CFPPicture>& pPicture, int nPlacementResult,
-                   int nActionID);
+    // Ends a placement of the fingerprint in a separate picture, which the canvas already holds: takes up its
+    // action if it was placed well. A badly placed one has replaced the earlier one all the same.
+    int LeavePicturePlacement(const CLogLabel& Label, int nPlacementResult, int nActionID);
 
 private:
     void StopThread(std::unique_ptr<CSdkThread>& pThread, const char* pszMember);

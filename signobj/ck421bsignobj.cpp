@@ -36,7 +36,8 @@ int CK421BSignObj::SetDisplayedFPImageAt(int nCanvasWidth, int nCanvasHeight, in
         "<%ld>-Enter, nCanvasWidth=%d, nCanvasHeight=%d, nFPLeft=%d, nFPTop=%d, nFPWidth=%d, nFPHeight=%d",
         nCanvasWidth, nCanvasHeight, nFPLeft, nFPTop, nFPWidth, nFPHeight);
     const std::shared_ptr<CFPPicture> pPicture = MakePicture();
+    Canvas().SetFPPicture(pPicture); // first: its widget has no parent that would free it
     const int nPlacementResult =
         pPicture->SetDisplayedFPImageAt(nCanvasWidth, nCanvasHeight, {nFPLeft, nFPTop, nFPWidth, nFPHeight});
-    return UsePicture(Label, pPicture, nPlacementResult, NFPPA_FP_ON_CANVAS_FROM_JS);
+    return LeavePicturePlacement(Label, nPlacementResult, NFPPA_FP_ON_CANVAS_FROM_JS);
 }

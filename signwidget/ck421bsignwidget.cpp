@@ -30,6 +30,7 @@ int CK421BSignWidget::SetDisplayedFPImageAt(QWidget* pParentWidget, int nFPLeft,
     }
     auto* const pNewFPWidget = new CK421BFPWidget(pParentWidget);
     const std::shared_ptr<CFPPicture> pPicture = pNewFPWidget->Picture();
+    Canvas().SetFPPicture(pPicture);
     // Checked against the fresh widget's own size, before it covers its parent.
     const int nPlacementResult = pPicture->SetDisplayedFPImageAt(
         pParentWidget, pNewFPWidget->width(), pNewFPWidget->height(), {nFPLeft, nFPTop, nFPWidth, nFPHeight});
@@ -37,5 +38,5 @@ int CK421BSignWidget::SetDisplayedFPImageAt(QWidget* pParentWidget, int nFPLeft,
         pNewFPWidget->setGeometry(0, 0, pParentWidget->width(), pParentWidget->height());
         pNewFPWidget->show();
     }
-    return UsePicture(Label, pPicture, nPlacementResult, NFPPA_SIGN_FP_DIFFERENT_WIDGET);
+    return LeavePicturePlacement(Label, nPlacementResult, NFPPA_SIGN_FP_DIFFERENT_WIDGET);
 }

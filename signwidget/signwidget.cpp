@@ -1,6 +1,7 @@
 #include "signwidget/signwidget.h"
 
 #include "signcore/liveobject.h"
+#include "sync/attempt.h"
 
 #include <QEvent>
 #include <QMouseEvent>
@@ -59,9 +60,13 @@ void CSignWidget::paintEvent(QPaintEvent* pEvent)
     SCR_LOG_INTHREAD(Label, "<%ld>-enter...");
     QWidget::paintEvent(pEvent);
     const QRect rcExposed = pEvent->rect();
-    const QImage Exposed = Canvas().CopyOf(rcExposed);
-    QPainter Painter(this);
-    Painter.drawImage(rcExposed.topLeft(), Exposed);
+    const auto Paint = [&] {
+        const QImage Exposed = Canvas().CopyOf(rcExposed);
+        QPainter Painter(this);
+        Painter.drawImage(rcExposed.topLeft(), Exposed);
+    };
+    if (!Attempt(Paint))
+        m_RepaintPoster.RepaintLater(rcExposed);
     SCR_LOG_INTHREAD(Label, "<%ld>-leave !");
 }
 
@@ -70,5 +75,5 @@ void CSignWidget::resizeEvent(QResizeEvent* /*pEvent*/)
     SCR_LOG(Identity().Label("resizeEvent()"), "<%ld>-Enter, width=%d, height=%d", width(), height());
     FitMapping(width(), height());
     Canvas().Resize(width(), height());
-    update();
+    m_RepaintPoster.CanvasChanged(rect());
 }

@@ -2,9 +2,13 @@
 
 #include <climits>
 #include <cstring>
+#include <sstream>
 #include <thread>
 
+#include <unistd.h>
+
 #include <QApplication>
+#include <QPaintEvent>
 #include <QPointer>
 
 #include "fingerprint_reference.h"
@@ -356,6 +360,35 @@ TEST_P(FingerprintWidgetPlacement, PrintWidgetIsRepaintedByItself)
     EXPECT_EQ(pad().stop(), 0);
 }
 
+// Such a rectangle passes the look at its corners, and what is drawn lies outside of it.
+TEST_P(FingerprintWidgetPlacement, PrintOfATurnedRectangleIsRepaintedToo)
+{
+    ASSERT_TRUE(start());
+    const QRect turned(QPoint(50, 20), QSize(-10, -5));
+    ASSERT_EQ(placeElsewhere(turned), 0);
+    processEvents();
+    // A print widget that was shown without a print.
+    const QImage before = grabbed(printWidget(), holderSize());
+    struct Exposed : QObject
+    {
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            if (event->type() == QEvent::Paint)
+                region += static_cast<QPaintEvent*>(event)->region();
+            return false;
+        }
+        QRegion region;
+    } exposed;
+    printWidget()->installEventFilter(&exposed);
+    take(ridges(1), 1);
+    EXPECT_TRUE(same(printPicture(), m_copy->holder()));
+    EXPECT_FALSE(same(printPicture(), before));
+    EXPECT_TRUE(waitUntil([&] { return !exposed.region.isEmpty(); }));
+    EXPECT_TRUE(exposed.region.contains(QRect(QPoint(0, 0), holderSize())));
+    printWidget()->removeEventFilter(&exposed);
+    EXPECT_EQ(pad().stop(), 0);
+}
+
 TEST_P(FingerprintWidgetPlacement, HiddenPrintWidgetIsNotAskedToRepaint)
 {
     ASSERT_TRUE(start());
@@ -581,6 +614,34 @@ TEST_P(FingerprintWindowlessPlacement, AbsurdSizesNeitherCrashNorDraw)
     EXPECT_EQ(pad().stop(), 0);
 }
 
+long long residentBytes()
+{
+    long long pages = 0;
+    long long resident = 0;
+    std::istringstream(fileContent("/proc/self/statm")) >> pages >> resident;
+    return resident * sysconf(_SC_PAGESIZE);
+}
+
+TEST_P(FingerprintWindowlessPlacement, ManyPlacementsHoldOnePicture)
+{
+    ASSERT_TRUE(start());
+    constexpr long long picture = 1920LL * 1080 * 4;
+    const auto place = [&](int width) {
+        return api().SetDisplayedFPImageAt(type(), nullptr, 1920, 1080, 100, 50, width, 600);
+    };
+    ASSERT_EQ(place(400), 0);
+    const long long before = residentBytes();
+    for (int i = 0; i < 200; ++i)
+        ASSERT_EQ(place(i % 2 == 0 ? 400 + i : 4000), i % 2 == 0 ? 0 : -2);
+    // A sanitizer holds freed memory back, though not as much as 200 pictures.
+    EXPECT_LT(residentBytes() - before, 50 * picture);
+    ASSERT_EQ(place(500), 0);
+    m_copy->placeElsewhere(Placement::OffScreen, QSize(1920, 1080), QRect(100, 50, 500, 600));
+    take(ridges(1), 1);
+    expectSame("after many placements");
+    EXPECT_EQ(pad().stop(), 0);
+}
+
 TEST_P(FingerprintWindowlessPlacement, WindowIdAndWindowAreNotUsed)
 {
     ASSERT_TRUE(start());
@@ -641,7 +702,7 @@ protected:
     }
 };
 
-TEST_P(FingerprintWindowlessBesideAnApplication, PlacementMakesAWidgetAndTheEndFreesItAtOnce)
+TEST_P(FingerprintWindowlessBesideAnApplication, PlacementMakesAWidgetAndTheNextOneOrTheEndFreesItAtOnce)
 {
     ASSERT_TRUE(start());
     ASSERT_EQ(placeElsewhere(QRect(10, 20, 150, 200)), 0);
@@ -651,12 +712,13 @@ TEST_P(FingerprintWindowlessBesideAnApplication, PlacementMakesAWidgetAndTheEndF
     take(ridges(1), 1);
     expectSame("after the print");
     ASSERT_EQ(placeElsewhere(QRect(30, 20, 100, 200)), 0);
-    EXPECT_EQ(parentless().size(), 2u);
-    EXPECT_FALSE(first.isNull());
+    EXPECT_TRUE(first.isNull()); // without any event loop
+    ASSERT_EQ(parentless().size(), 1u);
+    QPointer<QWidget> second = parentless().front();
     segment();
     expectSame("after a second placement");
     EXPECT_EQ(api().UnInitialDevice(type()), 0);
-    EXPECT_TRUE(first.isNull()); // without any event loop
+    EXPECT_TRUE(second.isNull());
     EXPECT_TRUE(parentless().empty());
     EXPECT_EQ(pad().stop(), 0);
 }

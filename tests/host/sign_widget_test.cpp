@@ -105,6 +105,68 @@ TEST_P(SignWidget, RepaintsWhatThePenChangedWhenEventsRun)
     EXPECT_EQ(pad().stop(), 0);
 }
 
+// Takes away, once, what the library posts to its widget.
+class EventThief : public QObject
+{
+public:
+    explicit EventThief(QWidget& widget) : m_widget(widget)
+    {
+        QCoreApplication::instance()->installEventFilter(this);
+    }
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        if (object != &m_widget || event->type() < QEvent::User || taken > 0)
+            return false;
+        ++taken;
+        return true;
+    }
+    int taken = 0;
+
+private:
+    QWidget& m_widget;
+};
+
+TEST_P(SignWidget, LiveInkComesBackAfterALostRepaint)
+{
+    ASSERT_TRUE(pad().start());
+    settle();
+    PaintCounter counter(&widget());
+    const auto line = [&](double y) { pad().draw(stroke(model(), {{0.1, y, 0.1}, {0.3, y, 0.1}})); };
+    const auto isPainted = [&](int y) {
+        return waitUntil([&] { return counter.region.contains(QPoint(80, y)); }, std::chrono::seconds(5));
+    };
+    {
+        EventThief thief(widget());
+        line(0.1);
+        ASSERT_TRUE(waitUntil([&] { return thief.taken == 1; }));
+        settle();
+        EXPECT_FALSE(counter.region.contains(QPoint(80, 20)));
+    }
+    line(0.3);
+    EXPECT_TRUE(isPainted(60)) << "the next sample";
+    EXPECT_TRUE(isPainted(20)) << "and what was lost";
+
+    counter.region = QRegion();
+    line(0.5);
+    QCoreApplication::removePostedEvents(&widget());
+    settle();
+    EXPECT_FALSE(counter.region.contains(QPoint(80, 100)));
+    widget().update();
+    EXPECT_TRUE(isPainted(100)) << "the host's own update";
+    counter.region = QRegion();
+    line(0.7);
+    EXPECT_TRUE(isPainted(140)) << "and samples after it";
+
+    line(0.9);
+    QCoreApplication::removePostedEvents(&widget());
+    ASSERT_EQ(api().Clear(type()), 0);
+    settle();
+    counter.region = QRegion();
+    line(0.2);
+    EXPECT_TRUE(isPainted(40)) << "samples after a clear";
+    EXPECT_EQ(pad().stop(), 0);
+}
+
 TEST_P(SignWidget, TapAndIgnoredSamplesRepaintNothing)
 {
     ASSERT_TRUE(pad().start());

@@ -70,11 +70,12 @@ protected:
     void takeFingerprint()
     {
         int clears = 0;
-        if (!m_canvas.AcceptFPScore(m_canvas.FPScore() + 1, clears))
+        const int score = m_canvas.FPScore() + 1;
+        if (!m_canvas.IsBetterFPScore(score, clears))
             FAIL() << "a better fingerprint is refused";
         m_canvas.SetFPAction(below(2) == 0 ? NFPPA_NONE : NFPPA_SIGN_FP_SAME_WIDGET);
         m_canvas.SetFPRect(QRect(below(100), below(60), 1 + below(80), 1 + below(80)));
-        m_canvas.SetFingerprint(twoColours(ridges(static_cast<unsigned>(below(100)))), clears);
+        m_canvas.SetFingerprint(twoColours(ridges(static_cast<unsigned>(below(100)))), score, clears);
         if (below(2) == 0)
             m_canvas.MergeAfterTransfer();
     }

@@ -36,8 +36,8 @@ public:
     {
         const Bytes print = ridges(seed);
         int clears = 0;
-        ASSERT_TRUE(m_canvas.AcceptFPScore(++m_score, clears));
-        m_canvas.SetFingerprint(twoColours(print), clears);
+        ASSERT_TRUE(m_canvas.IsBetterFPScore(++m_score, clears));
+        m_canvas.SetFingerprint(twoColours(print), m_score, clears);
         m_copy.takePrint(print);
     }
 
