@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <new>
 #include <string>
 
 #include <cxxabi.h>
@@ -234,11 +235,18 @@ bool COperations::InitialDeviceByWId(int nDeviceType, unsigned long long ullWId,
 // when everything is closed, since it lets the host run.
 void COperations::EndWidget(CLiveObject::CEnding& Ending, CSignWidget& Widget)
 {
-    Widget.deleteLater();
+    const auto Try = [](auto Step) {
+        try {
+            Step();
+        } catch (const std::bad_alloc&) {
+            // What Qt gets no memory for stays until the window goes. The pad ends all the same.
+        }
+    };
+    Try([&] { Widget.deleteLater(); });
     const bool bHides = IsGuiThread(); // without an application nothing is shown, and hiding would crash
     Ending.Finish();
     if (bHides)
-        Widget.hide();
+        Try([&] { Widget.hide(); });
 }
 
 int COperations::UnInitialDevice(int nDeviceType) const

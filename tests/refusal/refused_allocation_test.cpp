@@ -58,6 +58,8 @@ constexpr KnownPlace knownPlaces[] = {
     {"15QImageIOHandlerC", "12QImageReader", "the reader makes its handler under that lock"},
     {"libQt5Gui.so.5(+", "12QImageWriter", "the same, in functions without a name"},
     {"libQt5Gui.so.5(+", "12QImageReader", "the same, in functions without a name"},
+    {"libqjpeg.so(", "12QImageWriter", "the plugin's part of the same"},
+    {"libqjpeg.so(", "12QImageReader", "the plugin's part of the same"},
     // Its containers and buffers write through the null pointer instead.
     {"libQt5Gui.so.5(+", "19QRasterPaintEngine", "the rasteriser's buffers grow unchecked"},
     {"libQt5Gui.so.5(+", "10QPdfEngine", "the writer's lists grow unchecked"},
@@ -513,6 +515,8 @@ std::vector<Operation> allOperations()
              demand(!Library::instance().signWidget, "a pad that failed to open is still there");
              demand(s.startOnly(), "the pad cannot be opened afterwards");
          }},
+        {"UnInitialDevice", EndsItself, nothing, [](Subject& s) { s.result = s.api.UnInitialDevice(s.type); },
+         [](Subject& s) { demand(s.result == 0, "result " + std::to_string(s.result)); }},
         callOperation("SecondInitialDevice", Plain, {1}, [](Subject& s) { return int{s.startOnly()}; }),
 
         // ---- pen and keys
