@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <thread>
 
 #define EAGER_EXPORT extern "C" __attribute__((visibility("default")))
@@ -26,8 +27,12 @@ using Stop = void (*)(PenCallback, FingerprintCallback);
 Stop insideStop = nullptr;
 unsigned char print[208 * 288];
 
+// Samples come one after the other, whichever thread brings them.
+std::mutex oneAtATime;
+
 int stroke(int length)
 {
+    const std::lock_guard lock(oneAtATime);
     int calls = 0;
     for (int i = 0; i <= length; ++i, ++calls)
         penCallback(3000 + 40 * i, 3000 + 20 * i, 200, i == 0 ? 0 : 1);

@@ -8,6 +8,8 @@
 #include "signcore/signobject.h"
 
 #include <atomic>
+#include <memory>
+#include <thread>
 
 namespace scribera::test {
 namespace {
@@ -123,6 +125,39 @@ TEST_P(SignObject, AsksTheDriverForTheSecureIdWhileThereIsOne)
         m_object->Shutdown();
     }
     EXPECT_EQ(ask(), -1);
+}
+
+// Whoever comes when the object is closed is not counted: the end waits for those who were inside, and for
+// nobody else.
+TEST_P(SignObject, EndsThoughSomebodyWhoCameTooLateStays)
+{
+    m_simulator.close();
+    std::atomic<bool> inside = false;
+    std::atomic<bool> leaves = false;
+    std::atomic<bool> ended = false;
+    std::thread user([&] {
+        const CLiveObject::CUse use;
+        inside = true;
+        while (!leaves)
+            std::this_thread::yield();
+    });
+    EXPECT_TRUE(waitUntil([&] { return inside.load(); }));
+    std::thread ender([&] {
+        const CLiveObject::CEnding ending(*m_object);
+        m_object->Shutdown();
+        ended = true;
+    });
+    auto late = std::make_unique<CLiveObject::CUse>();
+    while (late->Object()) {
+        late.reset();
+        late = std::make_unique<CLiveObject::CUse>();
+    }
+    EXPECT_FALSE(ended);
+    leaves = true;
+    EXPECT_TRUE(waitUntil([&] { return ended.load(); }));
+    late.reset();
+    user.join();
+    ender.join();
 }
 
 INSTANTIATE_TEST_SUITE_P(, SignObject, testing::ValuesIn(casesOf(Kind::Windowless)), caseName);
