@@ -61,7 +61,7 @@ constexpr KnownPlace knownPlaces[] = {
     {"libqjpeg.so(", "12QImageWriter", "the plugin's part of the same"},
     {"libqjpeg.so(", "12QImageReader", "the plugin's part of the same"},
     // Its containers and buffers write through the null pointer instead.
-    {"libQt5Gui.so.5(+", "19QRasterPaintEngine", "the rasteriser's buffers grow unchecked"},
+    {"libQt5Gui.so.5(+", "18QRasterPaintEngine", "the rasteriser's buffers grow unchecked"},
     {"libQt5Gui.so.5(+", "10QPdfEngine", "the writer's lists grow unchecked"},
     {"libQt5Gui.so.5(+", "12QPainterPath", "a path's list grows unchecked"},
     {"libQt5Gui.so.5(+", "7QRegion", "a region's list grows unchecked"},
@@ -527,11 +527,19 @@ std::vector<Operation> allOperations()
             },
             false),
         penOperation(
+            "PenMove",
+            [](const PadModel& m) {
+                return std::vector<ScrSimSample>{sampleAt(m, {0.7, 0.3}, PenMove)};
+            },
+            true),
+        penOperation(
             "PenUp",
             [](const PadModel& m) {
                 return std::vector<ScrSimSample>{sampleAt(m, {0.7, 0.3}, PenUp)};
             },
             true),
+        penOperation(
+            "Stroke", [](const PadModel& m) { return wave(m, 20); }, false),
         keyOperation("ConfirmKey", ConfirmKeyDown),
         keyOperation("CancelKey", CancelKeyDown),
         callOperation("SetPenWidth", Plain, {0}, [](Subject& s) { return s.api.SetPenWidth(s.type, 7); }),
@@ -623,7 +631,24 @@ std::vector<Operation> allOperations()
         {"FreeText", Plain, [](Subject& s) { s.text = s.api.PacketsBase64Encode(s.type, ImageBmp); },
          [](Subject& s) { s.api.PacketsBase64EncodeFree(s.type, s.text); }, nothing},
 
+        // ---- the window
+        // The host's own resize() is Qt's affair; what arrives at the pad's widget is the event.
+        {"ResizeEvent", Draws | NeedsWidget | MakesCanvas,
+         [](Subject& s) {
+             s.signWidget = s.parent->findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+             demand(s.signWidget != nullptr, "there is no widget");
+             s.resizeEvent = std::make_unique<QResizeEvent>(s.signWidget->size(), QSize(160, 120));
+         },
+         [](Subject& s) { QCoreApplication::sendEvent(s.signWidget, s.resizeEvent.get()); }, nothing},
+
         // ---- the print
+        {"Fingerprint", Draws | NeedsPrint, preparePrint, sendPreparedPrint, nothing},
+        {"FingerprintElsewhere", Draws | NeedsPrint,
+         [](Subject& s) {
+             demand(place(s, s.otherWindow.get(), 5, 5, 20, 20) == 0, "no place for the print");
+             preparePrint(s);
+         },
+         sendPreparedPrint, nothing},
         callOperation("PlaceOnCanvas", NeedsPrint | NeedsWidget, {0, -1, -2},
                       [](Subject& s) { return place(s, s.parent.get(), 5, 5, 20, 20); }),
         callOperation("PlaceElsewhere", NeedsPrint, {0, -1, -2, -8},
@@ -634,6 +659,21 @@ std::vector<Operation> allOperations()
              if (s.api.GetTotalPacketsNumber(s.type) == -8)
                  none(s);
          }},
+        {"MoveOverPrint", Draws | NeedsPrint,
+         [](Subject& s) {
+             s.sendPrint(10);
+             s.sign({sampleAt(*s.padCase.model, {0.2, 0.2}, PenDown)});
+             s.samples = {sampleAt(*s.padCase.model, {0.7, 0.7}, PenMove)};
+             s.driverThread.prepare([&s] {
+                 for (const ScrSimSample& one : s.samples)
+                     s.pen(one.x, one.y, one.pressure, one.penStatus);
+             });
+         },
+         [](Subject& s) {
+             s.driverThread.start();
+             s.driverThread.wait();
+         },
+         [](Subject& s) { s.expect(s.samples); }},
         {"SaveSvgWithPrint", NeedsPrint | Draws,
          [](Subject& s) {
              s.sendPrint(10);
