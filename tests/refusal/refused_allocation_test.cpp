@@ -60,8 +60,10 @@ constexpr KnownPlace knownPlaces[] = {
     {"libQt5Gui.so.5(+", "12QImageReader", "the same, in functions without a name"},
     {"libqjpeg.so(", "12QImageWriter", "the plugin's part of the same"},
     {"libqjpeg.so(", "12QImageReader", "the plugin's part of the same"},
+    {"jinit_memory_mgr", "12QImageReader", "the plugin jumps to where it has not been yet"},
     // Its containers and buffers write through the null pointer instead.
     {"libQt5Gui.so.5(+", "18QRasterPaintEngine", "the rasteriser's buffers grow unchecked"},
+    {"7QBezier", "18QRasterPaintEngine", "the same"},
     {"libQt5Gui.so.5(+", "10QPdfEngine", "the writer's lists grow unchecked"},
     {"libQt5Gui.so.5(+", "12QPainterPath", "a path's list grows unchecked"},
     {"libQt5Gui.so.5(+", "7QRegion", "a region's list grows unchecked"},
@@ -78,7 +80,8 @@ constexpr KnownPlace knownPlaces[] = {
 // Whether this line is the allocation's own: malloc() and operator new, and the growth of Qt's containers.
 bool onlyAllocates(const std::string& line)
 {
-    for (const char* name : {"refusal_tests(", "(_Zn", "_ZN10QArrayData", "_ZN9QListData"}) {
+    for (const char* name :
+         {"refusal_tests(", "(_Zn", "_ZN10QArrayData", "_ZN9QListData", "17fromLatin1_helper"}) {
         if (line.find(name) != std::string::npos)
             return true;
     }
