@@ -2,8 +2,8 @@
 #include "benchmarks.h"
 #include "host/stroke_hint.h"
 #include "pad.h"
-#include "signcore/boundingbox.h"
-#include "signcore/signcanvas.h"
+#include "export/boundingbox.h"
+#include "canvas/signcanvas.h"
 
 #include <QBuffer>
 #include <QFile>

@@ -20,11 +20,9 @@ constexpr int FingerprintSize = 208 * 288;
 
 } // namespace
 
-const std::vector<Model> models = {{"K210", SCK210_DEVICE},
-                                   {"K420", SCK420_DEVICE},
-                                   {"K421B", SCK421B_DEVICE},
-                                   {"KM730", SCKM730_DEVICE},
-                                   {"T580", SCT580_DEVICE}};
+#define MODEL(name) {#name, SC##name##_DEVICE},
+const std::vector<Model> models = {SCRIBERA_FAMILIES(MODEL)};
+#undef MODEL
 
 const std::vector<QSize> canvasSizes = {{400, 200}, {800, 400}, {1920, 960}};
 

@@ -44,12 +44,12 @@ install(TARGETS scribera-ink scribera-virtual-pad scribera-demo-host
 file(RELATIVE_PATH SCRIBERA_LIBRARY_OF_PROGRAMS /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
 set_target_properties(scribera-demo-host PROPERTIES INSTALL_RPATH "\$ORIGIN/${SCRIBERA_LIBRARY_OF_PROGRAMS}")
 install(TARGETS scriberadrv LIBRARY DESTINATION ${SCRIBERA_DRIVER_DIR} COMPONENT tools)
-install(FILES simulator/scriberasim.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT tools)
-install(DIRECTORY simulator/recordings DESTINATION ${SCRIBERA_DATA_DIR} COMPONENT tools
+install(FILES drivers/simulator/scriberasim.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT tools)
+install(DIRECTORY drivers/simulator/recordings DESTINATION ${SCRIBERA_DATA_DIR} COMPONENT tools
     FILES_MATCHING PATTERN "*.rec")
-install(FILES simulator/virtualpad/scribera-virtual-pad.svg examples/qt-host/scribera-demo-host.svg
+install(FILES drivers/simulator/virtualpad/scribera-virtual-pad.svg examples/qt-host/scribera-demo-host.svg
     DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT tools)
-install(FILES simulator/virtualpad/scribera-virtual-pad.desktop examples/qt-host/scribera-demo-host.desktop
+install(FILES drivers/simulator/virtualpad/scribera-virtual-pad.desktop examples/qt-host/scribera-demo-host.desktop
     DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT tools)
 # The hosts of the demo, so that an installation shows itself.
 install(TARGETS sign_on_every_pad carry_away place_fingerprints

@@ -25,11 +25,12 @@ struct Model
 };
 
 inline constexpr int kCanvasHeight = 400;
-inline constexpr Model kModels[] = {{"K210", SCK210_DEVICE, 660},
-                                    {"K420", SCK420_DEVICE, 708},
-                                    {"K421B", SCK421B_DEVICE, 737},
-                                    {"KM730", SCKM730_DEVICE, 594},
-                                    {"T580", SCT580_DEVICE, 594}};
+#define MODEL(name)                                                                                          \
+    {#name, SC##name##_DEVICE,                                                                               \
+     (kCanvasHeight * SCRIBERA_AREA_WIDTH_##name + SCRIBERA_AREA_HEIGHT_##name / 2) /                        \
+         SCRIBERA_AREA_HEIGHT_##name},
+inline constexpr Model kModels[] = {SCRIBERA_FAMILIES(MODEL)};
+#undef MODEL
 
 // Ends the program with one line.
 template <typename... Words>

@@ -257,6 +257,33 @@ enum
     SCK421B_DEVICE = 7  /**< SCK421B_ functions. */
 };
 
+/**
+ * All families, for code that treats them alike: each is named to X by its model, so that X(K210) can make
+ * SCK210_DEVICE and SCK210_InitialDevice of it. The two shorter lists are those with a screen of
+ * its own, which have OpenLCD, GetHWPenID and DisplayHWVersion, and those with a fingerprint reader.
+ */
+#define SCRIBERA_FAMILIES(X) X(K210) X(K420) X(K421B) X(KM730) X(T580)
+#define SCRIBERA_FAMILIES_WITH_SCREEN(X) X(K210) X(K420) X(K421B)
+#define SCRIBERA_FAMILIES_WITH_FINGERPRINT(X) X(K421B)
+
+/**
+ * Size of each pad's writing area in pad units, the same that getDeviceInfo tells once the pad is open: a
+ * canvas of these proportions shows a signature as it was written.
+ */
+enum
+{
+    SCRIBERA_AREA_WIDTH_K210 = 2360,
+    SCRIBERA_AREA_HEIGHT_K210 = 1430,
+    SCRIBERA_AREA_WIDTH_K420 = 2300,
+    SCRIBERA_AREA_HEIGHT_K420 = 1300,
+    SCRIBERA_AREA_WIDTH_K421B = 21170,
+    SCRIBERA_AREA_HEIGHT_K421B = 11490,
+    SCRIBERA_AREA_WIDTH_KM730 = 29870,
+    SCRIBERA_AREA_HEIGHT_KM730 = 20120,
+    SCRIBERA_AREA_WIDTH_T580 = 29870,
+    SCRIBERA_AREA_HEIGHT_T580 = 20120
+};
+
 /** Result codes that have a name. -1 and -8 have none; see "Results" above. */
 enum
 {

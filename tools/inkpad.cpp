@@ -1,32 +1,21 @@
 #include "inkpad.h"
 
 #include <algorithm>
-#include <iterator>
-
-namespace {
-
-constexpr const CPadModel* Pads[] = {&g_PadK210, &g_PadK420, &g_PadK421B, &g_PadKM730, &g_PadT580};
-
-// "SCK210_" is the family of the K210.
-QString nameOf(const CPadModel& pad)
-{
-    return QString::fromLatin1(pad.m_pszFamily).mid(2).chopped(1);
-}
-
-} // namespace
 
 QStringList padNames()
 {
     QStringList names;
-    for (const CPadModel* pad : Pads)
-        names += nameOf(*pad);
+    for (const CPadModel* pad : AllPads())
+        names += QLatin1String(pad->m_pszName);
     return names;
 }
 
 const CPadModel* padNamed(const QString& name)
 {
-    const auto found = std::find_if(std::begin(Pads), std::end(Pads), [&name](const CPadModel* pad) {
-        return name == nameOf(*pad) || name == QLatin1String("SC") + nameOf(*pad);
+    const auto pads = AllPads();
+    const auto found = std::find_if(pads.begin(), pads.end(), [&name](const CPadModel* pad) {
+        return name == QLatin1String(pad->m_pszName) ||
+               name == QLatin1String("SC") + QLatin1String(pad->m_pszName);
     });
-    return found == std::end(Pads) ? nullptr : *found;
+    return found == pads.end() ? nullptr : *found;
 }

@@ -1,7 +1,7 @@
 // The pad that a stream was written on, which the stream itself does not name.
 #pragma once
 
-#include "signcore/padmodel.h"
+#include "model/padmodel.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,9 +1,9 @@
 #include "inkto.h"
 
+#include "export/svgdrawing.h"
 #include "failures.h"
 #include "inksummary.h"
-#include "signcore/pensetup.h"
-#include "signcore/svgdrawing.h"
+#include "pen/pensetup.h"
 #include "simulator/recording.h"
 
 #include <cstdint>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ink/inkpoints.h"
-#include "signcore/padmodel.h"
+#include "model/padmodel.h"
 
 #include <QByteArray>
 #include <QColor>

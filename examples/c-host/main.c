@@ -42,18 +42,27 @@ typedef struct PadFamily
     void (*freeEncoded)(int, char*);
 } PadFamily;
 
-#define PAD_FAMILY(model, width)                                                                             \
-    SC##model##_DEVICE, #model, width, SC##model##_InitialDevice, SC##model##_UnInitialDevice,               \
-        SC##model##_SignatureStatusCallback, SC##model##_RealTimeSignatureDataCallback,                      \
-        SC##model##_GetTotalPacketsNumber, SC##model##_SetSaveCenterImageClip, SC##model##_SaveDrawingImage, \
-        SC##model##_PacketsBase64Encode, SC##model##_PacketsBase64EncodeFree
+enum
+{
+    CANVAS_HEIGHT = 400
+};
 
-static const int canvasHeight = 400;
-static const PadFamily families[] = {{PAD_FAMILY(K210, 660)},
-                                     {PAD_FAMILY(K420, 708)},
-                                     {PAD_FAMILY(K421B, 737)},
-                                     {PAD_FAMILY(KM730, 594)},
-                                     {PAD_FAMILY(T580, 594)}};
+#define PAD_FAMILY(model)                                                                                    \
+    {SC##model##_DEVICE,                                                                                     \
+     #model,                                                                                                 \
+     (CANVAS_HEIGHT * SCRIBERA_AREA_WIDTH_##model + SCRIBERA_AREA_HEIGHT_##model / 2) /                      \
+         SCRIBERA_AREA_HEIGHT_##model,                                                                       \
+     SC##model##_InitialDevice,                                                                              \
+     SC##model##_UnInitialDevice,                                                                            \
+     SC##model##_SignatureStatusCallback,                                                                    \
+     SC##model##_RealTimeSignatureDataCallback,                                                              \
+     SC##model##_GetTotalPacketsNumber,                                                                      \
+     SC##model##_SetSaveCenterImageClip,                                                                     \
+     SC##model##_SaveDrawingImage,                                                                           \
+     SC##model##_PacketsBase64Encode,                                                                        \
+     SC##model##_PacketsBase64EncodeFree},
+
+static const PadFamily families[] = {SCRIBERA_FAMILIES(PAD_FAMILY)};
 
 static const char* const suffixes[] = {[EBITI_BITMAP] = ".bmp", [EBITI_JPG] = ".jpg", [EBITI_PNG] = ".png",
                                        [EBITI_INK] = ".ink",    [EBITI_PDF] = ".pdf", [EBITI_SVG] = ".svg"};
@@ -195,7 +204,7 @@ int main(int argc, char* argv[])
     for (int i = first; i < argc; ++i)
         if (imageTypeOf(argv[i]) == 0)
             return fail(WRONG_USAGE, "neither an option nor a kind of file (see --help): ", argv[i]);
-    if (!pad->initialDevice(pad->deviceType, NULL, 0, 0, pad->canvasWidth, canvasHeight))
+    if (!pad->initialDevice(pad->deviceType, NULL, 0, 0, pad->canvasWidth, CANVAS_HEIGHT))
         return fail(FAILED, "no pad (is it plugged in, and ./libscriberadrv.so there?): ", pad->name);
     int code = waitForKey(pad, seconds);
     if (code == SIGNED)

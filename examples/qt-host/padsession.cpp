@@ -33,20 +33,27 @@ struct PadFamily
 };
 
 #define PAD_FAMILY(model)                                                                                    \
-    PadFamily                                                                                                \
-    {                                                                                                        \
-#model, SC##model##_DEVICE, SC##model##_InitialDevice, SC##model##_UnInitialDevice,                  \
-            SC##model##_Clear, SC##model##_getDeviceInfo, SC##model##_GetHWPadID, SC##model##_SetPenStyle,   \
-            SC##model##_SetPenWidth, SC##model##_SetPenColor, SC##model##_SignatureStatusCallback,           \
-            SC##model##_RealTimeSignatureDataCallback, SC##model##_GetTotalPacketsNumber,                    \
-            SC##model##_SetSaveCenterImageClip, SC##model##_SaveDrawingImage,                                \
-            SC##model##_PacketsBase64Encode, SC##model##_PacketsBase64EncodeFree                             \
-    }
+    {#model,                                                                                                 \
+     SC##model##_DEVICE,                                                                                     \
+     SC##model##_InitialDevice,                                                                              \
+     SC##model##_UnInitialDevice,                                                                            \
+     SC##model##_Clear,                                                                                      \
+     SC##model##_getDeviceInfo,                                                                              \
+     SC##model##_GetHWPadID,                                                                                 \
+     SC##model##_SetPenStyle,                                                                                \
+     SC##model##_SetPenWidth,                                                                                \
+     SC##model##_SetPenColor,                                                                                \
+     SC##model##_SignatureStatusCallback,                                                                    \
+     SC##model##_RealTimeSignatureDataCallback,                                                              \
+     SC##model##_GetTotalPacketsNumber,                                                                      \
+     SC##model##_SetSaveCenterImageClip,                                                                     \
+     SC##model##_SaveDrawingImage,                                                                           \
+     SC##model##_PacketsBase64Encode,                                                                        \
+     SC##model##_PacketsBase64EncodeFree},
 
 namespace {
 
-const PadFamily families[] = {PAD_FAMILY(K210), PAD_FAMILY(K420), PAD_FAMILY(K421B), PAD_FAMILY(KM730),
-                              PAD_FAMILY(T580)};
+const PadFamily families[] = {SCRIBERA_FAMILIES(PAD_FAMILY)};
 
 constexpr int clipMargin = 12; // pixels around the ink
 constexpr ExportSettings wholePicture{EBITI_BITMAP, 300, false};

@@ -28,7 +28,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 SAMPLES = ROOT / "docs" / "samples"
-RECORDING = ROOT / "simulator" / "recordings" / "initials.rec"
+RECORDING = ROOT / "drivers" / "simulator" / "recordings" / "initials.rec"
 WATCHDOG_SECONDS = 240
 
 failures: list[str] = []

@@ -22,6 +22,7 @@
 #include <QApplication>
 #include <QEvent>
 
+#include "model/padmodel.h"
 #include "surroundings.h"
 
 extern char** environ;
@@ -34,18 +35,32 @@ namespace fs = std::filesystem;
 
 const std::vector<PadModel>& padModels()
 {
-    static const std::vector<PadModel> models = {
-        {"K210", "SCK210_", "SCK210_DEVICE", 2, "CK210SignWidget", "CK210SignObj", "SCK210",
-         "RxK210SignPadRawData", 160, 220, 2360, 1430, 2048, true, true, true, false},
-        {"K420", "SCK420_", "SCK420_DEVICE", 5, "CK420SignWidget", "CK420SignObj", "SCK420",
-         "RxK420SignPadRawData", 200, 200, 2300, 1300, 2048, true, true, true, false},
-        {"K421B", "SCK421B_", "SCK421B_DEVICE", 7, "CK421BSignWidget", "CK421BSignObj", "SCK421B",
-         "RxK421BSignPadRawData", 2050, 1750, 21170, 11490, 2048, false, true, true, true},
-        {"KM730", "SCKM730_", "SCKM730_DEVICE", 3, "CKM730SignWidget", "CKM730SignObj", "SCKM730",
-         "RxKM730SignPadRawData", 550, 180, 29870, 20120, 8192, true, false, false, false},
-        {"T580", "SCT580_", "SCT580_DEVICE", 4, "CT580SignWidget", "CT580SignObj", "SCT580",
-         "RxT580SignPadRawData", 550, 180, 29870, 20120, 8192, true, false, false, false},
-    };
+    static const std::vector<PadModel> models = [] {
+        std::vector<PadModel> list;
+        for (const CPadModel* row : AllPads()) {
+            const std::string name = row->m_pszName;
+            list.push_back({
+                .name = name,
+                .prefix = "SC" + name + "_",
+                .deviceName = "SC" + name + "_DEVICE",
+                .deviceType = row->m_nDeviceType,
+                .widgetClass = "C" + name + "SignWidget",
+                .windowlessClass = "C" + name + "SignObj",
+                .modelText = "SC" + name,
+                .handler = "Rx" + name + "SignPadRawData",
+                .originX = row->m_nPadOriginX,
+                .originY = row->m_nPadOriginY,
+                .areaWidth = row->m_nAreaWidth,
+                .areaHeight = row->m_nAreaHeight,
+                .maxPressure = row->m_nInitialMaxPressure,
+                .pressureByMember = row->m_nFixedPressureLimit == 0,
+                .keyAtRelease = row->m_eKeyRule == EKeyRule::AtRelease,
+                .hasScreen = row->m_bHasScreen,
+                .hasFingerprint = row->m_bHasFingerprint,
+            });
+        }
+        return list;
+    }();
     return models;
 }
 
@@ -757,7 +772,7 @@ QWidget* Pad::signWidget()
     if (!m_parent)
         return nullptr;
     for (QWidget* child : m_parent->findChildren<QWidget*>()) {
-        if (std::strcmp(child->metaObject()->className(), m_case.model->widgetClass) == 0)
+        if (std::strcmp(child->metaObject()->className(), m_case.model->widgetClass.c_str()) == 0)
             return child;
     }
     return nullptr;

@@ -35,14 +35,14 @@ enum class Kind
 
 struct PadModel
 {
-    const char* name;   // K210; also how the tests call it
-    const char* prefix; // SCK210_
-    const char* deviceName;
+    std::string name;   // K210; also how the tests call it
+    std::string prefix; // SCK210_
+    std::string deviceName;
     int deviceType;
-    const char* widgetClass;
-    const char* windowlessClass;
-    const char* modelText; // what the pad itself reports
-    const char* handler;   // method that takes raw samples
+    std::string widgetClass;
+    std::string windowlessClass;
+    std::string modelText; // what the pad itself reports
+    std::string handler;   // method that takes raw samples
     int originX;           // writing area, in pad units
     int originY;
     int areaWidth;
@@ -64,7 +64,7 @@ struct PadCase
     Kind kind = Kind::Windowless;
 
     bool isWidget() const { return kind == Kind::Widget; }
-    const char* className() const { return isWidget() ? model->widgetClass : model->windowlessClass; }
+    const std::string& className() const { return isWidget() ? model->widgetClass : model->windowlessClass; }
     std::string method(const std::string& name) const;   // log label of a method: "CK210SignObj::Shutdown()"
     std::string exported(const std::string& name) const; // log label of a function: "SCK210_Clear()"
     std::string name() const;                            // "K210Windowless"

@@ -34,7 +34,7 @@ TEST_P(Lifecycle, StartMakesOneObjectOfTheFamilyAndStopTakesItAway)
     EXPECT_EQ(library().useSignObj != 0, !padCase().isWidget());
     if (padCase().isWidget()) {
         ASSERT_NE(pad().signWidget(), nullptr);
-        EXPECT_STREQ(pad().signWidget()->metaObject()->className(), model().widgetClass);
+        EXPECT_STREQ(pad().signWidget()->metaObject()->className(), model().widgetClass.c_str());
         EXPECT_EQ(static_cast<void*>(pad().signWidget()), library().signWidget);
     }
     EXPECT_EQ(pad().stop(), 0);

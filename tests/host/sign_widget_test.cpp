@@ -190,7 +190,8 @@ public:
     }
     bool eventFilter(QObject* object, QEvent* event) override
     {
-        const bool isWidget = std::strcmp(object->metaObject()->className(), m_model.widgetClass) == 0;
+        const bool isWidget =
+            std::strcmp(object->metaObject()->className(), m_model.widgetClass.c_str()) == 0;
         if (isWidget && event->type() == QEvent::Resize)
             hasSize = true;
         if (isWidget && event->type() == QEvent::Polish && !hasSize && !isSent) {

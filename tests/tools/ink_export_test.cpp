@@ -27,16 +27,21 @@ struct Family
     decltype(&SCK210_PacketsBase64EncodeFree) free;
 };
 
-#define FAMILY(name, prefix)                                                                                 \
-    Family                                                                                                   \
-    {                                                                                                        \
-        name, prefix##_DEVICE, prefix##_InitialDevice, prefix##_UnInitialDevice, prefix##_SetPenWidth,       \
-            prefix##_SetPenColor, prefix##_Clear, prefix##_GetTotalPacketsNumber, prefix##_getPackets,       \
-            prefix##_SaveDrawingImage, prefix##_PacketsBase64Encode, prefix##_PacketsBase64EncodeFree        \
-    }
+#define FAMILY(Model)                                                                                        \
+    {#Model,                                                                                                 \
+     SC##Model##_DEVICE,                                                                                     \
+     SC##Model##_InitialDevice,                                                                              \
+     SC##Model##_UnInitialDevice,                                                                            \
+     SC##Model##_SetPenWidth,                                                                                \
+     SC##Model##_SetPenColor,                                                                                \
+     SC##Model##_Clear,                                                                                      \
+     SC##Model##_GetTotalPacketsNumber,                                                                      \
+     SC##Model##_getPackets,                                                                                 \
+     SC##Model##_SaveDrawingImage,                                                                           \
+     SC##Model##_PacketsBase64Encode,                                                                        \
+     SC##Model##_PacketsBase64EncodeFree},
 
-const Family Families[] = {FAMILY("K210", SCK210), FAMILY("K420", SCK420), FAMILY("K421B", SCK421B),
-                           FAMILY("KM730", SCKM730), FAMILY("T580", SCT580)};
+const Family Families[] = {SCRIBERA_FAMILIES(FAMILY)};
 
 constexpr int Patience = 120'000;
 constexpr int Width = 640;

@@ -1,6 +1,6 @@
 // The box that clipped exports take, against its formula written out and Qt's own copy, for margins that
 // hosts set and for those that they should not.
-#include "signcore/boundingbox.h"
+#include "export/boundingbox.h"
 
 #include <QImage>
 

@@ -1,7 +1,7 @@
 // The pictures for the pad's own display, which nobody sees from outside.
 #include "fingerprint_reference.h"
 
-#include "signcore/fpintake.h"
+#include "fingerprint/fpintake.h"
 
 #include <algorithm>
 

@@ -2,8 +2,8 @@
 #include "fingerprint_reference.h"
 
 #include "scriberasdk.h"
-#include "signcore/boundingbox.h"
-#include "signcore/signcanvas.h"
+#include "export/boundingbox.h"
+#include "canvas/signcanvas.h"
 
 #include <iterator>
 #include <random>

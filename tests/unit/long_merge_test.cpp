@@ -4,7 +4,7 @@
 #include "fingerprint_reference.h"
 
 #include "scriberasdk.h"
-#include "signcore/signcanvas.h"
+#include "canvas/signcanvas.h"
 
 namespace scribera::test {
 namespace {

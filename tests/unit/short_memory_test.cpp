@@ -4,8 +4,8 @@
 
 #include "ink/inkpoints.h"
 #include "scriberasdk.h"
-#include "signcore/fppicture.h"
-#include "signcore/signcanvas.h"
+#include "fingerprint/fppicture.h"
+#include "canvas/signcanvas.h"
 
 #include <cstdlib>
 #include <new>

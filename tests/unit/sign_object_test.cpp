@@ -4,8 +4,8 @@
 
 #include "log/logfileutil.h"
 #include "sdk/family.h"
-#include "signcore/liveobject.h"
-#include "signcore/signobject.h"
+#include "signobject/liveobject.h"
+#include "signobject/signobject.h"
 
 #include <atomic>
 #include <memory>

@@ -1,7 +1,7 @@
 // SVG documents against what one generator writes for the same lines.
-#include "signcore/svgdrawing.h"
+#include "export/svgdrawing.h"
 
-#include "signcore/padmodel.h"
+#include "model/padmodel.h"
 
 #include "../host/stroke_hint.h"
 

@@ -1,5 +1,5 @@
 // White made transparent in one pass, against the steps that define it.
-#include "signcore/signexport.h"
+#include "export/imagefiles.h"
 
 #include <QColor>
 #include <QImage>

@@ -26,6 +26,7 @@ from enum import Enum, auto
 from typing import Any
 
 from ._errors import LibraryError
+from ._families import ROWS
 
 SUCCESS = 0
 REFUSED = -1
@@ -55,19 +56,13 @@ class Family:
     model: str
     prefix: str
     device_type: int
-    has_screen: bool = False  # and a pen id
-    has_fingerprint: bool = False
+    has_screen: bool  # and a pen id
+    has_fingerprint: bool
 
 
 FAMILIES: dict[str, Family] = {
-    family.model: family
-    for family in (
-        Family("K210", "SCK210_", 2, has_screen=True),
-        Family("K420", "SCK420_", 5, has_screen=True),
-        Family("K421B", "SCK421B_", 7, has_screen=True, has_fingerprint=True),
-        Family("KM730", "SCKM730_", 3),
-        Family("T580", "SCT580_", 4),
-    )
+    model: Family(model, f"SC{model}_", device_type, has_screen, has_fingerprint)
+    for model, device_type, has_screen, has_fingerprint in ROWS
 }
 """The supported pads by model name."""
 

@@ -1,0 +1,10 @@
+// Where widgets may be made and found.
+#pragma once
+
+class QWidget;
+
+// Whether the current thread may make and show widgets: there is a QApplication, and it lives here.
+bool IsGuiThread();
+
+// The widget of this process with the native window id; null when there is none, or off the GUI thread.
+QWidget* FindWidget(unsigned long long ullWId);

@@ -1,0 +1,57 @@
+// From a raw pen sample to stroke, key, stored point and notification.
+#pragma once
+
+#include "canvas/signcanvas.h"
+#include "ink/inkpoints.h"
+#include "pen/keyactions.h"
+#include "pen/pensetup.h"
+#include "pen/realtimedata.h"
+
+#include <optional>
+
+// The state machine behind the driver's pen callback. Runs on the driver's thread, which alone touches its
+// own members; what it works on is protected where it lives.
+class CPenPipeline
+{
+public:
+    CPenPipeline(const CObjectIdentity& Identity, const CPenSetup& PenSetup, CSignCanvas& Canvas,
+                 CInkPointList& Points, CKeyActions& KeyActions, const CRealTimeData& RealTimeData)
+        : m_Identity(Identity), m_PenSetup(PenSetup), m_Canvas(Canvas), m_Points(Points),
+          m_KeyActions(KeyActions), m_RealTimeData(RealTimeData)
+    {
+    }
+
+    // Takes one sample. Moves above nPressureLimit are refused.
+    void RxSignPadRawData(int nX, int nY, int nP, int nPenStatus, int nPressureLimit);
+
+private:
+    void PenDown(int nX, int nY, int nP);
+    void PenMove(int nX, int nY, int nP, int nPressureLimit);
+    void PenUp(int nX, int nY, int nP);
+    void KeyRelease();
+    void KeyDown(int nKey, const char* pszDownLine, const char* pszSkipLine);
+
+    void RememberUnmapped(const CPenState& Pen, int nX, int nY);
+    CCanvasSample Convert(const CPenState& Pen, int nX, int nY, int nP) const;
+    void StoreAndNotify(int nX, int nY, int nP) const;
+    CLogLabel SampleLabel() const { return m_Identity.Label(m_Identity.m_Model.m_pszRawDataFunction); }
+    CLogLabel KeyLabel() const { return m_Identity.Label(m_Identity.m_Model.m_pszKeyLineFunction); }
+
+    const CObjectIdentity& m_Identity;
+    const CPenSetup& m_PenSetup;
+    CSignCanvas& m_Canvas;
+    CInkPointList& m_Points;
+    CKeyActions& m_KeyActions;
+    const CRealTimeData& m_RealTimeData;
+
+    bool m_bPenDown = false;      // a stroke is in progress
+    int m_nPenDownKeyID = kNoKey; // the key that the pen is on
+
+    // The stroke's last raw point, while the canvas does not know it because there was no mapping.
+    struct CRawPoint
+    {
+        int m_nX;
+        int m_nY;
+    };
+    std::optional<CRawPoint> m_Unmapped;
+};

@@ -1,0 +1,170 @@
+#include "sdk/lifecycle.h"
+
+#include "canvas/drawing.h"
+#include "gui/guithread.h"
+#include "model/results.h"
+#include "signobj/signobj.h"
+#include "signwidget/signwidget.h"
+#include "sync/atomicmember.h"
+#include "sync/attempt.h"
+#include "sync/callbackscope.h"
+
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+
+namespace {
+
+using EAnswer = CLiveObject::CStart::EAnswer;
+
+// A host may exit while a pen signs. Qt destroys its global objects in the opposite order of their making, so
+// drawing makes those it needs first and the gate, which is closed before any of them goes, is registered
+// after.
+void PrepareForExit()
+{
+    static std::once_flag s_Once;
+    std::call_once(s_Once, [] {
+        WarmUpDrawing();
+        std::atexit([] { CLiveObject::CloseForExit(); });
+    });
+}
+
+} // namespace
+
+// What both ways of starting share: the flag, and the lines of those that end here.
+EAnswer CLifeCycle::BeginStart(const CLogLabel& Label, CLiveObject::CStart& Start, bool bWindowless)
+{
+    const auto ShowKind = [bWindowless] {
+        if (bWindowless)
+            StoreShared<unsigned char>(g_bUseSignObj, 1);
+    };
+    // The flag comes before the test: hosts see the kind that they asked for last.
+    ShowKind();
+    // A callback meets no live object only while UnInitialDevice waits for it. What it started then would be
+    // in the way of that end.
+    const EAnswer eAnswer = Start.Begin(!CCallbackScope::IsActive());
+    switch (eAnswer) {
+    case EAnswer::Begun:
+        ShowKind(); // once more, since the end that was waited for has taken it back
+        break;
+    case EAnswer::AlreadyLive:
+        SCR_LOG(Label, "<%ld>-leave with true due to g_pSignWidget already created !");
+        break;
+    case EAnswer::Refused:
+        SCR_LOG(Label, "<%ld>-leave with false due to (called inside a callback) !");
+        break;
+    }
+    return eAnswer;
+}
+
+bool CLifeCycle::StartObject(const CLogLabel& Label, CLiveObject::CStart& Start,
+                             const CRequest& Request) const
+{
+    PrepareForExit();
+    bool bRet = false;
+    // Out of memory, what there is of the object goes the way of any failed start.
+    bRet = Attempt([&] { bRet = MakeAndConnect(Start, Request); }) && bRet;
+    Start.Finish();
+    if (!bRet)
+        UnInitialDevice(m_Model.m_nDeviceType);
+    SCR_LOG(Label, "<%ld>-leave with bRet=%d !", bRet);
+    return bRet;
+}
+
+bool CLifeCycle::MakeAndConnect(CLiveObject::CStart& Start, const CRequest& Request) const
+{
+    bool bRet = false;
+    CSignWidget* pWidget = nullptr;
+    {
+        // What the host does meanwhile on this thread, in a callback or an event, must not wait for this.
+        const CCallbackScope Scope;
+        if (Request.m_bWindowless) {
+            // Published, it belongs to the live object until it is ended.
+            CSignObj* const pObject = MakeSignObj(m_Model, Request.m_nWidth, Request.m_nHeight).release();
+            Start.Publish(*pObject, pObject->Identity(), pObject);
+            bRet = pObject->IsDeviceConnected();
+        } else if (IsGuiThread()) {
+            pWidget = MakeSignWidget(m_Model, Request.m_pParentWidget).release();
+            Start.Publish(*pWidget, pWidget->Identity(), static_cast<QWidget*>(pWidget));
+            bRet = pWidget->IsDeviceConnected();
+        }
+    }
+    if (bRet && pWidget) {
+        Start.Finish();
+        pWidget->setGeometry(RectFromHost(Request.m_nX, Request.m_nY, Request.m_nWidth, Request.m_nHeight));
+        pWidget->show();
+        pWidget->ResizeUnderInvisibleParentWidget(Request.m_nWidth, Request.m_nHeight);
+    }
+    return bRet;
+}
+
+bool CLifeCycle::InitialDevice(int nDeviceType, QWidget* pParentWidget, int nX, int nY, int nWidth,
+                               int nHeight) const
+{
+    const CLogLabel L = Label("InitialDevice()");
+    SCR_LOG(L, "<%ld>-Enter, nDeviceType=%d, pParentWidget=%lx, nX=%d, nY=%d, nWidth=%d, nHeight=%d",
+            nDeviceType, AsHex(pParentWidget), nX, nY, nWidth, nHeight);
+    if (!AcceptsDevice(L, nDeviceType, kLeaveFalse))
+        return false;
+    CLiveObject::CStart Start;
+    if (const EAnswer eAnswer = BeginStart(L, Start, pParentWidget == nullptr); eAnswer != EAnswer::Begun)
+        return eAnswer == EAnswer::AlreadyLive;
+    // A flag left set by an earlier windowless use decides even when there is a parent.
+    const bool bWindowless = LoadShared(g_bUseSignObj) != 0;
+    return StartObject(L, Start, {pParentWidget, bWindowless, nX, nY, nWidth, nHeight});
+}
+
+bool CLifeCycle::InitialDeviceByWId(int nDeviceType, unsigned long long ullWId, int nX, int nY, int nWidth,
+                                    int nHeight) const
+{
+    const CLogLabel L = Label("InitialDeviceByWId()");
+    SCR_LOG(L, "<%ld>-Enter, nDeviceType=%d, nX=%d, nY=%d, nWidth=%d, nHeight=%d", nDeviceType, nX, nY,
+            nWidth, nHeight);
+    if (!AcceptsDevice(L, nDeviceType, kLeaveFalse))
+        return false;
+    CLiveObject::CStart Start;
+    if (const EAnswer eAnswer = BeginStart(L, Start, ullWId == 0); eAnswer != EAnswer::Begun)
+        return eAnswer == EAnswer::AlreadyLive;
+    const bool bWindowless = LoadShared(g_bUseSignObj) != 0;
+    QWidget* const pParentWidget = bWindowless ? nullptr : FindWidget(ullWId);
+    if (!bWindowless && !pParentWidget) {
+        SCR_LOG(L, "<%ld>-leave with false due to (g_pSignWidget == nullptr) !");
+        return false;
+    }
+    return StartObject(L, Start, {pParentWidget, bWindowless, nX, nY, nWidth, nHeight});
+}
+
+// The window that owns the widget may go as soon as the end is over, on its own thread. Hiding comes last,
+// when everything is closed, since it lets the host run.
+void CLifeCycle::EndWidget(CLiveObject::CEnding& Ending, CSignWidget& Widget)
+{
+    // What Qt gets no memory for stays until the window goes. The pad ends all the same.
+    Attempt([&] { Widget.deleteLater(); });
+    const bool bHides = IsGuiThread(); // without an application nothing is shown, and hiding would crash
+    Ending.Finish();
+    if (bHides)
+        Attempt([&] { Widget.hide(); });
+}
+
+int CLifeCycle::UnInitialDevice(int nDeviceType) const
+{
+    const CLogLabel L = Label("UnInitialDevice()");
+    SCR_LOG(L, "<%ld>-Enter, nDeviceType=%d", nDeviceType);
+    if (!AcceptsDevice(L, nDeviceType, kLeaveResult))
+        return ARI_INVALID_PARAMETERS;
+    if (CCallbackScope::IsActive()) {
+        // It would wait for the very thread that it runs on.
+        SCR_LOG(L, "<%ld>-leave with nResult=-1 due to (called inside a callback) !");
+        return kNoObject;
+    }
+    CLiveObject::CEnding Ending(m_Model);
+    if (CSignObject* const pObject = Ending.Object()) {
+        pObject->Shutdown();
+        if (pObject->Identity().IsWidget())
+            EndWidget(Ending, *static_cast<CSignWidget*>(pObject));
+        else
+            delete pObject;
+    }
+    SCR_LOG(L, "<%ld>-leave with ARI_SUCCESS...");
+    return ARI_SUCCESS;
+}
