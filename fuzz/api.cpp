@@ -4,7 +4,7 @@
 
 #include "fuzzer.h"
 #include "scriberasdk.h"
-#include "scriberasim.h"
+#include "simclient.h"
 
 #include <algorithm>
 #include <array>
@@ -205,26 +205,8 @@ const std::array<Family, 5> families = makeFamilies();
 
 // ---- the pad
 
-struct Pad
-{
-    decltype(&::ScrSim_SendSamples) sendSamples;
-    decltype(&::ScrSim_SendFingerprint) sendFingerprint;
-    decltype(&::ScrSim_PressKey) pressKey;
-    decltype(&::ScrSim_WaitIdle) waitIdle;
-    decltype(&::ScrSim_SetResult) setResult;
-    decltype(&::ScrSim_SetText) setText;
-    decltype(&::ScrSim_Reset) reset;
-};
-
-Pad g_pad;
+simulator::Client g_pad;
 fs::path g_directory;
-
-template <class Function>
-void resolve(void* library, Function& function, const char* name)
-{
-    function = reinterpret_cast<Function>(dlsym(library, name));
-    require(function != nullptr, name);
-}
 
 const char* const EntryPoints[] = {"SCRDAPI_Initial",
                                    "SCRDAPI_OpenDeviceLCD",
@@ -432,7 +414,7 @@ void Host::padDoes()
         std::vector<ScrSimSample> samples(m_bytes.byte() % 32);
         for (ScrSimSample& sample : samples)
             sample = {m_bytes.number(40), m_bytes.number(30), m_bytes.number(8), m_bytes.status()};
-        g_pad.sendSamples(samples.data(), static_cast<int>(samples.size()));
+        g_pad.SendSamples(samples.data(), static_cast<int>(samples.size()));
         break;
     }
     case 1:
@@ -446,36 +428,36 @@ void Host::padDoes()
             print[i] = static_cast<unsigned char>(first + i * step);
         const bool null = m_bytes.flag();
         const int length = std::min(m_bytes.number(), FingerprintSize); // as many are read from print
-        g_pad.sendFingerprint(null ? nullptr : print.data(), length, m_bytes.number());
+        g_pad.SendFingerprint(null ? nullptr : print.data(), length, m_bytes.number());
         break;
     }
     case 3: {
         const char* const entryPoint = EntryPoints[m_bytes.byte() % std::size(EntryPoints)];
         m_driverFails = true;
-        g_pad.setResult(entryPoint, m_bytes.number());
+        g_pad.SetResult(entryPoint, m_bytes.number());
         break;
     }
     case 4: {
         const std::string text = m_bytes.text();
         m_driverFails = true;
         const bool terminate = m_bytes.flag();
-        g_pad.setText(TextEntryPoints[m_bytes.byte() % std::size(TextEntryPoints)], text.data(),
+        g_pad.SetText(TextEntryPoints[m_bytes.byte() % std::size(TextEntryPoints)], text.data(),
                       static_cast<int>(text.size()), terminate);
         break;
     }
     default:
-        g_pad.reset();
+        g_pad.Reset();
         m_driverFails = false;
         break;
     }
-    require(g_pad.waitIdle(TimeoutMs) == 0, "the pad's samples are taken");
+    require(g_pad.WaitIdle(TimeoutMs) == 0, "the pad's samples are taken");
 }
 
 // The library's own thread tells of a key. It is waited for, so that an input does the same every time.
 void Host::pressKey()
 {
     const unsigned before = g_keysTold;
-    const bool pressed = g_pad.pressKey(m_bytes.byte() % 2) == 0;
+    const bool pressed = g_pad.PressKey(m_bytes.byte() % 2) == 0;
     if (!pressed || !m_live || !g_tellsKeys)
         return;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(TimeoutMs);
@@ -788,7 +770,7 @@ void Host::run()
     enableLog(false);
     g_callbackDoes = 0;
     g_tellsKeys = false;
-    g_pad.reset();
+    g_pad.Reset();
 }
 
 // The library polls on threads of its own, which yield: on one core to whoever is wanted next, on several to
@@ -824,13 +806,7 @@ int LLVMFuzzerInitialize(int*, char***)
     fs::create_symlink(SCRIBERA_DRIVER_LIBRARY, g_directory / "libscriberadrv.so");
     library = dlopen((g_directory / "libscriberadrv.so").c_str(), RTLD_NOW | RTLD_LOCAL);
     require(library != nullptr, "there is a pad");
-    resolve(library, g_pad.sendSamples, "ScrSim_SendSamples");
-    resolve(library, g_pad.sendFingerprint, "ScrSim_SendFingerprint");
-    resolve(library, g_pad.pressKey, "ScrSim_PressKey");
-    resolve(library, g_pad.waitIdle, "ScrSim_WaitIdle");
-    resolve(library, g_pad.setResult, "ScrSim_SetResult");
-    resolve(library, g_pad.setText, "ScrSim_SetText");
-    resolve(library, g_pad.reset, "ScrSim_Reset");
+    require(!g_pad.resolve(library), "the pad can be controlled");
     std::atexit(tidyUp);
     enableLog(true);
     families[0].Clear(0);

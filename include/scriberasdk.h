@@ -8,7 +8,7 @@
  * its time, and hands the signature over as an image file, as Base64 text of an image, as a Base64
  * stream of the ink points, point by point on request, or point by point while the person signs.
  *
- * What holds for all functions is told here once; the rest stands at each function.
+ * What holds for all functions is said here once, the rest with each function.
  *
  *
  * Pads and families
@@ -182,8 +182,8 @@
  * For callbacks:
  *
  *  - They run on the threads named above; the real-time callback also on the thread that closes the
- *    pad, where the driver brings its last samples there. Widgets must not be touched in them: hand the
- *    news over to your own thread.
+ *    pad, where the driver brings its last samples there. Widgets must not be touched in them: tell your
+ *    own thread.
  *  - They may call any function of the open family but UnInitialDevice, which refuses there with -1.
  *    Away from the GUI thread the About boxes show nothing, and placing a fingerprint for a widget gives
  *    -1.
@@ -197,7 +197,7 @@
  *  - UnInitialDevice waits for a callback that is running. A callback must therefore never wait for the
  *    thread that calls UnInitialDevice, nor for the other callback.
  *  - No exception may leave them; one that does is dropped. pthread_exit() ends the thread: after that in
- *    the status callback, keys call nobody until the pad is opened anew. The functions of this library
+ *    the status callback, keys call nobody until the pad is opened again. The functions of this library
  *    are no cancellation points.
  *
  *
@@ -686,7 +686,7 @@ SCRIBERA_API int SCK210_SetPenColor(int nDeviceType, int nR, int nG, int nB);
  * It is called once for each use of a key, on the key-action thread: when the pen is lifted from the key,
  * on KM730 and T580 when it touches the key. While it runs, the next pen-down and key touch wait for its
  * return. A key touch in the middle of a stroke ends the stroke without a point that marks the end. The
- * library itself does nothing about a key: saving on confirm and clearing on cancel are the host's part.
+ * library itself does nothing about a key: saving on confirm and clearing on cancel are the host's job.
  *
  * @param nDeviceType SCK210_DEVICE.
  * @param pStatus Function called with 1 for confirm and 0 for cancel. It replaces any earlier one; null
@@ -888,7 +888,7 @@ SCRIBERA_API void SCK210_PacketsBase64EncodeExFree(int nDeviceType, char* pEncod
  * @param nDeviceType SCK210_DEVICE.
  * @return The text, which goes back through SCK210_FreeSVGImageBase64Data; null for a wrong device type,
  *         without a live object or without points, also when there is a fingerprint, and when there is no
- * memory for it or no room for the file.
+ *         memory for it or no room for the file.
  */
 SCRIBERA_API char* SCK210_GetSVGImageBase64Data(int nDeviceType);
 
@@ -1061,9 +1061,9 @@ SCRIBERA_API void SCK420_GetAboutInfo(int nDeviceType, char* pBuffer);
  *
  * The pad also has a fingerprint reader. A fingerprint comes by itself, without a call and without a
  * callback, with a score from the reader. The first with a score above 0 is taken, and after it only one with
- * a higher score; a Clear, or OpenLCD with false, starts anew. The picture has 208 by 288 pixels in two
- * colours: red where the print is darker than its mean, white elsewhere. The library shows it on the pad's
- * own screen too.
+ * a higher score; a Clear, or OpenLCD with false, starts again. The picture has 208 by 288 pixels in two
+ * colours: red where the fingerprint is darker than its mean, white elsewhere. The library shows it on the
+ * pad's own screen too.
  *
  * Where it goes is decided by SCK421B_SetDisplayedFPImageAt. Without that call it stands in the centre of the
  * canvas, half as high as the canvas, in its own proportions. On the canvas it is merged with the strokes bit

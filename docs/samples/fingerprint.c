@@ -56,7 +56,7 @@ int main(void)
         failed = SCK421B_SaveDrawingImage(SCK421B_DEVICE, EBITI_PNG, signature, 1) != 0;
         failed += saveFingerprint(fingerprint) != 0;
     }
-    SCK421B_Clear(SCK421B_DEVICE); /* the print goes from the pad's screen too */
+    SCK421B_Clear(SCK421B_DEVICE); /* the fingerprint leaves the pad's screen too */
     SCK421B_UnInitialDevice(SCK421B_DEVICE);
     puts(failed ? "not saved" : "saved");
     return failed != 0;

@@ -111,6 +111,31 @@ int ScrSim_AbortedTransferCount(void);
 /* Back to the state after load (results, delays, texts, counters); leaves a started pad running. */
 void ScrSim_Reset(void);
 
+/* All of them, X(name) for ScrSim_name, for whoever finds them by name. */
+#define SCRSIM_FUNCTIONS(X)                                                                                  \
+    X(SendSamples)                                                                                           \
+    X(SendSample)                                                                                            \
+    X(PressKey)                                                                                              \
+    X(WaitIdle)                                                                                              \
+    X(Play)                                                                                                  \
+    X(StopPlaying)                                                                                           \
+    X(Progress)                                                                                              \
+    X(LastError)                                                                                             \
+    X(SetResult)                                                                                             \
+    X(SetDelay)                                                                                              \
+    X(SetText)                                                                                               \
+    X(CallCount)                                                                                             \
+    X(LastArgument)                                                                                          \
+    X(CallLog)                                                                                               \
+    X(SendFingerprint)                                                                                       \
+    X(SendSyntheticFingerprint)                                                                              \
+    X(SendFingerprintFile)                                                                                   \
+    X(SetTransferTime)                                                                                       \
+    X(LastPicture)                                                                                           \
+    X(TransferCount)                                                                                         \
+    X(AbortedTransferCount)                                                                                  \
+    X(Reset)
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,4 +1,4 @@
-// Who is told of changes.
+// What is told of changes.
 #pragma once
 
 #include <QRect>

@@ -26,8 +26,8 @@ QImage BlankCanvas(int nWidth, int nHeight);
 // when memory is short.
 void Whiten(QImage& Canvas, CImageWitness& Witness);
 
-// Has Draw(QPainter&) draw on the image. False when it ran out of memory: then the pixels are the image's own
-// anew, since what a painter leaves behind halfway may keep others from painting.
+// Has Draw(QPainter&) draw on the image. False when it ran out of memory: then the image has new pixels of
+// its own, since what a painter leaves behind halfway may keep others from painting.
 template <typename TDraw>
 bool DrawOn(QImage& Canvas, TDraw Draw)
 {

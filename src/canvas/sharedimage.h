@@ -41,7 +41,7 @@ public:
 #endif
     }
 
-    // Before the pixels of the image itself are written: takes them away from those who share them.
+    // Before the pixels of the image itself are written: takes them away from those that share them.
     void NoteWriteInPlace(QImage& Image)
     {
         MakeWritable(Image);

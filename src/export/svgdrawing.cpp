@@ -56,9 +56,9 @@ int EndOfLines(const QByteArray& Document)
     return Document.indexOf("</g>", Document.lastIndexOf("/>"));
 }
 
-// Draws on one sheet after the other and hands over what is new on each. A sheet that goes on begins with the
-// line before it: so it has the state that a line changes only where its pen is another one, and what it
-// repeats is as long as a sheet with this line alone.
+// Draws on one sheet after the other and hands over what is new on each. A sheet that continues another
+// begins with the line before it: so it has the state that a line changes only when its pen differs, and what
+// it repeats is as long as a sheet with this line alone.
 class CSvgWriter
 {
 public:

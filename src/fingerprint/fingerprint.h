@@ -16,12 +16,30 @@
 // place and export. What is merged into the canvas, score and placement among it, is protected by the canvas
 // lock; the intake has a lock of its own for the picture that it hands over.
 //
-//               better score                   display thread takes it
-//     none -------------------> waiting for the pad ----------> in transfer <--.
-//      ^                               ^                          |    |       | a better one came
-//      |                               | better score             |    '-------'
-//      |                               |                          | transferred, none waits
-//      '---- clear, resize ---------- merged <--------------------'
+// What is taken in, under the canvas lock:
+//
+//                a better score: picture and score taken
+//     none ---------------------------------------------------> taken --.  a better score; a resize, which
+//      ^                                                          |  ^  |  whitens it and keeps the score
+//      |                                                          |  '--'
+//      '----------------------------------------------------------'
+//                clear: picture and score gone
+//
+// And its way to the pad's own display, which a clear does not stop:
+//
+//                a better score              pass of the display thread
+//     nothing -------------------> waiting ---------------------------> in transfer
+//      ^  ^                         |   ^                                    |
+//      |  |  no entry point for it  |   |  a better score                    |  the pad has answered
+//      |  '-------------------------'   |                                    v
+//      |                                '-------------------------------- to merge --.  out of memory
+//      |                                                                     |   ^   |
+//      |                                                                     |   '---'
+//      '---------------------------------------------------------------------'
+//                merged, or out of memory for the hundredth time
+//
+// A better score during a transfer waits for the pass after it. A merge that was given up is left to the next
+// segment.
 class CFingerprint final : public CFingerprintInExport
 {
 public:

@@ -88,7 +88,7 @@ bool CFingerprintMerge::IsPlacedOnCanvas() const
     return m_nNewFPProcessActionID == NFPPA_NONE || m_nNewFPProcessActionID == NFPPA_SIGN_FP_SAME_WIDGET;
 }
 
-// Where the fingerprint goes on the canvas; hands it on where it goes elsewhere.
+// Where the fingerprint goes on the canvas; hands it on when it goes elsewhere.
 QRectF CFingerprintMerge::TargetRect(const QSize& CanvasSize, const CLogLabel& Label, ELogFile eFile,
                                      bool& bHandedOn)
 {

@@ -27,7 +27,7 @@ public:
     // The caller closes it.
     int Release() { return std::exchange(m_nFile, -1); }
 
-    // False when the system says only now that something was not written.
+    // False when the system reports only now that something was not written.
     bool Close() { return m_nFile < 0 || close(Release()) == 0; }
 
 private:

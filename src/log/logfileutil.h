@@ -17,14 +17,13 @@ std::uint64_t GetTickCount();
 // does nothing when it cannot be opened or is not the effective user's own. Does not look at g_bEnableLog.
 void MyDebug(const char* func, const char* text, const char* tail);
 
-// The same for wide texts, converted with the process's locale. A character without a form there ends its
-// text.
+// The same for wide texts, converted with the process's locale. A character that it lacks ends the text.
 void MyDebug(const wchar_t* func, const wchar_t* text, const wchar_t* tail);
 
 // The same for the in-thread log file.
 void MyDebug_InsideThread(const char* func, const char* text, const char* tail);
 
-// Who writes a line: the two texts together stand between its brackets, for example {"SCK210_", "",
+// The writer of a line: the two texts together stand in its brackets, for example {"SCK210_", "",
 // "Clear()"} or {"CK210SignWidget", "::", "Shutdown()"}. The texts are literals; a label does not own them.
 struct CLogLabel
 {

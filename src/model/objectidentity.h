@@ -1,4 +1,4 @@
-// Who a sign object is: its model and kind, and with them its name in the log.
+// What a sign object is: its model and kind, and with them its name in the log.
 #pragma once
 
 #include "log/logfileutil.h"

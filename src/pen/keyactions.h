@@ -14,6 +14,15 @@ constexpr int kConfirmKey = 1;
 // Key state of one sign object. The driver's thread notes touches and arms actions, the key-action thread
 // runs them, the host's thread polls. m_KeyActionMutex guards the pending action together with the start of a
 // stroke, so that neither begins while the other is under way; the other members are atomic.
+//
+//                    armed by the touch or the release of a key
+//     no action ------------------------------------------> pending
+//         ^                                                  |  next pass of the key-action thread
+//         |          host's callback returned or threw       v
+//         '----------------------------------------------- running
+//                                                            |  host's callback ended the thread
+//                                                            v
+//                                                          no thread: nothing is armed any more
 class CKeyActions
 {
 public:

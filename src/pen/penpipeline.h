@@ -11,6 +11,25 @@
 
 // The state machine behind the driver's pen callback. Runs on the driver's thread, which alone touches its
 // own members; what it works on is protected where it lives.
+//
+//                    pen down: point, host told
+//     no stroke ------------------------------------------> stroke --.  move: segment, point, host told
+//         ^                                                  |  ^    |  pen down: starts anew
+//         |                                                  |  '----'
+//         '--------------------------------------------------'
+//                    pen up: closing point, host told
+//                    key down: no closing point
+//
+//                    key down, on models whose keys act at the release
+//     no key ---------------------------------------------> on a key --.  key down: on that one
+//         ^                                                  |  ^      |
+//         |                                                  |  '------'
+//         '--------------------------------------------------'
+//                    pen up without a stroke: key action armed
+//
+// While a key action is pending, pen down and key down are dropped. A key down ends the stroke, a pen down
+// does not forget the key. Where keys act at the touch, key down arms the action and the pen is never on a
+// key.
 class CPenPipeline
 {
 public:

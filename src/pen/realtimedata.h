@@ -1,4 +1,4 @@
-// Forwarding of stored points to the host as they come.
+// Tells the host of points as they are stored.
 #pragma once
 
 #include "model/objectidentity.h"

@@ -31,7 +31,7 @@ void PrepareForExit()
 
 } // namespace
 
-// What both ways of starting share: the flag, and the lines of those that end here.
+// What both ways of starting share: the flag, and the last lines of calls that end here.
 EAnswer CLifeCycle::BeginStart(const CLogLabel& Label, CLiveObject::CStart& Start, bool bWindowless)
 {
     const auto ShowKind = [bWindowless] {
@@ -138,7 +138,7 @@ bool CLifeCycle::InitialDeviceByWId(int nDeviceType, unsigned long long ullWId, 
 // when everything is closed, since it lets the host run.
 void CLifeCycle::EndWidget(CLiveObject::CEnding& Ending, CSignWidget& Widget)
 {
-    // What Qt gets no memory for stays until the window goes. The pad ends all the same.
+    // If Qt has no memory for that, the widget stays until its window goes. The pad ends all the same.
     Attempt([&] { Widget.deleteLater(); });
     const bool bHides = IsGuiThread(); // without an application nothing is shown, and hiding would crash
     Ending.Finish();

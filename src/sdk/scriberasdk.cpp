@@ -105,14 +105,14 @@ auto WithoutException(TCall Call) -> decltype(Call())
     STAMP(Model, CAbout, void, AboutBoxByWId, (unsigned long long ullWId), (ullWId))                         \
     STAMP(Model, CAbout, void, GetAboutInfo, (int nDeviceType, char* pBuffer), (nDeviceType, pBuffer))
 
-// What the families of pads with a screen export besides.
+// What the families of pads with a screen export in addition.
 #define STAMP_SCREEN(Model)                                                                                  \
     STAMP(Model, COperations, int, OpenLCD, (int nDeviceType, bool bOn), (nDeviceType, bOn))                 \
     STAMP(Model, COperations, int, GetHWPenID, (int nDeviceType, char* pPenID, int nMaxCount),               \
           (nDeviceType, pPenID, nMaxCount))                                                                  \
     STAMP(Model, COperations, int, DisplayHWVersion, (int nDeviceType, bool bOn), (nDeviceType, bOn))
 
-// What the family of the pad with a fingerprint reader exports besides.
+// What the family of the pad with a fingerprint reader exports in addition.
 #define STAMP_FINGERPRINT(Model)                                                                             \
     STAMP(Model, COperations, int, SetDisplayedFPImageAt,                                                    \
           (int nDeviceType, QWidget* pParentWidget, int nCanvasWidth, int nCanvasHeight, int nFPLeft,        \

@@ -77,7 +77,7 @@ CLiveObject::CStart::EAnswer CLiveObject::CStart::Begin(bool bMayWait)
             m_bBegun = true;
             return EAnswer::Begun;
         }
-        // A live one was not open yet when it was looked at.
+        // A live one had not opened yet when this looked.
         if (nPhase != kLive && !ForgetInForkedChild())
             s_nPhase.wait(nPhase);
     }
@@ -177,7 +177,7 @@ void CLiveObject::CloseForExit()
     s_bClosedForExit.store(true);
     if (s_nProcess.load() != getpid())
         return; // a forked child waits for nobody
-    // In the opposite order to those who count their use first and look at the gate again then. A host's
+    // In the opposite order to those who count their use first and then look at the gate again. A host's
     // callback may itself wait for the exiting thread, so this wait must end.
     const auto Deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
     while ((s_nDoor.load() & ~kClosed) > s_nOwnUses && std::chrono::steady_clock::now() < Deadline)

@@ -13,10 +13,22 @@ class CSignObject;
 
 // Knows the live object by its identity, whatever g_pSignWidget and g_bUseSignObj show. Everybody who works
 // on it enters it and holds a CUse meanwhile. One thread starts an object (CStart), one ends it (CEnding).
-// The object is found from its publication until it is closed, that is, until its driver has stopped. Who
-// comes after that finds none, who is inside is waited for, and only then its resources go.
+// The object is found from its publication until it is closed, that is, until its driver has stopped.
+// Whoever comes after that finds none, whoever is inside is waited for, and only then do its resources go.
 //
 // No lock is held on the way, in particular none while the driver is called.
+//
+//           CStart::Begin            CStart::Finish          CEnding
+//     none ----------------> starting --------------> live ----------> ending
+//      ^                        |                                         |
+//      |   CStart::Finish,      |                                         |
+//      |   nothing published    |                                         |
+//      |<-----------------------'                                         |
+//      '------------------------------------------------------------------'
+//           CEnding::Finish
+//
+// The door for uses is open from Publish(), while starting, to Close(), while ending. In a forked child the
+// parent's object is forgotten by whoever starts or ends next, from any of these.
 class CLiveObject
 {
 public:
@@ -129,8 +141,8 @@ private:
     // Moved on by the thread that starts or ends an object, waited on by others that want to.
     static std::atomic<int> s_nPhase;
 
-    // Whether the object is closed, and the uses of all threads. In one word, so that who comes when it is
-    // closed is not counted and nobody can keep the end from coming.
+    // Whether the object is closed, and the uses of all threads. In one word, so that nobody who comes when
+    // it is closed is counted and nobody can keep the end from coming.
     static constexpr std::uint32_t kClosed = std::uint32_t{1} << 31;
     static std::atomic<std::uint32_t> s_nDoor;
     static thread_local std::uint32_t s_nOwnUses; // of this thread

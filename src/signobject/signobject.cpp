@@ -129,12 +129,12 @@ void CSignObject::Shutdown()
     const CLogLabel Label = m_Identity.Label("Shutdown()");
     SCR_LOG(Label, "<%ld>-Enter...");
     // What the host does meanwhile on this thread, in a callback that the driver makes here or in an event,
-    // is part of this end: it must neither wait for it nor start anew.
+    // is part of this end: it must neither wait for it nor start another object.
     const CCallbackScope Scope;
     StopThread(m_pShowFPImageOnDeviceThread, "m_pShowFPImageOnDeviceThread");
     StopThread(m_pDoConfirmOrCancelKeyActionThread, "m_pDoConfirmOrCancelKeyActionThread");
     // Until the driver has stopped, its samples and the host's calls find the object as it was. Then nobody
-    // does: who is late is dropped, and no other thread meets driver or lists on their way out.
+    // does: whoever is late is dropped, and no other thread meets driver or lists on their way out.
     m_Driver.ShutdownScriberaDriver(CLiveObject::Close);
     m_Points.Clear();
     m_Export.Shutdown();

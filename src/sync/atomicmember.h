@@ -1,10 +1,10 @@
-// Plain members that several threads read and write.
+// Plain data that several threads read and write.
 #pragma once
 
 #include <atomic>
 
-// The flags of a sign object keep their plain types, since a driver is given the address of one of them;
-// every access from our side goes through these two.
+// For the exported variables and for the flag whose address a driver is given, which cannot be std::atomic.
+// Every access from our side goes through these two.
 template <typename T>
 T LoadShared(const T& Member)
 {

@@ -26,5 +26,5 @@ protected:
 private:
     void run() final;
 
-    std::atomic<pid_t> m_nSystemId{0}; // written by the thread itself, read by who waits for it
+    std::atomic<pid_t> m_nSystemId{0}; // written by the thread itself, read by whoever waits for it
 };

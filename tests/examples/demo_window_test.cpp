@@ -6,7 +6,7 @@
 #include "replayview.h"
 #include "signaturepanel.h"
 
-#include <scriberasim.h>
+#include <simclient.h>
 
 #include <QApplication>
 #include <QClipboard>
@@ -26,6 +26,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <stdexcept>
 #include <vector>
 
 #include <dlfcn.h>
@@ -63,12 +64,14 @@ public:
     Person(const Person&) = delete;
     Person& operator=(const Person&) = delete;
 
-    template <typename Function>
-    Function* control(const char* name)
+    const simulator::Client& control()
     {
-        if (!m_driver)
+        if (!m_driver) {
             m_driver = dlopen("./libscriberadrv.so", RTLD_NOW | RTLD_NOLOAD);
-        return reinterpret_cast<Function*>(m_driver ? dlsym(m_driver, name) : nullptr);
+            if (!m_driver || m_control.resolve(m_driver))
+                throw std::runtime_error("the host has not loaded the simulated pad");
+        }
+        return m_control;
     }
     // A straight line; the places in parts of the writing area, the pressure in parts of the highest.
     void draw(QPointF from, QPointF to, double pressure = 0.2)
@@ -82,8 +85,7 @@ public:
                             int(pressure * m_model.highestPressure), i == 0 ? 0 : 1});
         }
         samples.append({samples.last().x, samples.last().y, 0, 2});
-        ASSERT_EQ(control<decltype(ScrSim_SendSamples)>("ScrSim_SendSamples")(samples.data(), samples.size()),
-                  0);
+        ASSERT_EQ(control().SendSamples(samples.data(), samples.size()), 0);
         waitIdle();
     }
     // The pen comes down and is lifted at the same place.
@@ -92,35 +94,31 @@ public:
         const int x = m_model.area.x() + int(place.x() * m_model.area.width());
         const int y = m_model.area.y() + int(place.y() * m_model.area.height());
         const ScrSimSample samples[] = {{x, y, m_model.highestPressure / 2, 0}, {x, y, 0, 2}};
-        ASSERT_EQ(control<decltype(ScrSim_SendSamples)>("ScrSim_SendSamples")(samples, 2), 0);
+        ASSERT_EQ(control().SendSamples(samples, 2), 0);
         waitIdle();
     }
-    int calls(const char* entryPoint)
-    {
-        return control<decltype(ScrSim_CallCount)>("ScrSim_CallCount")(entryPoint);
-    }
+    int calls(const char* entryPoint) { return control().CallCount(entryPoint); }
     void setResult(const char* entryPoint, int result)
     {
-        ASSERT_EQ(control<decltype(ScrSim_SetResult)>("ScrSim_SetResult")(entryPoint, result), 0);
+        ASSERT_EQ(control().SetResult(entryPoint, result), 0);
     }
     void press(int key)
     {
-        ASSERT_EQ(control<decltype(ScrSim_PressKey)>("ScrSim_PressKey")(key), 0);
+        ASSERT_EQ(control().PressKey(key), 0);
         waitIdle();
     }
     void putFinger()
     {
-        ASSERT_EQ(control<decltype(ScrSim_SendSyntheticFingerprint)>("ScrSim_SendSyntheticFingerprint")(
-                      "loop", 1, 80),
-                  0);
+        ASSERT_EQ(control().SendSyntheticFingerprint("loop", 1, 80), 0);
         waitIdle();
     }
 
 private:
-    void waitIdle() { ASSERT_EQ(control<decltype(ScrSim_WaitIdle)>("ScrSim_WaitIdle")(60000), 0); }
+    void waitIdle() { ASSERT_EQ(control().WaitIdle(60000), 0); }
 
     const Model& m_model;
     void* m_driver = nullptr;
+    simulator::Client m_control;
 };
 
 bool waitUntil(const std::function<bool()>& condition)
@@ -373,7 +371,7 @@ TEST_P(DemoWindow, PadIsOpenForOneSignatureOnly)
     ASSERT_TRUE(signAndConfirm());
     EXPECT_FALSE(window->session().isOpen());
     const ScrSimSample sample{m_model.area.x() + 10, m_model.area.y() + 10, 500, 0};
-    EXPECT_NE(person.control<decltype(ScrSim_SendSamples)>("ScrSim_SendSamples")(&sample, 1), 0);
+    EXPECT_NE(person.control().SendSamples(&sample, 1), 0);
 
     find<QPushButton>("clear").click();
     EXPECT_TRUE(window->session().isOpen());

@@ -154,8 +154,7 @@ TEST_P(Connection, TextWithoutTerminatorIsCutAtTheEndOfTheBuffer)
     EXPECT_EQ(checkLines().at(1), "cVersion=" + std::string(32, 'y') + ", nResult=0");
     processEvents();
 
-    const std::string full =
-        std::string(model().modelText) + std::string(32 - std::strlen(model().modelText), 'z');
+    const std::string full = std::string(model().modelText) + std::string(32 - model().modelText.size(), 'z');
     ASSERT_TRUE(startWith(full)); // no room for the terminator
     EXPECT_EQ(checkLines().at(1), "cVersion=" + full + ", nResult=0");
     EXPECT_EQ(pad().stop(), 0);

@@ -264,31 +264,8 @@ void Simulator::open()
     m_handle = dlopen(driverFile, RTLD_NOW | RTLD_LOCAL);
     if (!m_handle)
         throw std::runtime_error(dlerror());
-    const auto resolve = [this](auto& function, const char* name) {
-        function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(m_handle, name));
-        if (!function)
-            throw std::runtime_error(std::string("no ") + name);
-    };
-    resolve(SendSamples, "ScrSim_SendSamples");
-    resolve(SendSample, "ScrSim_SendSample");
-    resolve(PressKey, "ScrSim_PressKey");
-    resolve(WaitIdle, "ScrSim_WaitIdle");
-    resolve(Play, "ScrSim_Play");
-    resolve(StopPlaying, "ScrSim_StopPlaying");
-    resolve(Progress, "ScrSim_Progress");
-    resolve(LastError, "ScrSim_LastError");
-    resolve(SetResult, "ScrSim_SetResult");
-    resolve(SetDelay, "ScrSim_SetDelay");
-    resolve(SetText, "ScrSim_SetText");
-    resolve(CallCount, "ScrSim_CallCount");
-    resolve(LastArgument, "ScrSim_LastArgument");
-    resolve(CallLog, "ScrSim_CallLog");
-    resolve(SendFingerprint, "ScrSim_SendFingerprint");
-    resolve(SetTransferTime, "ScrSim_SetTransferTime");
-    resolve(LastPicture, "ScrSim_LastPicture");
-    resolve(TransferCount, "ScrSim_TransferCount");
-    resolve(AbortedTransferCount, "ScrSim_AbortedTransferCount");
-    resolve(Reset, "ScrSim_Reset");
+    if (const char* const missing = resolve(m_handle))
+        throw std::runtime_error(std::string("no ") + missing);
 }
 
 void Simulator::close()

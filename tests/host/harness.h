@@ -21,7 +21,7 @@
 #include <QPointer>
 #include <QWidget>
 
-#include "scriberasim.h"
+#include "simclient.h"
 
 namespace scribera::test {
 
@@ -195,7 +195,7 @@ extern const char* const driverFile; // "./libscriberadrv.so"
 
 // The simulated pad's control interface, in the same instance that the library loads. While one of these is
 // open the driver stays mapped.
-class Simulator
+class Simulator : public simulator::Client
 {
 public:
     Simulator() = default;
@@ -213,27 +213,6 @@ public:
     void waitIdle();
     std::vector<std::string> callLog();
     void setText(const std::string& entryPoint, const std::string& text, bool terminate = true);
-
-    decltype(&::ScrSim_SendSamples) SendSamples = nullptr;
-    decltype(&::ScrSim_SendSample) SendSample = nullptr;
-    decltype(&::ScrSim_PressKey) PressKey = nullptr;
-    decltype(&::ScrSim_WaitIdle) WaitIdle = nullptr;
-    decltype(&::ScrSim_Play) Play = nullptr;
-    decltype(&::ScrSim_StopPlaying) StopPlaying = nullptr;
-    decltype(&::ScrSim_Progress) Progress = nullptr;
-    decltype(&::ScrSim_LastError) LastError = nullptr;
-    decltype(&::ScrSim_SetResult) SetResult = nullptr;
-    decltype(&::ScrSim_SetDelay) SetDelay = nullptr;
-    decltype(&::ScrSim_SetText) SetText = nullptr;
-    decltype(&::ScrSim_CallCount) CallCount = nullptr;
-    decltype(&::ScrSim_LastArgument) LastArgument = nullptr;
-    decltype(&::ScrSim_CallLog) CallLog = nullptr;
-    decltype(&::ScrSim_SendFingerprint) SendFingerprint = nullptr;
-    decltype(&::ScrSim_SetTransferTime) SetTransferTime = nullptr;
-    decltype(&::ScrSim_LastPicture) LastPicture = nullptr;
-    decltype(&::ScrSim_TransferCount) TransferCount = nullptr;
-    decltype(&::ScrSim_AbortedTransferCount) AbortedTransferCount = nullptr;
-    decltype(&::ScrSim_Reset) Reset = nullptr;
 
 private:
     void* m_handle = nullptr;

@@ -28,8 +28,8 @@ class ControlTest : public SimulatorTest
 protected:
     std::string callLog()
     {
-        std::string text(static_cast<std::size_t>(m_driver.callLog(nullptr, 0)) + 1, '?');
-        m_driver.callLog(text.data(), static_cast<int>(text.size()));
+        std::string text(static_cast<std::size_t>(m_driver.CallLog(nullptr, 0)) + 1, '?');
+        m_driver.CallLog(text.data(), static_cast<int>(text.size()));
         text.pop_back();
         return text;
     }
@@ -48,12 +48,12 @@ TEST_F(ControlTest, queuedSamplesArriveAsTheyAre)
     sent.reserve(1005);
     for (int index = 0; index < 1000; ++index)
         sent.push_back({index, INT_MIN + index, INT_MAX - index, index % 7});
-    ASSERT_EQ(m_driver.sendSamples(sent.data(), 600), 0);
-    ASSERT_EQ(m_driver.sendSamples(sent.data() + 600, 400), 0);
-    ASSERT_EQ(m_driver.sendSample(5, 6, 7, 8), 0);
-    ASSERT_EQ(m_driver.pressKey(1), 0);
-    ASSERT_EQ(m_driver.pressKey(0), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.SendSamples(sent.data(), 600), 0);
+    ASSERT_EQ(m_driver.SendSamples(sent.data() + 600, 400), 0);
+    ASSERT_EQ(m_driver.SendSample(5, 6, 7, 8), 0);
+    ASSERT_EQ(m_driver.PressKey(1), 0);
+    ASSERT_EQ(m_driver.PressKey(0), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     for (const ScrSimSample& sample :
          {ScrSimSample{5, 6, 7, 8}, {0, 0, 0, 4}, {0, 0, 0, 2}, {0, 0, 0, 3}, {0, 0, 0, 2}})
         sent.push_back(sample);
@@ -63,14 +63,14 @@ TEST_F(ControlTest, queuedSamplesArriveAsTheyAre)
 TEST_F(ControlTest, refusesSamplesItCannotDeliver)
 {
     const ScrSimSample sample{1, 2, 3, 0};
-    EXPECT_EQ(m_driver.sendSamples(&sample, 1), -1);
-    EXPECT_STREQ(m_driver.lastError(), "the pad is not started");
+    EXPECT_EQ(m_driver.SendSamples(&sample, 1), -1);
+    EXPECT_STREQ(m_driver.LastError(), "the pad is not started");
     ASSERT_EQ(m_driver.start(2), 0);
-    EXPECT_EQ(m_driver.sendSamples(nullptr, 1), -1);
-    EXPECT_EQ(m_driver.sendSamples(&sample, -1), -1);
-    EXPECT_EQ(m_driver.sendSamples(&sample, 0), 0);
-    EXPECT_EQ(m_driver.pressKey(2), -1);
-    EXPECT_EQ(m_driver.waitIdle(Patience), 0);
+    EXPECT_EQ(m_driver.SendSamples(nullptr, 1), -1);
+    EXPECT_EQ(m_driver.SendSamples(&sample, -1), -1);
+    EXPECT_EQ(m_driver.SendSamples(&sample, 0), 0);
+    EXPECT_EQ(m_driver.PressKey(2), -1);
+    EXPECT_EQ(m_driver.WaitIdle(Patience), 0);
     EXPECT_TRUE(Received::all().empty());
 }
 
@@ -91,9 +91,9 @@ TEST_F(ControlTest, refusesUnknownDevicesAndAMissingCallback)
     EXPECT_EQ(m_driver.initial(4, nullptr, nullptr), -2);
     // The fingerprint callback may be missing.
     ASSERT_EQ(m_driver.initial(2, Received::takeSample, nullptr), 0);
-    ASSERT_EQ(m_driver.sendSyntheticFingerprint("loop", 1, 1), 0);
-    ASSERT_EQ(m_driver.sendSample(1, 2, 3, 4), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.SendSyntheticFingerprint("loop", 1, 1), 0);
+    ASSERT_EQ(m_driver.SendSample(1, 2, 3, 4), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     EXPECT_EQ(Received::all().size(), 1U);
 }
 
@@ -104,10 +104,10 @@ TEST_F(ControlTest, aCallbackCanNeitherStopThePadNorWaitForIt)
     std::atomic<int> idle{7};
     Received::whenReceived([&](std::size_t) {
         stopped = m_driver.unInitial();
-        idle = m_driver.waitIdle(Patience);
+        idle = m_driver.WaitIdle(Patience);
     });
-    ASSERT_EQ(m_driver.sendSample(1, 2, 3, 0), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.SendSample(1, 2, 3, 0), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     EXPECT_EQ(stopped, -1);
     EXPECT_EQ(idle, -1);
     EXPECT_EQ(m_driver.unInitial(), 0);
@@ -118,11 +118,11 @@ TEST_F(ControlTest, aCallbackMaySend)
     ASSERT_EQ(m_driver.start(4), 0);
     Received::whenReceived([&](std::size_t count) {
         if (count < 5) {
-            EXPECT_EQ(m_driver.sendSample(static_cast<int>(count), 0, 0, 1), 0);
+            EXPECT_EQ(m_driver.SendSample(static_cast<int>(count), 0, 0, 1), 0);
         }
     });
-    ASSERT_EQ(m_driver.sendSample(0, 0, 0, 0), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.SendSample(0, 0, 0, 0), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     EXPECT_EQ(Received::samples().size(), 5U);
 }
 
@@ -131,7 +131,7 @@ TEST_F(ControlTest, fiftyStartsAndStopsLeaveNoThread)
     const std::string path = std::string(SCRIBERA_RECORDINGS) + "/initials.rec";
     for (int round = 0; round < 50; ++round) {
         ASSERT_EQ(m_driver.start(round % 2 == 0 ? 4 : 7), 0) << round;
-        ASSERT_EQ(m_driver.play(path.c_str(), 50, 1, 1), 0);
+        ASSERT_EQ(m_driver.Play(path.c_str(), 50, 1, 1), 0);
         const std::size_t before = Received::all().size();
         ASSERT_TRUE(Received::waitFor(before + 1));
         ASSERT_EQ(m_driver.unInitial(), 0) << round;
@@ -146,13 +146,13 @@ TEST_F(ControlTest, nothingArrivesAfterTheStop)
         ASSERT_EQ(m_driver.start(4), 0);
         const std::vector<ScrSimSample> many(10'000, ScrSimSample{1, 2, 3, 1});
         Received::clear();
-        ASSERT_EQ(m_driver.sendSamples(many.data(), static_cast<int>(many.size())), 0);
+        ASSERT_EQ(m_driver.SendSamples(many.data(), static_cast<int>(many.size())), 0);
         ASSERT_TRUE(Received::waitFor(1));
         ASSERT_EQ(m_driver.unInitial(), 0);
         const std::size_t count = Received::all().size();
         // What was left in the queue does not come with the next start either.
         ASSERT_EQ(m_driver.start(4), 0);
-        ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+        ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
         ASSERT_EQ(m_driver.unInitial(), 0);
         EXPECT_EQ(Received::all().size(), count);
     }
@@ -160,66 +160,66 @@ TEST_F(ControlTest, nothingArrivesAfterTheStop)
 
 TEST_F(ControlTest, aSetResultIsReturnedAndLeavesOutTheEffect)
 {
-    ASSERT_EQ(m_driver.setResult("SCRDAPI_Initial", -7), 0);
+    ASSERT_EQ(m_driver.SetResult("SCRDAPI_Initial", -7), 0);
     EXPECT_EQ(m_driver.start(4), -7);
     EXPECT_EQ(padThreads(), 0U);
-    EXPECT_EQ(m_driver.sendSample(1, 2, 3, 0), -1);
-    ASSERT_EQ(m_driver.setResult("SCRDAPI_Initial", 0), 0);
+    EXPECT_EQ(m_driver.SendSample(1, 2, 3, 0), -1);
+    ASSERT_EQ(m_driver.SetResult("SCRDAPI_Initial", 0), 0);
     ASSERT_EQ(m_driver.start(4), 0);
 
-    ASSERT_EQ(m_driver.setResult("SCRDAPI_UnInitial", 3), 0);
+    ASSERT_EQ(m_driver.SetResult("SCRDAPI_UnInitial", 3), 0);
     EXPECT_EQ(m_driver.unInitial(), 3);
-    EXPECT_EQ(m_driver.sendSample(1, 2, 3, 0), 0);
-    ASSERT_EQ(m_driver.setResult("SCRDAPI_UnInitial", 0), 0);
+    EXPECT_EQ(m_driver.SendSample(1, 2, 3, 0), 0);
+    ASSERT_EQ(m_driver.SetResult("SCRDAPI_UnInitial", 0), 0);
 
     char buffer[4] = "abc";
-    ASSERT_EQ(m_driver.setResult("SCRDAPI_GetDevicePadID", -5), 0);
+    ASSERT_EQ(m_driver.SetResult("SCRDAPI_GetDevicePadID", -5), 0);
     EXPECT_EQ(m_driver.padId(buffer, sizeof buffer), -5);
     EXPECT_STREQ(buffer, "abc");
 
-    ASSERT_EQ(m_driver.setResult("SCRDAPI_ShowFPImageOnDevice", -6), 0);
+    ASSERT_EQ(m_driver.SetResult("SCRDAPI_ShowFPImageOnDevice", -6), 0);
     unsigned char picture[2] = {1, 2};
     EXPECT_EQ(m_driver.showPicture(picture, 2, 1, 1, nullptr), -6);
-    EXPECT_EQ(m_driver.transferCount(), 0);
+    EXPECT_EQ(m_driver.TransferCount(), 0);
 
     for (const char* name : {"SCRDAPI_OpenDeviceLCD", "SCRDAPI_ClearDeviceContent",
                              "SCRDAPI_ShowVersionInfoOnDevice", "SCRDAPI_SetDevicePenStyle"})
-        ASSERT_EQ(m_driver.setResult(name, -9), 0);
+        ASSERT_EQ(m_driver.SetResult(name, -9), 0);
     EXPECT_EQ(m_driver.openLcd(true), -9);
     EXPECT_EQ(m_driver.clearContent(), -9);
     EXPECT_EQ(m_driver.showVersion(true), -9);
     EXPECT_EQ(m_driver.setPenStyle(true), -9);
 
-    EXPECT_EQ(m_driver.setResult("OpenDeviceLCD", 1), -1);
-    EXPECT_EQ(m_driver.setResult(nullptr, 1), -1);
+    EXPECT_EQ(m_driver.SetResult("OpenDeviceLCD", 1), -1);
+    EXPECT_EQ(m_driver.SetResult(nullptr, 1), -1);
 }
 
 TEST_F(ControlTest, aSetDelayIsWaitedOnThatEntryPointOnly)
 {
-    ASSERT_EQ(m_driver.setDelay("SCRDAPI_OpenDeviceLCD", 80), 0);
+    ASSERT_EQ(m_driver.SetDelay("SCRDAPI_OpenDeviceLCD", 80), 0);
     const auto begin = Clock::now();
     EXPECT_EQ(m_driver.openLcd(true), 0);
     EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(80));
-    ASSERT_EQ(m_driver.setDelay("SCRDAPI_OpenDeviceLCD", 3'600'000), 0);
+    ASSERT_EQ(m_driver.SetDelay("SCRDAPI_OpenDeviceLCD", 3'600'000), 0);
     EXPECT_EQ(m_driver.clearContent(), 0);
-    ASSERT_EQ(m_driver.setDelay("SCRDAPI_OpenDeviceLCD", 0), 0);
+    ASSERT_EQ(m_driver.SetDelay("SCRDAPI_OpenDeviceLCD", 0), 0);
     EXPECT_EQ(m_driver.openLcd(true), 0);
-    EXPECT_EQ(m_driver.setDelay("SCRDAPI_OpenDeviceLCD", -1), -1);
-    EXPECT_EQ(m_driver.setDelay("nothing", 1), -1);
+    EXPECT_EQ(m_driver.SetDelay("SCRDAPI_OpenDeviceLCD", -1), -1);
+    EXPECT_EQ(m_driver.SetDelay("nothing", 1), -1);
 }
 
 TEST_F(ControlTest, samplesArriveWhileAnEntryPointIsDelayed)
 {
     ASSERT_EQ(m_driver.start(4), 0);
-    ASSERT_EQ(m_driver.setDelay("SCRDAPI_ClearDeviceContent", 200), 0);
+    ASSERT_EQ(m_driver.SetDelay("SCRDAPI_ClearDeviceContent", 200), 0);
     std::atomic<bool> returned{false};
     std::thread caller([&] {
         m_driver.clearContent();
         returned = true;
     });
     // The call is counted before its delay begins.
-    EXPECT_TRUE(becomesTrue([&] { return m_driver.callCount("SCRDAPI_ClearDeviceContent") == 1; }));
-    EXPECT_EQ(m_driver.sendSample(1, 2, 3, 0), 0);
+    EXPECT_TRUE(becomesTrue([&] { return m_driver.CallCount("SCRDAPI_ClearDeviceContent") == 1; }));
+    EXPECT_EQ(m_driver.SendSample(1, 2, 3, 0), 0);
     EXPECT_TRUE(Received::waitFor(1));
     caller.join();
     EXPECT_TRUE(returned);
@@ -263,22 +263,22 @@ TEST_F(ControlTest, aTextIsWrittenAsFarAsThereIsRoom)
         EXPECT_EQ(m_driver.secureId(buffer, maxCount), 0);
         return std::string(buffer, sizeof buffer);
     };
-    ASSERT_EQ(m_driver.setText("SCRDAPI_GetDeviceSecureID", "a\0bcd", 5, 1), 0);
+    ASSERT_EQ(m_driver.SetText("SCRDAPI_GetDeviceSecureID", "a\0bcd", 5, 1), 0);
     EXPECT_EQ(written(8), std::string("a\0bcd\0###", 9));
     EXPECT_EQ(written(6), std::string("a\0bcd\0###", 9));
     EXPECT_EQ(written(5), std::string("a\0bcd####", 9));
     EXPECT_EQ(written(1), std::string("a########", 9));
-    ASSERT_EQ(m_driver.setText("SCRDAPI_GetDeviceSecureID", "xyz", 3, 0), 0);
+    ASSERT_EQ(m_driver.SetText("SCRDAPI_GetDeviceSecureID", "xyz", 3, 0), 0);
     EXPECT_EQ(written(8), "xyz######");
-    ASSERT_EQ(m_driver.setText("SCRDAPI_GetDeviceSecureID", nullptr, 0, 1), 0);
+    ASSERT_EQ(m_driver.SetText("SCRDAPI_GetDeviceSecureID", nullptr, 0, 1), 0);
     EXPECT_EQ(written(8), std::string("\0########", 9));
 
     EXPECT_EQ(m_driver.secureId(nullptr, 4), -2);
     EXPECT_EQ(m_driver.secureId(buffer, 0), -2);
     EXPECT_EQ(m_driver.secureId(buffer, -1), -2);
-    EXPECT_EQ(m_driver.setText("SCRDAPI_OpenDeviceLCD", "a", 1, 1), -1);
-    EXPECT_EQ(m_driver.setText("SCRDAPI_GetDevicePenID", nullptr, 1, 1), -1);
-    EXPECT_EQ(m_driver.setText("SCRDAPI_GetDevicePenID", "a", -1, 1), -1);
+    EXPECT_EQ(m_driver.SetText("SCRDAPI_OpenDeviceLCD", "a", 1, 1), -1);
+    EXPECT_EQ(m_driver.SetText("SCRDAPI_GetDevicePenID", nullptr, 1, 1), -1);
+    EXPECT_EQ(m_driver.SetText("SCRDAPI_GetDevicePenID", "a", -1, 1), -1);
 }
 
 TEST_F(ControlTest, countsCallsKeepsArgumentsAndTheirOrder)
@@ -286,8 +286,8 @@ TEST_F(ControlTest, countsCallsKeepsArgumentsAndTheirOrder)
     char buffer[32];
     unsigned char picture[8] = {};
     for (const char* name : EntryPoints) {
-        EXPECT_EQ(m_driver.callCount(name), 0) << name;
-        EXPECT_EQ(m_driver.lastArgument(name), INT_MIN) << name;
+        EXPECT_EQ(m_driver.CallCount(name), 0) << name;
+        EXPECT_EQ(m_driver.LastArgument(name), INT_MIN) << name;
     }
     EXPECT_EQ(callLog(), "");
     m_driver.start(5);
@@ -318,8 +318,8 @@ TEST_F(ControlTest, countsCallsKeepsArgumentsAndTheirOrder)
         {"SCRDAPI_ShowFPImageOnDevice", {1, 8}},
     };
     for (const auto& [name, calls] : expected) {
-        EXPECT_EQ(m_driver.callCount(name), calls.first) << name;
-        EXPECT_EQ(m_driver.lastArgument(name), calls.second) << name;
+        EXPECT_EQ(m_driver.CallCount(name), calls.first) << name;
+        EXPECT_EQ(m_driver.LastArgument(name), calls.second) << name;
     }
     const std::string log =
         "SCRDAPI_Initial SCRDAPI_OpenDeviceLCD SCRDAPI_OpenDeviceLCD SCRDAPI_ClearDeviceContent "
@@ -327,10 +327,10 @@ TEST_F(ControlTest, countsCallsKeepsArgumentsAndTheirOrder)
         "SCRDAPI_GetDevicePartsVersion SCRDAPI_ShowVersionInfoOnDevice SCRDAPI_SetDevicePenStyle "
         "SCRDAPI_ShowFPImageOnDevice SCRDAPI_UnInitial SCRDAPI_Initial";
     EXPECT_EQ(callLog(), log);
-    EXPECT_EQ(m_driver.callLog(buffer, 20), static_cast<int>(log.size()));
+    EXPECT_EQ(m_driver.CallLog(buffer, 20), static_cast<int>(log.size()));
     EXPECT_EQ(buffer, log.substr(0, 19));
-    EXPECT_EQ(m_driver.callCount("SCRDAPI_Nothing"), -1);
-    EXPECT_EQ(m_driver.lastArgument(nullptr), INT_MIN);
+    EXPECT_EQ(m_driver.CallCount("SCRDAPI_Nothing"), -1);
+    EXPECT_EQ(m_driver.LastArgument(nullptr), INT_MIN);
 }
 
 TEST_F(ControlTest, resetForgetsSettingsAndCountersButNotTheStartedPad)
@@ -338,23 +338,23 @@ TEST_F(ControlTest, resetForgetsSettingsAndCountersButNotTheStartedPad)
     char buffer[32];
     unsigned char picture[2] = {1, 2};
     ASSERT_EQ(m_driver.start(4), 0);
-    m_driver.setResult("SCRDAPI_OpenDeviceLCD", -4);
-    m_driver.setDelay("SCRDAPI_ClearDeviceContent", 3'600'000);
-    m_driver.setText("SCRDAPI_GetDevicePadID", "other", 5, 1);
+    m_driver.SetResult("SCRDAPI_OpenDeviceLCD", -4);
+    m_driver.SetDelay("SCRDAPI_ClearDeviceContent", 3'600'000);
+    m_driver.SetText("SCRDAPI_GetDevicePadID", "other", 5, 1);
     m_driver.showPicture(picture, 2, 1, 1, nullptr);
-    m_driver.setTransferTime(3'600'000);
-    m_driver.setResult("nothing", 1);
-    m_driver.reset();
+    m_driver.SetTransferTime(3'600'000);
+    m_driver.SetResult("nothing", 1);
+    m_driver.Reset();
     EXPECT_EQ(callLog(), "");
-    EXPECT_EQ(m_driver.transferCount(), 0);
-    EXPECT_EQ(m_driver.lastPicture(nullptr, 0, nullptr, nullptr), 0);
-    EXPECT_STREQ(m_driver.lastError(), "");
+    EXPECT_EQ(m_driver.TransferCount(), 0);
+    EXPECT_EQ(m_driver.LastPicture(nullptr, 0, nullptr, nullptr), 0);
+    EXPECT_STREQ(m_driver.LastError(), "");
     EXPECT_EQ(m_driver.openLcd(true), 0);
     EXPECT_EQ(m_driver.clearContent(), 0);
     EXPECT_EQ(m_driver.padId(buffer, sizeof buffer), 0);
     EXPECT_STREQ(buffer, "SIMPAD0001");
     EXPECT_EQ(m_driver.showPicture(picture, 2, 1, 1, nullptr), 0);
-    EXPECT_EQ(m_driver.sendSample(1, 2, 3, 0), 0);
+    EXPECT_EQ(m_driver.SendSample(1, 2, 3, 0), 0);
     EXPECT_TRUE(Received::waitFor(1));
 }
 
@@ -366,9 +366,9 @@ TEST_F(LibraryTest, unloadsWhenThePadIsStopped)
         ASSERT_TRUE(driver.isLoaded());
         EXPECT_TRUE(isLibraryLoaded(path));
         ASSERT_EQ(driver.start(7), 0);
-        EXPECT_NE(driver.lastError(), nullptr);
-        ASSERT_EQ(driver.sendSyntheticFingerprint("arch", 1, 1), 0);
-        ASSERT_EQ(driver.waitIdle(Patience), 0);
+        EXPECT_NE(driver.LastError(), nullptr);
+        ASSERT_EQ(driver.SendSyntheticFingerprint("arch", 1, 1), 0);
+        ASSERT_EQ(driver.WaitIdle(Patience), 0);
         ASSERT_EQ(driver.unInitial(), 0);
         driver.unload();
         EXPECT_FALSE(isLibraryLoaded(path));
@@ -382,7 +382,7 @@ TEST_F(LibraryTest, staysLoadedUnderAStartedPad)
         Driver driver;
         ASSERT_EQ(driver.start(4), 0);
         const std::string recording = std::string(SCRIBERA_RECORDINGS) + "/flowing.rec";
-        ASSERT_EQ(driver.play(recording.c_str(), 0, 1, -1), 0);
+        ASSERT_EQ(driver.Play(recording.c_str(), 0, 1, -1), 0);
         driver.unload();
         EXPECT_TRUE(isLibraryLoaded(path));
         EXPECT_TRUE(Received::waitFor(Received::all().size() + 1000));
@@ -390,7 +390,7 @@ TEST_F(LibraryTest, staysLoadedUnderAStartedPad)
     {
         // The same instance, found again.
         Driver driver;
-        EXPECT_EQ(driver.callCount("SCRDAPI_Initial"), 1);
+        EXPECT_EQ(driver.CallCount("SCRDAPI_Initial"), 1);
         EXPECT_EQ(driver.unInitial(), 0);
     }
     EXPECT_FALSE(isLibraryLoaded(path));
@@ -400,11 +400,11 @@ TEST_F(LibraryTest, isFreshWhenLoadedAgain)
 {
     {
         Driver driver;
-        driver.setResult("SCRDAPI_OpenDeviceLCD", -4);
+        driver.SetResult("SCRDAPI_OpenDeviceLCD", -4);
         EXPECT_EQ(driver.openLcd(true), -4);
     }
     Driver driver;
-    EXPECT_EQ(driver.callCount("SCRDAPI_OpenDeviceLCD"), 0);
+    EXPECT_EQ(driver.CallCount("SCRDAPI_OpenDeviceLCD"), 0);
     EXPECT_EQ(driver.openLcd(true), 0);
 }
 
@@ -429,8 +429,8 @@ TEST_F(LibraryTest, eachVariantLacksItsEntryPointAndNoOther)
         ASSERT_TRUE(driver.isLoaded());
         for (const char* name : EntryPoints)
             EXPECT_EQ(driver.find(name) == nullptr, std::string(name) == missing) << name;
-        ASSERT_NE(driver.callCount, nullptr);
+        ASSERT_NE(driver.CallCount, nullptr);
         // The control functions know the entry points by name, the missing one too.
-        EXPECT_EQ(driver.callCount(missing), 0);
+        EXPECT_EQ(driver.CallCount(missing), 0);
     }
 }

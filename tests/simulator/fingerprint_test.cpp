@@ -270,11 +270,11 @@ TEST_F(FingerprintTest, rawBytesArriveAsTheyAre)
     start();
     const unsigned char raw[] = {1, 2, 3};
     const Pixels large(60000, 9);
-    ASSERT_EQ(m_driver.sendFingerprint(raw, 3, 55), 0);
-    ASSERT_EQ(m_driver.sendFingerprint(nullptr, 59904, -4), 0);
-    ASSERT_EQ(m_driver.sendFingerprint(large.data(), 60000, 0), 0);
-    ASSERT_EQ(m_driver.sendFingerprint(raw, 0, 1), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.SendFingerprint(raw, 3, 55), 0);
+    ASSERT_EQ(m_driver.SendFingerprint(nullptr, 59904, -4), 0);
+    ASSERT_EQ(m_driver.SendFingerprint(large.data(), 60000, 0), 0);
+    ASSERT_EQ(m_driver.SendFingerprint(raw, 0, 1), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     const std::vector<Event> events = Received::all();
     ASSERT_EQ(events.size(), 4U);
     EXPECT_EQ(events[0].length, 3);
@@ -296,22 +296,22 @@ TEST_F(FingerprintTest, aBurstKeepsItsPlaceAmongTheSamples)
     // Hold the pad's thread in its first callback, so that all the rest is queued together.
     std::atomic<bool> queued{false};
     Received::whenReceived([&](std::size_t) { queued.wait(false); });
-    ASSERT_EQ(m_driver.sendSample(0, 0, 0, 0), 0);
+    ASSERT_EQ(m_driver.SendSample(0, 0, 0, 0), 0);
     std::vector<int> expected{-1};
     const unsigned char raw[] = {1};
     for (int round = 0; round < 20; ++round) {
         for (int count = 0; count < round % 3; ++count) {
-            ASSERT_EQ(m_driver.sendSample(0, 0, 0, 1), 0);
+            ASSERT_EQ(m_driver.SendSample(0, 0, 0, 1), 0);
             expected.push_back(-1);
         }
         for (int count = 0; count < round % 4; ++count) {
-            ASSERT_EQ(m_driver.sendFingerprint(raw, 1, 4 * round + count), 0);
+            ASSERT_EQ(m_driver.SendFingerprint(raw, 1, 4 * round + count), 0);
             expected.push_back(4 * round + count);
         }
     }
     queued = true;
     queued.notify_all();
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     std::vector<int> order;
     for (const Event& event : Received::all())
         order.push_back(event.kind == Event::Finger ? event.score : -1);
@@ -323,9 +323,9 @@ TEST_F(FingerprintTest, syntheticOnesAndFilesArriveWhole)
     start();
     const Pixels print = syntheticFingerprint(RidgePattern::Arch, 4294967295U);
     const std::string path = m_directory.write("print.pgm", simulator::formatGreyMap(print));
-    ASSERT_EQ(m_driver.sendSyntheticFingerprint("arch", 4294967295U, 12), 0) << m_driver.lastError();
-    ASSERT_EQ(m_driver.sendFingerprintFile(path.c_str(), 13), 0) << m_driver.lastError();
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.SendSyntheticFingerprint("arch", 4294967295U, 12), 0) << m_driver.LastError();
+    ASSERT_EQ(m_driver.SendFingerprintFile(path.c_str(), 13), 0) << m_driver.LastError();
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     const std::vector<Event> events = Received::all();
     ASSERT_EQ(events.size(), 2U);
     for (std::size_t index = 0; index < 2; ++index) {
@@ -343,28 +343,28 @@ TEST_F(FingerprintTest, refusesWhatItCannotDeliver)
     const unsigned char raw[] = {1};
     const std::string good = m_directory.write("good", simulator::formatGreyMap(Pixels(59904, 1)));
     for (const auto& send : std::initializer_list<std::function<int()>>{
-             [&] { return m_driver.sendFingerprint(raw, 1, 1); },
-             [&] { return m_driver.sendSyntheticFingerprint("loop", 1, 1); },
-             [&] { return m_driver.sendFingerprintFile(good.c_str(), 1); }}) {
+             [&] { return m_driver.SendFingerprint(raw, 1, 1); },
+             [&] { return m_driver.SendSyntheticFingerprint("loop", 1, 1); },
+             [&] { return m_driver.SendFingerprintFile(good.c_str(), 1); }}) {
         EXPECT_EQ(send(), -1);
-        EXPECT_STREQ(m_driver.lastError(), "the pad is not started");
+        EXPECT_STREQ(m_driver.LastError(), "the pad is not started");
     }
     start();
-    EXPECT_EQ(m_driver.sendFingerprint(raw, -1, 1), -1);
+    EXPECT_EQ(m_driver.SendFingerprint(raw, -1, 1), -1);
     for (const char* name : {static_cast<const char*>(nullptr), "", "spiral"}) {
-        EXPECT_EQ(m_driver.sendSyntheticFingerprint(name, 1, 1), -1);
-        EXPECT_STREQ(m_driver.lastError(), "the pattern is none of \"loop\", \"whorl\" and \"arch\"");
+        EXPECT_EQ(m_driver.SendSyntheticFingerprint(name, 1, 1), -1);
+        EXPECT_STREQ(m_driver.LastError(), "the pattern is none of \"loop\", \"whorl\" and \"arch\"");
     }
-    EXPECT_EQ(m_driver.sendFingerprintFile(nullptr, 1), -1);
-    EXPECT_EQ(m_driver.sendFingerprintFile("", 1), -1);
-    EXPECT_STREQ(m_driver.lastError(), "no fingerprint file named");
+    EXPECT_EQ(m_driver.SendFingerprintFile(nullptr, 1), -1);
+    EXPECT_EQ(m_driver.SendFingerprintFile("", 1), -1);
+    EXPECT_STREQ(m_driver.LastError(), "no fingerprint file named");
     const std::string bad = m_directory.write("bad", "P5 2 2 255 abc");
-    EXPECT_EQ(m_driver.sendFingerprintFile(bad.c_str(), 1), -1);
-    EXPECT_EQ(m_driver.lastError(), bad + ": fewer than 2 x 2 grey values");
+    EXPECT_EQ(m_driver.SendFingerprintFile(bad.c_str(), 1), -1);
+    EXPECT_EQ(m_driver.LastError(), bad + ": fewer than 2 x 2 grey values");
     const std::string missing = m_directory.path("missing");
-    EXPECT_EQ(m_driver.sendFingerprintFile(missing.c_str(), 1), -1);
-    EXPECT_EQ(m_driver.lastError(), missing + ": cannot be opened: No such file or directory");
-    EXPECT_EQ(m_driver.waitIdle(Patience), 0);
+    EXPECT_EQ(m_driver.SendFingerprintFile(missing.c_str(), 1), -1);
+    EXPECT_EQ(m_driver.LastError(), missing + ": cannot be opened: No such file or directory");
+    EXPECT_EQ(m_driver.WaitIdle(Patience), 0);
     EXPECT_TRUE(Received::all().empty());
 }
 
@@ -382,7 +382,7 @@ TEST_F(FingerprintTest, theEnvironmentsComesBetweenTheRecordingAndTheKey)
             setenv("SCRIBERA_SIM_RATE", "max", 1);
         Received::clear();
         start();
-        ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+        ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
         ASSERT_EQ(m_driver.unInitial(), 0);
         const std::vector<Event> events = Received::all();
         ASSERT_EQ(events.size(), recorded + 3);
@@ -409,7 +409,7 @@ TEST_F(FingerprintTest, theEnvironmentsComesAtItsTime)
     setenv("SCRIBERA_SIM_FINGERPRINT", print.c_str(), 1);
     const auto begin = Clock::now();
     start();
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     const std::vector<Event> events = Received::all();
     ASSERT_EQ(events.size(), 5U);
     EXPECT_EQ(events[2].kind, Event::Finger);
@@ -425,14 +425,14 @@ TEST_F(FingerprintTest, theEnvironmentGivesScoreSeedAndFile)
     setenv("SCRIBERA_SIM_FINGERPRINT_SEED", "4294967295", 1);
     // Without a recording too, and without a key then.
     start();
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     ASSERT_EQ(m_driver.unInitial(), 0);
     const Pixels print(59904, 77);
     const std::string path = m_directory.write("p.pgm", simulator::formatGreyMap(print));
     setenv("SCRIBERA_SIM_FINGERPRINT", path.c_str(), 1);
     setenv("SCRIBERA_SIM_FINGERPRINT_SCORE", "2147483647", 1);
     start();
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     const std::vector<Event> events = Received::all();
     ASSERT_EQ(events.size(), 2U);
     EXPECT_EQ(events[0].score, -2147483647 - 1);
@@ -476,7 +476,7 @@ TEST_F(FingerprintTest, otherPadsHaveNoSensor)
         for (const int deviceType : {2, 3, 4, 5}) {
             Received::clear();
             start(deviceType);
-            ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+            ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
             ASSERT_EQ(m_driver.unInitial(), 0);
             EXPECT_EQ(Received::all().size(), readSamples(path).size());
             EXPECT_EQ(Received::samples().size(), readSamples(path).size());
@@ -515,7 +515,7 @@ TEST_F(FingerprintTest, anEnvironmentThatCannotBeUsedIsRefusedWithTheReason)
             const int result = m_driver.start(7);
             EXPECT_EQ(testing::internal::GetCapturedStderr(), "scribera simulator: " + wrong.reason + "\n");
             EXPECT_EQ(result, -1);
-            EXPECT_EQ(m_driver.lastError(), wrong.reason);
+            EXPECT_EQ(m_driver.LastError(), wrong.reason);
             EXPECT_EQ(m_driver.unInitial(), -1) << "nothing was started";
             EXPECT_TRUE(Received::all().empty());
             unsetenv(wrong.variable);

@@ -50,8 +50,8 @@ TEST_F(PlaybackTest, deliversEverySampleInOrderOnOneThreadOfItsOwn)
 {
     start();
     const std::string path = std::string(SCRIBERA_RECORDINGS) + "/flowing.rec";
-    ASSERT_EQ(m_driver.play(path.c_str(), 0, 0, -1), 0) << m_driver.lastError();
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 0, 0, -1), 0) << m_driver.LastError();
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     EXPECT_EQ(Received::samples(), readSamples(path));
     const std::vector<Event> events = Received::all();
     for (const Event& event : events) {
@@ -65,8 +65,8 @@ TEST_F(PlaybackTest, atTrueRateEachSampleComesAtItsTime)
     start();
     const std::string path = m_directory.write("r", steadyRecording(101, 5));
     const auto begin = Clock::now();
-    ASSERT_EQ(m_driver.play(path.c_str(), 1, 0, -1), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 1, 0, -1), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     const std::vector<Event> events = Received::all();
     ASSERT_EQ(events.size(), 101U);
     expectNoneEarly(events, begin, 5);
@@ -78,8 +78,8 @@ TEST_F(PlaybackTest, nTimesTheRateTakesAnNthOfTheTime)
     start();
     const std::string path = m_directory.write("r", steadyRecording(1001, 50));
     const auto begin = Clock::now();
-    ASSERT_EQ(m_driver.play(path.c_str(), 100, 0, -1), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 100, 0, -1), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     const std::vector<Event> events = Received::all();
     ASSERT_EQ(events.size(), 1001U);
     expectNoneEarly(events, begin, 0.5);
@@ -92,8 +92,8 @@ TEST_F(PlaybackTest, aFractionOfTheRateTakesLonger)
     start();
     const std::string path = m_directory.write("r", steadyRecording(21, 5));
     const auto begin = Clock::now();
-    ASSERT_EQ(m_driver.play(path.c_str(), 0.5, 0, -1), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 0.5, 0, -1), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     const std::vector<Event> events = Received::all();
     ASSERT_EQ(events.size(), 21U);
     expectNoneEarly(events, begin, 10);
@@ -104,8 +104,8 @@ TEST_F(PlaybackTest, withoutARateNothingIsWaitedFor)
     start();
     // Ten hours on paper.
     const std::string path = m_directory.write("r", steadyRecording(1001, 36'000));
-    ASSERT_EQ(m_driver.play(path.c_str(), 0, 0, 1), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 0, 0, 1), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     EXPECT_EQ(Received::all().size(), 1003U);
 }
 
@@ -117,8 +117,8 @@ TEST_F(PlaybackTest, aSlowHostGetsEverySampleLate)
         if (count == 1)
             std::this_thread::sleep_for(milliseconds(300)); // a host that is busy
     });
-    ASSERT_EQ(m_driver.play(path.c_str(), 1, 0, -1), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 1, 0, -1), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     EXPECT_EQ(Received::samples(), readSamples(path));
 }
 
@@ -141,8 +141,8 @@ TEST_F(PlaybackTest, aPacketStreamIsPlayedWithItsOwnNumbersAndPauses)
     // A small pad: its area and pressure would change the numbers if they were scaled.
     start(5);
     const auto begin = Clock::now();
-    ASSERT_EQ(m_driver.play(path.c_str(), 1, 0, -1), 0) << m_driver.lastError();
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 1, 0, -1), 0) << m_driver.LastError();
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     const std::vector<ScrSimSample> expected{{1000, -2, 77, 0}, {65535, 3, 0, 2}};
     EXPECT_EQ(Received::samples(), expected);
     EXPECT_GE(Received::all().back().time - begin, milliseconds(60));
@@ -172,8 +172,8 @@ TEST_F(PlaybackTest, aRecordingIsScaledToTheStartedPad)
         else
             unsetenv("SCRIBERA_SIM_MODEL");
         start(pad.deviceType);
-        ASSERT_EQ(m_driver.play(path.c_str(), 0, 0, -1), 0);
-        ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+        ASSERT_EQ(m_driver.Play(path.c_str(), 0, 0, -1), 0);
+        ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
         ASSERT_EQ(m_driver.unInitial(), 0);
         // Corner to corner, middle to middle, full pressure to full pressure; the key's numbers as they are.
         const simulator::Area& area = pad.area;
@@ -194,8 +194,8 @@ TEST_F(PlaybackTest, theKeyComesAtTheEnd)
         Received::clear();
         start();
         const auto begin = Clock::now();
-        ASSERT_EQ(m_driver.play(path.c_str(), 1, 0, key), 0);
-        ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+        ASSERT_EQ(m_driver.Play(path.c_str(), 1, 0, key), 0);
+        ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
         ASSERT_EQ(m_driver.unInitial(), 0);
         std::vector<ScrSimSample> expected = recorded;
         expected.push_back({0, 0, 0, key == 1 ? 4 : 3});
@@ -215,14 +215,14 @@ TEST_F(PlaybackTest, loopsUntilItIsStopped)
     std::vector<ScrSimSample> pass = readSamples(path);
     pass.push_back({0, 0, 0, 4});
     pass.push_back({0, 0, 0, 2});
-    ASSERT_EQ(m_driver.play(path.c_str(), 0, 1, 1), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 0, 1, 1), 0);
     ASSERT_TRUE(Received::waitFor(10 * pass.size()));
-    ASSERT_EQ(m_driver.stopPlaying(), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.StopPlaying(), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     const std::vector<ScrSimSample> samples = Received::samples();
     for (std::size_t index = 0; index < samples.size(); ++index)
         ASSERT_EQ(samples[index], pass[index % pass.size()]) << index;
-    EXPECT_EQ(m_driver.waitIdle(0), 0);
+    EXPECT_EQ(m_driver.WaitIdle(0), 0);
     EXPECT_EQ(Received::samples().size(), samples.size());
 }
 
@@ -231,7 +231,7 @@ TEST_F(PlaybackTest, aLoopAtARateKeepsTheRateFromPassToPass)
     start();
     const std::string path = m_directory.write("r", steadyRecording(5, 5));
     const auto begin = Clock::now();
-    ASSERT_EQ(m_driver.play(path.c_str(), 1, 1, -1), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 1, 1, -1), 0);
     ASSERT_TRUE(Received::waitFor(20));
     std::vector<Event> events = Received::all();
     events.resize(20);
@@ -243,11 +243,11 @@ TEST_F(PlaybackTest, stoppingThePadEndsALoop)
 {
     start();
     const std::string path = m_directory.write("r", steadyRecording(10, 1));
-    ASSERT_EQ(m_driver.play(path.c_str(), 0, 1, -1), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 0, 1, -1), 0);
     ASSERT_TRUE(Received::waitFor(25));
     ASSERT_EQ(m_driver.unInitial(), 0);
     const std::size_t count = Received::all().size();
-    EXPECT_EQ(m_driver.waitIdle(0), 0);
+    EXPECT_EQ(m_driver.WaitIdle(0), 0);
     EXPECT_EQ(Received::all().size(), count);
 }
 
@@ -256,10 +256,10 @@ TEST_F(PlaybackTest, playingAgainReplacesWhatPlays)
     start();
     const std::string longOne = m_directory.write("long", steadyRecording(10, 1000));
     const std::string shortOne = m_directory.write("short", steadyRecording(4, 1));
-    ASSERT_EQ(m_driver.play(longOne.c_str(), 0.001, 0, 1), 0);
+    ASSERT_EQ(m_driver.Play(longOne.c_str(), 0.001, 0, 1), 0);
     ASSERT_TRUE(Received::waitFor(1));
-    ASSERT_EQ(m_driver.play(shortOne.c_str(), 0, 0, -1), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.Play(shortOne.c_str(), 0, 0, -1), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     std::vector<ScrSimSample> expected{readSamples(longOne).front()};
     for (const ScrSimSample& sample : readSamples(shortOne))
         expected.push_back(sample);
@@ -268,50 +268,50 @@ TEST_F(PlaybackTest, playingAgainReplacesWhatPlays)
 
 TEST_F(PlaybackTest, tellsItsProgressInThousandths)
 {
-    EXPECT_EQ(m_driver.progress(), 1000);
+    EXPECT_EQ(m_driver.Progress(), 1000);
     start();
-    EXPECT_EQ(m_driver.progress(), 1000);
+    EXPECT_EQ(m_driver.Progress(), 1000);
     const std::string path = m_directory.write("r", steadyRecording(4, 3'000'000));
-    ASSERT_EQ(m_driver.play(path.c_str(), 1, 0, -1), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 1, 0, -1), 0);
     ASSERT_TRUE(Received::waitFor(1));
     // The first of four; the next is due in an hour.
-    EXPECT_TRUE(becomesTrue([this] { return m_driver.progress() == 250; }));
-    ASSERT_EQ(m_driver.stopPlaying(), 0);
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
-    EXPECT_EQ(m_driver.progress(), 1000);
+    EXPECT_TRUE(becomesTrue([this] { return m_driver.Progress() == 250; }));
+    ASSERT_EQ(m_driver.StopPlaying(), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
+    EXPECT_EQ(m_driver.Progress(), 1000);
 }
 
 TEST_F(PlaybackTest, whatIsQueuedMeanwhileIsNotHeldUp)
 {
     start();
     const std::string path = m_directory.write("r", steadyRecording(2, 3'600'000));
-    ASSERT_EQ(m_driver.play(path.c_str(), 1, 0, -1), 0);
+    ASSERT_EQ(m_driver.Play(path.c_str(), 1, 0, -1), 0);
     ASSERT_TRUE(Received::waitFor(1));
-    ASSERT_EQ(m_driver.sendSample(1, 2, 3, 1), 0);
+    ASSERT_EQ(m_driver.SendSample(1, 2, 3, 1), 0);
     ASSERT_TRUE(Received::waitFor(2));
     EXPECT_EQ(Received::samples().back(), (ScrSimSample{1, 2, 3, 1}));
-    EXPECT_EQ(m_driver.waitIdle(1), -1);
+    EXPECT_EQ(m_driver.WaitIdle(1), -1);
 }
 
 TEST_F(PlaybackTest, refusesWhatItCannotPlayAndTellsWhy)
 {
     const std::string good = m_directory.write("good", steadyRecording(2, 1));
-    EXPECT_EQ(m_driver.play(good.c_str(), 1, 0, -1), -1);
-    EXPECT_STREQ(m_driver.lastError(), "the pad is not started");
-    EXPECT_EQ(m_driver.stopPlaying(), -1);
+    EXPECT_EQ(m_driver.Play(good.c_str(), 1, 0, -1), -1);
+    EXPECT_STREQ(m_driver.LastError(), "the pad is not started");
+    EXPECT_EQ(m_driver.StopPlaying(), -1);
     start();
-    EXPECT_EQ(m_driver.play(nullptr, 1, 0, -1), -1);
-    EXPECT_EQ(m_driver.play("", 1, 0, -1), -1);
-    EXPECT_STREQ(m_driver.lastError(), "no recording named");
-    EXPECT_EQ(m_driver.play(good.c_str(), -1, 0, -1), -1);
-    EXPECT_EQ(m_driver.play(good.c_str(), std::nan(""), 0, -1), -1);
-    EXPECT_STREQ(m_driver.lastError(), "the speed is not a number from 0 up");
-    EXPECT_EQ(m_driver.play(good.c_str(), 1, 0, 2), -1);
-    EXPECT_STREQ(m_driver.lastError(), "the key at the end is none of -1, 0 and 1");
+    EXPECT_EQ(m_driver.Play(nullptr, 1, 0, -1), -1);
+    EXPECT_EQ(m_driver.Play("", 1, 0, -1), -1);
+    EXPECT_STREQ(m_driver.LastError(), "no recording named");
+    EXPECT_EQ(m_driver.Play(good.c_str(), -1, 0, -1), -1);
+    EXPECT_EQ(m_driver.Play(good.c_str(), std::nan(""), 0, -1), -1);
+    EXPECT_STREQ(m_driver.LastError(), "the speed is not a number from 0 up");
+    EXPECT_EQ(m_driver.Play(good.c_str(), 1, 0, 2), -1);
+    EXPECT_STREQ(m_driver.LastError(), "the key at the end is none of -1, 0 and 1");
     const std::string bad = m_directory.write("bad", steadyRecording(2, 1) + "0 1 2 3 0\n");
-    EXPECT_EQ(m_driver.play(bad.c_str(), 1, 0, -1), -1);
-    EXPECT_EQ(m_driver.lastError(), bad + ":7: time '0' is before the previous sample's");
-    EXPECT_EQ(m_driver.waitIdle(Patience), 0);
+    EXPECT_EQ(m_driver.Play(bad.c_str(), 1, 0, -1), -1);
+    EXPECT_EQ(m_driver.LastError(), bad + ":7: time '0' is before the previous sample's");
+    EXPECT_EQ(m_driver.WaitIdle(Patience), 0);
     EXPECT_TRUE(Received::all().empty());
 }
 
@@ -324,7 +324,7 @@ TEST_F(PlaybackTest, theEnvironmentNamesRecordingRateAndKey)
     setenv("SCRIBERA_SIM_START_MS", "120", 1);
     const auto begin = Clock::now();
     start();
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     std::vector<ScrSimSample> expected = readSamples(path);
     expected.push_back({0, 0, 0, 3});
     expected.push_back({0, 0, 0, 2});
@@ -341,7 +341,7 @@ TEST_F(PlaybackTest, theEnvironmentsRateIsANumber)
     setenv("SCRIBERA_SIM_START_MS", "0", 1);
     const auto begin = Clock::now();
     start();
-    ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+    ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
     const std::vector<Event> events = Received::all();
     ASSERT_EQ(events.size(), 11U);
     expectNoneEarly(events, begin, 10);
@@ -396,12 +396,12 @@ TEST_F(PlaybackTest, anEnvironmentThatCannotBeUsedIsRefusedWithTheReason)
             const int result = m_driver.start(4);
             EXPECT_EQ(testing::internal::GetCapturedStderr(), "scribera simulator: " + bad.reason + "\n");
             EXPECT_EQ(result, -1);
-            EXPECT_EQ(m_driver.lastError(), bad.reason);
+            EXPECT_EQ(m_driver.LastError(), bad.reason);
             EXPECT_EQ(m_driver.unInitial(), -1) << "nothing was started";
             unsetenv(bad.variable);
             if (recording.empty()) { // the same pad, set right
                 EXPECT_EQ(m_driver.start(4), 0);
-                EXPECT_EQ(m_driver.waitIdle(Patience), 0);
+                EXPECT_EQ(m_driver.WaitIdle(Patience), 0);
                 EXPECT_EQ(m_driver.unInitial(), 0);
             }
         }
@@ -417,7 +417,7 @@ TEST_F(PlaybackTest, theEnvironmentPressesAKeyWithoutInk)
         Received::clear();
         const auto begin = Clock::now();
         start();
-        ASSERT_EQ(m_driver.waitIdle(Patience), 0);
+        ASSERT_EQ(m_driver.WaitIdle(Patience), 0);
         ASSERT_EQ(m_driver.unInitial(), 0);
         EXPECT_EQ(Received::samples(), (std::vector<ScrSimSample>{{0, 0, 0, status}, {0, 0, 0, 2}}));
         const std::vector<Event> events = Received::all();

@@ -212,28 +212,8 @@ Driver::Driver(const std::string& path) : m_handle(dlopen(path.c_str(), RTLD_NOW
     bind(showVersion, "SCRDAPI_ShowVersionInfoOnDevice");
     bind(setPenStyle, "SCRDAPI_SetDevicePenStyle");
     bind(showPicture, "SCRDAPI_ShowFPImageOnDevice");
-    bind(sendSamples, "ScrSim_SendSamples");
-    bind(sendSample, "ScrSim_SendSample");
-    bind(pressKey, "ScrSim_PressKey");
-    bind(waitIdle, "ScrSim_WaitIdle");
-    bind(play, "ScrSim_Play");
-    bind(stopPlaying, "ScrSim_StopPlaying");
-    bind(progress, "ScrSim_Progress");
-    bind(lastError, "ScrSim_LastError");
-    bind(setResult, "ScrSim_SetResult");
-    bind(setDelay, "ScrSim_SetDelay");
-    bind(setText, "ScrSim_SetText");
-    bind(callCount, "ScrSim_CallCount");
-    bind(lastArgument, "ScrSim_LastArgument");
-    bind(callLog, "ScrSim_CallLog");
-    bind(sendFingerprint, "ScrSim_SendFingerprint");
-    bind(sendSyntheticFingerprint, "ScrSim_SendSyntheticFingerprint");
-    bind(sendFingerprintFile, "ScrSim_SendFingerprintFile");
-    bind(setTransferTime, "ScrSim_SetTransferTime");
-    bind(lastPicture, "ScrSim_LastPicture");
-    bind(transferCount, "ScrSim_TransferCount");
-    bind(abortedTransferCount, "ScrSim_AbortedTransferCount");
-    bind(reset, "ScrSim_Reset");
+    if (const char* const missing = resolve(m_handle))
+        throw std::runtime_error(std::string("no ") + missing);
 }
 
 Driver::~Driver()
@@ -241,8 +221,8 @@ Driver::~Driver()
     if (m_handle == nullptr)
         return;
     if (unInitial != nullptr) {
-        setResult("SCRDAPI_UnInitial", 0);
-        setDelay("SCRDAPI_UnInitial", 0);
+        SetResult("SCRDAPI_UnInitial", 0);
+        SetDelay("SCRDAPI_UnInitial", 0);
         unInitial();
     }
     unload();

@@ -3,7 +3,7 @@
 #define SCRIBERA_TESTS_SIMULATOR_SUPPORT_H
 
 #include "recording.h"
-#include "scriberasim.h"
+#include "simclient.h"
 
 #include <gtest/gtest.h>
 
@@ -102,7 +102,7 @@ std::vector<ScrSimSample> samplesOf(const simulator::Recording& recording);
 std::vector<ScrSimSample> readSamples(const std::string& path);
 
 // A driver library, loaded and with its functions found; a missing one is null.
-class Driver
+class Driver : public simulator::Client
 {
 public:
     explicit Driver(const std::string& path = SCRIBERA_DRIVER_LIBRARY);
@@ -128,29 +128,6 @@ public:
     int (*showVersion)(bool) = nullptr;
     int (*setPenStyle)(bool) = nullptr;
     int (*showPicture)(unsigned char*, int, int, int, bool*) = nullptr;
-
-    decltype(&ScrSim_SendSamples) sendSamples = nullptr;
-    decltype(&ScrSim_SendSample) sendSample = nullptr;
-    decltype(&ScrSim_PressKey) pressKey = nullptr;
-    decltype(&ScrSim_WaitIdle) waitIdle = nullptr;
-    decltype(&ScrSim_Play) play = nullptr;
-    decltype(&ScrSim_StopPlaying) stopPlaying = nullptr;
-    decltype(&ScrSim_Progress) progress = nullptr;
-    decltype(&ScrSim_LastError) lastError = nullptr;
-    decltype(&ScrSim_SetResult) setResult = nullptr;
-    decltype(&ScrSim_SetDelay) setDelay = nullptr;
-    decltype(&ScrSim_SetText) setText = nullptr;
-    decltype(&ScrSim_CallCount) callCount = nullptr;
-    decltype(&ScrSim_LastArgument) lastArgument = nullptr;
-    decltype(&ScrSim_CallLog) callLog = nullptr;
-    decltype(&ScrSim_SendFingerprint) sendFingerprint = nullptr;
-    decltype(&ScrSim_SendSyntheticFingerprint) sendSyntheticFingerprint = nullptr;
-    decltype(&ScrSim_SendFingerprintFile) sendFingerprintFile = nullptr;
-    decltype(&ScrSim_SetTransferTime) setTransferTime = nullptr;
-    decltype(&ScrSim_LastPicture) lastPicture = nullptr;
-    decltype(&ScrSim_TransferCount) transferCount = nullptr;
-    decltype(&ScrSim_AbortedTransferCount) abortedTransferCount = nullptr;
-    decltype(&ScrSim_Reset) reset = nullptr;
 
 private:
     void* m_handle = nullptr;

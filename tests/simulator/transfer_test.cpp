@@ -19,8 +19,8 @@ protected:
     std::vector<unsigned char> lastPicture()
     {
         std::vector<unsigned char> picture(
-            static_cast<std::size_t>(m_driver.lastPicture(nullptr, 0, nullptr, nullptr)));
-        m_driver.lastPicture(picture.data(), static_cast<int>(picture.size()), nullptr, nullptr);
+            static_cast<std::size_t>(m_driver.LastPicture(nullptr, 0, nullptr, nullptr)));
+        m_driver.LastPicture(picture.data(), static_cast<int>(picture.size()), nullptr, nullptr);
         return picture;
     }
 
@@ -34,14 +34,14 @@ protected:
 
 TEST_F(TransferTest, keepsTheLastPicture)
 {
-    EXPECT_EQ(m_driver.lastPicture(nullptr, 0, nullptr, nullptr), 0);
+    EXPECT_EQ(m_driver.LastPicture(nullptr, 0, nullptr, nullptr), 0);
     bool abort = false;
     ASSERT_EQ(show(&abort), 0);
     EXPECT_EQ(lastPicture(), m_picture);
     int width = 0;
     int height = 0;
     unsigned char start[3] = {0, 0, 0xee};
-    EXPECT_EQ(m_driver.lastPicture(start, 2, &width, &height), 29952);
+    EXPECT_EQ(m_driver.LastPicture(start, 2, &width, &height), 29952);
     EXPECT_EQ(width, 104);
     EXPECT_EQ(height, 144);
     EXPECT_EQ(start[0], m_picture[0]);
@@ -51,8 +51,8 @@ TEST_F(TransferTest, keepsTheLastPicture)
     unsigned char small[4] = {9, 8, 7, 6};
     ASSERT_EQ(m_driver.showPicture(small, 4, 1, 2, nullptr), 0);
     EXPECT_EQ(lastPicture(), std::vector<unsigned char>({9, 8, 7, 6}));
-    EXPECT_EQ(m_driver.transferCount(), 2);
-    EXPECT_EQ(m_driver.abortedTransferCount(), 0);
+    EXPECT_EQ(m_driver.TransferCount(), 2);
+    EXPECT_EQ(m_driver.AbortedTransferCount(), 0);
 }
 
 TEST_F(TransferTest, refusesNumbersThatDescribeNoPicture)
@@ -65,27 +65,27 @@ TEST_F(TransferTest, refusesNumbersThatDescribeNoPicture)
     EXPECT_EQ(m_driver.showPicture(pixels, 0, 0, 144, &abort), -2);
     EXPECT_EQ(m_driver.showPicture(pixels, 29952, -104, -144, &abort), -2);
     EXPECT_EQ(m_driver.showPicture(pixels, 0, 65536, 65536, &abort), -2);
-    EXPECT_EQ(m_driver.transferCount(), 0);
-    EXPECT_EQ(m_driver.lastPicture(nullptr, 0, nullptr, nullptr), 0);
+    EXPECT_EQ(m_driver.TransferCount(), 0);
+    EXPECT_EQ(m_driver.LastPicture(nullptr, 0, nullptr, nullptr), 0);
 }
 
 TEST_F(TransferTest, takesItsTime)
 {
-    ASSERT_EQ(m_driver.setTransferTime(60), 0);
+    ASSERT_EQ(m_driver.SetTransferTime(60), 0);
     bool abort = false;
     const auto begin = Clock::now();
     EXPECT_EQ(show(&abort), 0);
     EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(60));
-    EXPECT_EQ(m_driver.setTransferTime(-1), -1);
+    EXPECT_EQ(m_driver.SetTransferTime(-1), -1);
 }
 
 TEST_F(TransferTest, aFlagThatIsSetAlreadyAllowsNoTransfer)
 {
     bool abort = true;
     EXPECT_EQ(show(&abort), -1);
-    EXPECT_EQ(m_driver.transferCount(), 1);
-    EXPECT_EQ(m_driver.abortedTransferCount(), 1);
-    EXPECT_EQ(m_driver.lastPicture(nullptr, 0, nullptr, nullptr), 0);
+    EXPECT_EQ(m_driver.TransferCount(), 1);
+    EXPECT_EQ(m_driver.AbortedTransferCount(), 1);
+    EXPECT_EQ(m_driver.LastPicture(nullptr, 0, nullptr, nullptr), 0);
 }
 
 TEST_F(TransferTest, givesUpWhenTheFlagIsSetMeanwhile)
@@ -93,32 +93,32 @@ TEST_F(TransferTest, givesUpWhenTheFlagIsSetMeanwhile)
     unsigned char earlier[2] = {0xf8, 0};
     ASSERT_EQ(m_driver.showPicture(earlier, 2, 1, 1, nullptr), 0);
     // An hour: the test's own time limit is shorter.
-    ASSERT_EQ(m_driver.setTransferTime(3'600'000), 0);
+    ASSERT_EQ(m_driver.SetTransferTime(3'600'000), 0);
     bool abort = false;
     std::atomic<int> result{7};
     std::thread host([&] { result = show(&abort); });
-    EXPECT_TRUE(becomesTrue([this] { return m_driver.transferCount() == 2; }));
-    EXPECT_EQ(m_driver.abortedTransferCount(), 0);
+    EXPECT_TRUE(becomesTrue([this] { return m_driver.TransferCount() == 2; }));
+    EXPECT_EQ(m_driver.AbortedTransferCount(), 0);
     EXPECT_EQ(result, 7);
     set(abort);
     host.join();
     EXPECT_EQ(result, -1);
-    EXPECT_EQ(m_driver.abortedTransferCount(), 1);
+    EXPECT_EQ(m_driver.AbortedTransferCount(), 1);
     EXPECT_EQ(lastPicture(), std::vector<unsigned char>({0xf8, 0}));
 }
 
 TEST_F(TransferTest, penAndFingerprintsArriveDuringATransfer)
 {
     ASSERT_EQ(m_driver.start(7), 0);
-    ASSERT_EQ(m_driver.setTransferTime(3'600'000), 0);
+    ASSERT_EQ(m_driver.SetTransferTime(3'600'000), 0);
     bool abort = false;
     std::atomic<int> result{7};
     std::thread host([&] { result = show(&abort); });
-    EXPECT_TRUE(becomesTrue([this] { return m_driver.transferCount() == 1; }));
-    EXPECT_EQ(m_driver.sendSample(3000, 2000, 5, 0), 0);
+    EXPECT_TRUE(becomesTrue([this] { return m_driver.TransferCount() == 1; }));
+    EXPECT_EQ(m_driver.SendSample(3000, 2000, 5, 0), 0);
     for (int score = 1; score <= 10; ++score)
-        EXPECT_EQ(m_driver.sendSyntheticFingerprint("whorl", 1, score), 0);
-    EXPECT_EQ(m_driver.sendSample(3001, 2000, 5, 1), 0);
+        EXPECT_EQ(m_driver.SendSyntheticFingerprint("whorl", 1, score), 0);
+    EXPECT_EQ(m_driver.SendSample(3001, 2000, 5, 1), 0);
     EXPECT_TRUE(Received::waitFor(12));
     EXPECT_EQ(result, 7);
     set(abort);
@@ -133,11 +133,11 @@ TEST_F(TransferTest, penAndFingerprintsArriveDuringATransfer)
 TEST_F(TransferTest, stoppingThePadDoesNotEndATransfer)
 {
     ASSERT_EQ(m_driver.start(7), 0);
-    ASSERT_EQ(m_driver.setTransferTime(3'600'000), 0);
+    ASSERT_EQ(m_driver.SetTransferTime(3'600'000), 0);
     bool abort = false;
     std::atomic<int> result{7};
     std::thread host([&] { result = show(&abort); });
-    EXPECT_TRUE(becomesTrue([this] { return m_driver.transferCount() == 1; }));
+    EXPECT_TRUE(becomesTrue([this] { return m_driver.TransferCount() == 1; }));
     EXPECT_EQ(m_driver.unInitial(), 0);
     EXPECT_EQ(result, 7);
     set(abort);

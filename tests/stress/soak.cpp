@@ -4,7 +4,7 @@
 //   soak [SAMPLES [MODEL]]    10,000,000 and K210 without arguments; K421B merges a fingerprint meanwhile
 
 #include "scriberasdk.h"
-#include "scriberasim.h"
+#include "simclient.h"
 #include "workdirectory.h"
 
 #include <algorithm>
@@ -82,24 +82,6 @@ void require(bool holds, const std::string& what)
         fail(what);
 }
 
-struct Driver
-{
-    decltype(&::ScrSim_SendSamples) sendSamples;
-    decltype(&::ScrSim_SendFingerprint) sendFingerprint;
-    decltype(&::ScrSim_WaitIdle) waitIdle;
-    decltype(&::ScrSim_TransferCount) transferCount;
-
-    explicit Driver(void* library)
-    {
-        sendSamples = reinterpret_cast<decltype(sendSamples)>(dlsym(library, "ScrSim_SendSamples"));
-        sendFingerprint =
-            reinterpret_cast<decltype(sendFingerprint)>(dlsym(library, "ScrSim_SendFingerprint"));
-        waitIdle = reinterpret_cast<decltype(waitIdle)>(dlsym(library, "ScrSim_WaitIdle"));
-        transferCount = reinterpret_cast<decltype(transferCount)>(dlsym(library, "ScrSim_TransferCount"));
-        require(sendSamples && sendFingerprint && waitIdle && transferCount, "this is not the simulated pad");
-    }
-};
-
 // Processor time of the thread that delivers the samples: what other processes take of the machine is not
 // the library's.
 double threadTime()
@@ -173,13 +155,14 @@ void soak(const Family& family, long long wanted)
     const Census closed;
     void* const library = dlopen("./libscriberadrv.so", RTLD_NOW | RTLD_LOCAL);
     require(library != nullptr, "the simulated pad is not there");
-    const Driver driver(library);
+    simulator::Client driver;
+    require(!driver.resolve(library), "this is not the simulated pad");
     const int type = family.deviceType;
     require(family.initial(type, nullptr, 0, 0, 400, 200), "the pad does not start");
     require(family.realTime(type, onPoint), "no callback");
     if (type == SCK421B_DEVICE) {
         const std::vector<unsigned char> print(208 * 288, 90);
-        require(driver.sendFingerprint(print.data(), static_cast<int>(print.size()), 50) == 0,
+        require(driver.SendFingerprint(print.data(), static_cast<int>(print.size()), 50) == 0,
                 "no fingerprint");
     }
 
@@ -187,12 +170,12 @@ void soak(const Family& family, long long wanted)
     const auto perBatch = static_cast<long long>(samples.size());
     const auto send = [&](long long batches) {
         for (long long i = 0; i < batches; ++i) {
-            require(driver.sendSamples(samples.data(), static_cast<int>(samples.size())) == 0, "no samples");
-            require(driver.waitIdle(TimeoutMs) == 0, "the samples were not taken in time");
+            require(driver.SendSamples(samples.data(), static_cast<int>(samples.size())) == 0, "no samples");
+            require(driver.WaitIdle(TimeoutMs) == 0, "the samples were not taken in time");
         }
     };
     send(WarmUpBatches);
-    require(type != SCK421B_DEVICE || driver.transferCount() == 1, "the fingerprint was not shown");
+    require(type != SCK421B_DEVICE || driver.TransferCount() == 1, "the fingerprint was not shown");
     const Census before;
     const long long heapBefore = heapInUse();
     longest = 0;

@@ -1,7 +1,7 @@
 // The tool beside the library: what it makes of a stream is what the library makes of the same points.
 
 #include "scriberasdk.h"
-#include "scriberasim.h"
+#include "simclient.h"
 #include "support.h"
 
 #include <QDir>
@@ -59,6 +59,7 @@ protected:
         ASSERT_TRUE(m_family.initialDevice(m_family.deviceType, nullptr, 0, 0, Width, Height));
         m_driver = dlopen("./libscriberadrv.so", RTLD_NOW | RTLD_NOLOAD);
         ASSERT_NE(m_driver, nullptr);
+        ASSERT_EQ(m_control.resolve(m_driver), nullptr);
     }
 
     void TearDown() override
@@ -73,9 +74,8 @@ protected:
     void sign(const QString& file)
     {
         ASSERT_EQ(m_family.clear(m_family.deviceType), ARI_SUCCESS);
-        ASSERT_EQ(control<decltype(&ScrSim_Play)>("ScrSim_Play")(file.toLocal8Bit().constData(), 0, 0, -1), 0)
-            << control<decltype(&ScrSim_LastError)>("ScrSim_LastError")();
-        ASSERT_EQ(control<decltype(&ScrSim_WaitIdle)>("ScrSim_WaitIdle")(Patience), 0);
+        ASSERT_EQ(m_control.Play(file.toLocal8Bit().constData(), 0, 0, -1), 0) << m_control.LastError();
+        ASSERT_EQ(m_control.WaitIdle(Patience), 0);
         ASSERT_GT(m_family.count(m_family.deviceType), 100);
     }
 
@@ -110,13 +110,8 @@ protected:
     const Family& m_family = GetParam();
 
 private:
-    template <typename TFunction>
-    TFunction control(const char* name) const
-    {
-        return reinterpret_cast<TFunction>(dlsym(m_driver, name));
-    }
-
     void* m_driver = nullptr;
+    simulator::Client m_control;
     QString m_before;
 };
 

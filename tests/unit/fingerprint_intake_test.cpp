@@ -20,10 +20,13 @@ TEST(DevicePicture, IsKeptNoLongerThanItIsOnItsWay)
 {
     const CObjectIdentity identity{g_PadK421B, EObjectKind::Windowless};
     CSignCanvas canvas{identity};
+    CFingerprintMerge merge{identity};
+    canvas.SetLayer(merge);
     canvas.clearCanvas(120, 80);
-    const CScriberaDriver driver{identity}; // not loaded: nobody takes the picture
+    const CScriberaDriver driver{identity, {}}; // not loaded: nobody takes the picture
     bool isGoingToShutDown = false;
-    const auto intake = std::make_unique<CFingerprintIntake>(identity, canvas, driver, isGoingToShutDown);
+    const auto intake =
+        std::make_unique<CFingerprintIntake>(identity, canvas, merge, driver, isGoingToShutDown);
     const Bytes print = ridges(1);
     const Bytes picture = devicePicture(print);
 

@@ -1,9 +1,10 @@
 // The part of the canvas that the library looks for ink in, against a look at every pixel.
 #include "fingerprint_reference.h"
 
-#include "scriberasdk.h"
-#include "export/boundingbox.h"
 #include "canvas/signcanvas.h"
+#include "export/boundingbox.h"
+#include "print_layer.h"
+#include "scriberasdk.h"
 
 #include <iterator>
 #include <random>
@@ -21,13 +22,6 @@ QRect boxOfEveryPixel(const QImage& image)
         }
     }
     return box;
-}
-
-CPenState fittedPen()
-{
-    CPenState pen;
-    pen.m_Mapping.m_bFitted = true;
-    return pen;
 }
 
 const QRect boxOfNoInk{QPoint(99999, 99999), QPoint(-1, -1)};
@@ -51,9 +45,8 @@ protected:
 
     void drawSomewhere(int width, int height)
     {
-        CPenState pen = fittedPen();
         // White leaves no ink where it goes, and takes some away.
-        pen.m_PenColor = below(4) == 0 ? Qt::white : Qt::darkBlue;
+        const QColor color = below(4) == 0 ? Qt::white : Qt::darkBlue;
         const double reach = below(20) == 0 ? 100 : 1; // far outside now and then
         const auto place = [this, reach](int size) { return (below(size * 14) / 10.0 - size * 0.2) * reach; };
         constexpr double oddWidths[] = {0, -1, 0.01, 1e3, 1e7};
@@ -63,25 +56,22 @@ protected:
             const double penWidth = below(10) == 0  ? oddWidths[below(std::size(oddWidths))]
                                     : below(3) == 0 ? below(11) / 10.0
                                                     : below(160) / 10.0;
-            m_canvas.StartSignOnCanvas(place(width), place(height), penWidth, pen);
+            m_canvas.StartSignOnCanvas(place(width), place(height), penWidth, CStrokeStyle{penWidth, color});
         }
     }
 
     void takeFingerprint()
     {
-        int clears = 0;
-        const int score = m_canvas.FPScore() + 1;
-        if (!m_canvas.IsBetterFPScore(score, clears))
-            FAIL() << "a better fingerprint is refused";
-        m_canvas.SetFPAction(below(2) == 0 ? NFPPA_NONE : NFPPA_SIGN_FP_SAME_WIDGET);
-        m_canvas.SetFPRect(QRect(below(100), below(60), 1 + below(80), 1 + below(80)));
-        m_canvas.SetFingerprint(twoColours(ridges(static_cast<unsigned>(below(100)))), score, clears);
+        const int action = below(2) == 0 ? NFPPA_NONE : NFPPA_SIGN_FP_SAME_WIDGET;
+        m_layer.place(action, QRect(below(100), below(60), 1 + below(80), 1 + below(80)));
+        m_layer.take(twoColours(ridges(static_cast<unsigned>(below(100)))), m_layer.score() + 1);
         if (below(2) == 0)
-            m_canvas.MergeAfterTransfer();
+            m_canvas.MergeLayer();
     }
 
     const CObjectIdentity m_identity{*GetParam(), EObjectKind::Windowless};
     CSignCanvas m_canvas{m_identity};
+    PrintLayer m_layer{m_identity, m_canvas};
     std::mt19937 m_random{7}; // the same numbers every time
 };
 
@@ -135,7 +125,7 @@ TEST_P(InkArea, IsNoLargerThanWhatTheStrokesTouched)
 {
     m_canvas.clearCanvas(400, 200);
     m_canvas.StartAt(100, 50);
-    m_canvas.StartSignOnCanvas(120, 60, 4, fittedPen());
+    m_canvas.StartSignOnCanvas(120, 60, 4, CStrokeStyle{4, Qt::black});
     const QRect area = m_canvas.Snapshot().InkArea();
     EXPECT_TRUE(area.contains(QRect(QPoint(98, 48), QPoint(122, 62))));
     EXPECT_TRUE(QRect(QPoint(94, 44), QPoint(126, 66)).contains(area));

@@ -3,8 +3,10 @@
 
 #include "fingerprint_reference.h"
 
-#include "scriberasdk.h"
 #include "canvas/signcanvas.h"
+#include "pen/pensetup.h"
+#include "print_layer.h"
+#include "scriberasdk.h"
 
 namespace scribera::test {
 namespace {
@@ -13,8 +15,8 @@ class Canvas
 {
 public:
     Canvas(EObjectKind kind, const QSize& size)
-        : m_identity{g_PadK421B, kind}, m_canvas(m_identity), m_setup(g_PadK421B),
-          m_copy(size.width(), size.height())
+        : m_identity{g_PadK421B, kind}, m_canvas(m_identity), m_layer(m_identity, m_canvas),
+          m_setup(g_PadK421B), m_copy(size.width(), size.height())
     {
         m_canvas.clearCanvas(size.width(), size.height());
         m_setup.FitCanvas(size.width(), size.height(), 2048);
@@ -28,29 +30,27 @@ public:
         if (sample.penStatus == PenDown)
             m_canvas.StartAt(place.m_dblX, place.m_dblY);
         else
-            m_canvas.StartSignOnCanvas(place.m_dblX, place.m_dblY, place.m_dblPressure, pen);
+            m_canvas.StartSignOnCanvas(place.m_dblX, place.m_dblY, place.m_dblPressure,
+                                       pen.StyleOf(place.m_dblPressure));
         m_copy.sample(sample);
     }
 
     void take(unsigned seed)
     {
         const Bytes print = ridges(seed);
-        int clears = 0;
-        ASSERT_TRUE(m_canvas.IsBetterFPScore(++m_score, clears));
-        m_canvas.SetFingerprint(twoColours(print), m_score, clears);
+        m_layer.take(twoColours(print), m_layer.score() + 1);
         m_copy.takePrint(print);
     }
 
     void mergeAfterTransfer()
     {
-        m_canvas.MergeAfterTransfer();
+        m_canvas.MergeLayer();
         m_copy.merge();
     }
 
     void placeSame(const QRect& place)
     {
-        m_canvas.SetFPRect(place);
-        m_canvas.SetFPAction(NFPPA_SIGN_FP_SAME_WIDGET);
+        m_layer.place(NFPPA_SIGN_FP_SAME_WIDGET, place);
         m_copy.placeSame(place);
     }
 
@@ -58,7 +58,6 @@ public:
     {
         m_canvas.ClearSignCanvas();
         m_copy.clear();
-        m_score = 0;
     }
 
     void resize(int width, int height)
@@ -83,9 +82,9 @@ public:
 private:
     CObjectIdentity m_identity;
     CSignCanvas m_canvas;
+    PrintLayer m_layer;
     CPenSetup m_setup;
     PadPictures m_copy;
-    int m_score = 0;
 };
 
 class LongMerge : public testing::TestWithParam<QSize>

@@ -2,10 +2,12 @@
 // no point is lost, and everything works again afterwards.
 #include "fingerprint_reference.h"
 
-#include "ink/inkpoints.h"
-#include "scriberasdk.h"
-#include "fingerprint/fppicture.h"
+#include "canvas/drawing.h"
 #include "canvas/signcanvas.h"
+#include "fingerprint/fppicture.h"
+#include "ink/inkpoints.h"
+#include "print_layer.h"
+#include "scriberasdk.h"
 
 #include <cstdlib>
 #include <new>
@@ -70,33 +72,28 @@ protected:
     void SetUp() override
     {
         WarmUpDrawing(); // as the library does before its first object: what Qt keeps for ever is not refused
-        m_pen.m_Mapping.m_bFitted = true;
         m_canvas.clearCanvas(120, 80);
     }
 
     void segment(double x)
     {
         m_canvas.StartAt(x, 10);
-        m_canvas.StartSignOnCanvas(x + 5, 60, 2.5, m_pen);
+        m_canvas.StartSignOnCanvas(x + 5, 60, 2.5, CStrokeStyle{2.5, Qt::black});
     }
 
-    void takePrint(unsigned seed)
-    {
-        int clears = 0;
-        ASSERT_TRUE(m_canvas.IsBetterFPScore(m_canvas.FPScore() + 1, clears));
-        m_canvas.SetFingerprint(twoColours(ridges(seed)), m_canvas.FPScore() + 1, clears);
-    }
+    void takePrint(unsigned seed) { m_layer.take(twoColours(ridges(seed)), m_layer.score() + 1); }
 
     // A canvas that never knew shortage, with the same done to it.
     void expectFresh()
     {
         m_canvas.ClearSignCanvas();
         CSignCanvas other{m_identity};
+        const PrintLayer layer{m_identity, other};
         other.clearCanvas(m_canvas.Snapshot().Image().width(), m_canvas.Snapshot().Image().height());
         for (CSignCanvas* canvas : {&m_canvas, &other}) {
             canvas->StartAt(20, 20);
-            canvas->StartSignOnCanvas(60, 40, 0.5, m_pen);
-            canvas->StartSignOnCanvas(90, 10, 3, m_pen);
+            canvas->StartSignOnCanvas(60, 40, 0.5, CStrokeStyle{0.5, Qt::black});
+            canvas->StartSignOnCanvas(90, 10, 3, CStrokeStyle{3, Qt::black});
         }
         EXPECT_TRUE(same(m_canvas.Snapshot().Image(), other.Snapshot().Image()));
         EXPECT_FALSE(inkBox(other.Snapshot().Image(), 0, 0).isEmpty());
@@ -104,7 +101,7 @@ protected:
 
     const CObjectIdentity m_identity{*GetParam(), EObjectKind::Widget};
     CSignCanvas m_canvas{m_identity};
-    CPenState m_pen;
+    PrintLayer m_layer{m_identity, m_canvas};
 };
 
 TEST_P(ShortMemory, LosesASegmentAtMost)
@@ -177,24 +174,23 @@ TEST_P(ShortMemory, MergesTheFingerprintLater)
     if (!GetParam()->m_bHasFingerprint)
         return;
     CSignCanvas other{m_identity};
+    PrintLayer layer{m_identity, other};
     other.clearCanvas(120, 80);
-    int clears = 0;
-    ASSERT_TRUE(other.IsBetterFPScore(1, clears));
-    other.SetFingerprint(twoColours(ridges(3)), 1, clears);
-    ASSERT_TRUE(other.MergeAfterTransfer());
+    layer.take(twoColours(ridges(3)), 1);
+    ASSERT_TRUE(other.MergeLayer());
     int failures = 0;
     for (int at = 1;; ++at) {
         m_canvas.ClearSignCanvas();
-        ASSERT_NO_FATAL_FAILURE(takePrint(3));
+        takePrint(3);
         wasRefused = false;
         refusalAt = at;
-        const bool merged = m_canvas.MergeAfterTransfer();
+        const bool merged = m_canvas.MergeLayer();
         refusalAt = 0;
         if (!wasRefused)
             break;
         if (!merged) {
             ++failures;
-            EXPECT_TRUE(m_canvas.MergeAfterTransfer());
+            EXPECT_TRUE(m_canvas.MergeLayer());
         }
         EXPECT_TRUE(same(m_canvas.Snapshot().Image(), other.Snapshot().Image())) << at;
     }

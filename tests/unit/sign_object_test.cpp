@@ -3,9 +3,8 @@
 #include "fingerprint_reference.h"
 
 #include "log/logfileutil.h"
-#include "sdk/family.h"
+#include "signobj/signobj.h"
 #include "signobject/liveobject.h"
-#include "signobject/signobject.h"
 
 #include <atomic>
 #include <memory>
@@ -22,13 +21,11 @@ void enableLog(bool enables)
 
 using Texts = std::vector<std::string>;
 
-std::unique_ptr<CSignObject> makeObject(const PadModel& model)
+std::unique_ptr<CSignObj> makeObject(const PadModel& model)
 {
-    const CFamily* const families[] = {&g_FamilyK210, &g_FamilyK420, &g_FamilyK421B, &g_FamilyKM730,
-                                       &g_FamilyT580};
-    for (const CFamily* family : families) {
-        if (family->m_Model.m_nDeviceType == model.deviceType)
-            return std::unique_ptr<CSignObject>(family->m_pfnMakeObj(400, 200));
+    for (const CPadModel* row : AllPads()) {
+        if (row->m_nDeviceType == model.deviceType)
+            return MakeSignObj(*row, 400, 200);
     }
     return nullptr;
 }
@@ -43,7 +40,7 @@ protected:
         ASSERT_NE(m_object, nullptr);
         CLiveObject::CStart start;
         ASSERT_EQ(start.Begin(true), CLiveObject::CStart::EAnswer::Begun);
-        start.Publish(*m_object, m_object.get());
+        start.Publish(*m_object, m_object->Identity(), m_object.get());
         ASSERT_TRUE(m_object->IsDeviceConnected());
         m_simulator.open();
     }
@@ -61,11 +58,11 @@ protected:
     QImage savedCanvas()
     {
         wchar_t path[] = L"canvas.bmp";
-        EXPECT_EQ(m_object->SaveDrawingImage(EBITI_BITMAP, path, 300), ARI_SUCCESS);
+        EXPECT_EQ(m_object->Export().SaveDrawingImage(EBITI_BITMAP, path, 300), ARI_SUCCESS);
         return QImage("canvas.bmp");
     }
 
-    std::unique_ptr<CSignObject> m_object;
+    std::unique_ptr<CSignObj> m_object;
     Simulator m_simulator;
 };
 
@@ -74,10 +71,8 @@ TEST_P(SignObject, FindsTheInkOfItsCanvas)
     m_simulator.send(stroke(*GetParam().model, {{0.3, 0.4}, {0.6, 0.5}, {0.5, 0.7}}));
     const QImage canvas = savedCanvas();
     const auto found = [this](int marginX, int marginY) {
-        EXPECT_EQ(m_object->SetSaveClipImageMargin(true, marginX, marginY), ARI_SUCCESS);
-        QRect box;
-        m_object->CheckSignImageBoundingBox(box);
-        return box;
+        EXPECT_EQ(m_object->Export().SetSaveClipImageMargin(true, marginX, marginY), ARI_SUCCESS);
+        return m_object->Export().CheckSignImageBoundingBox();
     };
     EXPECT_EQ(found(0, 0), inkBox(canvas, 0, 0));
     EXPECT_EQ(found(3, 17), inkBox(canvas, 3, 17));
@@ -93,7 +88,7 @@ TEST_P(SignObject, MakesOneColourTransparent)
         image.setPixel(i % 3, i / 3, pixels[i]);
     removeLogs();
     enableLog(true);
-    m_object->MakeAsTransparentImage(image, Qt::white);
+    m_object->Export().MakeAsTransparentImage(image, Qt::white);
     enableLog(false);
     for (int i = 0; i < 6; ++i)
         EXPECT_EQ(image.pixel(i % 3, i / 3), expected[i]) << i;
@@ -110,7 +105,7 @@ TEST_P(SignObject, AsksTheDriverForTheSecureIdWhileThereIsOne)
     const auto ask = [&] {
         removeLogs();
         enableLog(true);
-        const int result = m_object->GetDeviceSecureID(text, sizeof text);
+        const int result = m_object->DeviceQueries().GetDeviceSecureID(text, sizeof text);
         enableLog(false);
         EXPECT_EQ(textsOf(mainLog(), GetParam().method("GetDeviceSecureID")),
                   (Texts{"enter, pSecureID=" + hex(text) + ", nMaxCount=16",
@@ -136,7 +131,7 @@ TEST_P(SignObject, EndsThoughSomebodyWhoCameTooLateStays)
     std::atomic<bool> leaves = false;
     std::atomic<bool> ended = false;
     std::thread user([&] {
-        const CLiveObject::CUse use;
+        const auto use = CLiveObject::Enter(m_object->Identity().m_Model);
         inside = true;
         while (!leaves)
             std::this_thread::yield();
@@ -147,15 +142,14 @@ TEST_P(SignObject, EndsThoughSomebodyWhoCameTooLateStays)
         m_object->Shutdown();
         ended = true;
     });
-    auto late = std::make_unique<CLiveObject::CUse>();
-    while (late->Object()) {
-        late.reset();
-        late = std::make_unique<CLiveObject::CUse>();
-    }
+    const CPadModel& model = m_object->Identity().m_Model;
+    while (CLiveObject::Enter(model))
+        std::this_thread::yield();
+    const auto late = CLiveObject::Enter(model);
+    EXPECT_FALSE(late);
     EXPECT_FALSE(ended);
     leaves = true;
     EXPECT_TRUE(waitUntil([&] { return ended.load(); }));
-    late.reset();
     user.join();
     ender.join();
 }
@@ -169,7 +163,7 @@ class SignObjectWithoutPad : public testing::TestWithParam<PadCase>
 
 TEST_P(SignObjectWithoutPad, HasNothingAndTakesNothing)
 {
-    const std::unique_ptr<CSignObject> object = makeObject(*GetParam().model);
+    const std::unique_ptr<CSignObj> object = makeObject(*GetParam().model);
     ASSERT_NE(object, nullptr);
     for (const ScrSimSample& sample : wave(*GetParam().model, 5))
         object->RxSignPadRawData(sample.x, sample.y, sample.pressure, sample.penStatus);
@@ -177,20 +171,21 @@ TEST_P(SignObjectWithoutPad, HasNothingAndTakesNothing)
     object->RxSignPadFPRawData(print.data(), static_cast<int>(print.size()), 1);
 
     unsigned char connected = 0xee;
-    EXPECT_EQ(object->GetDeviceInfo(DIID_GET_STATUS, &connected), ARI_SUCCESS);
+    EXPECT_EQ(object->DeviceQueries().GetDeviceInfo(DIID_GET_STATUS, &connected), ARI_SUCCESS);
     EXPECT_EQ(connected, 0);
-    EXPECT_EQ(object->GetTotalInkPointsNumber(), -8);
+    EXPECT_EQ(object->PointQueries().GetTotalInkPointsNumber(), -8);
     _PACKETS point{};
-    EXPECT_EQ(object->GetPACKETS(point), -1);
-    EXPECT_EQ(object->GetInkPointTime(0), nullptr);
-    EXPECT_EQ(object->Base64Encode(EBITI_INK), nullptr);
-    EXPECT_EQ(object->Base64EncodeEx(EBITI_PNG, true), nullptr);
-    EXPECT_EQ(object->GetSVGImageBase64Data(), nullptr);
+    EXPECT_EQ(object->PointQueries().GetPACKETS(point), -1);
+    EXPECT_EQ(object->PointQueries().GetInkPointTime(0), nullptr);
+    EXPECT_EQ(object->Export().Base64Encode(EBITI_INK), nullptr);
+    EXPECT_EQ(object->Export().Base64EncodeEx(EBITI_PNG, true), nullptr);
+    EXPECT_EQ(object->Export().GetSVGImageBase64Data(), nullptr);
     wchar_t path[] = L"nothing.bmp";
-    EXPECT_EQ(object->SaveDrawingImage(EBITI_BITMAP, path, 300), -8);
-    EXPECT_EQ(object->Base64Decode(EBITI_INK, "AA==", nullptr), 0); // needs no pad, and holds no point
-    EXPECT_EQ(object->GetTotalDecodeInkPointsNumber(), -8);
-    EXPECT_EQ(object->GetDecodePACKETS(0, INKDATATYPE_X), -8);
+    EXPECT_EQ(object->Export().SaveDrawingImage(EBITI_BITMAP, path, 300), -8);
+    EXPECT_EQ(object->Export().Base64Decode(EBITI_INK, "AA==", nullptr),
+              0); // needs no pad, and holds no point
+    EXPECT_EQ(object->Export().GetTotalDecodeInkPointsNumber(), -8);
+    EXPECT_EQ(object->Export().GetDecodePACKETS(0, INKDATATYPE_X), -8);
     EXPECT_EQ(object->ClearDeviceContent(), -1);
     EXPECT_EQ(object->SetDevicePenStyle(false), -1);
     object->Shutdown();

@@ -331,7 +331,7 @@ TEST_F(LinkTest, AnEntryPointThatFailsDoesNothingOnThePad)
 {
     ListeningPad pad;
     ASSERT_EQ(start(2), 0);
-    ASSERT_EQ(m_driver.setResult("SCRDAPI_OpenDeviceLCD", -7), 0);
+    ASSERT_EQ(m_driver.SetResult("SCRDAPI_OpenDeviceLCD", -7), 0);
     EXPECT_EQ(m_driver.openLcd(true), -7);
     ASSERT_EQ(m_driver.setPenStyle(false), 0);
     ASSERT_TRUE(waitUntil([&] { return !pad->state().isWithPressure(); }));
@@ -363,7 +363,7 @@ TEST_F(LinkTest, AModelOfTheHostsKindStays)
     setenv("SCRIBERA_SIM_MODEL", "SCK190", 1);
     ASSERT_EQ(start(2), 0);
     EXPECT_EQ(model(), "SCT480R1") << "the pad knows better than the environment";
-    EXPECT_EQ(m_driver.setText("SCRDAPI_GetDevicePartsVersion", "own", 3, 1), 0);
+    EXPECT_EQ(m_driver.SetText("SCRDAPI_GetDevicePartsVersion", "own", 3, 1), 0);
     EXPECT_EQ(model(), "own") << "a test knows best";
 }
 
