@@ -1,9 +1,9 @@
 // What it costs to take a signature away: boxes, pictures, vectors, streams.
 #include "benchmarks.h"
+#include "canvas/signcanvas.h"
+#include "export/boundingbox.h"
 #include "host/stroke_hint.h"
 #include "pad.h"
-#include "export/boundingbox.h"
-#include "canvas/signcanvas.h"
 
 #include <QBuffer>
 #include <QFile>

@@ -13,8 +13,8 @@ bool CScriberaDriver::LoadScriberaDriver()
     } else if (!ResolveEntryPoints()) {
         SCR_LOG(Label, "<%ld>-'libscriberadrv.so' Library APIs failed to load !");
     } else {
-        const int nResult = m_Calls.m_pfn_SCRDAPI_Initial(m_Identity.m_Model.m_nDeviceType, m_Callbacks.m_pfnPen,
-                                                  m_Callbacks.m_pfnFingerprint);
+        const int nResult = m_Calls.m_pfn_SCRDAPI_Initial(m_Identity.m_Model.m_nDeviceType,
+                                                          m_Callbacks.m_pfnPen, m_Callbacks.m_pfnFingerprint);
         SCR_LOG(Label, "<%ld>-after call m_pfn_SCRDAPI_Initial(), nResult=%d", nResult);
         bRet = nResult == 0;
     }

@@ -9,6 +9,48 @@
 
 namespace {
 
+// Whether events may be posted. An application that is being destroyed takes its event dispatcher with it,
+// under the hands of another thread that posts just then. s_Mutex, a leaf lock, protects the answer and is
+// held while an event is posted. Neither is ever destroyed: a driver's thread may outlive main().
+class CPostingGate
+{
+public:
+    // On the GUI thread, while there is an application.
+    static void Open()
+    {
+        const CLocker Lock(Mutex());
+        if (s_bOpen)
+            return;
+        qAddPostRoutine(Close); // called at the beginning of the application's end
+        s_bOpen = true;
+    }
+
+    template <typename TPost>
+    static void PassThrough(TPost Post)
+    {
+        const CLocker Lock(Mutex());
+        if (s_bOpen)
+            Post();
+    }
+
+private:
+    static void Close()
+    {
+        const CLocker Lock(Mutex());
+        s_bOpen = false;
+    }
+
+    static CMutex& Mutex()
+    {
+        static CMutex& s_Mutex = *new CMutex;
+        return s_Mutex;
+    }
+
+    static bool s_bOpen;
+};
+
+constinit bool CPostingGate::s_bOpen = false;
+
 class CRepaintEvent final : public QEvent
 {
 public:
@@ -56,6 +98,7 @@ void CRepaintDebt::NoteEventGone(unsigned nEvent)
 CRepaintPoster::CRepaintPoster(QWidget& Widget) : m_Widget(Widget), m_pDebt(std::make_shared<CRepaintDebt>())
 {
     EventType(); // registered before another thread needs it
+    CPostingGate::Open();
 }
 
 QEvent::Type CRepaintPoster::EventType()
@@ -72,10 +115,16 @@ void CRepaintPoster::Repaint(const QRect& rcChanged)
         return;
     }
     const unsigned nEvent = m_pDebt->Add(rcChanged);
+    if (nEvent == 0)
+        return;
+    bool bPosted = false;
     const auto Post = [&] {
-        QCoreApplication::postEvent(&m_Widget, new CRepaintEvent(EventType(), m_pDebt, nEvent));
+        CPostingGate::PassThrough([&] {
+            QCoreApplication::postEvent(&m_Widget, new CRepaintEvent(EventType(), m_pDebt, nEvent));
+            bPosted = true;
+        });
     };
-    if (nEvent != 0 && !Attempt(Post))
+    if (!Attempt(Post) || !bPosted)
         m_pDebt->NoteEventGone(nEvent);
 }
 

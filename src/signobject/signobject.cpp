@@ -34,7 +34,8 @@ CSignObject::CSignObject(const CObjectIdentity& Identity, const CDriverCallbacks
       m_pFingerprint(Identity.m_Model.m_bHasFingerprint
                          ? std::make_unique<CFingerprint>(m_Identity, m_Canvas, m_Driver, m_bGoingToShutDown)
                          : nullptr),
-      m_Export(m_Identity, m_Canvas, m_Points, m_PenSetup, m_pFingerprint ? static_cast<const CFingerprintInExport&>(*m_pFingerprint) : kNoFingerprint),
+      m_Export(m_Identity, m_Canvas, m_Points, m_PenSetup,
+               m_pFingerprint ? static_cast<const CFingerprintInExport&>(*m_pFingerprint) : kNoFingerprint),
       m_nMaxPressure(Identity.m_Model.m_nInitialMaxPressure), m_PointQueries(m_Identity, m_Points),
       m_DeviceQueries(m_Identity, m_Driver, m_bDeviceConnected, m_nMaxPressure)
 {

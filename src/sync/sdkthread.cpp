@@ -42,8 +42,8 @@ void CSdkThread::run()
 {
     TsanAcquire(this);
     m_nSystemId.store(gettid());
-    // Also when a callback of the host ends the thread. A cancellation that still waits must not come any more:
-    // what Qt frees after this closes descriptors where nothing may be thrown.
+    // Also when a callback of the host ends the thread. A cancellation that still waits must not come any
+    // more: what Qt frees after this closes descriptors where nothing may be thrown.
     struct CAnnouncedEnd
     {
         CSdkThread* m_pThread;

@@ -7,8 +7,8 @@
 #include <functional>
 #include <memory>
 
-// Repeats one pass until that says that its sign object shuts down, without a pause in between: what waits for
-// it starts at once.
+// Repeats one pass until that says that its sign object shuts down, without a pause in between: what waits
+// for it starts at once.
 class CWorkerThread : public CSdkThread
 {
 public:

@@ -22,7 +22,7 @@ sys.path.insert(0, str(ROOT / "tests" / "docs"))
 from check_docs import private_tmp  # noqa: E402
 
 SKIPPED = 77
-RECORDINGS = ROOT / "simulator" / "recordings"
+RECORDINGS = ROOT / "drivers" / "simulator" / "recordings"
 AREAS = {
     "K210": (2360, 1430),
     "K420": (2300, 1300),
