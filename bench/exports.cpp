@@ -27,12 +27,11 @@ public:
 
     void write(const Signature& signature)
     {
-        CPenState pen;
-        pen.m_Mapping.m_bFitted = true;
         for (const std::vector<Segment>& stroke : signature.segments) {
             m_canvas.StartAt(stroke.front().line.x1(), stroke.front().line.y1());
             for (const Segment& segment : stroke)
-                m_canvas.StartSignOnCanvas(segment.line.x2(), segment.line.y2(), segment.width, pen);
+                m_canvas.StartSignOnCanvas(segment.line.x2(), segment.line.y2(), segment.width,
+                                           CStrokeStyle{segment.width, Qt::black});
         }
     }
 

@@ -261,7 +261,8 @@ void registerPen()
     for (const QSize& size : canvasSizes)
         registerMove(modelNamed("K421B"), size, true);
     registerLogOff();
-    registerLogOn("log on", {.ratio = 1.2}, appendLine);
+    // More than the bare way: each line makes sure that the file is the user's own.
+    registerLogOn("log on", {.ratio = 1.5}, appendLine);
     registerLogOn("log on, against system calls alone", {}, appendLineBySystem);
     for (const QSize& size : canvasSizes)
         registerRepaint(size);

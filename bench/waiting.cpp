@@ -3,11 +3,10 @@
 #include "benchmarks.h"
 #include "pad.h"
 #include "signobj/signobj.h"
-#include "threads/ck421bobj_doconfirmorcancelkeyactionthread.h"
-#include "threads/ck421bobj_showfpimageondevicethread.h"
 
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <thread>
 
 #include <dlfcn.h>
@@ -44,24 +43,15 @@ void atSampleRate(Work work)
 class PolledObject
 {
 public:
-    PolledObject() { require(m_object.IsDeviceConnected(), "the pad does not open"); }
-    ~PolledObject() { m_object.Shutdown(); }
+    PolledObject() { require(m_object->IsDeviceConnected(), "the pad does not open"); }
+    ~PolledObject() { m_object->Shutdown(); }
     PolledObject(const PolledObject&) = delete;
     PolledObject& operator=(const PolledObject&) = delete;
 
-    CMutex& keyLock() { return m_object.KeyActions().KeyActionMutex(); }
+    CMutex& keyLock() { return m_object->KeyActions().KeyActionMutex(); }
 
 private:
-    struct Object : CSignObj
-    {
-        Object()
-            : CSignObj(400, 200, g_PadK421B, MakeThread<CK421BObj_DoConfirmOrCancelKeyActionThread>,
-                       MakeThread<CK421BObj_ShowFPImageOnDeviceThread>)
-        {
-        }
-        using CSignObj::KeyActions;
-    };
-    Object m_object;
+    const std::unique_ptr<CSignObj> m_object = MakeSignObj(g_PadK421B, 400, 200);
 };
 
 void takeLock(CMutex& mutex, std::vector<double>& times)

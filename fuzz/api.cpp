@@ -120,88 +120,87 @@ PrivateTmp g_tmp;
 
 // ---- the interface, once for each family
 
-// X(name, result, parameters)
-#define COMMON_OPERATIONS(X)                                                                                 \
-    X(InitialDevice, bool, (int, QWidget*, int, int, int, int))                                              \
-    X(InitialDeviceByWId, bool, (int, unsigned long long, int, int, int, int))                               \
-    X(UnInitialDevice, int, (int))                                                                           \
-    X(Clear, int, (int))                                                                                     \
-    X(GetHWPadID, int, (int, char*, int))                                                                    \
-    X(GetHWVersionID, int, (int, char*, int))                                                                \
-    X(getDeviceInfo, int, (int, int, void*))                                                                 \
-    X(SetPenStyle, int, (int, bool))                                                                         \
-    X(SetPenWidth, int, (int, int))                                                                          \
-    X(SetPenColor, int, (int, int, int, int))                                                                \
-    X(SignatureStatusCallback, int, (int, ScriberaSignatureStatusCallback))                                  \
-    X(RealTimeSignatureDataCallback, bool, (int, ScriberaRealTimeSignDataCallback))                          \
-    X(GetDeviceConfirmOrCancelKeyStatus, int, (int))                                                         \
-    X(GetTotalPacketsNumber, int, (int))                                                                     \
-    X(getPackets, int, (int, _PACKETS*))                                                                     \
-    X(GetInkPointTime, char*, (int, int))                                                                    \
-    X(FreeInkPointTime, void, (int, char*))                                                                  \
-    X(SaveDrawingImage, int, (int, int, wchar_t*, int))                                                      \
-    X(SetSaveCenterImageClip, int, (int, bool, int, int))                                                    \
-    X(PacketsBase64Encode, char*, (int, int))                                                                \
-    X(PacketsBase64EncodeFree, void, (int, char*))                                                           \
-    X(PacketsBase64EncodeEx, char*, (int, int, bool))                                                        \
-    X(PacketsBase64EncodeExFree, void, (int, char*))                                                         \
-    X(GetSVGImageBase64Data, char*, (int))                                                                   \
-    X(FreeSVGImageBase64Data, void, (int, char*))                                                            \
-    X(Base64Decode, int, (int, int, const char*, wchar_t*))                                                  \
-    X(GetTotalDecodePacketsNumber, int, (int))                                                               \
-    X(GetDecodePacketsData, int, (int, int, int))                                                            \
-    X(AboutBox, void, (QWidget*))                                                                            \
-    X(AboutBoxByWId, void, (unsigned long long))                                                             \
-    X(GetAboutInfo, void, (int, char*))
-#define SCREEN_OPERATIONS(X)                                                                                 \
-    X(OpenLCD, int, (int, bool))                                                                             \
-    X(GetHWPenID, int, (int, char*, int))                                                                    \
-    X(DisplayHWVersion, int, (int, bool))
-#define FINGERPRINT_OPERATIONS(X)                                                                            \
-    X(SetDisplayedFPImageAt, int, (int, QWidget*, int, int, int, int, int, int))                             \
-    X(SetDisplayedFPImageAtByWId, int, (int, unsigned long long, int, int, int, int, int, int))              \
-    X(GetFPImageBase64Data, char*, (int, int, bool))                                                         \
-    X(FreeFPImageBase64Data, void, (int, char*))
+// X(model, name, result, parameters)
+#define COMMON_OPERATIONS(X, model)                                                                          \
+    X(model, InitialDevice, bool, (int, QWidget*, int, int, int, int))                                       \
+    X(model, InitialDeviceByWId, bool, (int, unsigned long long, int, int, int, int))                        \
+    X(model, UnInitialDevice, int, (int))                                                                    \
+    X(model, Clear, int, (int))                                                                              \
+    X(model, GetHWPadID, int, (int, char*, int))                                                             \
+    X(model, GetHWVersionID, int, (int, char*, int))                                                         \
+    X(model, getDeviceInfo, int, (int, int, void*))                                                          \
+    X(model, SetPenStyle, int, (int, bool))                                                                  \
+    X(model, SetPenWidth, int, (int, int))                                                                   \
+    X(model, SetPenColor, int, (int, int, int, int))                                                         \
+    X(model, SignatureStatusCallback, int, (int, ScriberaSignatureStatusCallback))                           \
+    X(model, RealTimeSignatureDataCallback, bool, (int, ScriberaRealTimeSignDataCallback))                   \
+    X(model, GetDeviceConfirmOrCancelKeyStatus, int, (int))                                                  \
+    X(model, GetTotalPacketsNumber, int, (int))                                                              \
+    X(model, getPackets, int, (int, _PACKETS*))                                                              \
+    X(model, GetInkPointTime, char*, (int, int))                                                             \
+    X(model, FreeInkPointTime, void, (int, char*))                                                           \
+    X(model, SaveDrawingImage, int, (int, int, wchar_t*, int))                                               \
+    X(model, SetSaveCenterImageClip, int, (int, bool, int, int))                                             \
+    X(model, PacketsBase64Encode, char*, (int, int))                                                         \
+    X(model, PacketsBase64EncodeFree, void, (int, char*))                                                    \
+    X(model, PacketsBase64EncodeEx, char*, (int, int, bool))                                                 \
+    X(model, PacketsBase64EncodeExFree, void, (int, char*))                                                  \
+    X(model, GetSVGImageBase64Data, char*, (int))                                                            \
+    X(model, FreeSVGImageBase64Data, void, (int, char*))                                                     \
+    X(model, Base64Decode, int, (int, int, const char*, wchar_t*))                                           \
+    X(model, GetTotalDecodePacketsNumber, int, (int))                                                        \
+    X(model, GetDecodePacketsData, int, (int, int, int))                                                     \
+    X(model, AboutBox, void, (QWidget*))                                                                     \
+    X(model, AboutBoxByWId, void, (unsigned long long))                                                      \
+    X(model, GetAboutInfo, void, (int, char*))
+#define SCREEN_OPERATIONS(X, model)                                                                          \
+    X(model, OpenLCD, int, (int, bool))                                                                      \
+    X(model, GetHWPenID, int, (int, char*, int))                                                             \
+    X(model, DisplayHWVersion, int, (int, bool))
+#define FINGERPRINT_OPERATIONS(X, model)                                                                     \
+    X(model, SetDisplayedFPImageAt, int, (int, QWidget*, int, int, int, int, int, int))                      \
+    X(model, SetDisplayedFPImageAtByWId, int, (int, unsigned long long, int, int, int, int, int, int))       \
+    X(model, GetFPImageBase64Data, char*, (int, int, bool))                                                  \
+    X(model, FreeFPImageBase64Data, void, (int, char*))
+
+// In this order, by which inputs choose.
+enum Model : std::size_t
+{
+#define X(model) model,
+    SCRIBERA_FAMILIES(X) ModelCount
+#undef X
+};
 
 struct Family
 {
     int type = 0;
-#define X(name, result, parameters) result(*name) parameters = nullptr;
-    COMMON_OPERATIONS(X)
-    SCREEN_OPERATIONS(X)
-    FINGERPRINT_OPERATIONS(X)
+#define X(model, name, result, parameters) result(*name) parameters = nullptr;
+    COMMON_OPERATIONS(X, )
+    SCREEN_OPERATIONS(X, )
+    FINGERPRINT_OPERATIONS(X, )
 #undef X
 };
 
-std::array<Family, 5> makeFamilies()
+std::array<Family, ModelCount> makeFamilies()
 {
-    std::array<Family, 5> families;
-#define K210(name, result, parameters) families[0].name = SCK210_##name;
-#define K420(name, result, parameters) families[1].name = SCK420_##name;
-#define K421B(name, result, parameters) families[2].name = SCK421B_##name;
-#define KM730(name, result, parameters) families[3].name = SCKM730_##name;
-#define T580(name, result, parameters) families[4].name = SCT580_##name;
-    COMMON_OPERATIONS(K210)
-    COMMON_OPERATIONS(K420)
-    COMMON_OPERATIONS(K421B)
-    COMMON_OPERATIONS(KM730)
-    COMMON_OPERATIONS(T580)
-    SCREEN_OPERATIONS(K210)
-    SCREEN_OPERATIONS(K420)
-    SCREEN_OPERATIONS(K421B)
-    FINGERPRINT_OPERATIONS(K421B)
-#undef K210
-#undef K420
-#undef K421B
-#undef KM730
-#undef T580
-    constexpr int types[] = {SCK210_DEVICE, SCK420_DEVICE, SCK421B_DEVICE, SCKM730_DEVICE, SCT580_DEVICE};
-    for (std::size_t i = 0; i < families.size(); ++i)
-        families[i].type = types[i];
+    std::array<Family, ModelCount> families;
+#define TAKE(model, name, result, parameters) families[model].name = SC##model##_##name;
+#define COMMON(model)                                                                                        \
+    families[model].type = SC##model##_DEVICE;                                                               \
+    COMMON_OPERATIONS(TAKE, model)
+#define SCREEN(model) SCREEN_OPERATIONS(TAKE, model)
+#define FINGERPRINT(model) FINGERPRINT_OPERATIONS(TAKE, model)
+    SCRIBERA_FAMILIES(COMMON)
+    SCRIBERA_FAMILIES_WITH_SCREEN(SCREEN)
+    SCRIBERA_FAMILIES_WITH_FINGERPRINT(FINGERPRINT)
+#undef TAKE
+#undef COMMON
+#undef SCREEN
+#undef FINGERPRINT
     return families;
 }
 
-const std::array<Family, 5> families = makeFamilies();
+const std::array<Family, ModelCount> families = makeFamilies();
 
 // ---- the pad
 

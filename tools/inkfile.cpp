@@ -1,6 +1,7 @@
 #include "inkfile.h"
 
 #include "failures.h"
+#include "files.h"
 #include "ink/inkstream.h"
 #include "simulator/recording.h"
 

@@ -58,7 +58,8 @@ QByteArray toSvg(const CInkSnapshot& ink, const Drawing& drawing)
     pen.SetColor(drawing.color);
     pen.FitCanvas(drawing.size.width(), drawing.size.height(), drawing.pad.m_nInitialMaxPressure);
 
-    const CSvgContent content{drawing.size, QPoint(0, 0), ink, pen.Read(), drawing.pad, QImage()};
+    const CObjectIdentity identity{drawing.pad, EObjectKind::Windowless};
+    const CSvgContent content{drawing.size, QPoint(0, 0), ink, pen.Read(), identity, QImage()};
     const std::optional<QByteArray> text =
         SvgBytes([&](const FnTakeBytes& take) { return HandOverSvg(content, drawing.dotsPerInch, take); });
     if (!text)

@@ -2,6 +2,7 @@
 
 #include "fingerprint.h"
 #include "padsocket.h"
+#include "words.h"
 
 #include <charconv>
 #include <climits>

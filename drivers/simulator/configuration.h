@@ -1,6 +1,5 @@
 // What the environment says about the pad, read and checked whole before anything is started.
-#ifndef SCRIBERA_SIMULATOR_CONFIGURATION_H
-#define SCRIBERA_SIMULATOR_CONFIGURATION_H
+#pragma once
 
 #include "recording.h"
 
@@ -42,5 +41,3 @@ struct Configuration
 bool readConfiguration(int deviceType, Configuration& configuration, std::string& error);
 
 } // namespace simulator
-
-#endif

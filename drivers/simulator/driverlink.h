@@ -1,6 +1,5 @@
 // The driver's end of the connection to the virtual pad.
-#ifndef SCRIBERA_SIMULATOR_DRIVERLINK_H
-#define SCRIBERA_SIMULATOR_DRIVERLINK_H
+#pragma once
 
 #include "padlink.h"
 #include "padsocket.h"
@@ -107,5 +106,3 @@ private:
 };
 
 } // namespace simulator
-
-#endif

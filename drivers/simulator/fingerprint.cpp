@@ -1,5 +1,6 @@
 #include "fingerprint.h"
 
+#include "files.h"
 #include "random.h"
 #include "recording.h"
 

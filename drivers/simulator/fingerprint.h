@@ -1,6 +1,5 @@
 // Fingerprints that the simulated sensor delivers: synthetic ridge patterns, and grey pictures from files.
-#ifndef SCRIBERA_SIMULATOR_FINGERPRINT_H
-#define SCRIBERA_SIMULATOR_FINGERPRINT_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -39,5 +38,3 @@ bool readGreyMap(const std::string& path, std::vector<unsigned char>& pixels, st
 std::string formatGreyMap(const std::vector<unsigned char>& pixels);
 
 } // namespace simulator
-
-#endif

@@ -1,6 +1,8 @@
 // scribera-sim-fingerprint: writes a synthetic fingerprint as a PGM picture.
+#include "files.h"
 #include "fingerprint.h"
 #include "recording.h"
+#include "words.h"
 
 #include <cstdio>
 #include <string>

@@ -1,5 +1,7 @@
 // scribera-sim-import: turns handwriting in the common text forms into a recording.
+#include "files.h"
 #include "recording.h"
+#include "words.h"
 
 #include <algorithm>
 #include <array>

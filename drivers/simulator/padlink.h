@@ -1,7 +1,6 @@
 // What the driver and the virtual pad say to each other: messages to bytes and bytes to messages, without any
 // socket. README.md describes the bytes.
-#ifndef SCRIBERA_SIMULATOR_PADLINK_H
-#define SCRIBERA_SIMULATOR_PADLINK_H
+#pragma once
 
 #include "fingerprint.h"
 #include "scriberasim.h"
@@ -153,5 +152,3 @@ private:
 };
 
 } // namespace simulator::padlink
-
-#endif

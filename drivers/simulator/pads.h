@@ -1,6 +1,5 @@
 // The pads that the simulator can be: what each model reports and how large its writing area is.
-#ifndef SCRIBERA_SIMULATOR_PADS_H
-#define SCRIBERA_SIMULATOR_PADS_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -41,5 +40,3 @@ std::string_view canonicalModel(int deviceType);
 std::string modelNames();
 
 } // namespace simulator
-
-#endif

@@ -1,6 +1,5 @@
 // Where the virtual pad and the driver meet, and what both do with a socket.
-#ifndef SCRIBERA_SIMULATOR_PADSOCKET_H
-#define SCRIBERA_SIMULATOR_PADSOCKET_H
+#pragma once
 
 #include <string>
 #include <utility>
@@ -37,5 +36,3 @@ Descriptor connectToPad(const std::string& path);
 bool isTrustedPeer(int socket);
 
 } // namespace simulator
-
-#endif

@@ -1,6 +1,5 @@
 // Random numbers that are the same on every machine.
-#ifndef SCRIBERA_SIMULATOR_RANDOM_H
-#define SCRIBERA_SIMULATOR_RANDOM_H
+#pragma once
 
 #include <cstdint>
 
@@ -38,5 +37,3 @@ private:
 };
 
 } // namespace simulator
-
-#endif

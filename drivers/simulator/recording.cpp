@@ -1,29 +1,18 @@
 #include "recording.h"
 
+#include "files.h"
+#include "words.h"
+
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <charconv>
-#include <cstdio>
 #include <limits>
-#include <system_error>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace simulator {
 namespace {
 
 constexpr std::string_view FirstLine = "# scribera recording 1";
-constexpr std::size_t LargestFile = std::size_t{64} << 20;
 // Larger than any pad, small enough that a 32-bit position times it fits into 63 bits.
 constexpr int LargestExtent = 1'000'000;
-
-std::string systemReason(int code)
-{
-    return std::generic_category().message(code);
-}
 
 // Untrusted words end up in messages: keep them short and printable.
 std::string quoted(std::string_view text)
@@ -35,11 +24,6 @@ std::string quoted(std::string_view text)
     if (text.size() > Longest)
         result += "...";
     return result + "'";
-}
-
-bool isBlank(char character)
-{
-    return character == ' ' || character == '\t';
 }
 
 std::string_view trimmed(std::string_view text)
@@ -232,72 +216,6 @@ std::uint64_t littleEndian(const unsigned char* bytes, int count)
 
 } // namespace
 
-bool parseInteger(std::string_view text, std::int64_t& value)
-{
-    if (text.size() > 1 && text.front() == '+' && text[1] != '-')
-        text.remove_prefix(1);
-    const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return code == std::errc() && end == text.data() + text.size();
-}
-
-bool splitWords(std::string_view line, std::string_view* words, std::size_t capacity, std::size_t& count)
-{
-    count = 0;
-    std::size_t position = 0;
-    for (;;) {
-        while (position < line.size() && isBlank(line[position]))
-            ++position;
-        if (position == line.size())
-            return count <= capacity;
-        const std::size_t begin = position;
-        while (position < line.size() && !isBlank(line[position]))
-            ++position;
-        if (count < capacity)
-            words[count] = line.substr(begin, position - begin);
-        ++count;
-    }
-}
-
-bool readFile(const std::string& path, std::string& content, std::string& error)
-{
-    const auto refuse = [&](const std::string& reason) {
-        error = path + ": " + reason;
-        return false;
-    };
-    // Not blocking: a named pipe without a writer must not hang the host.
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (file < 0)
-        return refuse("cannot be opened: " + systemReason(errno));
-    const auto refuseOpen = [&](const std::string& reason) {
-        close(file);
-        return refuse(reason);
-    };
-    struct stat state = {};
-    if (fstat(file, &state) != 0)
-        return refuseOpen("cannot be examined: " + systemReason(errno));
-    if (!S_ISREG(state.st_mode))
-        return refuseOpen("is not a regular file");
-    if (state.st_size > static_cast<off_t>(LargestFile))
-        return refuseOpen("is larger than 64 MiB");
-    content.clear();
-    content.reserve(static_cast<std::size_t>(state.st_size));
-    std::array<char, 65536> block;
-    for (;;) {
-        const ssize_t count = read(file, block.data(), block.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return refuseOpen("cannot be read: " + systemReason(errno));
-        if (count == 0)
-            break;
-        content.append(block.data(), static_cast<std::size_t>(count));
-        if (content.size() > LargestFile)
-            return refuseOpen("is larger than 64 MiB");
-    }
-    close(file);
-    return true;
-}
-
 bool parseRecording(std::string_view text, const std::string& name, Recording& recording, std::string& error)
 {
     recording = Recording();
@@ -416,31 +334,6 @@ std::string formatRecording(const Recording& recording)
         number(sample.status, '\n');
     }
     return text;
-}
-
-bool writeFile(const std::string& text, const std::string& path, std::string& error)
-{
-    const bool toStandardOutput = path == "-";
-    std::FILE* file = toStandardOutput ? stdout : std::fopen(path.c_str(), "wbe");
-    const auto refuse = [&](int code) {
-        error = (toStandardOutput ? "standard output" : path) + ": cannot be written: " + systemReason(code);
-        return false;
-    };
-    if (file == nullptr)
-        return refuse(errno);
-    errno = 0;
-    bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
-    int code = errno;
-    if (!toStandardOutput && std::fclose(file) != 0 && written) {
-        code = errno;
-        written = false;
-    }
-    if (written)
-        return true;
-    struct stat state = {};
-    if (!toStandardOutput && lstat(path.c_str(), &state) == 0 && S_ISREG(state.st_mode))
-        unlink(path.c_str());
-    return refuse(code);
 }
 
 bool writeRecording(const Recording& recording, const std::string& path, std::string& error)

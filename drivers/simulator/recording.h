@@ -1,7 +1,6 @@
 // The recording: what a pen did on a pad, as the simulator plays it and the tools write it. README.md
 // describes the file format.
-#ifndef SCRIBERA_SIMULATOR_RECORDING_H
-#define SCRIBERA_SIMULATOR_RECORDING_H
+#pragma once
 
 #include "pads.h"
 
@@ -46,9 +45,6 @@ struct Recording
 // No recording runs longer (some 11 days), so that no arithmetic on times can overflow.
 constexpr std::int64_t LongestRecording = 1'000'000'000;
 
-// Reads a regular file of at most 64 MiB. False with "path: reason".
-bool readFile(const std::string& path, std::string& content, std::string& error);
-
 // False with "name:line: reason". The result is unspecified then.
 bool parseRecording(std::string_view text, const std::string& name, Recording& recording, std::string& error);
 
@@ -61,21 +57,11 @@ bool readRecording(const std::string& path, Recording& recording, std::string& e
 
 std::string formatRecording(const Recording& recording);
 
-// Writes to a file, or to standard output when the path is "-". False with "path: reason"; a partly written
-// file is then removed.
-bool writeFile(const std::string& text, const std::string& path, std::string& error);
+// To a file, or to standard output when the path is "-", as writeFile() does.
 bool writeRecording(const Recording& recording, const std::string& path, std::string& error);
 
 // Brings positions and pressures to another pad. Key touches and unknown statuses keep their numbers, since
 // these are no places in the writing area.
 void scaleRecording(Recording& recording, const Area& area, int maxPressure);
 
-// Whole integer, sign allowed, nothing around it. False also when it does not fit.
-bool parseInteger(std::string_view text, std::int64_t& value);
-
-// The blank-separated words of a line; false when there are more than capacity. count is set either way.
-bool splitWords(std::string_view line, std::string_view* words, std::size_t capacity, std::size_t& count);
-
 } // namespace simulator
-
-#endif

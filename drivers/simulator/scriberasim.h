@@ -10,8 +10,7 @@
  * reach the host on the simulator's own sample thread, which runs from SCRDAPI_Initial to SCRDAPI_UnInitial.
  * Functions that return int return 0 on success and -1 on failure unless they say otherwise.
  */
-#ifndef SCRIBERASIM_H
-#define SCRIBERASIM_H
+#pragma once
 
 #ifdef __cplusplus
 extern "C" {
@@ -138,6 +137,4 @@ void ScrSim_Reset(void);
 
 #ifdef __cplusplus
 }
-#endif
-
 #endif

@@ -6,6 +6,7 @@
 // gives the same bytes everywhere.
 #include "random.h"
 #include "recording.h"
+#include "words.h"
 
 #include <algorithm>
 #include <cmath>

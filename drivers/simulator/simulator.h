@@ -1,11 +1,11 @@
 // The simulated pad behind the driver's entry points and its control interface.
-#ifndef SCRIBERA_SIMULATOR_SIMULATOR_H
-#define SCRIBERA_SIMULATOR_SIMULATOR_H
+#pragma once
 
 #include "configuration.h"
 #include "driverlink.h"
+#include "entry.h"
 #include "fingerprint.h"
-#include "recording.h"
+#include "playback.h"
 #include "scriberasim.h"
 
 #include <array>
@@ -31,59 +31,8 @@ constexpr int ResultOk = 0;
 constexpr int ResultFailed = -1;
 constexpr int ResultBadArgument = -2;
 
-enum class Entry : std::uint8_t
-{
-    Initial,
-    UnInitial,
-    OpenDeviceLCD,
-    ClearDeviceContent,
-    GetDevicePenID,
-    GetDevicePadID,
-    GetDeviceSecureID,
-    GetDevicePartsVersion,
-    ShowVersionInfoOnDevice,
-    SetDevicePenStyle,
-    ShowFPImageOnDevice,
-};
-constexpr std::size_t EntryCount = 11;
-
-std::optional<Entry> entryByName(const char* name);
-const char* entryName(Entry entry);
-
-// A finger on the sensor, between the samples.
-struct Fingerprint
-{
-    std::size_t position = 0; // number of samples before it
-    bool isNull = false;
-    std::vector<unsigned char> pixels;
-    int length = 0;
-    int score = 0;
-};
-
-// A recording being played: its samples, those of the closing key included, and where it stands.
-struct Playback
-{
-    using Clock = std::chrono::steady_clock;
-
-    std::vector<RecordedSample> samples;
-    std::size_t recordedCount = 0; // samples without the closing key's
-    std::size_t next = 0;
-    // Delivered once, in the first pass, between the recording and the key.
-    std::optional<Fingerprint> fingerprint;
-    double speed = 1; // 0: as fast as the host takes them
-    bool loop = false;
-    Clock::time_point start;
-
-    bool isFingerprintNext() const { return fingerprint && next == fingerprint->position; }
-    bool isAtEnd() const { return next == samples.size() && !fingerprint; }
-    Clock::time_point dueTime() const;
-    void fingerprintDelivered();
-    // At the end: back to the first sample when looping. False when the end is final.
-    bool rewind();
-
-private:
-    Clock::duration scaled(std::int64_t recordedMilliseconds) const;
-};
+// Of a fingerprint or a picture, in bytes.
+constexpr int LargestPicture = 16 << 20;
 
 class Simulator final : private PadListener
 {
@@ -240,5 +189,3 @@ private:
 };
 
 } // namespace simulator
-
-#endif

@@ -6,6 +6,7 @@
 #include "ink/inkstream.h"
 #include "log/ownfile.h"
 #include "model/results.h"
+#include "sync/attempt.h"
 
 #include <QByteArray>
 #include <QString>
@@ -111,7 +112,9 @@ CSignExport::CSource CSignExport::TakeSource(const CSharedImage& Canvas) const
     if (!Settings.m_bClipImage)
         return {Canvas.Image(), std::nullopt};
     const QRect rcClip = ScanInk(Canvas, Settings);
-    return {CopyOfRect(Canvas.Image(), rcClip), rcClip};
+    QImage Part;
+    Attempt([&] { Part = CopyOfRect(Canvas.Image(), rcClip); });
+    return {Part, rcClip};
 }
 
 int CSignExport::SaveDrawingImage(int nImageTypeID, const wchar_t* pImageFilePath, int nDPI) const
@@ -128,7 +131,10 @@ int CSignExport::SaveDrawingImage(int nImageTypeID, const wchar_t* pImageFilePat
             SCR_LOG_WIDE(Label, L"<%ld>-after call CheckSignImageBoundingBox(), l=%d, t=%d, r=%d, b=%d",
                          Source.m_rcClip->left(), Source.m_rcClip->top(), Source.m_rcClip->right(),
                          Source.m_rcClip->bottom());
-        if (IsRasterType(nImageTypeID))
+        if (Source.IsRefused()) {
+            SCR_LOG_WIDE(Label, L"<%ld>-no memory for the clipped picture !");
+            bSaved = nImageTypeID == EBITI_SVG; // whose result does not tell
+        } else if (IsRasterType(nImageTypeID))
             bSaved = SaveRasterFile(Source.m_Image, strPath, nDPI, nImageTypeID == EBITI_PNG);
         else if (nImageTypeID == EBITI_PDF)
             bSaved = SaveDrawingImageAsPDFFile(Source.m_Image, strPath, nDPI);
@@ -161,9 +167,8 @@ bool CSignExport::SaveDrawingImageAsSVGFile(const CSource& Source, int nDPI,
     const QPoint Origin = Source.m_rcClip ? Source.m_rcClip->topLeft() : QPoint(0, 0);
     bool bWritten = false;
     try {
-        const CSvgContent Content{
-            Source.m_Image.size(),        Origin, Points, m_PenSetup.Read(), m_Identity.m_Model,
-            m_Fingerprint.PictureForSvg()};
+        const CSvgContent Content{Source.m_Image.size(), Origin,     Points,
+                                  m_PenSetup.Read(),     m_Identity, m_Fingerprint.PictureForSvg()};
         bWritten =
             Write([&Content, nDPI](const FnTakeBytes& Take) { return HandOverSvg(Content, nDPI, Take); });
     } catch (const std::bad_alloc&) {
@@ -240,12 +245,15 @@ char* CSignExport::GetSVGImageBase64Data() const
         const CSharedImage Canvas = m_Canvas.Snapshot();
         const CSource Source = TakeSource(Canvas);
         std::optional<QByteArray> Drawing;
-        SaveDrawingImageAsSVGFile(Source, kTemporarySvgDPI, [&Drawing](const FnHandOver& HandOver) {
-            Drawing = SvgBytes(HandOver);
-            if (Drawing && !LeaveInTemporaryFile(*Drawing))
-                Drawing.reset();
-            return Drawing.has_value();
-        });
+        if (Source.IsRefused())
+            SCR_LOG(Label, "<%ld>-no memory for the clipped picture !");
+        else
+            SaveDrawingImageAsSVGFile(Source, kTemporarySvgDPI, [&Drawing](const FnHandOver& HandOver) {
+                Drawing = SvgBytes(HandOver);
+                if (Drawing && !LeaveInTemporaryFile(*Drawing))
+                    Drawing.reset();
+                return Drawing.has_value();
+            });
         SCR_LOG(Label, "<%ld>-byteArray size=%d", Drawing ? Drawing->size() : 0);
         if (Drawing)
             pSVGBase64Image = Base64ForHost(Label, *Drawing);

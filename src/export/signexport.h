@@ -76,6 +76,9 @@ private:
     {
         QImage m_Image;                // the canvas or the clipped part of it; null when nothing is left
         std::optional<QRect> m_rcClip; // set when clipping
+
+        // Whether there was no memory for the part.
+        bool IsRefused() const { return m_Image.isNull() && m_rcClip && m_rcClip->isValid(); }
     };
 
     QRect ScanInk(const CSharedImage& Canvas, const CClipSettings& Clip) const;

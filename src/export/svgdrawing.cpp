@@ -141,8 +141,8 @@ bool ForEachLine(const CSvgContent& Content, TDraw Draw)
                 Previous.reset();
                 continue;
             }
-            const CCanvasSample Sample = Content.m_Pen.m_Mapping.ConvertSignRawDataToSignWndData(
-                Content.m_Model, pPoint->usX, pPoint->sY, pPoint->sPressure);
+            const CCanvasSample Sample = ConvertSignRawDataToSignWndData(
+                Content.m_Identity, Content.m_Pen.m_Mapping, pPoint->usX, pPoint->sY, pPoint->sPressure);
             const QPointF Point =
                 QPointF(Sample.m_dblX, Sample.m_dblY) - QPointF(Content.m_Origin.x(), Content.m_Origin.y());
             if (Previous)

@@ -3,6 +3,7 @@
 
 #include "export/wholefile.h"
 #include "ink/inkpoints.h"
+#include "model/objectidentity.h"
 #include "pen/pensetup.h"
 
 #include <QByteArray>
@@ -19,7 +20,7 @@ struct CSvgContent
     QPoint m_Origin;       // canvas position of the picture's top-left corner
     CInkSnapshot m_Points; // raw points
     CPenState m_Pen;       // maps and draws them
-    const CPadModel& m_Model;
+    const CObjectIdentity& m_Identity;
     QImage m_Fingerprint; // drawn in the middle, below the strokes; null without one
 };
 

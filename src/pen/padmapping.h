@@ -1,7 +1,7 @@
 // From pad units to canvas pixels.
 #pragma once
 
-#include "model/padmodel.h"
+#include "model/objectidentity.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -38,3 +38,17 @@ struct CPadMapping
                 OffsetInArea(nY, m_nPadOriginY, Model.m_nAreaHeight) * m_dblYScale, nP * m_dblPressureScale};
     }
 };
+
+// The mapping of a sample of an object, with its two lines in the log on the models that write them.
+inline CCanvasSample ConvertSignRawDataToSignWndData(const CObjectIdentity& Identity,
+                                                     const CPadMapping& Mapping, int nX, int nY, int nP)
+{
+    const bool bLogs = Identity.m_Model.m_bLogsMapping;
+    const CLogLabel Label = Identity.Label("ConvertSignRawDataToSignWndData()");
+    if (bLogs)
+        SCR_LOG(Label, "<%ld>-Enter...");
+    const CCanvasSample Sample = Mapping.ConvertSignRawDataToSignWndData(Identity.m_Model, nX, nY, nP);
+    if (bLogs)
+        SCR_LOG(Label, "<%ld>-leave !");
+    return Sample;
+}

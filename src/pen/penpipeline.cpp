@@ -47,7 +47,7 @@ void CPenPipeline::PenDown(int nX, int nY, int nP)
     }
     m_bPenDown = true;
     const CPenState Pen = m_PenSetup.Read();
-    const CCanvasSample Sample = Convert(Pen, nX, nY, nP);
+    const CCanvasSample Sample = ConvertSignRawDataToSignWndData(m_Identity, Pen.m_Mapping, nX, nY, nP);
     m_Canvas.StartAt(Sample.m_dblX, Sample.m_dblY);
     RememberUnmapped(Pen, nX, nY);
     SCR_LOG(SampleLabel(), "<%ld>-Pen_Down, dblSignWndX=%f, dblSignWndY=%f, dblSignWndPressure=%f",
@@ -70,7 +70,7 @@ void CPenPipeline::PenMove(int nX, int nY, int nP, int nPressureLimit)
         m_Canvas.StartAt(Last.m_dblX, Last.m_dblY);
     }
     RememberUnmapped(Pen, nX, nY);
-    const CCanvasSample Sample = Convert(Pen, nX, nY, nP);
+    const CCanvasSample Sample = ConvertSignRawDataToSignWndData(m_Identity, Pen.m_Mapping, nX, nY, nP);
     m_Canvas.StartSignOnCanvas(Sample.m_dblX, Sample.m_dblY, Sample.m_dblPressure,
                                Pen.StyleOf(Sample.m_dblPressure));
     SCR_LOG(SampleLabel(), "<%ld>-Pen_Move, dblSignWndX=%f, dblSignWndY=%f, dblSignWndPressure=%f",
@@ -81,7 +81,8 @@ void CPenPipeline::PenMove(int nX, int nY, int nP, int nPressureLimit)
 void CPenPipeline::PenUp(int nX, int nY, int nP)
 {
     m_bPenDown = false;
-    const CCanvasSample Sample = Convert(m_PenSetup.Read(), nX, nY, nP);
+    const CCanvasSample Sample =
+        ConvertSignRawDataToSignWndData(m_Identity, m_PenSetup.Read().m_Mapping, nX, nY, nP);
     SCR_LOG(SampleLabel(), "<%ld>-Pen_Up, dblSignWndX=%f, dblSignWndY=%f, dblSignWndPressure=%f",
             Sample.m_dblX, Sample.m_dblY, Sample.m_dblPressure);
     _POINTDATA Stored;
@@ -129,19 +130,6 @@ void CPenPipeline::RememberUnmapped(const CPenState& Pen, int nX, int nY)
         m_Unmapped.reset();
     else
         m_Unmapped = {nX, nY};
-}
-
-CCanvasSample CPenPipeline::Convert(const CPenState& Pen, int nX, int nY, int nP) const
-{
-    const bool bLogs = m_Identity.m_Model.m_bLogsMapping;
-    const CLogLabel Label = m_Identity.Label("ConvertSignRawDataToSignWndData()");
-    if (bLogs)
-        SCR_LOG(Label, "<%ld>-Enter...");
-    const CCanvasSample Sample =
-        Pen.m_Mapping.ConvertSignRawDataToSignWndData(m_Identity.m_Model, nX, nY, nP);
-    if (bLogs)
-        SCR_LOG(Label, "<%ld>-leave !");
-    return Sample;
 }
 
 void CPenPipeline::StoreAndNotify(int nX, int nY, int nP) const

@@ -51,7 +51,6 @@ private:
     void KeyDown(int nKey, const char* pszDownLine, const char* pszSkipLine);
 
     void RememberUnmapped(const CPenState& Pen, int nX, int nY);
-    CCanvasSample Convert(const CPenState& Pen, int nX, int nY, int nP) const;
     void StoreAndNotify(int nX, int nY, int nP) const;
     CLogLabel SampleLabel() const { return m_Identity.Label(m_Identity.m_Model.m_pszRawDataFunction); }
     CLogLabel KeyLabel() const { return m_Identity.Label(m_Identity.m_Model.m_pszKeyLineFunction); }

@@ -145,7 +145,8 @@ private:
     // it is closed is counted and nobody can keep the end from coming.
     static constexpr std::uint32_t kClosed = std::uint32_t{1} << 31;
     static std::atomic<std::uint32_t> s_nDoor;
-    static thread_local std::uint32_t s_nOwnUses; // of this thread
+    // Of this thread, in the storage that it is born with, as the depth of CCallbackScope.
+    [[gnu::tls_model("initial-exec")]] static thread_local std::uint32_t s_nOwnUses;
 
     static std::atomic<bool> s_bClosedForExit;
 };

@@ -2,6 +2,7 @@
 #include "support.h"
 
 #include "mainwindow.h"
+#include "model/padmodel.h"
 #include "previewdialog.h"
 #include "replayview.h"
 #include "signaturepanel.h"
@@ -45,11 +46,14 @@ std::ostream& operator<<(std::ostream& stream, const Model& model)
     return stream << model.name;
 }
 
-const Model models[] = {{"K210", {160, 220, 2360, 1430}, 2048},
-                        {"K420", {200, 200, 2300, 1300}, 2048},
-                        {"K421B", {2050, 1750, 21170, 11490}, 2048},
-                        {"KM730", {550, 180, 29870, 20120}, 8192},
-                        {"T580", {550, 180, 29870, 20120}, 8192}};
+const std::vector<Model> models = [] {
+    std::vector<Model> list;
+    for (const CPadModel* row : AllPads())
+        list.push_back({row->m_pszName,
+                        {row->m_nPadOriginX, row->m_nPadOriginY, row->m_nAreaWidth, row->m_nAreaHeight},
+                        row->m_nInitialMaxPressure});
+    return list;
+}();
 
 // The person at the pad whose driver the host has loaded.
 class Person

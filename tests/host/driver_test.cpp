@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <filesystem>
 
 #include <linux/capability.h>
 #include <sys/resource.h>

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include <QApplication>
+#include <QPointer>
 
 #include "exported_operations.h"
 

@@ -1,6 +1,7 @@
 // A host that links the library: its own references reach the library's variables and functions.
 
 #include <cstring>
+#include <filesystem>
 
 #include "scriberasdk.h"
 

@@ -4,6 +4,7 @@
 #include <clocale>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 
 #include <fcntl.h>

@@ -104,6 +104,34 @@ TEST_P(PenLog, StrokeWritesItsLinesInTheirOrder)
     EXPECT_EQ(pad().stop(), 0);
 }
 
+// An SVG is drawn from the raw points, which are mapped once more for it.
+TEST_P(PenLog, AnSvgMapsEachPointOfAStrokeOnce)
+{
+    ASSERT_TRUE(pad().start());
+    pad().draw({{model().originX + 100, model().originY + 100, 300, PenDown},
+                {model().originX + 200, model().originY + 150, 300, PenMove},
+                {0, 0, 0, PenUp},
+                {model().originX + 300, model().originY + 200, 300, PenDown},
+                {0, 0, 0, PenUp}});
+    ASSERT_EQ(pad().points(), 5);
+    std::vector<Line> expected;
+    for (int point = 0; point < 3; ++point)
+        addMapping(expected);
+
+    removeLogs();
+    setLogging(true);
+    EXPECT_EQ(pad().save(ImageSvg, "mapped.svg"), 0);
+    setLogging(false);
+    EXPECT_EQ(penLines(), expected);
+
+    removeLogs();
+    setLogging(true);
+    EXPECT_FALSE(takeSvg(pad()).null);
+    setLogging(false);
+    EXPECT_EQ(penLines(), expected);
+    EXPECT_EQ(pad().stop(), 0);
+}
+
 TEST_P(PenLog, CornersOfTheAreaAreMappedToTheCanvas)
 {
     ASSERT_TRUE(pad().start());

@@ -9,14 +9,15 @@
 #include <sched.h>
 #include <sys/file.h>
 #include <sys/mount.h>
-#include <sys/statfs.h>
 #include <unistd.h>
-
-#include "harness.h"
 
 namespace scribera::test {
 
 namespace fs = std::filesystem;
+
+const char* const mainLogFile = "/tmp/scriberasdk.log";
+const char* const inThreadLogFile = "/tmp/scriberasdk_inthread.log";
+const char* const svgScratchFile = "/tmp/Scrsign.svg";
 
 namespace {
 
@@ -66,11 +67,6 @@ bool showAgain(const std::vector<KeptDirectory>& kept)
 constexpr char privateTmp[] = "scribera-tests"; // as its source is called
 bool tmpIsPrivate = false;                      // written before any thread exists
 
-bool resizeTmp(const std::string& size)
-{
-    return mount(privateTmp, "/tmp", "tmpfs", MS_REMOUNT | MS_NOSUID | MS_NODEV, size.c_str()) == 0;
-}
-
 } // namespace
 
 bool makeTmpPrivate(const std::vector<std::string>& keep)
@@ -99,21 +95,10 @@ bool makeTmpPrivate(const std::vector<std::string>& keep)
     return done;
 }
 
-FullTmp::FullTmp()
+bool resizePrivateTmp(const std::string& size)
 {
-    // Something has to be there: a size of 0 means that there is no limit.
-    writeText("/tmp/filling", std::string(1, 'x'));
-    struct statfs use;
-    m_full = tmpIsPrivate && statfs("/tmp", &use) == 0 &&
-             resizeTmp("size=" + std::to_string((use.f_blocks - use.f_bfree) *
-                                                static_cast<unsigned long>(use.f_bsize)));
-}
-
-FullTmp::~FullTmp()
-{
-    if (m_full)
-        resizeTmp("size=50%");
-    fs::remove("/tmp/filling");
+    return tmpIsPrivate &&
+           mount(privateTmp, "/tmp", "tmpfs", MS_REMOUNT | MS_NOSUID | MS_NODEV, size.c_str()) == 0;
 }
 
 void lockSharedTmp()

@@ -1,6 +1,7 @@
 // The object without a window, and canvases of every size for both kinds.
 
 #include <climits>
+#include <filesystem>
 
 #include <QCoreApplication>
 #include <QGuiApplication>

@@ -1,4 +1,5 @@
 // The driver's entry points, the functions with which a test steers them, and the library's coming and going.
+#include "model/padmodel.h"
 #include "support.h"
 
 #include <atomic>
@@ -234,12 +235,10 @@ TEST_F(ControlTest, eachIdentityHasAText)
     EXPECT_STREQ(buffer, "SIMPEN0001");
     EXPECT_EQ(m_driver.secureId(buffer, sizeof buffer), 0);
     EXPECT_STREQ(buffer, "SIMSEC0001");
-    const std::pair<int, const char*> models[] = {
-        {2, "SCK210"}, {3, "SCKM730"}, {4, "SCT580"}, {5, "SCK420"}, {7, "SCK421B"}};
-    for (const auto& [deviceType, model] : models) {
-        ASSERT_EQ(m_driver.start(deviceType), 0);
+    for (const CPadModel* model : AllPads()) {
+        ASSERT_EQ(m_driver.start(model->m_nDeviceType), 0);
         EXPECT_EQ(m_driver.partsVersion(buffer, sizeof buffer), 0);
-        EXPECT_STREQ(buffer, model);
+        EXPECT_EQ(buffer, std::string("SC") + model->m_pszName);
         ASSERT_EQ(m_driver.unInitial(), 0);
     }
     // A known pad's name may be short; any other text is the pad's own.

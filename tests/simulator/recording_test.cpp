@@ -1,4 +1,5 @@
 // The reader of recordings and packet streams, and the scaling from pad to pad.
+#include "files.h"
 #include "pads.h"
 #include "support.h"
 

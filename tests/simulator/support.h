@@ -1,7 +1,7 @@
 // What the tests of the simulated pad share: the loaded driver, what arrived from it, files and processes.
-#ifndef SCRIBERA_TESTS_SIMULATOR_SUPPORT_H
-#define SCRIBERA_TESTS_SIMULATOR_SUPPORT_H
+#pragma once
 
+#include "entry.h"
 #include "recording.h"
 #include "simclient.h"
 
@@ -20,17 +20,11 @@ using Clock = std::chrono::steady_clock;
 // Long enough for the slowest machine; a test that runs into it fails.
 constexpr int Patience = 120'000;
 
-constexpr const char* EntryPoints[] = {"SCRDAPI_Initial",
-                                       "SCRDAPI_UnInitial",
-                                       "SCRDAPI_OpenDeviceLCD",
-                                       "SCRDAPI_ClearDeviceContent",
-                                       "SCRDAPI_GetDevicePenID",
-                                       "SCRDAPI_GetDevicePadID",
-                                       "SCRDAPI_GetDeviceSecureID",
-                                       "SCRDAPI_GetDevicePartsVersion",
-                                       "SCRDAPI_ShowVersionInfoOnDevice",
-                                       "SCRDAPI_SetDevicePenStyle",
-                                       "SCRDAPI_ShowFPImageOnDevice"};
+constexpr const char* EntryPoints[] = {
+#define X(name) "SCRDAPI_" #name,
+    SCRIBERA_ENTRIES(X)
+#undef X
+};
 
 class TemporaryDirectory
 {
@@ -151,5 +145,3 @@ protected:
 private:
     static void forget();
 };
-
-#endif

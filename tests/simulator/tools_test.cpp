@@ -2,6 +2,8 @@
 #include "fingerprint.h"
 #include "support.h"
 
+#include <sstream>
+
 namespace {
 
 class GenerateToolTest : public SimulatorTest
@@ -60,12 +62,8 @@ TEST_F(GenerateToolTest, takesModelsWithAndWithoutTheirPrefix)
 
 TEST_F(GenerateToolTest, whatItWritesCanBePlayedOnEveryModel)
 {
-    const std::string models =
-        "SCT470 SCK210R1 SCT480R1 SCK190 SCN210 SCK210 SCT12 SCK420 SCK421B SCKM730 SCT580";
-    for (std::size_t begin = 0; begin < models.size();) {
-        const std::size_t end = std::min(models.find(' ', begin), models.size());
-        const std::string model = models.substr(begin, end - begin);
-        begin = end + 1;
+    std::istringstream models(simulator::modelNames());
+    for (std::string model; models >> model;) {
         SCOPED_TRACE(model);
         const Outcome outcome =
             runProgram(SCRIBERA_GENERATE_TOOL, {"--style", "paraph", "--seed", "77", "--model", model});

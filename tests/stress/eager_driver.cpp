@@ -7,7 +7,10 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
+
+#include "model/padmodel.h"
 
 #define EAGER_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -57,20 +60,13 @@ int resultFor(const char* buffer, int size)
     return buffer && size > 0 ? 0 : -2;
 }
 
-const char* modelText()
+// The name of the model in the form in which the pad reports it.
+std::string modelText()
 {
-    switch (deviceType) {
-    case 2:
-        return "SCK210";
-    case 3:
-        return "SCKM730";
-    case 4:
-        return "SCT580";
-    case 5:
-        return "SCK420";
-    default:
-        return "SCK421B";
-    }
+    for (const CPadModel* model : AllPads())
+        if (model->m_nDeviceType == deviceType)
+            return std::string("SC") + model->m_pszName;
+    return {};
 }
 
 } // namespace
@@ -129,7 +125,7 @@ EAGER_EXPORT int SCRDAPI_GetDevicePartsVersion(char* buffer, int size)
 {
     if (resultFor(buffer, size) != 0)
         return -2;
-    std::strncpy(buffer, modelText(), static_cast<std::size_t>(size));
+    std::strncpy(buffer, modelText().c_str(), static_cast<std::size_t>(size));
     if (!insideStop)
         waitForStreamed(streamed.load() + 200);
     return 0;

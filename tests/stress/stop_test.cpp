@@ -1,6 +1,7 @@
 // The end of a pad: what the driver, the callbacks and other threads of the host find until it is over.
 
 #include <atomic>
+#include <filesystem>
 #include <functional>
 #include <mutex>
 #include <stdexcept>

@@ -1,5 +1,6 @@
 // What the tool makes of well-formed streams.
 
+#include "model/padmodel.h"
 #include "recording.h"
 #include "support.h"
 
@@ -17,15 +18,6 @@ class InkConversionTest : public InkToolTest
 
 constexpr std::int64_t Smallest = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t Largest = std::numeric_limits<std::int64_t>::max();
-
-struct Model
-{
-    const char* name;
-    const char* simulated;
-};
-
-constexpr Model Models[] = {
-    {"K210", "SCK210"}, {"K420", "SCK420"}, {"K421B", "SCK421B"}, {"KM730", "SCKM730"}, {"T580", "SCT580"}};
 
 std::string infoOf(const std::vector<Point>& points)
 {
@@ -132,9 +124,9 @@ TEST_F(InkConversionTest, JsonWritesTheWidestTimesToTheLastDigit)
 
 TEST_F(InkConversionTest, TheSimulatedPadTakesTheRecordingAsItTakesTheStream)
 {
-    for (const Model& model : Models) {
-        SCOPED_TRACE(model.name);
-        const std::string text = recordingOf(model.name, threeStrokes()).toStdString();
+    for (const CPadModel* model : AllPads()) {
+        SCOPED_TRACE(model->m_pszName);
+        const std::string text = recordingOf(model->m_pszName, threeStrokes()).toStdString();
         simulator::Recording recording;
         simulator::Recording fromStream;
         std::string error;
@@ -142,8 +134,8 @@ TEST_F(InkConversionTest, TheSimulatedPadTakesTheRecordingAsItTakesTheStream)
         ASSERT_TRUE(
             simulator::parsePacketStream(textOf(threeStrokes()).toStdString(), "stream", fromStream, error))
             << error;
-        const simulator::Pad* const pad = simulator::padForModel(model.simulated);
-        EXPECT_EQ(recording.model, model.simulated);
+        const simulator::Pad* const pad = simulator::padForModel(model->m_pszName);
+        EXPECT_EQ(recording.model, std::string("SC") + model->m_pszName);
         EXPECT_EQ(recording.area, pad->area);
         EXPECT_EQ(recording.maxPressure, pad->maxPressure);
         EXPECT_EQ(recording.samples, fromStream.samples);
@@ -153,11 +145,12 @@ TEST_F(InkConversionTest, TheSimulatedPadTakesTheRecordingAsItTakesTheStream)
 
 TEST_F(InkConversionTest, ThePadsOwnNamesOfTheModelsAreUnderstood)
 {
-    for (const Model& model : Models) {
-        SCOPED_TRACE(model.simulated);
-        EXPECT_EQ(recordingOf(model.simulated, threeStrokes()), recordingOf(model.name, threeStrokes()));
-        EXPECT_EQ(outputOf({"to-svg", "--model", model.simulated}, textOf(threeStrokes())),
-                  outputOf({"to-svg", "--model", model.name}, textOf(threeStrokes())));
+    for (const CPadModel* model : AllPads()) {
+        const std::string own = std::string("SC") + model->m_pszName;
+        SCOPED_TRACE(own);
+        EXPECT_EQ(recordingOf(own.c_str(), threeStrokes()), recordingOf(model->m_pszName, threeStrokes()));
+        EXPECT_EQ(outputOf({"to-svg", "--model", own.c_str()}, textOf(threeStrokes())),
+                  outputOf({"to-svg", "--model", model->m_pszName}, textOf(threeStrokes())));
     }
 }
 

@@ -1,5 +1,6 @@
 // Arguments, help, files that cannot be used.
 
+#include "model/padmodel.h"
 #include "support.h"
 
 #include <QFile>
@@ -73,12 +74,14 @@ TEST_F(InkUsageTest, WrongOptions)
 
 TEST_F(InkUsageTest, TheModelHasToBeNamed)
 {
+    QStringList names;
+    for (const CPadModel* model : AllPads())
+        names += model->m_pszName;
     for (const char* command : {"to-svg", "to-recording"}) {
         expectWrongUsage({command}, "--model is missing");
         for (const QString model : {"K999", "SCSCK210", "SC", "k210", "scK210", "K421", "K421H", "K210_"})
             expectWrongUsage({command, "--model", model},
-                             "--model " + model.toStdString() +
-                                 " is not one of K210, K420, K421B, KM730, T580");
+                             ("--model " + model + " is not one of " + names.join(", ")).toStdString());
     }
 }
 

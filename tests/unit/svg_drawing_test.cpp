@@ -50,10 +50,11 @@ struct Signature
     }
     CSvgContent content() const
     {
-        return {size, QPoint(3, 7), points.Snapshot(), pen.Read(), model, fingerprint};
+        return {size, QPoint(3, 7), points.Snapshot(), pen.Read(), identity, fingerprint};
     }
 
     const CPadModel& model;
+    const CObjectIdentity identity{model, EObjectKind::Windowless};
     CPenSetup pen;
     CInkPointList points;
     QImage fingerprint;
@@ -85,7 +86,7 @@ QByteArray byOneGenerator(const CSvgContent& content)
             continue;
         }
         const CCanvasSample sample = content.m_Pen.m_Mapping.ConvertSignRawDataToSignWndData(
-            content.m_Model, point.usX, point.sY, point.sPressure);
+            content.m_Identity.m_Model, point.usX, point.sY, point.sPressure);
         const QPointF place(sample.m_dblX - content.m_Origin.x(), sample.m_dblY - content.m_Origin.y());
         if (isOpen) {
             painter.setRenderHint(strokeHint);

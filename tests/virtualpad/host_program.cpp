@@ -4,12 +4,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <iostream>
-#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include <dlfcn.h>
+
+#include "model/padmodel.h"
 
 namespace {
 
@@ -90,11 +91,12 @@ private:
     template <typename Result, typename... Arguments>
     Result call(const std::string& name, Arguments... arguments)
     {
-        static const std::map<int, std::string> prefixes{
-            {2, "SCK210_"}, {3, "SCKM730_"}, {4, "SCT580_"}, {5, "SCK420_"}, {7, "SCK421B_"}};
+        std::string symbol;
+        for (const CPadModel* pad : AllPads())
+            if (pad->m_nDeviceType == m_type)
+                symbol = pad->m_pszFamily + name;
         using Function = Result (*)(int, Arguments...);
-        const auto function =
-            reinterpret_cast<Function>(dlsym(m_library, (prefixes.at(m_type) + name).c_str()));
+        const auto function = reinterpret_cast<Function>(dlsym(m_library, symbol.c_str()));
         if (function == nullptr) {
             std::cerr << "host: no function " << name << "\n";
             return Result();

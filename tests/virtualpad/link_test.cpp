@@ -1,4 +1,6 @@
 // The driver and the pad together: the driver as a host loads it, the pad without its window.
+#include "files.h"
+#include "model/padmodel.h"
 #include "support.h"
 
 #include <atomic>
@@ -340,11 +342,11 @@ TEST_F(LinkTest, AnEntryPointThatFailsDoesNothingOnThePad)
 
 TEST_F(LinkTest, ThePadBecomesWhatTheHostAsksForUnlessItIsPinned)
 {
-    for (const auto& [type, name] :
-         {std::pair{2, "SCK210"}, {3, "SCKM730"}, {4, "SCT580"}, {5, "SCK420"}, {7, "SCK421B"}}) {
+    for (const CPadModel* row : AllPads()) {
+        const int type = row->m_nDeviceType;
         ListeningPad pad(type == 2 ? "SCT580" : "SCT470");
         ASSERT_EQ(start(type), 0);
-        EXPECT_EQ(pad->state().pad().model, type == 2 ? "SCK210" : name);
+        EXPECT_EQ(pad->state().pad().model, std::string("SC") + row->m_pszName);
         EXPECT_EQ(model(), pad->state().pad().model);
         EXPECT_FALSE(pad->isMismatch());
         ASSERT_EQ(stop(), 0);

@@ -4,16 +4,20 @@
 #include "padlayout.h"
 
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <random>
+#include <sstream>
 
 using namespace virtualpad;
 using simulator::RecordedSample;
 
 namespace {
 
-const std::vector<std::string> Models{"SCT470", "SCK210R1", "SCT480R1", "SCK190",  "SCN210", "SCK210",
-                                      "SCT12",  "SCK420",   "SCK421B",  "SCKM730", "SCT580"};
+const std::vector<std::string> Models = [] {
+    std::istringstream names(simulator::modelNames());
+    return std::vector(std::istream_iterator<std::string>(names), {});
+}();
 
 const simulator::Pad& padOf(const std::string& model)
 {

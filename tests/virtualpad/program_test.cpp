@@ -1,4 +1,5 @@
 // scribera-virtual-pad as a user starts it.
+#include "files.h"
 #include "support.h"
 
 #include <QIcon>

@@ -1,7 +1,6 @@
 // What the tests of the virtual pad share: waiting with an event loop, a host in a process of its own, peers
 // that misbehave.
-#ifndef SCRIBERA_TESTS_VIRTUALPAD_SUPPORT_H
-#define SCRIBERA_TESTS_VIRTUALPAD_SUPPORT_H
+#pragma once
 
 #include "../simulator/support.h"
 #include "padlink.h"
@@ -121,5 +120,3 @@ public:
 private:
     simulator::Descriptor m_socket;
 };
-
-#endif

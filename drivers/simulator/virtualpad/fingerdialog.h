@@ -1,6 +1,5 @@
 // Asks which finger is put on the sensor.
-#ifndef SCRIBERA_VIRTUALPAD_FINGERDIALOG_H
-#define SCRIBERA_VIRTUALPAD_FINGERDIALOG_H
+#pragma once
 
 #include <QDialog>
 
@@ -38,5 +37,3 @@ private:
 };
 
 } // namespace virtualpad
-
-#endif

@@ -1,6 +1,5 @@
 // The window: the pad, its menu and its status line.
-#ifndef SCRIBERA_VIRTUALPAD_MAINWINDOW_H
-#define SCRIBERA_VIRTUALPAD_MAINWINDOW_H
+#pragma once
 
 #include "padview.h"
 #include "virtualpad.h"
@@ -62,5 +61,3 @@ private:
 };
 
 } // namespace virtualpad
-
-#endif

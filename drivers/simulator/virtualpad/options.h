@@ -1,6 +1,5 @@
 // The command line of scribera-virtual-pad.
-#ifndef SCRIBERA_VIRTUALPAD_OPTIONS_H
-#define SCRIBERA_VIRTUALPAD_OPTIONS_H
+#pragma once
 
 #include "pads.h"
 
@@ -34,5 +33,3 @@ bool parseOptions(const QStringList& arguments, Options& options, QString& reaso
 QString helpText();
 
 } // namespace virtualpad
-
-#endif

@@ -1,6 +1,5 @@
 // Where everything is on the drawn pad.
-#ifndef SCRIBERA_VIRTUALPAD_PADLAYOUT_H
-#define SCRIBERA_VIRTUALPAD_PADLAYOUT_H
+#pragma once
 
 #include "pads.h"
 #include "pensampler.h"
@@ -32,5 +31,3 @@ struct PadLayout
 };
 
 } // namespace virtualpad
-
-#endif

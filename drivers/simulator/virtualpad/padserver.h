@@ -1,6 +1,5 @@
 // The virtual pad's end of the connection to the driver: where hosts come and go.
-#ifndef SCRIBERA_VIRTUALPAD_PADSERVER_H
-#define SCRIBERA_VIRTUALPAD_PADSERVER_H
+#pragma once
 
 #include "padlink.h"
 #include "padsocket.h"
@@ -62,5 +61,3 @@ private:
 };
 
 } // namespace virtualpad
-
-#endif

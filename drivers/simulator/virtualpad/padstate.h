@@ -1,6 +1,5 @@
 // What is to be seen on the pad: its screen and what is drawn there, and its keys. No widgets.
-#ifndef SCRIBERA_VIRTUALPAD_PADSTATE_H
-#define SCRIBERA_VIRTUALPAD_PADSTATE_H
+#pragma once
 
 #include "padlink.h"
 #include "pads.h"
@@ -89,5 +88,3 @@ private:
 };
 
 } // namespace virtualpad
-
-#endif

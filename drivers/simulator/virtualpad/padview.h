@@ -1,6 +1,5 @@
 // The pad as the person sees and touches it.
-#ifndef SCRIBERA_VIRTUALPAD_PADVIEW_H
-#define SCRIBERA_VIRTUALPAD_PADVIEW_H
+#pragma once
 
 #include "padlayout.h"
 #include "virtualpad.h"
@@ -70,5 +69,3 @@ private:
 };
 
 } // namespace virtualpad
-
-#endif

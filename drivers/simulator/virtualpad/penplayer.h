@@ -1,6 +1,5 @@
 // A recording played on the pad as if a pen did it.
-#ifndef SCRIBERA_VIRTUALPAD_PENPLAYER_H
-#define SCRIBERA_VIRTUALPAD_PENPLAYER_H
+#pragma once
 
 #include "recording.h"
 
@@ -37,5 +36,3 @@ private:
 };
 
 } // namespace virtualpad
-
-#endif

@@ -1,6 +1,5 @@
 // Keeps what the pen does on the pad as a recording.
-#ifndef SCRIBERA_VIRTUALPAD_PENRECORDER_H
-#define SCRIBERA_VIRTUALPAD_PENRECORDER_H
+#pragma once
 
 #include "recording.h"
 
@@ -25,5 +24,3 @@ private:
 };
 
 } // namespace virtualpad
-
-#endif

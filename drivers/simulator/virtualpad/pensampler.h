@@ -1,6 +1,5 @@
 // Makes of a mouse or a stylus, which report when they like, a pen that the pad samples at its report rate.
-#ifndef SCRIBERA_VIRTUALPAD_PENSAMPLER_H
-#define SCRIBERA_VIRTUALPAD_PENSAMPLER_H
+#pragma once
 
 #include "pads.h"
 #include "recording.h"
@@ -88,5 +87,3 @@ private:
 };
 
 } // namespace virtualpad
-
-#endif

@@ -1,7 +1,6 @@
 // The virtual pad without its window: the pen, the keys and the finger of the person, the pad's screen, and
 // the host at the other end.
-#ifndef SCRIBERA_VIRTUALPAD_VIRTUALPAD_H
-#define SCRIBERA_VIRTUALPAD_VIRTUALPAD_H
+#pragma once
 
 #include "padserver.h"
 #include "padstate.h"
@@ -109,5 +108,3 @@ private:
 };
 
 } // namespace virtualpad
-
-#endif
