@@ -60,8 +60,8 @@ QByteArray toSvg(const CInkSnapshot& ink, const Drawing& drawing)
 
     const CObjectIdentity identity{drawing.pad, EObjectKind::Windowless};
     const CSvgContent content{drawing.size, QPoint(0, 0), ink, pen.Read(), identity, QImage()};
-    const std::optional<QByteArray> text =
-        SvgBytes([&](const FnTakeBytes& take) { return HandOverSvg(content, drawing.dotsPerInch, take); });
+    const std::optional<QByteArray> text = SvgBytes(
+        [&](const FnTakeBytes& take) { return HandOverSvg(content, drawing.dotsPerInch, take, false); });
     if (!text)
         throw Failure{QStringLiteral("the drawing has more than a gigabyte")};
     return *text;

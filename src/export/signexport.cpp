@@ -15,6 +15,7 @@
 #include <limits>
 #include <new>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -39,6 +40,14 @@ char* Base64ForHost(const CLogLabel& Label, const QByteArray& Bytes)
         SCR_LOG(Label, "<%ld>-no memory for the text !");
         return nullptr;
     }
+}
+
+// There was no memory for the clipped picture.
+char* RefusedToHost(const CLogLabel& Label)
+{
+    SCR_LOG(Label, "<%ld>-no memory for the clipped picture !");
+    SCR_LOG(Label, "<%ld>-leave with pEncodeBase64Image=%lx !", 0UL);
+    return nullptr;
 }
 
 char* EncodedForHost(const CLogLabel& Label, const QImage& Image, int nImageTypeID, bool bTransparentWhite)
@@ -169,8 +178,10 @@ bool CSignExport::SaveDrawingImageAsSVGFile(const CSource& Source, int nDPI,
     try {
         const CSvgContent Content{Source.m_Image.size(), Origin,     Points,
                                   m_PenSetup.Read(),     m_Identity, m_Fingerprint.PictureForSvg()};
-        bWritten =
-            Write([&Content, nDPI](const FnTakeBytes& Take) { return HandOverSvg(Content, nDPI, Take); });
+        bWritten = Write([&Content, nDPI, bLogs = true](const FnTakeBytes& Take) mutable {
+            // Asked more than once where the size has to be known first; the points are mapped once.
+            return HandOverSvg(Content, nDPI, Take, std::exchange(bLogs, false));
+        });
     } catch (const std::bad_alloc&) {
     }
     if (!bWritten)
@@ -222,6 +233,8 @@ char* CSignExport::EncodeBase64SignImage(int nImageTypeID, const std::optional<Q
     SCR_LOG(Label, "<%ld>-enter, nImageTypeID=%d", nImageTypeID);
     const CSharedImage Canvas = m_Canvas.Snapshot();
     const CSource Source = TakeSource(Canvas);
+    if (Source.IsRefused())
+        return RefusedToHost(Label);
     const QImage Raster = rcPart && !Source.m_rcClip ? CopyOfRect(Source.m_Image, *rcPart) : Source.m_Image;
     return EncodedForHost(Label, Raster, nImageTypeID, true);
 }
@@ -232,7 +245,10 @@ char* CSignExport::EncodeBase64SignImageEx(int nImageTypeID, bool bEnableTranspa
     SCR_LOG(Label, "<%ld>-enter, nImageTypeID=%d, bEnableTransparentBackground=%d", nImageTypeID,
             bEnableTransparentBackground);
     const CSharedImage Canvas = m_Canvas.Snapshot();
-    return EncodedForHost(Label, TakeSource(Canvas).m_Image, nImageTypeID, bEnableTransparentBackground);
+    const CSource Source = TakeSource(Canvas);
+    if (Source.IsRefused())
+        return RefusedToHost(Label);
+    return EncodedForHost(Label, Source.m_Image, nImageTypeID, bEnableTransparentBackground);
 }
 
 char* CSignExport::GetSVGImageBase64Data() const

@@ -131,7 +131,7 @@ private:
 
 // Calls Draw with each line of the strokes until it gives false, and gives false then.
 template <typename TDraw>
-bool ForEachLine(const CSvgContent& Content, TDraw Draw)
+bool ForEachLine(const CSvgContent& Content, bool bLogs, TDraw Draw)
 {
     std::optional<QPointF> Previous; // set while a stroke is open
     bool bGoesOn = true;
@@ -141,8 +141,12 @@ bool ForEachLine(const CSvgContent& Content, TDraw Draw)
                 Previous.reset();
                 continue;
             }
-            const CCanvasSample Sample = ConvertSignRawDataToSignWndData(
-                Content.m_Identity, Content.m_Pen.m_Mapping, pPoint->usX, pPoint->sY, pPoint->sPressure);
+            const CPadMapping& Mapping = Content.m_Pen.m_Mapping;
+            const CCanvasSample Sample =
+                bLogs ? ConvertSignRawDataToSignWndData(Content.m_Identity, Mapping, pPoint->usX, pPoint->sY,
+                                                        pPoint->sPressure)
+                      : Mapping.ConvertSignRawDataToSignWndData(Content.m_Identity.m_Model, pPoint->usX,
+                                                                pPoint->sY, pPoint->sPressure);
             const QPointF Point =
                 QPointF(Sample.m_dblX, Sample.m_dblY) - QPointF(Content.m_Origin.x(), Content.m_Origin.y());
             if (Previous)
@@ -156,7 +160,7 @@ bool ForEachLine(const CSvgContent& Content, TDraw Draw)
 
 } // namespace
 
-bool HandOverSvg(const CSvgContent& Content, int nDPI, const FnTakeBytes& Take)
+bool HandOverSvg(const CSvgContent& Content, int nDPI, const FnTakeBytes& Take, bool bLogs)
 {
     CSvgWriter Writer(Content, nDPI, Take);
     if (!Writer.Begin())
@@ -168,7 +172,8 @@ bool HandOverSvg(const CSvgContent& Content, int nDPI, const FnTakeBytes& Take)
         Writer.Painter().drawImage((Content.m_Size.width() - Fingerprint.width()) / 2,
                                    (Content.m_Size.height() - Fingerprint.height()) / 2, Fingerprint);
     }
-    return ForEachLine(Content, [&Writer](const CLine& Line) { return Writer.Draw(Line); }) && Writer.End();
+    return ForEachLine(Content, bLogs, [&Writer](const CLine& Line) { return Writer.Draw(Line); }) &&
+           Writer.End();
 }
 
 std::optional<QByteArray> SvgBytes(const FnHandOver& HandOver)

@@ -28,7 +28,8 @@ struct CSvgContent
 // and ends there; this holds a thousand lines at a time. False when the taker refused. Where there is no
 // memory it throws, and loses those lines' memory: a painter that could not end tries again when it is
 // destroyed, where an exception ends the process.
-bool HandOverSvg(const CSvgContent& Content, int nDPI, const FnTakeBytes& Take);
+// With bLogs, the mapping of each point writes its lines on the models that have them.
+bool HandOverSvg(const CSvgContent& Content, int nDPI, const FnTakeBytes& Take, bool bLogs);
 
 // The same in memory; nothing when it is longer than a byte array or its Base64 text can be.
 std::optional<QByteArray> SvgBytes(const FnHandOver& HandOver);

@@ -10,8 +10,8 @@
 namespace {
 
 // Whether events may be posted. An application that is being destroyed takes its event dispatcher with it,
-// under the hands of another thread that posts just then. s_Mutex, a leaf lock, protects the answer and is
-// held while an event is posted. Neither is ever destroyed: a driver's thread may outlive main().
+// under the hands of another thread that posts just then. s_Mutex protects the answer and is held while Qt
+// posts an event. Neither is ever destroyed: a driver's thread may outlive main().
 class CPostingGate
 {
 public:

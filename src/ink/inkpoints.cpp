@@ -78,6 +78,12 @@ void CInkPointList::AppendRecords(const char* pBytes, std::size_t nCount)
     }
 }
 
+bool CInkPointList::IsReady() const
+{
+    const CLocker Lock(m_Mutex);
+    return m_pNext != nullptr;
+}
+
 int CInkPointList::Count() const
 {
     const CLocker Lock(m_Mutex);

@@ -78,6 +78,9 @@ public:
 
     int Count() const;
 
+    // Whether the next chunk is held ready, as it is unless memory was short.
+    bool IsReady() const;
+
     // False, with Point untouched, when there is no such index.
     bool At(int nIndex, _POINTDATA& Point) const;
 

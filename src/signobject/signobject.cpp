@@ -118,6 +118,12 @@ bool CSignObject::IsDeviceConnected()
         if (pAccepted) {
             m_nMaxPressure = pAccepted->m_nMaxPressure;
             m_Driver.PreparePad();
+            if (!m_Points.IsReady()) {
+                SCR_LOG(
+                    Label,
+                    "<%ld>-((m_pPointDataList || m_pDecodedPointDataList) == nullptr), out of memory !!!");
+                bConnected = false;
+            }
         }
     }
     m_bDeviceConnected = bConnected;

@@ -16,8 +16,8 @@ CSignWidget::CSignWidget(QWidget* pParent, const CPadModel& Model)
       CSignObject({Model, EObjectKind::Widget}, DriverCallbacksOf({Model, EObjectKind::Widget}))
 {
     SCR_LOG(Identity().ConstructorLabel(), "<%ld>-Enter...");
-    Canvas().clearCanvas(width(), height());
     Canvas().SetObserver(*this);
+    Canvas().clearCanvas(width(), height());
     StartThreads(static_cast<QWidget*>(this), width(), height());
 }
 

@@ -88,6 +88,9 @@ const ChildProgram
                 return 2;
         }
         processEvents();
+        // Qt's painting stands on what goes with the application: no stroke may be under way just then.
+        if (pad->sim().StopPlaying() != 0 || pad->sim().WaitIdle(20000) != 0)
+            return 5;
         destroyApplication();
         if (pad->api().Clear(pad->type()) != 0)
             return 3;

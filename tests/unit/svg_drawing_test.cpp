@@ -109,11 +109,14 @@ void expectAsByOneGenerator(const Signature& signature)
     const CSvgContent content = signature.content();
     QByteArray document;
     int pieces = 0;
-    ASSERT_TRUE(HandOverSvg(content, dpi, [&](const char* bytes, std::size_t count) {
-        document.append(bytes, static_cast<int>(count));
-        ++pieces;
-        return true;
-    }));
+    ASSERT_TRUE(HandOverSvg(
+        content, dpi,
+        [&](const char* bytes, std::size_t count) {
+            document.append(bytes, static_cast<int>(count));
+            ++pieces;
+            return true;
+        },
+        false));
     const QByteArray expected = byOneGenerator(content);
     ASSERT_TRUE(document == expected) << signature.points.Count() << " points, " << document.size() << " and "
                                       << expected.size() << " bytes in " << pieces << " pieces";
@@ -170,8 +173,8 @@ TEST(SvgDrawing, NothingIsHandedOverAfterARefusal)
     Signature signature(g_PadK210);
     signature.addRandom(5000, 3);
     int asked = 0;
-    EXPECT_FALSE(
-        HandOverSvg(signature.content(), dpi, [&](const char*, std::size_t) { return ++asked < 3; }));
+    EXPECT_FALSE(HandOverSvg(
+        signature.content(), dpi, [&](const char*, std::size_t) { return ++asked < 3; }, false));
     EXPECT_EQ(asked, 3);
 }
 
@@ -195,14 +198,17 @@ TEST(SvgDrawing, MemoryDoesNotGrowWithTheLines)
     {
         Signature few(g_PadK210);
         few.addRandom(5000, 4);
-        ASSERT_TRUE(HandOverSvg(few.content(), dpi, takeAll));
+        ASSERT_TRUE(HandOverSvg(few.content(), dpi, takeAll, false));
     }
     const long before = residentKilobytesAtMost();
     std::size_t bytes = 0;
-    ASSERT_TRUE(HandOverSvg(signature.content(), dpi, [&](const char*, std::size_t piece) {
-        bytes += piece;
-        return true;
-    }));
+    ASSERT_TRUE(HandOverSvg(
+        signature.content(), dpi,
+        [&](const char*, std::size_t piece) {
+            bytes += piece;
+            return true;
+        },
+        false));
     EXPECT_GT(bytes, count * 200);
     EXPECT_LT(residentKilobytesAtMost() - before, 8000);
 }
