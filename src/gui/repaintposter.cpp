@@ -1,6 +1,7 @@
 #include "gui/repaintposter.h"
 
 #include "sync/attempt.h"
+#include "sync/tsan.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -57,8 +58,14 @@ public:
     CRepaintEvent(QEvent::Type eType, std::shared_ptr<CRepaintDebt> pDebt, unsigned nEvent)
         : QEvent(eType), m_pDebt(std::move(pDebt)), m_nEvent(nEvent)
     {
+        TsanRelease(this);
     }
-    ~CRepaintEvent() override { m_pDebt->NoteEventGone(m_nEvent); }
+    // On the GUI thread; Qt's own queue orders this after the constructor.
+    ~CRepaintEvent() override
+    {
+        TsanAcquire(this);
+        m_pDebt->NoteEventGone(m_nEvent);
+    }
     CRepaintEvent(const CRepaintEvent&) = delete;
     CRepaintEvent& operator=(const CRepaintEvent&) = delete;
 

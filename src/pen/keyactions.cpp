@@ -1,5 +1,7 @@
 #include "pen/keyactions.h"
 
+#include "sync/attempt.h"
+
 #include <cxxabi.h>
 
 void CKeyActions::NoteTouch(int nKey)
@@ -45,7 +47,8 @@ void CKeyActions::DoClickCancelKeyAction()
     DoClickKeyAction(kCancelKey, "DoClickCancelKeyAction()", "<%ld>-Pen_Down_On_Cancel_Key !");
 }
 
-void CKeyActions::DoClickKeyAction(int nKey, const char* pszFunction, const char* pszLine)
+SCRIBERA_CATCHES_UNWINDING void CKeyActions::DoClickKeyAction(int nKey, const char* pszFunction,
+                                                              const char* pszLine)
 {
     const CLogLabel Label = m_Identity.Label(pszFunction);
     SCR_LOG_INTHREAD(Label, "<%ld>-Enter...");

@@ -6,6 +6,7 @@
 #include "sdk/about.h"
 #include "sdk/lifecycle.h"
 #include "sdk/operations.h"
+#include "sync/attempt.h"
 #include "sync/nocancellation.h"
 
 #include <type_traits>
@@ -20,7 +21,7 @@ namespace {
 // No exception leaves the library: a call that met one gives not done, null, false or nothing. And no call is
 // left in the middle by a cancellation of its thread.
 template <typename TCall>
-auto WithoutException(TCall Call) -> decltype(Call())
+SCRIBERA_CATCHES_UNWINDING auto WithoutException(TCall Call) -> decltype(Call())
 {
     using TResult = decltype(Call());
     const CNoCancellation Guard;

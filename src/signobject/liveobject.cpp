@@ -16,7 +16,7 @@ constinit std::atomic<pid_t> CLiveObject::s_nProcess{0};
 constinit std::atomic<int> CLiveObject::s_nPhase{kNone};
 constinit std::atomic<std::uint32_t> CLiveObject::s_nDoor{kClosed};
 constinit std::atomic<bool> CLiveObject::s_bClosedForExit{false};
-thread_local std::uint32_t CLiveObject::s_nOwnUses = 0;
+constinit thread_local std::uint32_t CLiveObject::s_nOwnUses = 0;
 
 template <typename TIsMeant>
 CLiveObject::CUse::CUse(TIsMeant IsMeant)

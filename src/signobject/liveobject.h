@@ -146,7 +146,7 @@ private:
     static constexpr std::uint32_t kClosed = std::uint32_t{1} << 31;
     static std::atomic<std::uint32_t> s_nDoor;
     // Of this thread, in the storage that it is born with, as the depth of CCallbackScope.
-    [[gnu::tls_model("initial-exec")]] static thread_local std::uint32_t s_nOwnUses;
+    [[gnu::tls_model("initial-exec")]] static constinit thread_local std::uint32_t s_nOwnUses;
 
     static std::atomic<bool> s_bClosedForExit;
 };

@@ -16,7 +16,7 @@ CSignWidget::CSignWidget(QWidget* pParent, const CPadModel& Model)
       CSignObject({Model, EObjectKind::Widget}, DriverCallbacksOf({Model, EObjectKind::Widget}))
 {
     SCR_LOG(Identity().ConstructorLabel(), "<%ld>-Enter...");
-    Canvas().SetObserver(*this);
+    Canvas().SetObserver(m_Observer);
     Canvas().clearCanvas(width(), height());
     StartThreads(static_cast<QWidget*>(this), width(), height());
 }

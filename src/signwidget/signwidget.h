@@ -10,7 +10,7 @@
 
 // Base of the five widget classes. Lives on the GUI thread; QWidget comes first, so that the widget's address
 // is the object's.
-class CSignWidget : public QWidget, public CSignObject, private ICanvasObserver
+class CSignWidget : public QWidget, public CSignObject
 {
 public:
     ~CSignWidget() override;
@@ -31,9 +31,20 @@ private:
     // the parent. On the GUI thread.
     int PlaceFingerprint(CFingerprint& Fingerprint, const CFPRequest& Request) override;
 
-    void CanvasChanged(const QRect& rcChanged) override { m_RepaintPoster.Repaint(rcChanged); }
+    // A part of the widget, since a pen may still sign while the widget's destructor runs, and what a virtual
+    // call on the widget itself finds changes with each step of that.
+    class CObserver final : public ICanvasObserver
+    {
+    public:
+        explicit CObserver(CSignWidget& Widget) : m_Widget(Widget) {}
+        void CanvasChanged(const QRect& rcChanged) override { m_Widget.m_RepaintPoster.Repaint(rcChanged); }
+
+    private:
+        CSignWidget& m_Widget;
+    };
 
     CRepaintPoster m_RepaintPoster{*this};
+    CObserver m_Observer{*this};
 };
 
 // The on-screen sign object of the model's own class. It belongs to its parent as soon as it is let go.

@@ -1,3 +1,3 @@
 #include "sync/callbackscope.h"
 
-thread_local int CCallbackScope::s_nDepth = 0;
+constinit thread_local int CCallbackScope::s_nDepth = 0;

@@ -17,5 +17,5 @@ private:
     // Touched by its own thread only. A few bytes of the storage that a thread is born with, which the loader
     // keeps for libraries that come late, too: any other is allocated at a thread's first touch, and the C
     // library ends the process where there is no memory then.
-    [[gnu::tls_model("initial-exec")]] static thread_local int s_nDepth;
+    [[gnu::tls_model("initial-exec")]] static constinit thread_local int s_nDepth;
 };
