@@ -259,11 +259,12 @@ enum
 
 /**
  * All families, for code that treats them alike: each is named to X by its model, so that X(K210) can make
- * SCK210_DEVICE and SCK210_InitialDevice of it. The two shorter lists are those with a screen of
- * its own, which have OpenLCD, GetHWPenID and DisplayHWVersion, and those with a fingerprint reader.
+ * SCK210_DEVICE and SCK210_InitialDevice of it.
  */
 #define SCRIBERA_FAMILIES(X) X(K210) X(K420) X(K421B) X(KM730) X(T580)
+/** Of these the pads with a screen of their own, which have OpenLCD, GetHWPenID and DisplayHWVersion. */
 #define SCRIBERA_FAMILIES_WITH_SCREEN(X) X(K210) X(K420) X(K421B)
+/** Of these the pads with a fingerprint reader. */
 #define SCRIBERA_FAMILIES_WITH_FINGERPRINT(X) X(K421B)
 
 /**
