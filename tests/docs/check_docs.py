@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks the documents; one check a call, exit code 0 when it holds.
 
-check_docs.py blocks            every sample is shown and run, and nothing else; scripts/cookbook --check compares them
+check_docs.py blocks            every sample is shown and run, and nothing else
 check_docs.py links             relative links in the repository's documents lead to files and headings
 check_docs.py loglines          log lines in the documents are lines that the library writes
 check_docs.py run CASE ...      runs samples against the library and the simulated pad
@@ -86,6 +86,8 @@ def check_blocks() -> None:
             named = re.search(r"\bsample=(\S+)", info)
             if named:
                 shown.add(named[1])
+        for _, line in prose(document):
+            shown.update(re.findall(r"\]\((?:docs/)?samples/([^)#]+)\)", line))
     run = {sample for case in CASES.values() for sample in case.samples}
     for sample in sorted(shown):
         expect((SAMPLES / sample).is_file(), f"there is no sample {sample}")
