@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <map>
 #include <mutex>
 #include <regex>
 #include <thread>
@@ -344,13 +345,15 @@ TEST_P(RealTime, EndsOfTheAreaGiveTheDocumentedNumbers)
 {
     ASSERT_TRUE(pad().start());
     ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), receive));
-    const std::string name = model().name;
-    const Call largest = name == "K210"    ? packed(65507, 65489, 1, 1)
-                         : name == "K420"  ? packed(65506, 65484, 1, 1)
-                         : name == "K421B" ? packed(65531, 65529, 1, 1)
-                                           : packed(65532, 65531, 1, 1);
     const int right = model().originX + model().areaWidth - 1;
     const int bottom = model().originY + model().areaHeight - 1;
+    static const std::map<std::string, Call> documented = {{"K210", packed(65507, 65489, 1, 1)},
+                                                           {"K420", packed(65506, 65484, 1, 1)},
+                                                           {"K421B", packed(65531, 65529, 1, 1)},
+                                                           {"KM730", packed(65532, 65531, 1, 1)},
+                                                           {"T580", packed(65532, 65531, 1, 1)}};
+    const auto numbers = documented.find(model().name);
+    const Call largest = numbers != documented.end() ? numbers->second : expected(right, bottom, 1, 1);
     pad().draw(
         {{0, 0, 512, PenDown},
          {right, bottom, 1, PenMove},
