@@ -43,7 +43,7 @@ template <typename... Words>
 // The arguments, when they are as many as the usage line says.
 inline QStringList argumentsOf(const char* usage, int least, int most)
 {
-    const QStringList arguments = QCoreApplication::arguments();
+    QStringList arguments = QCoreApplication::arguments();
     if (arguments.contains(QStringLiteral("--version")))
         quit(0, "%s", "Scribera SDK " SCRIBERA_VERSION "\n");
     if (arguments.contains(QStringLiteral("--help")))

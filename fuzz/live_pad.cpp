@@ -75,7 +75,7 @@ void requireDecodedPoints(const QByteArray& stream)
     require(SCK210_GetTotalDecodePacketsNumber(SCK210_DEVICE) == (count > 0 ? count : -8),
             "every whole record is a point");
     for (int index = 0; index < count; ++index) {
-        const char* const record = stream.constData() + index * RecordSize;
+        const char* const record = stream.constData() + std::ptrdiff_t{index} * RecordSize;
         require(valueAt(index, INKDATATYPE_X) == littleEndian(record), "x is that of the record");
         require(valueAt(index, INKDATATYPE_Y) == littleEndian(record + 2), "y is that of the record");
         require(valueAt(index, INKDATATYPE_STROKEEND) == static_cast<std::uint8_t>(record[6]),

@@ -231,7 +231,7 @@ QByteArray PadSession::inkText() const
     if (!m_family)
         return {};
     char* const text = m_family->encode(m_family->deviceType, EBITI_INK);
-    const QByteArray copy(text);
+    QByteArray copy(text);
     m_family->freeEncoded(m_family->deviceType, text);
     return copy;
 }

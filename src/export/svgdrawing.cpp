@@ -95,7 +95,7 @@ private:
 
     QByteArray CloseSheet()
     {
-        const QByteArray Document = m_pSheet->End();
+        QByteArray Document = m_pSheet->End();
         m_pSheet.reset();
         return Document;
     }

@@ -135,7 +135,7 @@ std::optional<std::string> FollowLinks(std::string strPath)
             static_cast<std::size_t>(nSize) == Target.size())
             return std::nullopt;
         const std::string strTarget(Target.data(), static_cast<std::size_t>(nSize));
-        strPath = strTarget.front() == '/' ? strTarget : FolderOf(strPath) + "/" + strTarget;
+        strPath = strTarget.front() == '/' ? strTarget : FolderOf(strPath).append("/").append(strTarget);
     }
     return std::nullopt;
 }

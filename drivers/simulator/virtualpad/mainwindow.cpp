@@ -36,10 +36,10 @@ QColor mixed(const QColor& one, const QColor& other, double part)
 // In the colours of the desktop's theme, be it light or dark.
 QString barStyle(const QPalette& palette)
 {
-    const QColor window = palette.color(QPalette::Window);
-    const QColor text = palette.color(QPalette::WindowText);
-    const QColor button = palette.color(QPalette::Button);
-    const QColor label = palette.color(QPalette::ButtonText);
+    const QColor& window = palette.color(QPalette::Window);
+    const QColor& text = palette.color(QPalette::WindowText);
+    const QColor& button = palette.color(QPalette::Button);
+    const QColor& label = palette.color(QPalette::ButtonText);
     const QColor recording(0xd0, 0x40, 0x30);
     return QStringLiteral("#bar { border-top: 1px solid %1; }"
                           "#bar QToolButton { background: %2; color: %3; border: 1px solid %1;"

@@ -57,12 +57,11 @@ double inkWidth(const PadState& state, float pressure)
 QImage imageOf(const simulator::padlink::Picture& picture)
 {
     QImage image(picture.width, picture.height, QImage::Format_RGB16);
+    const unsigned char* bytes = picture.pixels.data();
     for (int y = 0; y < picture.height; ++y) {
         auto* line = reinterpret_cast<quint16*>(image.scanLine(y));
-        const unsigned char* bytes =
-            picture.pixels.data() + std::size_t{2} * static_cast<std::size_t>(y * picture.width);
-        for (int x = 0; x < picture.width; ++x)
-            line[x] = static_cast<quint16>(bytes[2 * x] << 8 | bytes[2 * x + 1]);
+        for (int x = 0; x < picture.width; ++x, bytes += 2)
+            line[x] = static_cast<quint16>(bytes[0] << 8 | bytes[1]);
     }
     return image;
 }

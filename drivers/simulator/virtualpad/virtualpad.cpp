@@ -219,7 +219,7 @@ void VirtualPad::startRecording()
 simulator::Recording VirtualPad::stopRecording()
 {
     finishStroke();
-    const simulator::Recording recording = m_recorder.stop();
+    simulator::Recording recording = m_recorder.stop();
     Q_EMIT changed();
     return recording;
 }
