@@ -12,7 +12,6 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
-#include <functional>
 #include <iostream>
 #include <mutex>
 #include <random>

@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <optional>
 
 #include <QBuffer>
-#include <QFile>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QPixmap>
@@ -49,26 +47,12 @@ int dotsPerMetre(int dpi)
     return static_cast<int>(dpi / 0.0254);
 }
 
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    file.open(QIODevice::ReadOnly);
-    return file.readAll();
-}
-
 const char* formatOf(int imageType)
 {
     return imageType == ImageJpeg ? "JPG" : imageType == ImagePng ? "PNG" : "BMP";
 }
 
 } // namespace
-
-QImage ReferencePad::blank(int width, int height)
-{
-    QImage image(width, height, QImage::Format_ARGB32);
-    image.fill(Qt::white);
-    return image;
-}
 
 ReferencePad::ReferencePad(const PadCase& padCase, int maxPressure, int width, int height)
     : m_model(*padCase.model), m_isWidget(padCase.isWidget()), m_maxPressure(maxPressure),
@@ -187,8 +171,7 @@ int ReferencePad::setPenStyle(bool withPressure, int driverResult)
     return driverResult;
 }
 
-// ---------------------------------------------------------------------------------------------- keys,
-// clearing
+// ---------------------------------------------------------------------------------------------- keys
 
 void ReferencePad::runKeyAction(int key)
 {
@@ -382,11 +365,6 @@ bool ReferencePad::hasSomethingToSave() const
     return !m_points.empty() || m_score >= 1;
 }
 
-void ReferencePad::makeWhiteTransparent(QImage& image)
-{
-    image.setAlphaChannel(image.createMaskFromColor(QColor(Qt::white).rgb(), Qt::MaskOutColor));
-}
-
 SavedFile ReferencePad::save(int imageType, const std::string& path, int dpiLevel) const
 {
     if (!hasSomethingToSave())
@@ -404,10 +382,10 @@ SavedFile ReferencePad::save(int imageType, const std::string& path, int dpiLeve
     // A format that knows no transparency would turn what is transparent black, so it stays white there.
     const QString name = QString::fromStdString(path);
     if (imageType == ImagePng && name.endsWith(".png"))
-        makeWhiteTransparent(image);
+        image = onNothing(image);
     if (!image.save(name))
         return {nothingThere, std::nullopt};
-    return {success, contentOf(name)};
+    return {success, QByteArray::fromStdString(fileContent(path))};
 }
 
 QByteArray ReferencePad::pdf(const QImage& image, int dpi) const
@@ -483,7 +461,7 @@ QByteArray ReferencePad::svg(const QImage& image, int dpi, const QRect& box) con
 QByteArray ReferencePad::encoded(QImage image, int imageType, bool transparent)
 {
     if (imageType == ImagePng && transparent)
-        makeWhiteTransparent(image);
+        image = onNothing(image);
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);

@@ -18,7 +18,6 @@
 #include <QRect>
 
 #include "fingerprint_reference.h"
-#include "pen.h"
 
 namespace scribera::test {
 
@@ -105,8 +104,6 @@ private:
     QRect boundingBox(const QImage& image) const;
     QByteArray svg(const QImage& image, int dpi, const QRect& box) const;
     QByteArray pdf(const QImage& image, int dpi) const;
-    static QImage blank(int width, int height);
-    static void makeWhiteTransparent(QImage& image);
     static QByteArray encoded(QImage image, int imageType, bool transparent);
 
     const PadModel& m_model;

@@ -24,12 +24,9 @@ struct Row
     std::string folder;
     std::set<std::string> mayInclude;
     bool widgets = false; // may include headers of Qt's widgets
-};
 
-bool operator==(const Row& one, const Row& other)
-{
-    return one.folder == other.folder && one.mayInclude == other.mayInclude && one.widgets == other.widgets;
-}
+    bool operator==(const Row&) const = default;
+};
 
 void PrintTo(const Row& row, std::ostream* out)
 {

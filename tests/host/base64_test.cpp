@@ -18,25 +18,22 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Base64 : public InkTest
+class Base64 : public SignedTest
 {
 };
 
 TEST_P(Base64, PicturesDecodeToTheCanvas)
 {
-    startWithInk();
     EXPECT_TRUE(sameColors(decoded(takeImage(pad(), ImageBmp).bytes(), "BMP"), canvas()));
     const QImage png = decoded(takeImage(pad(), ImagePng).bytes(), "PNG");
     EXPECT_TRUE(isCanvasOnNothing(png, canvas()));
     EXPECT_TRUE(samePixels(png, onNothing(canvas())));
     EXPECT_TRUE(samePixels(decoded(takeImage(pad(), ImageJpeg).bytes(), "JPG"),
                            decoded(encoded(canvas(), "JPG"), "JPG")));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Base64, TransparencyIsAsAskedForInPngOnly)
 {
-    startWithInk();
     for (const int imageType : {ImageBmp, ImageJpeg, ImagePng, ImageInk}) {
         const std::string plain = takeImage(pad(), imageType).text;
         ASSERT_FALSE(plain.empty());
@@ -47,12 +44,10 @@ TEST_P(Base64, TransparencyIsAsAskedForInPngOnly)
     EXPECT_TRUE(samePixels(opaque, canvas()));
     EXPECT_EQ(opaque.pixel(0, 0), qRgba(255, 255, 255, 255));
     EXPECT_TRUE(isCanvasOnNothing(decoded(takeImageEx(pad(), ImagePng, true).bytes(), "PNG"), canvas()));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Base64, TextIsPaddedUnbrokenAndEnded)
 {
-    startWithInk();
     for (const int imageType : {ImageBmp, ImageJpeg, ImagePng, ImageInk}) {
         char* text = api().PacketsBase64Encode(type(), imageType);
         ASSERT_NE(text, nullptr);
@@ -66,7 +61,6 @@ TEST_P(Base64, TextIsPaddedUnbrokenAndEnded)
                   length);
         api().PacketsBase64EncodeFree(type(), text);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Base64, WithoutPointsThereIsNoText)
@@ -92,17 +86,14 @@ TEST_P(Base64, WithoutPointsThereIsNoText)
     EXPECT_TRUE(entry == "enter, nInkCount=0" || entry == "enter, nInkCount=-8") << entry;
     EXPECT_EQ(textsOf(mainLog(), exported("GetSVGImageBase64Data")).back(), "leave with pSVGBase64Image=0 !");
     EXPECT_EQ(fileContent(svgScratchFile), "old");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Base64, UnknownTypesAreRefused)
 {
-    startWithInk();
     for (const int imageType : {-1, 0, 4, 5, 7, 8, 9, INT32_MIN, INT32_MAX}) {
         EXPECT_EQ(api().PacketsBase64Encode(type(), imageType), nullptr) << imageType;
         EXPECT_EQ(api().PacketsBase64EncodeEx(type(), imageType, true), nullptr) << imageType;
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Base64, TapIsAWhitePicture)
@@ -116,12 +107,10 @@ TEST_P(Base64, TapIsAWhitePicture)
         for (int x = 0; x < 400; ++x)
             ASSERT_EQ(qAlpha(png.pixel(x, y)), 0);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Base64, TextsOutliveTheSignatureAndEachOther)
 {
-    startWithInk();
     char* first = api().PacketsBase64Encode(type(), ImagePng);
     char* second = api().PacketsBase64EncodeEx(type(), ImagePng, true);
     char* third = api().GetSVGImageBase64Data(type());
@@ -131,7 +120,6 @@ TEST_P(Base64, TextsOutliveTheSignatureAndEachOther)
     api().PacketsBase64EncodeFree(type(), second); // any free function takes any text
     api().FreeSVGImageBase64Data(type(), first);
     api().PacketsBase64EncodeExFree(type(), third);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Base64, FreeFunctionsTakeNull)
@@ -148,7 +136,6 @@ TEST_P(Base64, FreeFunctionsTakeNull)
                   (Texts{printed("enter, nDeviceType=%d, pEncodedData=0", type()), "leave !"}))
             << name;
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Base64, EncodingAndFreeingWriteTheirLines)
@@ -191,12 +178,10 @@ TEST_P(Base64, EncodingAndFreeingWriteTheirLines)
                   (Texts{"enter, pEncodedData=" + pointer, "after call delete[] pEncodedData !", "leave !"}))
             << name;
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Base64, SvgTextIsTheScratchFile)
 {
-    startWithInk();
     std::ofstream(svgScratchFile) << std::string(1000000, 'x');
     const QByteArray bytes = takeSvg(pad()).bytes();
     EXPECT_TRUE(bytes.toStdString() == fileContent(svgScratchFile));
@@ -210,14 +195,12 @@ TEST_P(Base64, SvgTextIsTheScratchFile)
     ASSERT_EQ(pad().save(ImageSvg, "same.svg", 0), 0);
     EXPECT_TRUE(clipped.toStdString() == fileContent("same.svg"));
     EXPECT_FALSE(clipped == bytes);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // Whoever may write to /tmp may have put something there under the name of the scratch file. The text is that
 // of this signature all the same, and nobody else gets it.
 TEST_P(Base64, ScratchFileOfOthersIsNotUsed)
 {
-    startWithInk();
     const QByteArray expected = takeSvg(pad()).bytes();
     EXPECT_NE(expected.indexOf("</svg>"), -1);
     fs::remove(svgScratchFile);
@@ -246,12 +229,10 @@ TEST_P(Base64, ScratchFileOfOthersIsNotUsed)
     ASSERT_EQ(mkfifo(svgScratchFile, 0666), 0);
     EXPECT_TRUE(takeSvg(pad()).bytes() == expected) << "a pipe";
     fs::remove(svgScratchFile);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Base64, ScratchFileOfAnotherUserIsNotUsed)
 {
-    startWithInk();
     const QByteArray expected = takeSvg(pad()).bytes();
     std::ofstream(svgScratchFile) << "theirs";
     fs::permissions(svgScratchFile, fs::perms(0666));
@@ -259,23 +240,19 @@ TEST_P(Base64, ScratchFileOfAnotherUserIsNotUsed)
         GTEST_SKIP() << "only root can give a file away";
     EXPECT_TRUE(takeSvg(pad()).bytes() == expected);
     EXPECT_EQ(fileContent(svgScratchFile), "theirs");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Base64, SvgOnAFullDiskIsNull)
 {
-    startWithInk();
     std::ofstream(svgScratchFile) << "older";
     const FullTmp full;
     if (!full.isFull())
         GTEST_SKIP() << "needs a /tmp of its own";
     EXPECT_TRUE(takeSvg(pad()).null);
     EXPECT_EQ(fileContent(svgScratchFile), "older");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
-// ---------------------------------------------------------------------------------------------- while
-// signing
+// ---------------------------------------------------------------------------------------------- signing
 
 // Every stroke is a dash in a field of its own, so a picture tells which strokes it holds.
 class WhileSigning : public PadTest

@@ -8,7 +8,7 @@
 namespace scribera::test {
 namespace {
 
-class Clip : public PadTest
+class Clip : public OpenPadTest
 {
 protected:
     int clip(bool on, int marginX, int marginY) const
@@ -24,7 +24,6 @@ protected:
 
 TEST_P(Clip, SavesTheBoxOfTheInkAndItsMargins)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(stroke(model(), {{0.4, 0.3}, {0.6, 0.7}, {0.5, 0.2}}));
     const QImage canvas = whole();
     const std::pair<int, int> margins[] = {{0, 5},
@@ -44,7 +43,6 @@ TEST_P(Clip, SavesTheBoxOfTheInkAndItsMargins)
         ASSERT_EQ(clip(true, x, y), 0);
         EXPECT_TRUE(sameColors(pad().canvas(), canvas.copy(inkBox(canvas, x, y)))) << x << ", " << y;
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Clip, MarginsStopAtEveryEdge)
@@ -61,12 +59,10 @@ TEST_P(Clip, MarginsStopAtEveryEdge)
             EXPECT_TRUE(sameColors(pad().canvas(), canvas.copy(inkBox(canvas, margin, margin))));
         }
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Clip, FaintAndColoredInkIsInk)
 {
-    ASSERT_TRUE(pad().start());
     for (const QColor& color : {QColor(254, 255, 255), QColor(255, 255, 254), QColor(255, 0, 255)}) {
         ASSERT_EQ(api().Clear(type()), 0);
         ASSERT_EQ(api().SetPenColor(type(), color.red(), color.green(), color.blue()), 0);
@@ -77,12 +73,10 @@ TEST_P(Clip, FaintAndColoredInkIsInk)
         ASSERT_EQ(clip(true, 4, 6), 0);
         EXPECT_TRUE(sameColors(pad().canvas(), canvas.copy(box)));
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Clip, WithoutAnyMarginItIsOff)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 10));
     EXPECT_EQ(pad().canvas().size(), QSize(400, 200));
     const QImage canvas = whole();
@@ -99,14 +93,12 @@ TEST_P(Clip, WithoutAnyMarginItIsOff)
     EXPECT_EQ(clip(true, 7, 0), 0);
     EXPECT_EQ(clip(false, 7, 7), 0);
     EXPECT_TRUE(sameColors(pad().canvas(), canvas));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // Without ink the margins widen edges that no pixel has moved: nothing of the canvas at first, then some of
 // it or all.
 TEST_P(Clip, PointsWithoutInkGiveWhatTheMarginsReach)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(stroke(model(), {{0.5, 0.5}}));
     const QImage canvas = whole();
     ASSERT_TRUE(isWhite(canvas));
@@ -142,12 +134,10 @@ TEST_P(Clip, PointsWithoutInkGiveWhatTheMarginsReach)
         EXPECT_FALSE(takeSvg(pad()).null);
     }
     EXPECT_EQ(pad().points(), 2);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Clip, HoldsForEveryText)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 10));
     const QImage canvas = whole();
     ASSERT_EQ(clip(true, 12, 9), 0);
@@ -158,12 +148,10 @@ TEST_P(Clip, HoldsForEveryText)
     EXPECT_TRUE(samePixels(decoded(takeImageEx(pad(), ImagePng, false).bytes(), "PNG"), clipped));
     EXPECT_TRUE(samePixels(decoded(takeImage(pad(), ImageJpeg).bytes(), "JPG"),
                            decoded(encoded(clipped, "JPG"), "JPG")));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Clip, SettingWritesItsLines)
 {
-    ASSERT_TRUE(pad().start());
     setLogging(true);
     EXPECT_EQ(clip(true, 3, 4), 0);
     EXPECT_EQ(clip(true, 0, 0), 0);
@@ -173,7 +161,6 @@ TEST_P(Clip, SettingWritesItsLines)
                      "Enter, bClipImage=1, nClipMarginX=0, nClipMarginY=0", "leave with m_bClipImage=0"}));
     EXPECT_EQ(textsOf(mainLog(), exported("SetSaveCenterImageClip")).front(),
               printed("Enter, nDeviceType=%d, bClipImage=1, nClipMarginX=3, nClipMarginY=4", type()));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Clip, ScanWritesALineForEveryEdgeThatMoves)
@@ -185,10 +172,7 @@ TEST_P(Clip, ScanWritesALineForEveryEdgeThatMoves)
     pad().draw(stroke(model(), {{0.7, 0.2}, {0.3, 0.7}, {0.6, 0.8}}));
     const QImage canvas = whole();
     ASSERT_EQ(clip(true, 1, 2), 0);
-    removeLogs();
-    setLogging(true);
-    ASSERT_EQ(pad().save(ImageBmp, "clipped.bmp"), 0);
-    setLogging(false);
+    const std::vector<LogLine> lines = logged([&] { EXPECT_EQ(pad().save(ImageBmp, "clipped.bmp"), 0); });
 
     const std::string scan = method("CheckSignImageBoundingBox");
     const std::vector<std::string> tags = {"[x < nLeft]", "[x > nRight]", "[y < nTop]", "[y > nBottom]"};
@@ -204,22 +188,15 @@ TEST_P(Clip, ScanWritesALineForEveryEdgeThatMoves)
                 continue;
             const std::string text =
                 printed("[%d, %d]-<R=%d, G=%d, B=%d, A=255> ", x, y, qRed(p), qGreen(p), qBlue(p));
-            if (x < left) {
-                left = x;
-                expected.emplace_back(tags[0], text);
+            const bool moves[] = {x<left, x> right, y<top, y> bottom};
+            for (std::size_t edge = 0; edge < 4; ++edge) {
+                if (moves[edge])
+                    expected.emplace_back(tags[edge], text);
             }
-            if (x > right) {
-                right = x;
-                expected.emplace_back(tags[1], text);
-            }
-            if (y < top) {
-                top = y;
-                expected.emplace_back(tags[2], text);
-            }
-            if (y > bottom) {
-                bottom = y;
-                expected.emplace_back(tags[3], text);
-            }
+            left = std::min(left, x);
+            right = std::max(right, x);
+            top = std::min(top, y);
+            bottom = std::max(bottom, y);
             expected.emplace_back(scan, "<line end>");
         }
     }
@@ -230,12 +207,11 @@ TEST_P(Clip, ScanWritesALineForEveryEdgeThatMoves)
     expected.emplace_back(scan, printed("leave with rcBoundBox.Left=%d, Right=%d, Top=%d, Bottom=%d",
                                         box.left(), box.right(), box.top(), box.bottom()));
     std::vector<std::pair<std::string, std::string>> seen;
-    for (const LogLine& line : mainLog()) {
+    for (const LogLine& line : lines) {
         if (line.label == scan || std::find(tags.begin(), tags.end(), line.label) != tags.end())
             seen.emplace_back(line.label, line.text);
     }
     EXPECT_EQ(seen, expected);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Clip, SavingWritesTheBoxOnlyWhenItAskedForOne)
@@ -245,10 +221,7 @@ TEST_P(Clip, SavingWritesTheBoxOnlyWhenItAskedForOne)
     const QRect box = inkBox(whole(), 3, 2);
     for (const bool on : {true, false}) {
         ASSERT_EQ(clip(on, 3, 2), 0);
-        removeLogs();
-        setLogging(true);
-        ASSERT_EQ(pad().save(ImageBmp, "box.bmp"), 0);
-        setLogging(false);
+        logged([&] { EXPECT_EQ(pad().save(ImageBmp, "box.bmp"), 0); });
         const Texts texts = textsOf(mainLog(), method("SaveDrawingImage"));
         ASSERT_EQ(texts.size(), on ? 3u : 2u);
         EXPECT_TRUE(texts[0].starts_with("enter, nImageTypeID=1, pImageFilePath=")) << texts[0];
@@ -259,7 +232,6 @@ TEST_P(Clip, SavingWritesTheBoxOnlyWhenItAskedForOne)
         }
         EXPECT_EQ(texts.back(), "leave with nResult=0");
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_ALL(Clip);

@@ -15,45 +15,49 @@ struct AcceptedText
     int maxPressure;
 };
 
-const std::vector<AcceptedText>& acceptedTexts()
-{
-    static const std::vector<AcceptedText> texts = {
-        {"K210", "SCT470", 1024},   {"K210", "SCK210R1", 1024}, {"K210", "SCT480R1", 1024},
-        {"K210", "SCK190", 1024},   {"K210", "SCN210", 1024},   {"K210", "SCK210", 2048},
-        {"K210", "SCT12", 2048},    {"K420", "SCK420", 2048},   {"K421B", "SCK421B", 2048},
-        {"KM730", "SCKM730", 8192}, {"T580", "SCT580", 8192},
-    };
-    return texts;
-}
+constexpr AcceptedText acceptedTexts[] = {
+    {"K210", "SCT470", 1024},   {"K210", "SCK210R1", 1024}, {"K210", "SCT480R1", 1024},
+    {"K210", "SCK190", 1024},   {"K210", "SCN210", 1024},   {"K210", "SCK210", 2048},
+    {"K210", "SCT12", 2048},    {"K420", "SCK420", 2048},   {"K421B", "SCK421B", 2048},
+    {"KM730", "SCKM730", 8192}, {"T580", "SCT580", 8192},
+};
 
 class Connection : public PadTest
 {
 protected:
+    // Those that this family accepts, or those that the others do.
+    std::vector<AcceptedText> texts(bool own) const
+    {
+        std::vector<AcceptedText> found;
+        for (const AcceptedText& accepted : acceptedTexts) {
+            if ((accepted.family == model().name) == own)
+                found.push_back(accepted);
+        }
+        return found;
+    }
+
     bool startWith(const std::string& text, bool terminate = true)
     {
         sim().open();
         sim().setText("SCRDAPI_GetDevicePartsVersion", text, terminate);
-        removeLogs();
-        setLogging(true);
-        const bool started = pad().start();
-        setLogging(false);
+        bool started = false;
+        logged([&] { started = pad().start(); });
         return started;
     }
 
-    std::vector<std::string> checkLines() { return textsOf(mainLog(), method("IsDeviceConnected")); }
+    Texts checkLines() { return textsOf(mainLog(), method("IsDeviceConnected")); }
 
     void expectRejected(const std::string& text, bool terminate = true)
     {
         SCOPED_TRACE("text \"" + text + "\"");
         EXPECT_FALSE(startWith(text, terminate));
-        const std::vector<std::string> lines = checkLines();
+        const Texts lines = checkLines();
         ASSERT_EQ(lines.size(), 3u);
         EXPECT_EQ(lines[0], "enter...");
         EXPECT_EQ(lines[1].substr(0, 9 + text.size()), "cVersion=" + text);
         EXPECT_TRUE(lines[1].ends_with(", nResult=0")) << lines[1];
         EXPECT_EQ(lines[2], "leave with m_bDeviceConnected=0");
-        EXPECT_EQ(Library::instance().signWidget, nullptr);
-        EXPECT_EQ(Library::instance().useSignObj, 0);
+        expectNoObject();
         EXPECT_EQ(api().GetTotalPacketsNumber(type()), -8);
         processEvents();
     }
@@ -61,9 +65,9 @@ protected:
     // The pad was started, so it has to be stopped, though nothing else was asked of it.
     void expectCallsOfRejection()
     {
-        const std::vector<std::string> calls = {
-            "SCRDAPI_Initial", "SCRDAPI_GetDevicePartsVersion",
-            model().hasScreen ? "SCRDAPI_OpenDeviceLCD" : "SCRDAPI_ClearDeviceContent", "SCRDAPI_UnInitial"};
+        const Texts calls = {"SCRDAPI_Initial", "SCRDAPI_GetDevicePartsVersion",
+                             model().hasScreen ? "SCRDAPI_OpenDeviceLCD" : "SCRDAPI_ClearDeviceContent",
+                             "SCRDAPI_UnInitial"};
         EXPECT_EQ(sim().callLog(), calls);
     }
 
@@ -85,9 +89,7 @@ protected:
 
 TEST_P(Connection, AcceptsEveryTextOfItsFamily)
 {
-    for (const AcceptedText& accepted : acceptedTexts()) {
-        if (std::string(accepted.family) != model().name)
-            continue;
+    for (const AcceptedText& accepted : texts(true)) {
         for (const char* behind : {"", "-", "Z", " V1.02 2023/11/30", "0123456789012345678"}) {
             const std::string text = std::string(accepted.text) + behind;
             SCOPED_TRACE(text);
@@ -102,9 +104,7 @@ TEST_P(Connection, AcceptsEveryTextOfItsFamily)
 
 TEST_P(Connection, RejectsEveryTextOfAnotherFamily)
 {
-    for (const AcceptedText& accepted : acceptedTexts()) {
-        if (std::string(accepted.family) == model().name)
-            continue;
+    for (const AcceptedText& accepted : texts(false)) {
         expectRejected(accepted.text);
         expectCallsOfRejection();
         sim().Reset();
@@ -113,16 +113,13 @@ TEST_P(Connection, RejectsEveryTextOfAnotherFamily)
 
 TEST_P(Connection, RejectsTextsThatAreTooShort)
 {
-    for (const AcceptedText& accepted : acceptedTexts()) {
-        if (std::string(accepted.family) != model().name)
-            continue;
+    for (const AcceptedText& accepted : texts(true)) {
         std::string text = accepted.text;
         while (!text.empty()) {
             text.pop_back();
             bool prefixed = false; // "SCK210R" is the shorter name with something behind it
-            for (const AcceptedText& other : acceptedTexts())
-                prefixed =
-                    prefixed || (std::string(other.family) == model().name && text.starts_with(other.text));
+            for (const AcceptedText& other : texts(true))
+                prefixed = prefixed || text.starts_with(other.text);
             if (!prefixed)
                 expectRejected(text);
         }
@@ -131,9 +128,7 @@ TEST_P(Connection, RejectsTextsThatAreTooShort)
 
 TEST_P(Connection, RejectsTextsThatDifferInOneCharacter)
 {
-    for (const AcceptedText& accepted : acceptedTexts()) {
-        if (std::string(accepted.family) != model().name)
-            continue;
+    for (const AcceptedText& accepted : texts(true)) {
         for (std::size_t i = 0; i < std::min<std::size_t>(std::string(accepted.text).size(), 5); ++i) {
             std::string text = accepted.text;
             text[i] = static_cast<char>(text[i] ^ 0x20);
@@ -145,7 +140,7 @@ TEST_P(Connection, RejectsTextsThatDifferInOneCharacter)
 
 TEST_P(Connection, TextWithoutTerminatorIsCutAtTheEndOfTheBuffer)
 {
-    const std::string text = std::string(model().modelText) + std::string(200, 'x');
+    const std::string text = model().modelText + std::string(200, 'x');
     ASSERT_TRUE(startWith(text, false));
     EXPECT_EQ(checkLines().at(1), "cVersion=" + text.substr(0, 32) + ", nResult=0");
     EXPECT_EQ(pad().stop(), 0);
@@ -154,16 +149,15 @@ TEST_P(Connection, TextWithoutTerminatorIsCutAtTheEndOfTheBuffer)
     EXPECT_EQ(checkLines().at(1), "cVersion=" + std::string(32, 'y') + ", nResult=0");
     processEvents();
 
-    const std::string full = std::string(model().modelText) + std::string(32 - model().modelText.size(), 'z');
+    const std::string full = model().modelText + std::string(32 - model().modelText.size(), 'z');
     ASSERT_TRUE(startWith(full)); // no room for the terminator
     EXPECT_EQ(checkLines().at(1), "cVersion=" + full + ", nResult=0");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Connection, TextThatThePadDoesNotEndIsComparedByItsCharacters)
 {
     ASSERT_TRUE(startWith(model().modelText, false));
-    EXPECT_TRUE(checkLines().at(1).starts_with(std::string("cVersion=") + model().modelText));
+    EXPECT_TRUE(checkLines().at(1).starts_with("cVersion=" + model().modelText));
     EXPECT_EQ(pad().stop(), 0);
     EXPECT_FALSE(startWith("", false));
     processEvents();
@@ -171,7 +165,7 @@ TEST_P(Connection, TextThatThePadDoesNotEndIsComparedByItsCharacters)
 
 TEST_P(Connection, TextIsNoFormat)
 {
-    const std::string text = std::string(model().modelText) + "%s%n%d%x";
+    const std::string text = model().modelText + "%s%n%d%x";
     ASSERT_TRUE(startWith(text));
     EXPECT_EQ(checkLines().at(1), "cVersion=" + text + ", nResult=0");
     EXPECT_EQ(pad().stop(), 0);
@@ -182,10 +176,8 @@ TEST_P(Connection, ResultOfAskingForTheTextIsOnlyLogged)
 {
     sim().open();
     ASSERT_EQ(sim().SetResult("SCRDAPI_GetDevicePartsVersion", -5), 0); // and writes nothing
-    setLogging(true);
-    EXPECT_FALSE(pad().start());
-    setLogging(false);
-    const std::vector<std::string> lines = checkLines();
+    logged([&] { EXPECT_FALSE(pad().start()); });
+    const Texts lines = checkLines();
     ASSERT_EQ(lines.size(), 3u);
     EXPECT_TRUE(lines[1].ends_with(", nResult=-5")) << lines[1];
     processEvents();
@@ -195,7 +187,7 @@ TEST_P(Connection, PreparesThePadBetweenItsLines)
 {
     ASSERT_TRUE(startWith(model().modelText));
     const std::vector<LogLine> lines = mainLog();
-    std::vector<std::string> order;
+    Texts order;
     for (const LogLine& line : lines) {
         if (line.label == method("IsDeviceConnected") || line.label == method("LoadScriberaDriver"))
             order.push_back(line.label.substr(line.label.find("::") + 2) + " " + line.text);
@@ -204,9 +196,8 @@ TEST_P(Connection, PreparesThePadBetweenItsLines)
     EXPECT_EQ(order[0], "IsDeviceConnected() enter...");
     EXPECT_EQ(order[1], "LoadScriberaDriver() Enter...");
     EXPECT_EQ(order[3], "LoadScriberaDriver() leave with bRet=1");
-    EXPECT_EQ(order[4], std::string("IsDeviceConnected() cVersion=") + model().modelText + ", nResult=0");
+    EXPECT_EQ(order[4], "IsDeviceConnected() cVersion=" + model().modelText + ", nResult=0");
     EXPECT_EQ(order.back(), "IsDeviceConnected() leave with m_bDeviceConnected=1");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_ALL(Connection);

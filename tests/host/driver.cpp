@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
@@ -22,10 +21,10 @@ void removeDriver()
     fs::remove_all(driverFile);
 }
 
-void installDriver()
+void installDriver(const std::string& library)
 {
     removeDriver();
-    fs::create_symlink(SCRIBERA_DRIVER_LIBRARY, driverFile);
+    fs::create_symlink(library, driverFile);
 }
 
 void installDriverWithout(const std::string& missing)
@@ -33,20 +32,7 @@ void installDriverWithout(const std::string& missing)
     const fs::path variant = fs::path(SCRIBERA_DRIVER_VARIANTS) / missing / "libscriberadrv.so";
     if (!fs::exists(variant))
         throw std::runtime_error("no driver variant " + variant.string());
-    removeDriver();
-    fs::create_symlink(variant, driverFile);
-}
-
-void installNonLibrary()
-{
-    removeDriver();
-    std::ofstream(driverFile) << "This is not a library.\n";
-}
-
-void installDirectoryAsDriver()
-{
-    removeDriver();
-    fs::create_directory(driverFile);
+    installDriver(variant);
 }
 
 void Simulator::open()

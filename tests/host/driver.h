@@ -10,10 +10,8 @@ namespace scribera::test {
 
 // What lies in the working directory as ./libscriberadrv.so.
 void removeDriver();
-void installDriver();                                  // the simulated pad, whole
-void installDriverWithout(const std::string& missing); // entry point without its prefix
-void installNonLibrary();                              // a file that is no library
-void installDirectoryAsDriver();
+void installDriver(const std::string& library = SCRIBERA_DRIVER_LIBRARY); // the simulated pad, whole
+void installDriverWithout(const std::string& missing);                    // entry point without its prefix
 
 extern const char* const driverFile; // "./libscriberadrv.so"
 

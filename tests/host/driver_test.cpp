@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 #include <linux/capability.h>
 #include <sys/resource.h>
@@ -15,8 +16,6 @@
 namespace scribera::test {
 namespace {
 
-using Texts = std::vector<std::string>;
-
 class Driver : public PadTest
 {
 protected:
@@ -26,17 +25,12 @@ protected:
         m_idleThreads = idleThreads();
     }
 
-    // A start that must fail, and everything that must hold after it.
+    // A start that must fail, and everything that must hold after it. The process has done it before.
     void expectFailedStart(const Texts& loadLines)
     {
-        warmUp();
         const bool simulated = sim().isOpen();
         const ProcessState before = ProcessState::now();
-        removeLogs();
-        setLogging(true);
-        EXPECT_FALSE(start());
-        setLogging(false);
-        const std::vector<LogLine> lines = mainLog();
+        const std::vector<LogLine> lines = logged([&] { EXPECT_FALSE(start()); });
         processEvents();
         const ProcessState after = ProcessState::now();
 
@@ -49,10 +43,16 @@ protected:
         EXPECT_EQ(after.maps("libscriberadrv.so"), simulated);
     }
 
+    // Where no library can be loaded.
+    void expectNotLoaded()
+    {
+        warmUp();
+        expectFailedStart({"Enter...", "'libscriberadrv.so' Library is not loaded !", "leave with bRet=0"});
+    }
+
     void expectNothingLeft(const std::vector<LogLine>& lines)
     {
-        EXPECT_EQ(Library::instance().signWidget, nullptr);
-        EXPECT_EQ(Library::instance().useSignObj, 0);
+        expectNoObject();
         EXPECT_EQ(api().GetTotalPacketsNumber(type()), -8);
         EXPECT_EQ(pad().signWidget(), nullptr);
 
@@ -136,34 +136,34 @@ Texts withoutCall(Texts calls, const std::string& missing)
 TEST_P(Driver, MissingFile)
 {
     removeDriver();
-    expectFailedStart({"Enter...", "'libscriberadrv.so' Library is not loaded !", "leave with bRet=0"});
+    expectNotLoaded();
 }
 
 TEST_P(Driver, FileThatIsNoLibrary)
 {
-    installNonLibrary();
-    expectFailedStart({"Enter...", "'libscriberadrv.so' Library is not loaded !", "leave with bRet=0"});
+    removeDriver();
+    std::ofstream(driverFile) << "This is not a library.\n";
+    expectNotLoaded();
 }
 
 TEST_P(Driver, EmptyFile)
 {
     removeDriver();
-    writeRecording(model(), driverFile, 0);
-    std::filesystem::resize_file(driverFile, 0);
-    expectFailedStart({"Enter...", "'libscriberadrv.so' Library is not loaded !", "leave with bRet=0"});
+    std::ofstream{driverFile};
+    expectNotLoaded();
 }
 
 TEST_P(Driver, DirectoryInItsPlace)
 {
-    installDirectoryAsDriver();
-    expectFailedStart({"Enter...", "'libscriberadrv.so' Library is not loaded !", "leave with bRet=0"});
+    removeDriver();
+    std::filesystem::create_directory(driverFile);
+    expectNotLoaded();
 }
 
 TEST_P(Driver, LinkThatLeadsNowhere)
 {
-    removeDriver();
-    std::filesystem::create_symlink("nothing-here.so", driverFile);
-    expectFailedStart({"Enter...", "'libscriberadrv.so' Library is not loaded !", "leave with bRet=0"});
+    installDriver("nothing-here.so");
+    expectNotLoaded();
 }
 
 TEST_P(Driver, IsTakenFromTheCurrentDirectoryOnly)
@@ -173,7 +173,6 @@ TEST_P(Driver, IsTakenFromTheCurrentDirectoryOnly)
     EXPECT_FALSE(start());
     std::filesystem::current_path("..");
     ASSERT_TRUE(pad().start());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Driver, FailedStartIsFollowedByAGoodOne)
@@ -184,22 +183,18 @@ TEST_P(Driver, FailedStartIsFollowedByAGoodOne)
     ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 8));
     EXPECT_EQ(pad().points(), 10);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Driver, FailedStartByWindowIdLeavesNothing)
 {
     removeDriver();
     const WindowId id = padCase().isWidget() ? pad().makeParent(true).winId() : 0;
-    setLogging(true);
-    EXPECT_FALSE(api().InitialDeviceByWId(type(), id, 0, 0, 100, 50));
-    setLogging(false);
-    const std::vector<LogLine> lines = mainLog();
+    const std::vector<LogLine> lines =
+        logged([&] { EXPECT_FALSE(api().InitialDeviceByWId(type(), id, 0, 0, 100, 50)); });
     processEvents();
     EXPECT_EQ(textsOf(lines, exported("InitialDeviceByWId")).back(), "leave with bRet=0 !");
     EXPECT_EQ(textsOf(lines, exported("UnInitialDevice")).size(), 2u);
-    EXPECT_EQ(Library::instance().signWidget, nullptr);
-    EXPECT_EQ(Library::instance().useSignObj, 0);
+    expectNoObject();
     EXPECT_EQ(pad().signWidget(), nullptr);
 }
 
@@ -208,6 +203,7 @@ TEST_P(Driver, LackingARequiredEntryPointIsRefused)
     for (const std::string& missing : required()) {
         SCOPED_TRACE("without " + missing);
         installDriverWithout(missing);
+        warmUp();
         expectFailedStart(
             {"Enter...", "'libscriberadrv.so' Library APIs failed to load !", "leave with bRet=0"});
 
@@ -243,9 +239,7 @@ TEST_P(Driver, LackingAnEntryPointThatTheModelDoesNotNeedIsEnough)
             }
         }
         sim().Reset();
-        setLogging(true);
-        EXPECT_EQ(pad().stopKeepingParent(), 0);
-        setLogging(false);
+        logged([&] { EXPECT_EQ(pad().stopKeepingParent(), 0); });
         EXPECT_EQ(sim().callLog(), withoutCall(stopCalls(), missing));
         EXPECT_EQ(textsOf(mainLog(), method("ShutdownScriberaDriver")).back(), "leave !");
         pad().closeParent();
@@ -308,27 +302,12 @@ TEST_P(Driver, RefusalToStartFailsTheStart)
         sim().open();
         sim().Reset();
         ASSERT_EQ(sim().SetResult("SCRDAPI_Initial", code), 0);
-        const ProcessState before = ProcessState::now();
-        removeLogs();
-        setLogging(true);
-        EXPECT_FALSE(start());
-        setLogging(false);
-        const std::vector<LogLine> lines = mainLog();
-        processEvents();
-        const ProcessState after = ProcessState::now();
-
-        EXPECT_EQ(textsOf(lines, method("LoadScriberaDriver")),
-                  (Texts{"Enter...", "after call m_pfn_SCRDAPI_Initial(), nResult=" + std::to_string(code),
-                         "leave with bRet=0"}));
-        EXPECT_EQ(textsOf(lines, method("IsDeviceConnected")),
-                  (Texts{"enter...", "leave with m_bDeviceConnected=0"}));
-        expectNothingLeft(lines);
+        expectFailedStart({"Enter...", "after call m_pfn_SCRDAPI_Initial(), nResult=" + std::to_string(code),
+                           "leave with bRet=0"});
         Texts calls = {"SCRDAPI_Initial"};
         for (const std::string& call : stopCalls())
             calls.push_back(call);
         EXPECT_EQ(sim().callLog(), calls);
-        EXPECT_TRUE(threadsAre(m_idleThreads));
-        EXPECT_EQ(after.files, before.files);
 
         sim().close();
         EXPECT_FALSE(ProcessState::now().maps("libscriberadrv.so"));
@@ -341,7 +320,6 @@ TEST_P(Driver, ResultsOfPreparingThePadAreNotLookedAt)
     for (const char* name : {"SCRDAPI_ClearDeviceContent", "SCRDAPI_OpenDeviceLCD"})
         ASSERT_EQ(sim().SetResult(name, -7), 0);
     EXPECT_TRUE(pad().start());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Driver, SamplesDuringTheConnectionCheckLeaveNoTrace)
@@ -358,7 +336,6 @@ TEST_P(Driver, SamplesDuringTheConnectionCheckLeaveNoTrace)
     setLogging(false);
     EXPECT_EQ(pad().points(), -8);
     EXPECT_TRUE(textsOf(mainLog(), method(model().handler)).empty());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Driver, IsUnloadedAtStop)
@@ -399,14 +376,11 @@ TEST_P(Driver, FiftyFailedStartsLeaveNothingBehind)
     sim().open();
     sim().setText("SCRDAPI_GetDevicePartsVersion", "NOTAPAD");
     warmUp();
-    const auto failures = [this](int count) {
-        for (int i = 0; i < count; ++i) {
-            EXPECT_FALSE(start());
-            processEvents();
-        }
-    };
     const ProcessState before = ProcessState::now();
-    failures(50);
+    for (int i = 0; i < 50; ++i) {
+        EXPECT_FALSE(start());
+        processEvents();
+    }
     EXPECT_TRUE(threadsAre(m_idleThreads));
     const ProcessState after = ProcessState::now();
     EXPECT_EQ(after.files, before.files);
@@ -432,18 +406,9 @@ bool obeyThreadLimit()
     return syscall(SYS_capset, &header, data) == 0;
 }
 
-void limitThreads(rlim_t count)
-{
-    rlimit limit{};
-    getrlimit(RLIMIT_NPROC, &limit);
-    limit.rlim_cur = std::min(count, limit.rlim_max);
-    setrlimit(RLIMIT_NPROC, &limit);
-}
-
 // Opens the pad while no more thread, one more, two more and so on can be had, until that is enough.
 const ChildProgram shortOfThreads("short-of-threads", [](const std::vector<std::string>& arguments) {
-    const PadCase padCase{&padModel(arguments.at(0)),
-                          arguments.at(1) == "widget" ? Kind::Widget : Kind::Windowless};
+    const PadCase padCase = PadCase::of(arguments);
     Pad pad(padCase);
     // The first use: what the process keeps.
     if (!pad.start() || pad.stop() != 0 || !obeyThreadLimit())
@@ -454,7 +419,7 @@ const ChildProgram shortOfThreads("short-of-threads", [](const std::vector<std::
         getuid() != geteuid(); // a user with other processes gets no thread at the lowest limit
     int refused = 0;
     for (rlim_t more = 0;; ++more) {
-        limitThreads(counts ? threads.size() + more : more == 0 ? 1 : RLIM_INFINITY);
+        setSoftLimit(RLIMIT_NPROC, counts ? threads.size() + more : more == 0 ? 1 : RLIM_INFINITY);
         removeLogs();
         setLogging(true);
         const bool started = pad.api().InitialDevice(pad.type(), parent, 0, 0, 200, 100);
@@ -478,7 +443,7 @@ const ChildProgram shortOfThreads("short-of-threads", [](const std::vector<std::
         std::printf("%d refused\n", refused);
         return 5;
     }
-    limitThreads(RLIM_INFINITY);
+    setSoftLimit(RLIMIT_NPROC, RLIM_INFINITY);
     static std::atomic<int> called;
     pad.api().SignatureStatusCallback(pad.type(), [](int) { ++called; });
     pad.sim().open();
@@ -495,8 +460,7 @@ class Threads : public PadTest
 
 TEST_P(Threads, PadWhoseThreadIsRefusedIsNotOpened)
 {
-    ASSERT_TRUE(endedWell(
-        runChild("short-of-threads", {model().name, padCase().isWidget() ? "widget" : "windowless"})));
+    ASSERT_TRUE(endedWell(runChild("short-of-threads", padCase().words())));
 }
 
 SCRIBERA_INSTANTIATE_ALL(Threads);

@@ -55,13 +55,13 @@ struct ExportedOperation
     std::string wrongTypeText(const PadModel& model) const;
     std::string wrongTypeResult() const;
     bool hasDeviceType() const; // false for the About boxes
-    bool usesObject() const;    // false for the lifecycle and the About operations
-    std::string missingObjectText() const;
     std::string missingObjectResult() const;
-    std::string leaveText(const Outcome& outcome) const; // of a call that reached the object
+    std::string leaveText(const std::string& result) const; // of a call whose device type was right
 };
 
 std::vector<ExportedOperation> exportedOperations(const PadModel& model);
+std::vector<ExportedOperation>
+objectOperations(const PadModel& model); // none of the lifecycle, none of About
 
 // A call whose arguments the exported layer refuses by itself.
 struct BadArguments

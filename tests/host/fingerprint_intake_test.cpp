@@ -10,9 +10,7 @@
 namespace scribera::test {
 namespace {
 
-using Texts = std::vector<std::string>;
-
-class FingerprintIntake : public FingerprintTest
+class FingerprintIntake : public OpenFingerprintTest
 {
 protected:
     std::string intake() const { return method("RxK421BSignPadFPRawData"); }
@@ -32,7 +30,7 @@ protected:
     }
 
     // What an export without the pen's ink shows of the print: the stored picture at its full size.
-    void expectTaken(const Bytes& print, const std::string& what)
+    void expectTaken(const Bytes& print, const std::string& what = "")
     {
         EXPECT_TRUE(same(canvas(), m_copy->canvas())) << what;
         EXPECT_EQ(shownOnPad(), devicePicture(print)) << what;
@@ -41,18 +39,15 @@ protected:
 
 TEST_P(FingerprintIntake, OnlyABetterScoreIsTaken)
 {
-    ASSERT_TRUE(start());
     struct Step
     {
         int score;
         bool taken;
-        bool clearFirst;
+        bool clearFirst = false;
     };
-    const std::vector<Step> steps = {{0, false, false}, {-1, false, false},     {INT_MIN, false, false},
-                                     {1, true, false},  {1, false, false},      {0, false, false},
-                                     {7, true, false},  {6, false, false},      {7, false, false},
-                                     {8, true, false},  {0, false, true},       {1, true, false},
-                                     {1, false, false}, {INT_MAX, true, false}, {INT_MAX, false, false}};
+    const Step steps[] = {{0, false},       {-1, false}, {INT_MIN, false}, {1, true},       {1, false},
+                          {0, false},       {7, true},   {6, false},       {7, false},      {8, true},
+                          {0, false, true}, {1, true},   {1, false},       {INT_MAX, true}, {INT_MAX, false}};
     int transfers = 0;
     unsigned seed = 1;
     for (const Step& step : steps) {
@@ -81,12 +76,10 @@ TEST_P(FingerprintIntake, OnlyABetterScoreIsTaken)
         EXPECT_EQ(texts.back(), "-leave !");
         EXPECT_EQ(sim().TransferCount(), transfers);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, RefusedPrintLeavesPictureAndPadAlone)
 {
-    ASSERT_TRUE(start());
     const Bytes first = ridges(1);
     take(first, 5);
     send(ridges(2), 5);
@@ -95,12 +88,10 @@ TEST_P(FingerprintIntake, RefusedPrintLeavesPictureAndPadAlone)
     EXPECT_TRUE(same(canvas(), m_copy->canvas()));
     take(ridges(3), 6);
     EXPECT_EQ(sim().TransferCount(), 2);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, ThresholdIsTheMeanRoundedDown)
 {
-    ASSERT_TRUE(start());
     Bytes justAbove = evenPrint(100); // mean 100 and a bit
     justAbove[5] = 101;
     Bytes justBelow = evenPrint(100); // mean below 100, so that no pixel lies under it
@@ -124,24 +115,20 @@ TEST_P(FingerprintIntake, ThresholdIsTheMeanRoundedDown)
         EXPECT_EQ(afterTicks(mainLog(), intake()).at(1), "nThresholdValue = " + std::to_string(mean));
         expectTaken(print, "mean " + std::to_string(mean));
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, EvenImageIsWhiteEverywhere)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 1);
     for (const int value : {0, 1, 128, 255}) {
         take(evenPrint(static_cast<unsigned char>(value)), 2 + value);
         EXPECT_TRUE(same(canvas(), blank(400, 200))) << value;
         EXPECT_EQ(shownOnPad(), Bytes(devicePictureSize, 0xff)) << value;
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, PadGetsTheTopLeftPixelOfEveryBlock)
 {
-    ASSERT_TRUE(start());
     // One pixel one below the mean, one that makes up for it: the mean stays 200.
     const auto dark = [](int x, int y) {
         Bytes print = evenPrint(200);
@@ -168,12 +155,10 @@ TEST_P(FingerprintIntake, PadGetsTheTopLeftPixelOfEveryBlock)
     expected[devicePictureSize - 2] = 0xf8;
     expected[devicePictureSize - 1] = 0x00;
     EXPECT_EQ(shownOnPad(), expected);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, PadGetsTheWholePictureAndItsSize)
 {
-    ASSERT_TRUE(start());
     const Bytes print = ridges(11);
     take(print, 3);
     int width = 0;
@@ -186,12 +171,10 @@ TEST_P(FingerprintIntake, PadGetsTheWholePictureAndItsSize)
     EXPECT_EQ(sim().LastArgument("SCRDAPI_ShowFPImageOnDevice"), 29952);
     EXPECT_EQ(sim().TransferCount(), 1);
     EXPECT_EQ(sim().AbortedTransferCount(), 0);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, LengthThatTheDriverTellsIsNotUsed)
 {
-    ASSERT_TRUE(start());
     // The pad delivers white behind a short image, so the bytes that are read are known.
     Bytes part = ridges(5);
     part.resize(30000);
@@ -204,27 +187,23 @@ TEST_P(FingerprintIntake, LengthThatTheDriverTellsIsNotUsed)
     int merges = mergesOnThread();
     ASSERT_EQ(sim().SendFingerprint(part.data(), static_cast<int>(part.size()), 1), 0);
     ASSERT_TRUE(waitUntil([&] { return mergesOnThread() > merges; }));
-    m_copy->takePrint(whole);
-    m_copy->merge();
+    takeInCopy(whole);
     expectTaken(whole, "short");
 
     merges = mergesOnThread();
     ASSERT_EQ(sim().SendFingerprint(longer.data(), static_cast<int>(longer.size()), 2), 0);
     ASSERT_TRUE(waitUntil([&] { return mergesOnThread() > merges; }));
     setLogging(false);
-    m_copy->takePrint(longer);
-    m_copy->merge();
+    takeInCopy(longer);
     expectTaken(longer, "long");
     const Texts texts = afterTicks(mainLog(), intake());
     EXPECT_TRUE(texts.at(texts.size() - 3).ends_with(", nDataLength=70000, nScore=2"))
         << texts.at(texts.size() - 3);
     EXPECT_EQ(texts.at(texts.size() - 2), "nThresholdValue = " + std::to_string(meanOf(longer)));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, NullImageIsIgnoredWithoutALine)
 {
-    ASSERT_TRUE(start());
     removeLogs();
     setLogging(true);
     ASSERT_EQ(sim().SendFingerprint(nullptr, 59904, 90), 0);
@@ -234,11 +213,11 @@ TEST_P(FingerprintIntake, NullImageIsIgnoredWithoutALine)
     take(ridges(1), 1);
     setLogging(false);
     EXPECT_EQ(sim().TransferCount(), 1);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, PrintBeforeTheConnectionCheckIsIgnoredWithoutALine)
 {
+    ASSERT_EQ(pad().stop(), 0);
     Simulator early;
     early.open();
     ASSERT_EQ(early.SetDelay("SCRDAPI_GetDevicePartsVersion", 2500), 0);
@@ -251,26 +230,20 @@ TEST_P(FingerprintIntake, PrintBeforeTheConnectionCheckIsIgnoredWithoutALine)
         delivered = early.SendFingerprint(print.data(), static_cast<int>(print.size()), 50) == 0 &&
                     early.WaitIdle(2000) == 0 && starting;
     });
-    setLogging(true);
-    const bool started = pad().start();
+    logged([&] { EXPECT_TRUE(start()); });
     starting = false;
     person.join();
-    setLogging(false);
-    ASSERT_TRUE(started);
     ASSERT_TRUE(delivered) << "the print came too late to show anything";
     EXPECT_TRUE(textsOf(mainLog(), intake()).empty());
     early.SetDelay("SCRDAPI_GetDevicePartsVersion", 0);
     early.close();
-    m_copy = std::make_unique<PadPictures>(400, 200);
     take(ridges(2), 1); // the score of the early one was not kept
     EXPECT_EQ(sim().TransferCount(), 1);
     EXPECT_TRUE(same(canvas(), m_copy->canvas()));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, SwitchingThePadsScreenOffForgetsThePrint)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 9);
     EXPECT_EQ(api().OpenLCD(type(), true), 0);
     EXPECT_TRUE(same(canvas(), m_copy->canvas()));
@@ -279,23 +252,21 @@ TEST_P(FingerprintIntake, SwitchingThePadsScreenOffForgetsThePrint)
     m_copy->clear();
     take(ridges(2), 1);
     EXPECT_TRUE(same(canvas(), m_copy->canvas()));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, ResultOfTheTransferIsNotUsed)
 {
-    ASSERT_TRUE(start());
     ASSERT_EQ(sim().SetResult("SCRDAPI_ShowFPImageOnDevice", 5), 0);
     take(ridges(1), 1);
     EXPECT_TRUE(same(canvas(), m_copy->canvas()));
     EXPECT_EQ(sim().CallCount("SCRDAPI_ShowFPImageOnDevice"), 1);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // ---- display thread
 
 TEST_P(FingerprintIntake, ThreadsWriteTheirLines)
 {
+    ASSERT_EQ(pad().stop(), 0);
     setLogging(true);
     ASSERT_TRUE(start());
     const std::string object = hex(Library::instance().signWidget);
@@ -320,13 +291,12 @@ TEST_P(FingerprintIntake, ThreadsWriteTheirLines)
     EXPECT_EQ(pad().stop(), 0);
     setLogging(false);
     EXPECT_EQ(textsOf(inThreadLog(), threadClass() + "::run()"), (Texts{"enter", "Leave !"}));
-    for (const std::string& label : labelsOf(mainLog()))
-        EXPECT_EQ(label.find(threadClass()), std::string::npos) << label;
+    for (const LogLine& line : mainLog())
+        EXPECT_EQ(line.label.find(threadClass()), std::string::npos) << line.label;
 }
 
 TEST_P(FingerprintIntake, AnnouncesTheMergeBeforeItBegins)
 {
-    ASSERT_TRUE(start());
     removeLogs();
     take(ridges(1), 1);
     Texts order;
@@ -337,14 +307,11 @@ TEST_P(FingerprintIntake, AnnouncesTheMergeBeforeItBegins)
             order.push_back("merge");
     }
     EXPECT_EQ(order, padCase().isWidget() ? Texts{"merge"} : (Texts{"announced", "merge"}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, ConstructorWritesItsSizeLine)
 {
-    setLogging(true);
-    ASSERT_TRUE(start());
-    setLogging(false);
+    ASSERT_NO_FATAL_FAILURE(logged([&] { ASSERT_TRUE(start()); }));
     const Texts texts = textsOf(mainLog(), method(padCase().className()));
     Texts sizes;
     for (const std::string& text : texts) {
@@ -361,12 +328,10 @@ TEST_P(FingerprintIntake, ConstructorWritesItsSizeLine)
     } else {
         EXPECT_EQ(sizes[0], "width=400, height=200");
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, SlowTransferDoesNotHoldUpTheIntake)
 {
-    ASSERT_TRUE(start());
     ASSERT_EQ(sim().SetTransferTime(600000), 0);
     send(ridges(1), 1);
     ASSERT_TRUE(waitUntil([&] { return sim().TransferCount() == 1; }));
@@ -376,15 +341,12 @@ TEST_P(FingerprintIntake, SlowTransferDoesNotHoldUpTheIntake)
     EXPECT_EQ(pad().points(), 4);
     EXPECT_EQ(sim().TransferCount(), 1);
     EXPECT_TRUE(shownOnPad().empty());
-    m_copy->takePrint(ridges(9));
-    m_copy->merge();
+    takeInCopy(ridges(9));
     EXPECT_TRUE(same(canvas(), m_copy->canvas())); // a segment merges the newest without waiting for the pad
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, NewestOfThoseThatCameMeanwhileIsSentNext)
 {
-    ASSERT_TRUE(start());
     removeLogs();
     setLogging(true);
     ASSERT_EQ(sim().SetTransferTime(2500), 0);
@@ -397,8 +359,7 @@ TEST_P(FingerprintIntake, NewestOfThoseThatCameMeanwhileIsSentNext)
     ASSERT_TRUE(waitUntil([&] { return mergesOnThread() > 0; }));
     EXPECT_EQ(sim().TransferCount(), 2);
     EXPECT_EQ(shownOnPad(), devicePicture(ridges(4)));
-    m_copy->takePrint(ridges(4));
-    m_copy->merge();
+    takeInCopy(ridges(4));
     EXPECT_TRUE(same(canvas(), m_copy->canvas()));
     EXPECT_EQ(pad().stop(), 0);
     setLogging(false);
@@ -407,7 +368,6 @@ TEST_P(FingerprintIntake, NewestOfThoseThatCameMeanwhileIsSentNext)
 
 TEST_P(FingerprintIntake, BurstIsSentOneAfterAnotherAndMergedOnceAtItsEnd)
 {
-    ASSERT_TRUE(start());
     removeLogs();
     setLogging(true);
     // Long enough for the next print to come meanwhile, whatever else the machine does.
@@ -425,8 +385,7 @@ TEST_P(FingerprintIntake, BurstIsSentOneAfterAnotherAndMergedOnceAtItsEnd)
     }
     ASSERT_TRUE(waitUntil([&] { return mergesOnThread() == 1; }));
     EXPECT_EQ(shownOnPad(), devicePicture(ridges(prints)));
-    m_copy->takePrint(ridges(prints));
-    m_copy->merge();
+    takeInCopy(ridges(prints));
     EXPECT_TRUE(same(canvas(), m_copy->canvas()));
     EXPECT_EQ(pad().stop(), 0);
     setLogging(false);
@@ -435,7 +394,6 @@ TEST_P(FingerprintIntake, BurstIsSentOneAfterAnotherAndMergedOnceAtItsEnd)
 
 TEST_P(FingerprintIntake, ShutdownInTheMiddleOfATransferEndsAtTheNextLookAtTheFlag)
 {
-    ASSERT_TRUE(start());
     removeLogs();
     setLogging(true);
     ASSERT_EQ(sim().SetTransferTime(600000), 0);
@@ -451,19 +409,13 @@ TEST_P(FingerprintIntake, ShutdownInTheMiddleOfATransferEndsAtTheNextLookAtTheFl
     EXPECT_TRUE(shownOnPad().empty());
     EXPECT_EQ(mergesOnThread(), 0); // the pass ends the loop
     EXPECT_EQ(textsOf(inThreadLog(), threadClass() + "::run()").back(), "Leave !");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, ShutdownEndsThreadsThenDriverThenThePrintsWidget)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 1);
     ASSERT_EQ(placeElsewhere(QRect(10, 5, 20, 20)), 0);
-    removeLogs();
-    setLogging(true);
-    EXPECT_EQ(pad().stopKeepingParent(), 0);
-    setLogging(false);
-    const std::vector<LogLine> lines = mainLog();
+    const std::vector<LogLine> lines = logged([&] { EXPECT_EQ(pad().stopKeepingParent(), 0); });
     EXPECT_EQ(textsOf(lines, shutdown()),
               (Texts{"Enter...", "b4 call m_pShowFPImageOnDeviceThread->quit()...",
                      "b4 call m_pShowFPImageOnDeviceThread->wait()...",
@@ -494,12 +446,10 @@ TEST_P(FingerprintIntake, ShutdownEndsThreadsThenDriverThenThePrintsWidget)
     ASSERT_GE(calls.size(), 2u);
     EXPECT_EQ(calls[calls.size() - 2], "SCRDAPI_OpenDeviceLCD");
     EXPECT_EQ(calls[calls.size() - 1], "SCRDAPI_UnInitial");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintIntake, NewObjectKnowsNothingOfThePrintBefore)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 100);
     ASSERT_EQ(placeElsewhere(QRect(10, 5, 20, 20)), 0);
     EXPECT_EQ(pad().stop(), 0);
@@ -510,7 +460,6 @@ TEST_P(FingerprintIntake, NewObjectKnowsNothingOfThePrintBefore)
     EXPECT_TRUE(same(canvas(), m_copy->canvas()));
     take(ridges(2), 1);
     EXPECT_TRUE(same(canvas(), m_copy->canvas())); // in the middle, as without any placement
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_FINGERPRINT(FingerprintIntake);

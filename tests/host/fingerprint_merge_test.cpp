@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
+#include <map>
 #include <random>
 
 #include <time.h>
@@ -10,8 +12,6 @@
 
 namespace scribera::test {
 namespace {
-
-using Texts = std::vector<std::string>;
 
 const std::vector<QSize> canvasSizes = {QSize(400, 200), QSize(800, 400), QSize(1920, 960)};
 
@@ -24,7 +24,7 @@ std::vector<ScrSimSample> scribble(const PadModel& model, unsigned seed, int seg
     return samples;
 }
 
-class FingerprintMerge : public FingerprintTest
+class FingerprintMerge : public OpenFingerprintTest
 {
 protected:
     std::string merge() const { return method("MergeSignCanvasAndFPCanvas"); }
@@ -68,7 +68,6 @@ TEST_P(FingerprintMerge, PrintWithoutPlacementStandsInTheMiddle)
         SCOPED_TRACE(testing::Message() << size.width() << " x " << size.height());
         ASSERT_TRUE(start(size.width(), size.height()));
         runCourse(size);
-        EXPECT_EQ(pad().stop(), 0);
     }
 }
 
@@ -82,7 +81,6 @@ TEST_P(FingerprintMerge, SizesWithoutRoundNumbersAreMergedAlike)
         expectSame("after the print");
         draw(scribble(model(), 2));
         expectSame("after strokes");
-        EXPECT_EQ(pad().stop(), 0);
     }
 }
 
@@ -94,21 +92,17 @@ TEST_P(FingerprintMerge, PrintOnAPictureOfItsOwnLeavesTheSignatureAlone)
         ASSERT_EQ(placeElsewhere(QRect(7, 3, 81, 27)), 0);
         runCourse(size);
         EXPECT_TRUE(same(canvas(), m_copy->strokes())) << "the signature carries the print";
-        EXPECT_EQ(pad().stop(), 0);
     }
 }
 
 TEST_P(FingerprintMerge, StrokesStayAsTheyAreBeforeAnyPrint)
 {
-    ASSERT_TRUE(start());
     draw(scribble(model(), 1));
     EXPECT_TRUE(same(canvas(), m_copy->strokes()));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintMerge, EveryPixelIsOpaque)
 {
-    ASSERT_TRUE(start());
     draw(scribble(model(), 1));
     take(ridges(1), 1);
     draw(scribble(model(), 2));
@@ -118,22 +112,18 @@ TEST_P(FingerprintMerge, EveryPixelIsOpaque)
         for (int x = 0; x < seen.width(); ++x)
             ASSERT_EQ(qAlpha(seen.pixel(x, y)), 255) << x << ", " << y;
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintMerge, InkKeepsDarkAndWhiteTurnsRed)
 {
-    ASSERT_TRUE(start());
     EXPECT_EQ(api().SetPenStyle(type(), false), 0);
-    EXPECT_EQ(api().SetPenWidth(type(), 10), 0);
     m_copy->setWithPressure(false);
-    m_copy->setPenWidth(10);
+    setPenWidth(10);
     Bytes dark = evenPrint(10);
     std::fill_n(dark.begin(), 10 * printWidth, 255); // the first rows lift the mean, so that all else is red
     take(dark, 1);
     draw(stroke(model(), {{0.0, 0.5}, {1.0, 0.5}}));
-    EXPECT_EQ(api().SetPenColor(type(), 0, 200, 100), 0);
-    m_copy->setPenColor(QColor(0, 200, 100));
+    setPenColor(QColor(0, 200, 100));
     draw(stroke(model(), {{0.0, 0.65}, {1.0, 0.65}}));
     const QImage seen = canvas();
     EXPECT_TRUE(same(seen, m_copy->canvas()));
@@ -142,12 +132,10 @@ TEST_P(FingerprintMerge, InkKeepsDarkAndWhiteTurnsRed)
     EXPECT_EQ(seen.pixel(200, 130), 0xff000000u); // green and red have no bit in common
     EXPECT_EQ(seen.pixel(20, 130), 0xff00c864u);
     EXPECT_EQ(seen.pixel(20, 20), 0xffffffffu);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintMerge, RectangleInTheMiddleIsNotRounded)
 {
-    ASSERT_TRUE(start());
     removeLogs();
     take(ridges(1), 1);
     EXPECT_EQ(
@@ -157,21 +145,16 @@ TEST_P(FingerprintMerge, RectangleInTheMiddleIsNotRounded)
                "-dblTargetFPX=163.888889, dblTargetFPY=50.000000",
                "-rcTargetFP.left=163.888889, top=50.000000, width=72.222222, height=100.000000",
                "-rcSourceFP.left=0.000000, top=0.000000, width=208.000000, height=288.000000", "-leave !"}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintMerge, EverySegmentWritesTheMergesLines)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 1);
     for (const bool placed : {false, true}) {
         if (placed) {
             ASSERT_EQ(placeElsewhere(QRect(10, 5, 20, 20)), 0);
         }
-        removeLogs();
-        setLogging(true);
-        draw(stroke(model(), {{0.1, 0.1}, {0.1, 0.1, 0.0}, {0.12, 0.1}, {0.9, 0.9}}));
-        setLogging(false);
+        logged([&] { draw(stroke(model(), {{0.1, 0.1}, {0.1, 0.1, 0.0}, {0.12, 0.1}, {0.9, 0.9}})); });
         Texts expected;
         for (int segment = 0; segment < 3; ++segment) {
             const Texts one = mergeTexts(QSize(400, 200));
@@ -184,16 +167,11 @@ TEST_P(FingerprintMerge, EverySegmentWritesTheMergesLines)
         const Texts updates = textsOf(mainLog(), update);
         EXPECT_EQ(std::count(updates.begin(), updates.end(), "enter..."), placed ? 3 : 0);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintMerge, LinesOfASegmentStandInTheirOrder)
 {
-    ASSERT_TRUE(start());
-    removeLogs();
-    setLogging(true);
-    draw(stroke(model(), {{0.1, 0.1}, {0.12, 0.1}}));
-    setLogging(false);
+    logged([&] { draw(stroke(model(), {{0.1, 0.1}, {0.12, 0.1}})); });
     Texts order;
     for (const LogLine& line : mainLog()) {
         if (line.label == method("StartSignOnCanvas"))
@@ -205,14 +183,12 @@ TEST_P(FingerprintMerge, LinesOfASegmentStandInTheirOrder)
     if (!padCase().isWidget())
         expected.push_back("leave !");
     EXPECT_EQ(order, expected);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // ---- placements in every order
 
 TEST_P(FingerprintMerge, PlacementAloneChangesNoPicture)
 {
-    ASSERT_TRUE(start());
     draw(scribble(model(), 1));
     take(ridges(1), 1);
     const QImage centred = canvas();
@@ -236,7 +212,6 @@ TEST_P(FingerprintMerge, PlacementAloneChangesNoPicture)
         draw(stroke(model(), {{0.3, 0.1}, {0.32, 0.1}}));
         expectSame("after the next segment at another place");
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintMerge, AnyOrderOfEventsGivesTheSamePicture)
@@ -292,16 +267,11 @@ TEST_P(FingerprintMerge, AnyOrderOfEventsGivesTheSamePicture)
                     history += " resize";
                 }
                 break;
-            case 6: {
-                const int width = within(1, 10);
-                EXPECT_EQ(api().SetPenWidth(type(), width), 0);
-                m_copy->setPenWidth(width);
-                const QColor color(within(0, 255), within(0, 255), within(0, 255));
-                EXPECT_EQ(api().SetPenColor(type(), color.red(), color.green(), color.blue()), 0);
-                m_copy->setPenColor(color);
+            case 6:
+                setPenWidth(within(1, 10));
+                setPenColor(QColor(within(0, 255), within(0, 255), within(0, 255)));
                 history += " pen";
                 break;
-            }
             default:
                 draw(scribble(model(), static_cast<unsigned>(within(0, 100000)), within(1, 8)));
                 ink = true;
@@ -328,69 +298,47 @@ protected:
         ASSERT_TRUE(start(size.width(), size.height()));
         const std::vector<ScrSimSample> samples = longSignature(model(), 2000, 77);
         int score = 0;
+        const auto print = [&](unsigned seed) { take(ridges(seed), ++score); };
+        const QRect inside(size.width() / 3, 3, size.width() / 2, size.height() - 9);
+        const std::map<std::size_t, std::function<void()>> events = {
+            {1, [&] { setPenWidth(1); }}, // pressures up to 305 give less than a pixel
+            {200, [&] { print(1); }},
+            {600,
+             [&] {
+                 setPenWidth(3);
+                 setPenColor(QColor(20, 60, 180));
+             }},
+            {700, [&] { print(2); }},
+            {800,
+             [&] {
+                 EXPECT_EQ(padCase().isWidget() ? placeSame(inside) : placeElsewhere(QRect(30, 20, 150, 200)),
+                           0);
+             }},
+            {1000,
+             [&] {
+                 setPenWidth(1);
+                 setPenColor(Qt::black);
+             }},
+            {1200,
+             [&] {
+                 clear();
+                 score = 0;
+             }},
+            {1250, [&] { print(3); }},
+            {1400,
+             [&] {
+                 if (padCase().isWidget())
+                     resize(size.width() - 51, size.height() + 40);
+             }},
+            {1500, [&] { print(4); }},
+            {1700, [&] { setPenWidth(10); }}};
         for (std::size_t i = 0; i < samples.size() && !HasFailure(); ++i) {
-            switch (i) {
-            case 1:
-                penWidth(1); // pressures up to 305 give less than a pixel
-                break;
-            case 200:
-                take(ridges(1), ++score);
-                break;
-            case 600:
-                penWidth(3);
-                penColor(QColor(20, 60, 180));
-                break;
-            case 700:
-                take(ridges(2), ++score);
-                break;
-            case 800:
-                if (padCase().isWidget()) {
-                    ASSERT_EQ(placeSame(QRect(size.width() / 3, 3, size.width() / 2, size.height() - 9)), 0);
-                } else {
-                    ASSERT_EQ(placeElsewhere(QRect(30, 20, 150, 200)), 0);
-                }
-                break;
-            case 1000:
-                penWidth(1);
-                penColor(Qt::black);
-                break;
-            case 1200:
-                clear();
-                score = 0;
-                break;
-            case 1250:
-                take(ridges(3), ++score);
-                break;
-            case 1400:
-                if (padCase().isWidget())
-                    resize(size.width() - 51, size.height() + 40);
-                break;
-            case 1500:
-                take(ridges(4), ++score);
-                break;
-            case 1700:
-                penWidth(10);
-                break;
-            default:
-                break;
-            }
+            if (const auto event = events.find(i); event != events.end())
+                event->second();
             draw({samples[i]});
             if (i > 0 && (i % static_cast<std::size_t>(compareEvery) == 0 || i + 1 == samples.size()))
                 expectSame("after segment " + std::to_string(i));
         }
-        EXPECT_EQ(pad().stop(), 0);
-    }
-
-    void penWidth(int width)
-    {
-        EXPECT_EQ(api().SetPenWidth(type(), width), 0);
-        m_copy->setPenWidth(width);
-    }
-
-    void penColor(const QColor& color)
-    {
-        EXPECT_EQ(api().SetPenColor(type(), color.red(), color.green(), color.blue()), 0);
-        m_copy->setPenColor(color);
     }
 };
 
@@ -465,13 +413,11 @@ TEST_P(FingerprintWidgetMerge, PrintStandsInTheHostsRectangle)
         ASSERT_TRUE(start(size.width(), size.height()));
         ASSERT_EQ(placeSame(QRect(11, 7, 93, 71)), 0);
         runCourse(size);
-        EXPECT_EQ(pad().stop(), 0);
     }
 }
 
 TEST_P(FingerprintWidgetMerge, AnyRectangleInsideIsMerged)
 {
-    ASSERT_TRUE(start());
     draw(scribble(model(), 1));
     take(ridges(1), 1);
     // Empty and turned ones too: only the corners are looked at.
@@ -485,12 +431,10 @@ TEST_P(FingerprintWidgetMerge, AnyRectangleInsideIsMerged)
         draw(scribble(model(), 2, 3));
         expectSame("after a segment");
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetMerge, ResizeKeepsThePictureUntilTheNextMerge)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 5);
     draw(scribble(model(), 1));
     const QImage before = m_copy->canvas();
@@ -501,31 +445,23 @@ TEST_P(FingerprintWidgetMerge, ResizeKeepsThePictureUntilTheNextMerge)
     draw(stroke(model(), {{0.1, 0.1}, {0.15, 0.1}}));
     expectSame("after a segment");
     EXPECT_EQ(canvas().pixel(250, 130), 0xffffffffu);
-    removeLogs();
-    setLogging(true);
-    send(ridges(2), 5);
-    setLogging(false);
+    logged([&] { send(ridges(2), 5); });
     EXPECT_EQ(textsOf(mainLog(), method("RxK421BSignPadFPRawData")).size(), 2u); // refused
     take(ridges(2), 6);
     expectSame("after a better print");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetMerge, PrintIsPaintedWithoutAnyCall)
 {
-    ASSERT_TRUE(start());
     processEvents();
-    PaintCount counter;
-    pad().signWidget()->installEventFilter(&counter);
+    PaintCounter counter(pad().signWidget());
     take(ridges(1), 1);
     EXPECT_TRUE(waitUntil([&] { return counter.paints > 0; }));
-    pad().signWidget()->removeEventFilter(&counter);
     EXPECT_TRUE(
         same(pad().signWidget()->grab().toImage().convertToFormat(QImage::Format_ARGB32), m_copy->canvas()));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
-SCRIBERA_INSTANTIATE_FINGERPRINT_KIND(FingerprintWidgetMerge, Kind::Widget);
+SCRIBERA_INSTANTIATE_FINGERPRINT(FingerprintWidgetMerge, Kind::Widget);
 
 } // namespace
 } // namespace scribera::test

@@ -8,15 +8,12 @@
 #include <unistd.h>
 
 #include <QApplication>
-#include <QPaintEvent>
 #include <QPointer>
 
 #include "fingerprint_reference.h"
 
 namespace scribera::test {
 namespace {
-
-using Texts = std::vector<std::string>;
 
 const char* const printWidgetLabel = "CK421BFPWidget::";
 const char* const badPlace =
@@ -28,7 +25,7 @@ std::string numbers(const QRect& place)
            ", nFPWidth=" + std::to_string(place.width()) + ", nFPHeight=" + std::to_string(place.height());
 }
 
-class FingerprintPlacement : public FingerprintTest
+class FingerprintPlacement : public OpenFingerprintTest
 {
 protected:
     std::string label(const char* name) const { return printWidgetLabel + std::string(name) + "()"; }
@@ -49,7 +46,6 @@ protected:
 
 TEST_P(FingerprintPlacement, ClearWipesThePicturesOfThePrint)
 {
-    ASSERT_TRUE(start());
     ASSERT_EQ(placeElsewhere(QRect(2, 3, 70, 20)), 0);
     take(ridges(1), 1);
     EXPECT_TRUE(same(printPicture(), m_copy->holder()));
@@ -63,12 +59,10 @@ TEST_P(FingerprintPlacement, ClearWipesThePicturesOfThePrint)
     EXPECT_TRUE(same(printPicture(), whiteHolder()));
     take(ridges(2), 1);
     expectSame("after clear and a print");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintPlacement, FirstMergeAfterThePlacementShowsThePrint)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 1);
     ASSERT_EQ(placeElsewhere(QRect(2, 3, 70, 20)), 0);
     EXPECT_TRUE(same(printPicture(), whiteHolder()));
@@ -76,24 +70,20 @@ TEST_P(FingerprintPlacement, FirstMergeAfterThePlacementShowsThePrint)
     expectSame("after the next print");
     segment();
     expectSame("after a segment");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintPlacement, SecondPlacementStartsWithAWhitePicture)
 {
-    ASSERT_TRUE(start());
     ASSERT_EQ(placeElsewhere(QRect(2, 3, 70, 20)), 0);
     take(ridges(1), 1);
     ASSERT_EQ(placeElsewhere(QRect(30, 10, 20, 20)), 0);
     EXPECT_TRUE(same(printPicture(), whiteHolder()));
     segment();
     expectSame("after a segment");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintPlacement, UpdateWritesItsLinesWhereItsCallerDoes)
 {
-    ASSERT_TRUE(start());
     ASSERT_EQ(placeElsewhere(QRect(2, 3, 70, 20)), 0);
     const std::string update = label("UpdateFPImage");
     Texts expected = {"-enter...",
@@ -107,27 +97,18 @@ TEST_P(FingerprintPlacement, UpdateWritesItsLinesWhereItsCallerDoes)
     EXPECT_EQ(afterTicks(inThreadLog(), update), expected);
     EXPECT_TRUE(textsOf(mainLog(), update).empty());
     EXPECT_EQ(afterTicks(inThreadLog(), method("MergeSignCanvasAndFPCanvas")), mergeTexts(QSize(400, 200)));
-    removeLogs();
-    setLogging(true);
-    segment();
-    setLogging(false);
+    logged([&] { segment(); });
     EXPECT_EQ(afterTicks(mainLog(), update), expected);
     EXPECT_TRUE(textsOf(inThreadLog(), update).empty());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintPlacement, WritesItsLines)
 {
-    ASSERT_TRUE(start());
     const QRect rectangle(2, 3, 70, 20);
-    removeLogs();
-    setLogging(true);
-    ASSERT_EQ(placeElsewhere(rectangle), 0);
-    setLogging(false);
+    const std::vector<LogLine> lines = logged([&] { EXPECT_EQ(placeElsewhere(rectangle), 0); });
     QWidget* parent = padCase().isWidget() ? &otherWindow() : nullptr;
     const std::string canvas = "nCanvasWidth=" + std::to_string(holderSize().width()) +
                                ", nCanvasHeight=" + std::to_string(holderSize().height());
-    const std::vector<LogLine> lines = mainLog();
     EXPECT_EQ(textsOf(lines, exported("SetDisplayedFPImageAt")),
               (Texts{"Enter, nDeviceType=7, pParentWidget=" + hex(parent) + ", " + canvas + ", " +
                          numbers(rectangle),
@@ -143,29 +124,24 @@ TEST_P(FingerprintPlacement, WritesItsLines)
               (Texts{member.front(), "leave with ARI_SUCCESS..."}));
     EXPECT_TRUE(inThreadLog().empty() || textsOf(inThreadLog(), placing()).empty());
 
-    removeLogs();
-    setLogging(true);
-    EXPECT_EQ(pad().stop(), 0);
-    setLogging(false);
+    logged([&] { EXPECT_EQ(pad().stop(), 0); });
     EXPECT_EQ(textsOf(mainLog(), label("Shutdown")), (Texts{"Enter...", "leave !"}));
 }
 
 TEST_P(FingerprintPlacement, ByWindowIdWritesItsLines)
 {
-    ASSERT_TRUE(start());
     std::unique_ptr<QWidget> window;
     if (padCase().isWidget()) {
         window = std::make_unique<QWidget>();
         window->show();
     }
     const QRect rectangle(2, 3, 70, 20);
-    removeLogs();
-    setLogging(true);
-    EXPECT_EQ(api().SetDisplayedFPImageAtByWId(type(), window ? window->winId() : 0, 300, 260,
-                                               rectangle.left(), rectangle.top(), rectangle.width(),
-                                               rectangle.height()),
-              0);
-    setLogging(false);
+    logged([&] {
+        EXPECT_EQ(api().SetDisplayedFPImageAtByWId(type(), window ? window->winId() : 0, 300, 260,
+                                                   rectangle.left(), rectangle.top(), rectangle.width(),
+                                                   rectangle.height()),
+                  0);
+    });
     EXPECT_EQ(textsOf(mainLog(), exported("SetDisplayedFPImageAtByWId")),
               (Texts{"Enter, nDeviceType=7, nCanvasWidth=300, nCanvasHeight=260, " + numbers(rectangle),
                      "leave with nResult=0 !"}));
@@ -179,20 +155,17 @@ SCRIBERA_INSTANTIATE_FINGERPRINT(FingerprintPlacement);
 
 class FingerprintWidgetPlacement : public FingerprintPlacement
 {
-protected:
-    // In a new child of another window.
-    int placeInChild(const QRect& rectangle) { return placeElsewhere(rectangle); }
+};
+
+struct PlaceAndResult
+{
+    QRect place;
+    int result;
 };
 
 TEST_P(FingerprintWidgetPlacement, SameWindowLooksAtTheCornersOnly)
 {
-    ASSERT_TRUE(start(400, 200));
-    struct Case
-    {
-        QRect place;
-        int result;
-    };
-    const std::vector<Case> cases = {
+    const PlaceAndResult cases[] = {
         {QRect(0, 0, 400, 200), 0},    {QRect(1, 0, 400, 200), -2},  {QRect(0, 1, 400, 200), -2},
         {QRect(0, 0, 401, 200), -2},   {QRect(0, 0, 400, 201), -2},  {QRect(-1, 0, 10, 10), -2},
         {QRect(0, -1, 10, 10), -2},    {QRect(399, 199, 1, 1), 0},   {QRect(400, 199, 0, 1), -2},
@@ -200,12 +173,9 @@ TEST_P(FingerprintWidgetPlacement, SameWindowLooksAtTheCornersOnly)
         {QRect(0, 0, 0, 0), -2},       {QRect(10, 10, -5, 10), 0},   {QRect(10, 10, -9, -9), 0},
         {QRect(10, 10, -10, 10), -2},  {QRect(10, 10, 10, -10), -2}, {QRect(399, 199, -398, -198), 0},
         {QRect(399, 199, -399, 1), -2}};
-    for (const Case& one : cases) {
+    for (const PlaceAndResult& one : cases) {
         SCOPED_TRACE(numbers(one.place));
-        removeLogs();
-        setLogging(true);
-        EXPECT_EQ(place(pad().parent(), QRect(), one.place), one.result);
-        setLogging(false);
+        logged([&] { EXPECT_EQ(place(pad().parent(), QRect(), one.place), one.result); });
         EXPECT_EQ(textsOf(mainLog(), placing()),
                   (Texts{"Enter, pParentWidget=" + hex(pad().parent()) + ", " + numbers(one.place),
                          one.result == 0 ? "leave with ARI_SUCCESS..." : badPlace}));
@@ -225,12 +195,10 @@ TEST_P(FingerprintWidgetPlacement, SameWindowLooksAtTheCornersOnly)
         segment();
     }
     EXPECT_TRUE(printWidgets(pad().parent()).empty());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, RefusedRectangleStaysStoredAndTheActionUnchanged)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 1);
     EXPECT_EQ(placeSame(QRect(300, 10, 200, 150)), -2);
     m_copy->storePlace(QRect(300, 10, 200, 150));
@@ -244,41 +212,29 @@ TEST_P(FingerprintWidgetPlacement, RefusedRectangleStaysStoredAndTheActionUnchan
     expectSame("before the next segment");
     segment();
     expectSame("after a refused second placement"); // at the refused place
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, NoWindowIsRefused)
 {
-    ASSERT_TRUE(start());
-    removeLogs();
-    setLogging(true);
-    EXPECT_EQ(place(nullptr, QRect(0, 0, 300, 300), QRect(1, 1, 10, 10)), -2);
-    setLogging(false);
+    logged([&] { EXPECT_EQ(place(nullptr, QRect(0, 0, 300, 300), QRect(1, 1, 10, 10)), -2); });
     EXPECT_EQ(textsOf(mainLog(), placing()),
               (Texts{"Enter, pParentWidget=0, nFPLeft=1, nFPTop=1, nFPWidth=10, nFPHeight=10",
                      "leave with ARI_INVALID_PARAMETERS due to pParentWidget == nullptr !"}));
     EXPECT_EQ(textsOf(mainLog(), exported("SetDisplayedFPImageAt")).back(), "leave with nResult=-2 !");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, UnknownWindowIdIsMinusOne)
 {
-    ASSERT_TRUE(start());
     for (const WindowId id : {WindowId(0), WindowId(0x7ffffff0), ~WindowId(0)}) {
-        removeLogs();
-        setLogging(true);
-        EXPECT_EQ(api().SetDisplayedFPImageAtByWId(type(), id, 300, 300, 1, 1, 10, 10), -1);
-        setLogging(false);
+        logged([&] { EXPECT_EQ(api().SetDisplayedFPImageAtByWId(type(), id, 300, 300, 1, 1, 10, 10), -1); });
         EXPECT_EQ(textsOf(mainLog(), exported("SetDisplayedFPImageAtByWId")).back(),
                   "leave with nResult=-1 !");
         EXPECT_TRUE(textsOf(mainLog(), placing()).empty());
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, WindowIdLeadsToTheSamePlaces)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 1);
     ASSERT_EQ(api().SetDisplayedFPImageAtByWId(type(), pad().parent()->winId(), 0, 0, 20, 30, 50, 60), 0);
     m_copy->placeSame(QRect(20, 30, 50, 60));
@@ -298,22 +254,16 @@ TEST_P(FingerprintWidgetPlacement, WindowIdLeadsToTheSamePlaces)
 
 TEST_P(FingerprintWidgetPlacement, OtherWindowIsCheckedAgainstTheNewChildsOwnSize)
 {
-    ASSERT_TRUE(start());
-    struct Case
-    {
-        QRect place;
-        int result;
-    };
-    for (const Case& one :
-         {Case{QRect(0, 0, 100, 30), 0}, Case{QRect(1, 0, 100, 30), -2}, Case{QRect(0, 1, 100, 30), -2},
-          Case{QRect(99, 29, 1, 1), 0}, Case{QRect(-1, 0, 5, 5), -2}, Case{QRect(0, 0, 0, 5), -2},
-          Case{QRect(50, 10, -20, 0), 0}, Case{QRect(0, 0, 101, 30), -2}}) {
+    for (const PlaceAndResult& one : {PlaceAndResult{QRect(0, 0, 100, 30), 0},
+                                      {QRect(1, 0, 100, 30), -2},
+                                      {QRect(0, 1, 100, 30), -2},
+                                      {QRect(99, 29, 1, 1), 0},
+                                      {QRect(-1, 0, 5, 5), -2},
+                                      {QRect(0, 0, 0, 5), -2},
+                                      {QRect(50, 10, -20, 0), 0},
+                                      {QRect(0, 0, 101, 30), -2}}) {
         SCOPED_TRACE(numbers(one.place));
-        removeLogs();
-        setLogging(true);
-        EXPECT_EQ(placeInChild(one.place), one.result);
-        setLogging(false);
-        const std::vector<LogLine> lines = mainLog();
+        const std::vector<LogLine> lines = logged([&] { EXPECT_EQ(placeElsewhere(one.place), one.result); });
         if (one.result != 0) {
             EXPECT_EQ(textsOf(lines, label("SetDisplayedFPImageAt")).back(), badPlace);
             EXPECT_EQ(textsOf(lines, placing()).back(),
@@ -324,13 +274,11 @@ TEST_P(FingerprintWidgetPlacement, OtherWindowIsCheckedAgainstTheNewChildsOwnSiz
         ASSERT_EQ(printWidgets(&otherWindow()).size(), 1u);
         EXPECT_EQ(printWidget()->isVisible(), one.result == 0);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, PrintWidgetCoversItsWindowAndPaintsThePrint)
 {
-    ASSERT_TRUE(start());
-    ASSERT_EQ(placeInChild(QRect(4, 2, 90, 25)), 0);
+    ASSERT_EQ(placeElsewhere(QRect(4, 2, 90, 25)), 0);
     QWidget* const widget = printWidget();
     ASSERT_NE(widget, nullptr);
     EXPECT_STREQ(widget->metaObject()->className(), "CK421BFPWidget");
@@ -340,58 +288,39 @@ TEST_P(FingerprintWidgetPlacement, PrintWidgetCoversItsWindowAndPaintsThePrint)
     EXPECT_TRUE(same(grabbed(widget, QSize(100, 30)), blank(100, 30)));
     take(ridges(1), 1);
     EXPECT_TRUE(same(grabbed(widget, QSize(100, 30)), m_copy->holder()));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, PrintWidgetIsRepaintedByItself)
 {
-    ASSERT_TRUE(start());
-    ASSERT_EQ(placeInChild(QRect(4, 2, 90, 25)), 0);
+    ASSERT_EQ(placeElsewhere(QRect(4, 2, 90, 25)), 0);
     processEvents();
-    PaintCount counter;
-    printWidget()->installEventFilter(&counter);
+    PaintCounter counter(printWidget());
     take(ridges(1), 1);
     EXPECT_TRUE(waitUntil([&] { return counter.paints > 0; }));
     counter.paints = 0;
     processEvents();
     clear();
     EXPECT_TRUE(waitUntil([&] { return counter.paints > 0; }));
-    printWidget()->removeEventFilter(&counter);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // Such a rectangle passes the look at its corners, and what is drawn lies outside of it.
 TEST_P(FingerprintWidgetPlacement, PrintOfATurnedRectangleIsRepaintedToo)
 {
-    ASSERT_TRUE(start());
     const QRect turned(QPoint(50, 20), QSize(-10, -5));
     ASSERT_EQ(placeElsewhere(turned), 0);
     processEvents();
     // A print widget that was shown without a print.
     const QImage before = grabbed(printWidget(), holderSize());
-    struct Exposed : QObject
-    {
-        bool eventFilter(QObject*, QEvent* event) override
-        {
-            if (event->type() == QEvent::Paint)
-                region += static_cast<QPaintEvent*>(event)->region();
-            return false;
-        }
-        QRegion region;
-    } exposed;
-    printWidget()->installEventFilter(&exposed);
+    PaintCounter exposed(printWidget());
     take(ridges(1), 1);
     EXPECT_TRUE(same(printPicture(), m_copy->holder()));
     EXPECT_FALSE(same(printPicture(), before));
     EXPECT_TRUE(waitUntil([&] { return !exposed.region.isEmpty(); }));
     EXPECT_TRUE(exposed.region.contains(QRect(QPoint(0, 0), holderSize())));
-    printWidget()->removeEventFilter(&exposed);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, HiddenPrintWidgetIsNotAskedToRepaint)
 {
-    ASSERT_TRUE(start());
     QWidget hidden;
     ASSERT_EQ(place(&hidden, QRect(), QRect(4, 2, 90, 25)), 0);
     removeLogs();
@@ -406,53 +335,45 @@ TEST_P(FingerprintWidgetPlacement, HiddenPrintWidgetIsNotAskedToRepaint)
 
 TEST_P(FingerprintWidgetPlacement, PaintingThePrintWritesNoLine)
 {
-    ASSERT_TRUE(start());
-    ASSERT_EQ(placeInChild(QRect(4, 2, 90, 25)), 0);
+    ASSERT_EQ(placeElsewhere(QRect(4, 2, 90, 25)), 0);
     take(ridges(1), 1);
     processEvents();
-    removeLogs();
-    setLogging(true);
-    printWidget()->repaint();
-    printWidget()->grab();
-    setLogging(false);
+    logged([&] {
+        printWidget()->repaint();
+        printWidget()->grab();
+    });
     for (const std::vector<LogLine>& lines : {mainLog(), inThreadLog()}) {
         for (const LogLine& line : lines)
             EXPECT_EQ(line.label.find(printWidgetLabel), std::string::npos) << testing::PrintToString(line);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, FailedPlacementInAnotherWindowReplacesThePrintWidgetAllTheSame)
 {
-    ASSERT_TRUE(start());
-    ASSERT_EQ(placeInChild(QRect(4, 2, 90, 25)), 0);
+    ASSERT_EQ(placeElsewhere(QRect(4, 2, 90, 25)), 0);
     take(ridges(1), 1);
     const QImage first = m_copy->holder();
     QWidget* const firstWidget = printWidget();
-    EXPECT_EQ(placeInChild(QRect(60, 10, 80, 15)), -2);
+    EXPECT_EQ(placeElsewhere(QRect(60, 10, 80, 15)), -2);
     m_copy->replaceHolder(QSize(100, 30), QRect(60, 10, 80, 15));
     EXPECT_TRUE(same(printPicture(), blank(100, 30)));
     segment();
     expectSame("after the next segment");
     EXPECT_TRUE(same(grabbed(firstWidget, QSize(100, 30)), first)) << "the first one is not used any more";
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, FailedFirstPlacementElsewhereLeavesThePrintInTheMiddle)
 {
-    ASSERT_TRUE(start());
-    EXPECT_EQ(placeInChild(QRect(60, 10, 80, 15)), -2);
+    EXPECT_EQ(placeElsewhere(QRect(60, 10, 80, 15)), -2);
     take(ridges(1), 1);
     expectSame("after the print");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, ReplacedPrintWidgetsStayUntilTheEnd)
 {
-    ASSERT_TRUE(start());
     std::vector<QPointer<QWidget>> widgets;
     for (int i = 0; i < 4; ++i) {
-        ASSERT_EQ(placeInChild(QRect(i, i, 20, 20)), 0);
+        ASSERT_EQ(placeElsewhere(QRect(i, i, 20, 20)), 0);
         widgets.emplace_back(printWidget());
         take(ridges(static_cast<unsigned>(i)), i + 1);
         processEvents();
@@ -467,12 +388,10 @@ TEST_P(FingerprintWidgetPlacement, ReplacedPrintWidgetsStayUntilTheEnd)
     processEvents();
     for (const QPointer<QWidget>& widget : widgets)
         EXPECT_TRUE(widget.isNull());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, TwoPlacementsInOneWindowMakeTwoWidgets)
 {
-    ASSERT_TRUE(start());
     QWidget window;
     window.show();
     ASSERT_EQ(place(&window, QRect(), QRect(1, 1, 20, 20)), 0);
@@ -486,10 +405,9 @@ TEST_P(FingerprintWidgetPlacement, TwoPlacementsInOneWindowMakeTwoWidgets)
 
 TEST_P(FingerprintWidgetPlacement, WindowMayTakeItsPrintWidgetAlong)
 {
-    ASSERT_TRUE(start());
-    ASSERT_EQ(placeInChild(QRect(1, 1, 20, 20)), 0);
+    ASSERT_EQ(placeElsewhere(QRect(1, 1, 20, 20)), 0);
     take(ridges(1), 1);
-    ASSERT_EQ(placeInChild(QRect(2, 2, 20, 20)), 0);
+    ASSERT_EQ(placeElsewhere(QRect(2, 2, 20, 20)), 0);
     m_otherWindows.erase(m_otherWindows.begin()); // a replaced one
     segment();
     expectSame("after the end of a replaced one");
@@ -505,19 +423,17 @@ TEST_P(FingerprintWidgetPlacement, WindowMayTakeItsPrintWidgetAlong)
     ASSERT_TRUE(waitUntil([&] { return sim().TransferCount() == 2; }));
     segment();
     EXPECT_TRUE(same(canvas(), m_copy->strokes()));
-    ASSERT_EQ(placeInChild(QRect(3, 3, 20, 20)), 0);
+    ASSERT_EQ(placeElsewhere(QRect(3, 3, 20, 20)), 0);
     m_copy->takePrint(ridges(2));
     segment();
     expectSame("after a new placement");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, WindowMayGoWhileThePrintArrives)
 {
-    ASSERT_TRUE(start());
     int score = 0;
     for (int round = 0; round < 40; ++round) {
-        ASSERT_EQ(placeInChild(QRect(1, 1, 80, 25)), 0);
+        ASSERT_EQ(placeElsewhere(QRect(1, 1, 80, 25)), 0);
         const Bytes print = ridges(static_cast<unsigned>(round));
         ASSERT_EQ(sim().SendFingerprint(print.data(), static_cast<int>(print.size()), ++score), 0);
         sim().queue(longSignature(model(), 20, static_cast<unsigned>(round)));
@@ -525,28 +441,22 @@ TEST_P(FingerprintWidgetPlacement, WindowMayGoWhileThePrintArrives)
         sim().waitIdle();
     }
     EXPECT_TRUE(printText(ImageBmp, false).isNull());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWidgetPlacement, OffTheGuiThreadIsMinusOne)
 {
-    ASSERT_TRUE(start());
     QWidget other;
     other.show();
     int result = 0;
-    removeLogs();
-    setLogging(true);
-    std::thread([&] { result = place(&other, QRect(), QRect(1, 1, 20, 20)); }).join();
-    setLogging(false);
+    logged([&] { std::thread([&] { result = place(&other, QRect(), QRect(1, 1, 20, 20)); }).join(); });
     EXPECT_EQ(result, -1);
     EXPECT_EQ(textsOf(mainLog(), exported("SetDisplayedFPImageAt")).back(), "leave with nResult=-1 !");
     EXPECT_TRUE(printWidgets(&other).empty());
     take(ridges(1), 1);
     expectSame("after a refused placement"); // in the middle as before
-    EXPECT_EQ(pad().stop(), 0);
 }
 
-SCRIBERA_INSTANTIATE_FINGERPRINT_KIND(FingerprintWidgetPlacement, Kind::Widget);
+SCRIBERA_INSTANTIATE_FINGERPRINT(FingerprintWidgetPlacement, Kind::Widget);
 
 // ---- windowless
 
@@ -556,7 +466,6 @@ class FingerprintWindowlessPlacement : public FingerprintPlacement
 
 TEST_P(FingerprintWindowlessPlacement, LooksAtTheCornersOfTheGivenCanvas)
 {
-    ASSERT_TRUE(start());
     struct Case
     {
         QSize canvas;
@@ -572,14 +481,12 @@ TEST_P(FingerprintWindowlessPlacement, LooksAtTheCornersOfTheGivenCanvas)
           Case{QSize(2000, 1000), QRect(500, 500, 208, 288), 0}}) {
         SCOPED_TRACE(testing::Message()
                      << one.canvas.width() << " x " << one.canvas.height() << ", " << numbers(one.place));
-        removeLogs();
-        setLogging(true);
-        EXPECT_EQ(api().SetDisplayedFPImageAt(type(), nullptr, one.canvas.width(), one.canvas.height(),
-                                              one.place.left(), one.place.top(), one.place.width(),
-                                              one.place.height()),
-                  one.result);
-        setLogging(false);
-        const std::vector<LogLine> lines = mainLog();
+        const std::vector<LogLine> lines = logged([&] {
+            EXPECT_EQ(api().SetDisplayedFPImageAt(type(), nullptr, one.canvas.width(), one.canvas.height(),
+                                                  one.place.left(), one.place.top(), one.place.width(),
+                                                  one.place.height()),
+                      one.result);
+        });
         EXPECT_EQ(textsOf(lines, exported("SetDisplayedFPImageAt")).back(),
                   "leave with nResult=" + std::to_string(one.result) + " !");
         if (one.result != 0) {
@@ -590,12 +497,10 @@ TEST_P(FingerprintWindowlessPlacement, LooksAtTheCornersOfTheGivenCanvas)
             EXPECT_TRUE(same(printPicture(), blank(one.canvas.width(), one.canvas.height())));
         }
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWindowlessPlacement, AbsurdSizesNeitherCrashNorDraw)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 1);
     EXPECT_EQ(
         api().SetDisplayedFPImageAt(type(), nullptr, INT_MAX, INT_MAX, INT_MAX, INT_MAX, INT_MAX, INT_MAX),
@@ -611,7 +516,6 @@ TEST_P(FingerprintWindowlessPlacement, AbsurdSizesNeitherCrashNorDraw)
     ASSERT_EQ(placeElsewhere(QRect(0, 0, 50, 60)), 0);
     segment();
     expectSame("after a sensible placement");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 long long residentBytes()
@@ -624,7 +528,6 @@ long long residentBytes()
 
 TEST_P(FingerprintWindowlessPlacement, ManyPlacementsHoldOnePicture)
 {
-    ASSERT_TRUE(start());
     constexpr long long picture = 1920LL * 1080 * 4;
     const auto place = [&](int width) {
         return api().SetDisplayedFPImageAt(type(), nullptr, 1920, 1080, 100, 50, width, 600);
@@ -639,12 +542,10 @@ TEST_P(FingerprintWindowlessPlacement, ManyPlacementsHoldOnePicture)
     m_copy->placeElsewhere(Placement::OffScreen, QSize(1920, 1080), QRect(100, 50, 500, 600));
     take(ridges(1), 1);
     expectSame("after many placements");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWindowlessPlacement, WindowIdAndWindowAreNotUsed)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 1);
     for (const WindowId id : {WindowId(0), ~WindowId(0)}) {
         ASSERT_EQ(api().SetDisplayedFPImageAtByWId(type(), id, 120, 90, 10, 10, 50, 60), 0);
@@ -652,12 +553,10 @@ TEST_P(FingerprintWindowlessPlacement, WindowIdAndWindowAreNotUsed)
         segment();
         expectSame("by window id");
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWindowlessPlacement, FailedPlacementReplacesThePictureByAnUnsizedOne)
 {
-    ASSERT_TRUE(start());
     EXPECT_EQ(placeElsewhere(QRect(-1, 0, 5, 5)), -2);
     take(ridges(1), 1);
     expectSame("after a refused first placement"); // in the middle
@@ -668,10 +567,9 @@ TEST_P(FingerprintWindowlessPlacement, FailedPlacementReplacesThePictureByAnUnsi
     m_copy->replaceHolder(QSize(640, 480), QRect(600, 30, 90, 60)); // the size of a new widget without parent
     segment();
     expectSame("after a refused second placement");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
-SCRIBERA_INSTANTIATE_FINGERPRINT_KIND(FingerprintWindowlessPlacement, Kind::Windowless);
+SCRIBERA_INSTANTIATE_FINGERPRINT(FingerprintWindowlessPlacement, Kind::Windowless);
 
 // ---- windowless in a process that has an application
 
@@ -686,8 +584,7 @@ protected:
 
     void TearDown() override
     {
-        setLogging(false);
-        m_pad.reset();
+        closePad();
         m_otherWindows.clear();
     }
 
@@ -704,7 +601,6 @@ protected:
 
 TEST_P(FingerprintWindowlessBesideAnApplication, PlacementMakesAWidgetAndTheNextOneOrTheEndFreesItAtOnce)
 {
-    ASSERT_TRUE(start());
     ASSERT_EQ(placeElsewhere(QRect(10, 20, 150, 200)), 0);
     ASSERT_EQ(parentless().size(), 1u);
     QPointer<QWidget> first = parentless().front();
@@ -720,12 +616,10 @@ TEST_P(FingerprintWindowlessBesideAnApplication, PlacementMakesAWidgetAndTheNext
     EXPECT_EQ(api().UnInitialDevice(type()), 0);
     EXPECT_TRUE(second.isNull());
     EXPECT_TRUE(parentless().empty());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWindowlessBesideAnApplication, AnotherThreadHoldsTheSamePictureWithoutAWidget)
 {
-    ASSERT_TRUE(start());
     take(ridges(1), 1);
     int result = -99;
     std::thread([&] { result = placeElsewhere(QRect(10, 20, 150, 200)); }).join();
@@ -733,34 +627,29 @@ TEST_P(FingerprintWindowlessBesideAnApplication, AnotherThreadHoldsTheSamePictur
     EXPECT_TRUE(parentless().empty());
     segment();
     expectSame("after a placement on another thread");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWindowlessBesideAnApplication, EndOnAnotherThreadLeavesNoWidget)
 {
-    ASSERT_TRUE(start());
     ASSERT_EQ(placeElsewhere(QRect(10, 20, 150, 200)), 0);
     take(ridges(1), 1);
     int result = -99;
     std::thread([&] { result = api().UnInitialDevice(type()); }).join();
     EXPECT_EQ(result, 0);
     EXPECT_TRUE(waitUntil([&] { return parentless().empty(); }));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(FingerprintWindowlessBesideAnApplication, FailedPlacementReplacesThePictureByAnUnsizedOne)
 {
-    ASSERT_TRUE(start());
     ASSERT_EQ(placeElsewhere(QRect(10, 10, 50, 60)), 0);
     take(ridges(1), 1);
     EXPECT_EQ(placeElsewhere(QRect(600, 30, 90, 60)), -2);
     m_copy->replaceHolder(QSize(640, 480), QRect(600, 30, 90, 60));
     segment();
     expectSame("after a refused second placement");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
-SCRIBERA_INSTANTIATE_FINGERPRINT_KIND(FingerprintWindowlessBesideAnApplication, Kind::Windowless);
+SCRIBERA_INSTANTIATE_FINGERPRINT(FingerprintWindowlessBesideAnApplication, Kind::Windowless);
 
 } // namespace
 } // namespace scribera::test

@@ -79,13 +79,6 @@ Bytes devicePicture(const Bytes& print)
 
 // ---------------------------------------------------------------------------------------------- pictures
 
-QImage blank(int width, int height)
-{
-    QImage image(width, height, QImage::Format_ARGB32);
-    image.fill(Qt::white);
-    return image;
-}
-
 namespace {
 
 // Corners as they are stored; QRect::width() is right - left + 1.
@@ -102,6 +95,12 @@ QRectF centred(const QSize& canvas)
 }
 
 const QRectF wholePrint(0, 0, printWidth, printHeight);
+
+std::string rectangleText(const char* name, const QRectF& rectangle)
+{
+    return printed("-%s.left=%f, top=%f, width=%f, height=%f", name, rectangle.x(), rectangle.y(),
+                   rectangle.width(), rectangle.height());
+}
 
 } // namespace
 
@@ -251,55 +250,6 @@ void PadPictures::replaceHolder(const QSize& canvas, const QRect& place)
     m_holderPlace = place;
 }
 
-testing::AssertionResult same(const QImage& seen, const QImage& expected)
-{
-    if (seen.isNull() || seen.size() != expected.size())
-        return testing::AssertionFailure()
-               << "picture of " << seen.width() << " x " << seen.height() << " where " << expected.width()
-               << " x " << expected.height() << " is due";
-    if (seen.depth() != 32 || expected.depth() != 32)
-        return testing::AssertionFailure()
-               << "pictures of " << seen.depth() << " and " << expected.depth() << " bits";
-    int different = 0;
-    QPoint first;
-    for (int y = 0; y < seen.height(); ++y) {
-        const auto* a = reinterpret_cast<const QRgb*>(seen.constScanLine(y));
-        const auto* b = reinterpret_cast<const QRgb*>(expected.constScanLine(y));
-        if (std::memcmp(a, b, static_cast<std::size_t>(seen.width()) * sizeof(QRgb)) == 0)
-            continue;
-        for (int x = 0; x < seen.width(); ++x) {
-            if (a[x] != b[x] && different++ == 0)
-                first = QPoint(x, y);
-        }
-    }
-    if (different == 0)
-        return testing::AssertionSuccess();
-    return testing::AssertionFailure()
-           << different << " pixels differ, first at " << first.x() << ", " << first.y() << ": " << std::hex
-           << seen.pixel(first) << " where " << expected.pixel(first) << " is due";
-}
-
-QRect inkBox(const QImage& image, int marginX, int marginY)
-{
-    int left = 99999;
-    int top = 99999;
-    int right = -1;
-    int bottom = -1;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if ((image.pixel(x, y) & 0xffffff) == 0xffffff)
-                continue;
-            left = std::min(left, x);
-            right = std::max(right, x);
-            top = std::min(top, y);
-            bottom = std::max(bottom, y);
-        }
-    }
-    return QRect(QPoint(std::max(left - marginX, 0), std::max(top - marginY, 0)),
-                 QPoint(right + marginX < image.width() ? right + marginX : image.width() - 1,
-                        bottom + marginY < image.height() ? bottom + marginY : image.height() - 1));
-}
-
 QByteArray encodedOpaque(const QImage& image, int imageType)
 {
     QByteArray bytes;
@@ -309,11 +259,9 @@ QByteArray encodedOpaque(const QImage& image, int imageType)
     return bytes.toBase64();
 }
 
-QByteArray encoded(QImage image, int imageType)
+QByteArray encoded(const QImage& image, int imageType)
 {
-    if (imageType == ImagePng)
-        image.setAlphaChannel(image.createMaskFromColor(QColor(Qt::white).rgb(), Qt::MaskOutColor));
-    return encodedOpaque(image, imageType);
+    return encodedOpaque(imageType == ImagePng ? onNothing(image) : image, imageType);
 }
 
 QImage decoded(const QByteArray& base64)
@@ -355,23 +303,10 @@ std::vector<ScrSimSample> longSignature(const PadModel& model, int segments, uns
     return samples;
 }
 
-std::vector<PadCase> fingerprintCases()
+std::vector<PadCase> fingerprintCases(std::optional<Kind> kind)
 {
-    std::vector<PadCase> cases;
-    for (const PadCase& padCase : allCases()) {
-        if (padCase.model->hasFingerprint)
-            cases.push_back(padCase);
-    }
-    return cases;
-}
-
-std::vector<PadCase> fingerprintCases(Kind kind)
-{
-    std::vector<PadCase> cases;
-    for (const PadCase& padCase : fingerprintCases()) {
-        if (padCase.kind == kind)
-            cases.push_back(padCase);
-    }
+    std::vector<PadCase> cases = kind ? casesOf(*kind) : allCases();
+    std::erase_if(cases, [](const PadCase& padCase) { return !padCase.model->hasFingerprint; });
     return cases;
 }
 
@@ -381,6 +316,12 @@ void FingerprintTest::TearDown()
 {
     PadTest::TearDown();
     m_otherWindows.clear();
+}
+
+void OpenFingerprintTest::SetUp()
+{
+    FingerprintTest::SetUp();
+    ASSERT_TRUE(start());
 }
 
 bool FingerprintTest::start(int width, int height)
@@ -426,6 +367,11 @@ void FingerprintTest::take(const Bytes& print, int score)
     send(print, score);
     EXPECT_TRUE(waitUntil([&] { return mergesOnThread() > before; })) << "no merge after the fingerprint";
     setLogging(logged);
+    takeInCopy(print);
+}
+
+void FingerprintTest::takeInCopy(const Bytes& print)
+{
     m_copy->takePrint(print);
     m_copy->merge();
 }
@@ -443,20 +389,39 @@ void FingerprintTest::resize(int width, int height)
     m_copy->resize(width, height);
 }
 
+void FingerprintTest::setPenWidth(int width)
+{
+    EXPECT_EQ(api().SetPenWidth(type(), width), 0);
+    m_copy->setPenWidth(width);
+}
+
+void FingerprintTest::setPenColor(const QColor& color)
+{
+    EXPECT_EQ(api().SetPenColor(type(), color.red(), color.green(), color.blue()), 0);
+    m_copy->setPenColor(color);
+}
+
+QByteArray FingerprintTest::taken(char* text, void (*giveBack)(int, char*))
+{
+    const QByteArray result(text);
+    giveBack(type(), text);
+    return result;
+}
+
 QByteArray FingerprintTest::encode(int imageType)
 {
-    char* const text = api().PacketsBase64Encode(type(), imageType);
-    const QByteArray result(text); // null from null
-    api().PacketsBase64EncodeFree(type(), text);
-    return result;
+    return taken(api().PacketsBase64Encode(type(), imageType), api().PacketsBase64EncodeFree);
 }
 
 QByteArray FingerprintTest::encodeEx(int imageType, bool transparent)
 {
-    char* const text = api().PacketsBase64EncodeEx(type(), imageType, transparent);
-    const QByteArray result(text);
-    api().PacketsBase64EncodeExFree(type(), text);
-    return result;
+    return taken(api().PacketsBase64EncodeEx(type(), imageType, transparent),
+                 api().PacketsBase64EncodeExFree);
+}
+
+QByteArray FingerprintTest::svgText()
+{
+    return taken(api().GetSVGImageBase64Data(type()), api().FreeSVGImageBase64Data);
 }
 
 QImage FingerprintTest::canvas()
@@ -467,10 +432,7 @@ QImage FingerprintTest::canvas()
 
 QByteArray FingerprintTest::printText(int imageType, bool only)
 {
-    char* const text = api().GetFPImageBase64Data(type(), imageType, only);
-    const QByteArray result(text);
-    api().FreeFPImageBase64Data(type(), text);
-    return result;
+    return taken(api().GetFPImageBase64Data(type(), imageType, only), api().FreeFPImageBase64Data);
 }
 
 QImage FingerprintTest::printPicture(bool only)
@@ -537,44 +499,26 @@ QWidget* FingerprintTest::printWidget()
     return found.empty() ? nullptr : found.back();
 }
 
-std::string afterTick(const LogLine& line)
+Texts afterTicks(const std::vector<LogLine>& lines, const std::string& label)
 {
-    const std::size_t end = line.message.find('>');
-    return line.hasTick && end != std::string::npos ? line.message.substr(end + 1) : line.message;
-}
-
-std::vector<std::string> afterTicks(const std::vector<LogLine>& lines, const std::string& label)
-{
-    std::vector<std::string> texts;
+    Texts texts;
     for (const LogLine& line : withLabel(lines, label))
-        texts.push_back(afterTick(line));
+        texts.push_back(line.hasTick ? line.message.substr(line.message.find('>') + 1) : line.message);
     return texts;
 }
 
-std::string rectangleText(const char* name, const QRectF& rectangle)
+Texts FingerprintTest::mergeTexts(const QSize& canvas) const
 {
-    char text[200];
-    std::snprintf(text, sizeof text, "-%s.left=%f, top=%f, width=%f, height=%f", name, rectangle.x(),
-                  rectangle.y(), rectangle.width(), rectangle.height());
-    return text;
-}
-
-std::vector<std::string> FingerprintTest::mergeTexts(const QSize& canvas) const
-{
-    std::vector<std::string> texts = {"-Enter..."};
+    Texts texts = {"-Enter..."};
     QRectF target(0, 0, 0, 0);
-    char text[200];
     switch (m_copy->placement()) {
-    case Placement::None: {
+    case Placement::None:
         target = centred(canvas);
         texts.push_back("-m_nNewFPProcessActionID == NFPPA_NONE");
-        std::snprintf(text, sizeof text, "-dblTargetFPHeight=%f, dblTargetFPWidth=%f", target.height(),
-                      target.width());
-        texts.push_back(text);
-        std::snprintf(text, sizeof text, "-dblTargetFPX=%f, dblTargetFPY=%f", target.x(), target.y());
-        texts.push_back(text);
+        texts.push_back(
+            printed("-dblTargetFPHeight=%f, dblTargetFPWidth=%f", target.height(), target.width()));
+        texts.push_back(printed("-dblTargetFPX=%f, dblTargetFPY=%f", target.x(), target.y()));
         break;
-    }
     case Placement::SameWidget:
         target = floating(m_copy->place());
         texts.push_back("-m_nNewFPProcessActionID == NFPPA_SIGN_FP_SAME_WIDGET");

@@ -3,19 +3,9 @@
 // What the fingerprint pad's pictures must look like, worked out here from raw values with a painter of our
 // own, and a fixture that keeps such a copy beside the library's object.
 
-#include <memory>
 #include <optional>
-#include <string>
-#include <vector>
 
-#include <QByteArray>
-#include <QColor>
-#include <QEvent>
-#include <QImage>
-#include <QObject>
-#include <QRect>
-
-#include "harness.h"
+#include "pen.h"
 
 namespace scribera::test {
 
@@ -65,7 +55,6 @@ public:
     const QImage& print() const { return m_print; }
     const QImage& holder(); // the picture elsewhere
     QRect place() const { return m_place; }
-    QRect holderPlace() const { return m_holderPlace; }
     Placement placement() const { return m_placement; }
 
 private:
@@ -90,40 +79,18 @@ private:
     QColor m_penColor = Qt::black;
 };
 
-QImage blank(int width, int height);
-
-// Equal in size, format of 32 bits and every bit of every pixel.
-testing::AssertionResult same(const QImage& seen, const QImage& expected);
-
-QRect inkBox(const QImage& image, int marginX, int marginY); // as clipping finds it
-QByteArray encoded(QImage image, int imageType);             // Base64; white of a PNG becomes transparent
+QByteArray encoded(const QImage& image, int imageType); // Base64; white of a PNG becomes transparent
 QByteArray encodedOpaque(const QImage& image, int imageType);
 QImage decoded(const QByteArray& base64);
 
 // Samples of a signature without pen-up: thin, thick, short, long, outside the area, at the least pressure.
 std::vector<ScrSimSample> longSignature(const PadModel& model, int segments, unsigned seed);
 
-// An event filter that counts how often a widget is painted.
-class PaintCount : public QObject
-{
-public:
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        if (event->type() == QEvent::Paint)
-            ++paints;
-        return false;
-    }
-    int paints = 0;
-};
+std::vector<PadCase> fingerprintCases(std::optional<Kind> kind = std::nullopt); // both kinds without one
 
-std::vector<PadCase> fingerprintCases();
-std::vector<PadCase> fingerprintCases(Kind kind);
-
-#define SCRIBERA_INSTANTIATE_FINGERPRINT(Suite)                                                              \
-    INSTANTIATE_TEST_SUITE_P(, Suite, testing::ValuesIn(scribera::test::fingerprintCases()),                 \
-                             scribera::test::caseName)
-#define SCRIBERA_INSTANTIATE_FINGERPRINT_KIND(Suite, kind)                                                   \
-    INSTANTIATE_TEST_SUITE_P(, Suite, testing::ValuesIn(scribera::test::fingerprintCases(kind)),             \
+// Of one kind where that is given too.
+#define SCRIBERA_INSTANTIATE_FINGERPRINT(Suite, ...)                                                         \
+    INSTANTIATE_TEST_SUITE_P(, Suite, testing::ValuesIn(scribera::test::fingerprintCases(__VA_ARGS__)),      \
                              scribera::test::caseName)
 
 class FingerprintTest : public PadTest
@@ -133,20 +100,23 @@ protected:
 
     // Starts the pad and a fresh copy of its pictures beside it.
     bool start(int width = 400, int height = 200);
-    PadPictures& copy() { return *m_copy; }
 
     void draw(const std::vector<ScrSimSample>& samples); // on the pad and in the copy
     void send(const Bytes& print, int score);            // to the pad, and waits for the callback only
     // A print that must be accepted: waits until it was merged, and does the same in the copy.
     void take(const Bytes& print, int score);
-    int mergesOnThread() const; // counted in the log
+    void takeInCopy(const Bytes& print); // taken and merged
+    int mergesOnThread() const;          // counted in the log
 
     void clear();
     void resize(int width, int height); // widget
+    void setPenWidth(int width);
+    void setPenColor(const QColor& color);
 
     QImage canvas();                        // what the library holds
     QImage printPicture(bool only = false); // the export of the print, null when there is none
     QByteArray printText(int imageType, bool only);
+    QByteArray svgText();
     QByteArray encode(int imageType);
     QByteArray encodeEx(int imageType, bool transparent);
     void expectSame(const std::string& what);
@@ -160,14 +130,22 @@ protected:
     static std::vector<QWidget*> printWidgets(QWidget* parent);
     QSize holderSize() const { return padCase().isWidget() ? QSize(100, 30) : QSize(300, 260); }
 
-    std::vector<std::string> mergeTexts(const QSize& canvas) const; // lines of one merge in the copy's state
+    Texts mergeTexts(const QSize& canvas) const; // lines of one merge in the copy's state
 
     std::unique_ptr<PadPictures> m_copy;
     std::vector<std::unique_ptr<QWidget>> m_otherWindows;
+
+private:
+    QByteArray taken(char* text, void (*giveBack)(int, char*)); // null from null
 };
 
-std::string afterTick(const LogLine& line);
-std::vector<std::string> afterTicks(const std::vector<LogLine>& lines, const std::string& label);
-std::string rectangleText(const char* name, const QRectF& rectangle);
+// Base of the tests that begin with an open pad of 400 x 200 and its copy.
+class OpenFingerprintTest : public FingerprintTest
+{
+protected:
+    void SetUp() override;
+};
+
+Texts afterTicks(const std::vector<LogLine>& lines, const std::string& label);
 
 } // namespace scribera::test

@@ -16,7 +16,7 @@
 namespace scribera::test {
 namespace {
 
-class Identity : public PadTest
+class Identity : public OpenPadTest
 {
 protected:
     struct Asked
@@ -47,7 +47,6 @@ protected:
 
 TEST_P(Identity, TextsAndResultsOfTheDriverArePassedOn)
 {
-    ASSERT_TRUE(pad().start());
     for (const Asked& asked : questions()) {
         sim().setText(asked.entryPoint, "Text of the pad");
         char buffer[64];
@@ -62,12 +61,10 @@ TEST_P(Identity, TextsAndResultsOfTheDriverArePassedOn)
         }
         sim().SetResult(asked.entryPoint, 0);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Identity, BuffersAndSizesGoToTheDriverUnchanged)
 {
-    ASSERT_TRUE(pad().start());
     for (const Asked& asked : questions()) {
         sim().setText(asked.entryPoint, "0123456789");
         char buffer[16];
@@ -86,31 +83,24 @@ TEST_P(Identity, BuffersAndSizesGoToTheDriverUnchanged)
         EXPECT_EQ(sim().CallCount(asked.entryPoint), calls + 1) << "null is the driver's affair";
         EXPECT_EQ(sim().LastArgument(asked.entryPoint), 16);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Identity, QuestionsWriteTheirLines)
 {
-    ASSERT_TRUE(pad().start());
     for (const Asked& asked : questions()) {
         char buffer[16];
         sim().SetResult(asked.entryPoint, 3);
-        removeLogs();
-        setLogging(true);
-        EXPECT_EQ(asked.call(type(), buffer, 16), 3);
-        setLogging(false);
+        logged([&] { EXPECT_EQ(asked.call(type(), buffer, 16), 3); });
         EXPECT_EQ(textsOf(mainLog(), method(asked.objectName)),
                   (Texts{printed("enter, %s=%s, nMaxCount=16", asked.argument, hex(buffer).c_str()),
                          "leave with nResult=3"}));
         EXPECT_EQ(textsOf(mainLog(), exported(asked.exportedName)).back(), "leave with nResult=3 !");
         sim().SetResult(asked.entryPoint, 0);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Identity, VersionDisplayAndPenStyleGoToTheDriver)
 {
-    ASSERT_TRUE(pad().start());
     for (const bool on : {true, false}) {
         EXPECT_EQ(api().SetPenStyle(type(), on), 0);
         EXPECT_EQ(sim().LastArgument("SCRDAPI_SetDevicePenStyle"), on);
@@ -121,22 +111,17 @@ TEST_P(Identity, VersionDisplayAndPenStyleGoToTheDriver)
     }
     if (model().hasScreen) {
         sim().SetResult("SCRDAPI_ShowVersionInfoOnDevice", -4);
-        setLogging(true);
-        EXPECT_EQ(api().DisplayHWVersion(type(), true), -4);
-        setLogging(false);
+        logged([&] { EXPECT_EQ(api().DisplayHWVersion(type(), true), -4); });
         EXPECT_EQ(textsOf(mainLog(), method("ShowVersionInfoOnDevice")),
                   (Texts{"enter, bOn=1", "leave with nResult=-4"}));
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Identity, SwitchingTheScreenOffClearsTheCanvasAndOnDoesNot)
 {
-    ASSERT_TRUE(pad().start());
     if (!model().hasScreen) {
         EXPECT_EQ(api().OpenLCD, nullptr);
         EXPECT_EQ(Library::instance().symbol(std::string(model().prefix) + "OpenLCD"), nullptr);
-        EXPECT_EQ(pad().stop(), 0);
         return;
     }
     pad().draw(wave(model(), 10));
@@ -144,11 +129,10 @@ TEST_P(Identity, SwitchingTheScreenOffClearsTheCanvasAndOnDoesNot)
     EXPECT_EQ(api().OpenLCD(type(), true), 0);
     EXPECT_EQ(sim().LastArgument("SCRDAPI_OpenDeviceLCD"), 1);
     EXPECT_FALSE(canvasIsWhite());
-    removeLogs();
-    setLogging(true);
-    sim().SetResult("SCRDAPI_OpenDeviceLCD", 9);
-    EXPECT_EQ(api().OpenLCD(type(), false), 9);
-    setLogging(false);
+    logged([&] {
+        sim().SetResult("SCRDAPI_OpenDeviceLCD", 9);
+        EXPECT_EQ(api().OpenLCD(type(), false), 9);
+    });
     EXPECT_EQ(sim().LastArgument("SCRDAPI_OpenDeviceLCD"), 0);
     EXPECT_TRUE(canvasIsWhite());
     EXPECT_EQ(pad().points(), 12) << "the points stay";
@@ -157,12 +141,10 @@ TEST_P(Identity, SwitchingTheScreenOffClearsTheCanvasAndOnDoesNot)
     EXPECT_EQ(textsOf(lines, method("ClearSignCanvas")), (Texts{"enter...", "leave !"}));
     EXPECT_EQ(textsOf(lines, exported("OpenLCD")),
               (Texts{printed("Enter, nDeviceType=%d, bOn=0", type()), "leave with nResult=9 !"}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Identity, CanvasIsClearedBeforeThePadsScreenGoesOff)
 {
-    ASSERT_TRUE(pad().start());
     if (model().hasScreen) {
         pad().draw(wave(model(), 10));
         sim().SetDelay("SCRDAPI_OpenDeviceLCD", 300);
@@ -181,7 +163,6 @@ TEST_P(Identity, CanvasIsClearedBeforeThePadsScreenGoesOff)
         EXPECT_TRUE(white);
         sim().SetDelay("SCRDAPI_OpenDeviceLCD", 0);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Identity, WithoutTheScreenCallNothingIsCleared)
@@ -194,12 +175,10 @@ TEST_P(Identity, WithoutTheScreenCallNothingIsCleared)
         EXPECT_EQ(api().OpenLCD(type(), true), -1);
         EXPECT_FALSE(canvasIsWhite());
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Identity, DeviceInformationIsTheTableOfTheModel)
 {
-    ASSERT_TRUE(pad().start());
     const auto number = [](std::int32_t value) {
         return std::string(reinterpret_cast<const char*>(&value), sizeof value);
     };
@@ -226,28 +205,23 @@ TEST_P(Identity, DeviceInformationIsTheTableOfTheModel)
     EXPECT_EQ(buffer, std::string(64, 'u'));
     for (int index = 1; index <= 7; ++index)
         EXPECT_EQ(api().getDeviceInfo(type(), index, nullptr), -2);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Identity, DeviceInformationWritesItsLines)
 {
-    ASSERT_TRUE(pad().start());
     char buffer[16];
-    setLogging(true);
-    EXPECT_EQ(api().getDeviceInfo(type(), 5, buffer), 0);
-    setLogging(false);
+    logged([&] { EXPECT_EQ(api().getDeviceInfo(type(), 5, buffer), 0); });
     EXPECT_EQ(textsOf(mainLog(), method("GetDeviceInfo")),
               (Texts{"Enter, nIndex=5, pOutput=" + hex(buffer), "leave !"}));
     EXPECT_EQ(textsOf(mainLog(), exported("getDeviceInfo")).back(), "leave with nResult=0 !");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Identity, AboutInfoIsTheWholeText)
 {
     const std::string text = "About\n\nScribera SDK on Linux OS\nVersion : 3.0.0.0\nCopyright 2024 Corvenna";
-    for (const bool live : {false, true}) {
-        if (live) {
-            ASSERT_TRUE(pad().start());
+    for (const bool live : {true, false}) {
+        if (!live) {
+            EXPECT_EQ(pad().stop(), 0);
         }
         std::string buffer(128, 'u');
         api().GetAboutInfo(type(), buffer.data());
@@ -260,7 +234,6 @@ TEST_P(Identity, AboutInfoIsTheWholeText)
             EXPECT_EQ(untouched, std::string(128, 'u'));
         }
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_ALL(Identity);
@@ -354,7 +327,6 @@ TEST_P(WindowlessAbout, WithoutApplicationNothingHappens)
     ASSERT_TRUE(pad().start());
     api().AboutBox(nullptr);
     api().AboutBoxByWId(1234);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE(WindowlessAbout, Kind::Windowless);

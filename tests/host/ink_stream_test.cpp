@@ -12,9 +12,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class InkStream : public PadTest
+class InkStream : public OpenInkTest
 {
 protected:
+    static Ink inkOf(const StreamRecord& record)
+    {
+        return {record.x, record.y, record.pressure, record.status};
+    }
     int decodedCount() const { return api().GetTotalDecodePacketsNumber(type()); }
     int value(int index, int selector) const { return api().GetDecodePacketsData(type(), index, selector); }
     int decodeInk(const QByteArray& bytes)
@@ -42,7 +46,6 @@ protected:
 
 TEST_P(InkStream, HoldsTheStoredPointsInTwentyFourBytesEach)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw({{70000, 40000, 100000, PenDown},
                 {4, 5, 6, PenUp},
                 {300, 301, 302, PenDown},
@@ -63,20 +66,16 @@ TEST_P(InkStream, HoldsTheStoredPointsInTwentyFourBytesEach)
     }
     EXPECT_EQ(takeImageEx(pad(), ImageInk, true).bytes(), stream);
     EXPECT_EQ(takeImageEx(pad(), ImageInk, false).bytes(), stream);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, TapIsSixtyEightCharacters)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(stroke(model(), {{0.5, 0.5}}));
     EXPECT_EQ(takeImage(pad(), ImageInk).text.size(), 68u);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, ComesBackAsItWent)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 100));
     const std::string text = takeImage(pad(), ImageInk).text;
     EXPECT_EQ(api().Base64Decode(type(), ImageInk, text.c_str(), nullptr), 0) << "the path is not used";
@@ -85,7 +84,6 @@ TEST_P(InkStream, ComesBackAsItWent)
     EXPECT_EQ(pad().points(), 102) << "the stored points are others";
     EXPECT_EQ(api().Clear(type()), 0);
     EXPECT_EQ(decodedCount(), 102) << "clearing does not concern them";
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // The library keeps points in blocks, which the stream crosses in both directions.
@@ -99,27 +97,24 @@ TEST_P(InkStream, LongSignatureComesBackAsItWent)
     const std::vector<StreamRecord> records = recordsOf(taken.bytes());
     ASSERT_EQ(records.size(), points.size());
     for (std::size_t i = 0; i < records.size(); ++i) {
-        ASSERT_EQ((Ink{records[i].x, records[i].y, records[i].pressure, records[i].status}), points[i]) << i;
+        ASSERT_EQ(inkOf(records[i]), points[i]) << i;
         ASSERT_TRUE(i == 0 || records[i].tick >= records[i - 1].tick) << i;
     }
     ASSERT_EQ(decode(pad(), ImageInk, taken.text, "unused"), 0);
     expectDecoded(points);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // The pad plays what the library exported, and the library gets the same signature once more.
 TEST_P(InkStream, PlayedBackByThePadGivesTheSameSignature)
 {
-    ASSERT_TRUE(pad().start({.width = 640, .height = 330}));
-    Redraw redraw(model(), 640, 330);
+    ASSERT_TRUE(start({.width = 640, .height = 330}));
     std::vector<ScrSimSample> samples = wave(model(), 150);
     const auto more = stroke(model(), {{0.0, 0.0, 1.0}, {1.0, 1.0, 0.0}, {0.2, 0.9, 0.5}});
     samples.insert(samples.end(), more.begin(), more.end());
     const auto tap = stroke(model(), {{0.5, 0.5}});
     samples.insert(samples.end(), tap.begin(), tap.end());
-    redraw.feed(samples);
-    pad().draw(samples);
-    ASSERT_TRUE(holdsPoints(pad(), redraw));
+    draw(samples);
+    ASSERT_TRUE(holdsPoints(pad(), redraw()));
     const std::string text = takeImage(pad(), ImageInk).text;
     const std::vector<StreamRecord> first =
         recordsOf(QByteArray::fromBase64(QByteArray::fromStdString(text)));
@@ -129,23 +124,17 @@ TEST_P(InkStream, PlayedBackByThePadGivesTheSameSignature)
     ASSERT_EQ(api().Clear(type()), 0);
     ASSERT_EQ(sim().Play("ink.txt", 0, 0, -1), 0) << sim().LastError();
     sim().waitIdle();
-    EXPECT_TRUE(holdsPoints(pad(), redraw));
-    EXPECT_TRUE(holdsCanvas(pad(), redraw));
+    expectSameInk();
     const std::vector<StreamRecord> second = recordsOf(takeImage(pad(), ImageInk).bytes());
     ASSERT_EQ(second.size(), first.size());
     for (std::size_t i = 0; i < first.size(); ++i) {
-        EXPECT_EQ(second[i].x, first[i].x) << i;
-        EXPECT_EQ(second[i].y, first[i].y) << i;
-        EXPECT_EQ(second[i].pressure, first[i].pressure) << i;
-        EXPECT_EQ(second[i].status, first[i].status) << i;
+        EXPECT_EQ(inkOf(second[i]), inkOf(first[i])) << i;
         EXPECT_GE(second[i].tick, first.back().tick) << i;
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, DecodedValuesAreReadAsTheyLie)
 {
-    ASSERT_TRUE(pad().start());
     StreamRecord record;
     record.x = 40000;
     record.y = -300;
@@ -163,12 +152,10 @@ TEST_P(InkStream, DecodedValuesAreReadAsTheyLie)
     EXPECT_EQ(value(1, 1), 32767);
     EXPECT_EQ(value(1, 2), 32767);
     EXPECT_EQ(value(1, 3), 1);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, RefusesIndicesAndSelectorsInOrder)
 {
-    ASSERT_TRUE(pad().start());
     EXPECT_EQ(decodedCount(), -8);
     for (const int index : {-1, 0, 1, INT32_MAX}) {
         EXPECT_EQ(value(index, 1), -8) << "an empty list comes before the index";
@@ -182,12 +169,10 @@ TEST_P(InkStream, RefusesIndicesAndSelectorsInOrder)
     }
     EXPECT_EQ(value(0, 1), 5);
     EXPECT_EQ(value(0, 4), -2);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, WholeGroupsOnlyAreTaken)
 {
-    ASSERT_TRUE(pad().start());
     for (const int bytes : {0, 1, 7, 22, 23, 24, 25, 47, 48, 49, 71, 240, 241}) {
         fillDecodedList();
         std::string text = QByteArray(bytes, 'a').toBase64().toStdString();
@@ -196,12 +181,10 @@ TEST_P(InkStream, WholeGroupsOnlyAreTaken)
         EXPECT_EQ(decode(pad(), ImageInk, text, ""), 0) << bytes;
         EXPECT_EQ(decodedCount(), bytes < 24 ? -8 : bytes / 24) << bytes;
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, ForeignCharactersAreSkipped)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 8));
     const std::string text = takeImage(pad(), ImageInk).text;
     std::string broken = "\xff\x80 -_*";
@@ -221,22 +204,18 @@ TEST_P(InkStream, ForeignCharactersAreSkipped)
         EXPECT_EQ(decode(pad(), ImageInk, garbage, ""), 0) << garbage;
         EXPECT_EQ(decodedCount(), -8) << garbage;
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, LastDecodeReplacesTheOneBefore)
 {
-    ASSERT_TRUE(pad().start());
     ASSERT_EQ(decodeInk(streamOf(std::vector<StreamRecord>(50))), 0);
     EXPECT_EQ(decodedCount(), 50);
     ASSERT_EQ(decodeInk(streamOf(std::vector<StreamRecord>(3))), 0);
     EXPECT_EQ(decodedCount(), 3);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, ArgumentsAreCheckedBeforeTheListIsTouched)
 {
-    ASSERT_TRUE(pad().start());
     fillDecodedList();
     for (const int imageType : {-1, 0, 4, 5, 7, 8, INT32_MAX})
         EXPECT_EQ(api().Base64Decode(type(), imageType, "QUJD", nullptr), -2) << imageType;
@@ -245,12 +224,10 @@ TEST_P(InkStream, ArgumentsAreCheckedBeforeTheListIsTouched)
         EXPECT_EQ(api().Base64Decode(type(), imageType, "", nullptr), -2);
     }
     EXPECT_EQ(decodedCount(), 1);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, EncodingAndDecodingWriteTheirLines)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(stroke(model(), {{0.5, 0.5}}));
     setLogging(true);
     const std::string text = takeImage(pad(), ImageInk).text;
@@ -293,14 +270,12 @@ TEST_P(InkStream, EncodingAndDecodingWriteTheirLines)
                printed("enter, nDeviceType=%d, nIndex=0, nTypeID=4", type()),
                "leave with ARI_INVALID_PARAMETERS due to (nTypeID < INKDATATYPE_X) || (nTypeID > "
                "INKDATATYPE_STROKEEND) !"}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // ---------------------------------------------------------------------------------------------- pictures
 
 TEST_P(InkStream, PicturesAreDecodedToFilesOfTheirType)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 30));
     const QImage canvas = pad().canvas();
     const std::string bmp = takeImage(pad(), ImageBmp).text;
@@ -324,13 +299,11 @@ TEST_P(InkStream, PicturesAreDecodedToFilesOfTheirType)
     }
     EXPECT_EQ(decodedCount(), -8) << "the list is emptied by every decode";
     EXPECT_EQ(pad().points(), 32);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // A bitmap with a negative height begins with its uppermost row.
 TEST_P(InkStream, BitmapFromTheTopIsDecoded)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 30));
     const QImage canvas = pad().canvas();
     QByteArray bytes = encoded(canvas.mirrored(), "BMP");
@@ -339,12 +312,10 @@ TEST_P(InkStream, BitmapFromTheTopIsDecoded)
     ASSERT_TRUE(sameColors(decoded(bytes, "BMP"), canvas));
     ASSERT_EQ(decode(pad(), ImageBmp, bytes.toBase64().toStdString(), "top-down"), 0);
     EXPECT_TRUE(sameColors(loaded("top-down"), canvas));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, BytesOfAnotherTypeAreRefused)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 10));
     const int types[] = {ImageBmp, ImageJpeg, ImagePng, ImageInk};
     for (const int source : types) {
@@ -364,7 +335,6 @@ TEST_P(InkStream, BytesOfAnotherTypeAreRefused)
             EXPECT_FALSE(fs::exists("wrong.png"));
         }
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, CutAndChangedPicturesDoNoHarm)
@@ -384,12 +354,10 @@ TEST_P(InkStream, CutAndChangedPicturesDoNoHarm)
         }
     }
     EXPECT_EQ(pad().points(), 12);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(InkStream, PicturesThatCannotBeWrittenAreRefused)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 10));
     fs::create_directory("directory");
     std::ofstream("file") << "in the way";
@@ -398,9 +366,9 @@ TEST_P(InkStream, PicturesThatCannotBeWrittenAreRefused)
         const std::string text = takeImage(pad(), imageType).text;
         for (const char* path : {"", "directory", "file/picture", "missing/picture", "full"}) {
             fillDecodedList();
-            setLogging(true);
-            EXPECT_EQ(decode(pad(), imageType, text, path), -8) << path << ", type " << imageType;
-            setLogging(false);
+            logged([&] {
+                EXPECT_EQ(decode(pad(), imageType, text, path), -8) << path << ", type " << imageType;
+            });
             EXPECT_EQ(textsOf(mainLog(), method("Base64Decode")).back(), "leave with nResult=-8 !");
             EXPECT_EQ(decodedCount(), -8);
         }
@@ -408,11 +376,9 @@ TEST_P(InkStream, PicturesThatCannotBeWrittenAreRefused)
     }
     EXPECT_EQ(fileContent("file"), "in the way");
     EXPECT_EQ(pad().points(), 12);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
-// ---------------------------------------------------------------------------------------------- huge
-// pictures
+// ---------------------------------------------------------------------------------------------- size
 
 void put(QByteArray& bytes, std::uint32_t value, int count, bool bigEndian)
 {
@@ -477,15 +443,8 @@ QByteArray jpegOf(int width, int height)
     return bytes.replace(frame + 5, 4, size);
 }
 
-long residentKilobytesAtMost()
-{
-    const std::string status = fileContent("/proc/self/status");
-    return std::stol(status.substr(status.find("VmHWM:") + 6));
-}
-
 TEST_P(InkStream, PicturesThatWouldUnpackBeyondReasonAreNotTried)
 {
-    ASSERT_TRUE(pad().start());
     const long before = residentKilobytesAtMost();
     const std::pair<int, QByteArray> huge[] = {
         {ImageBmp, bmpOf(20000, 20000, 32)},    {ImageBmp, bmpOf(20000, -20000, 24)},
@@ -509,7 +468,6 @@ TEST_P(InkStream, PicturesThatWouldUnpackBeyondReasonAreNotTried)
     large.fill(Qt::white);
     EXPECT_EQ(decode(pad(), ImageBmp, encoded(large, "BMP").toBase64().toStdString(), "large"), 0);
     EXPECT_EQ(loaded("large").size(), QSize(2000, 1500));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_ALL(InkStream);

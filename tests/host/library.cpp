@@ -31,14 +31,6 @@ std::vector<std::string> operationNames(const PadModel& model)
     return names;
 }
 
-const std::vector<std::string>& globalNames()
-{
-    static const std::vector<std::string> names = {"g_bEnableLog",         "g_bUseSignObj", "g_cKeyBuf",
-                                                   "g_cKeyBuf_InThread",   "g_cValueBuf",   "g_pSignWidget",
-                                                   "g_cValueBuf_InThread", "g_wszKeyBuf",   "g_wszValueBuf"};
-    return names;
-}
-
 namespace {
 
 void* openLibrary(const char* path)

@@ -85,7 +85,6 @@ enum class Families
 
 bool belongsTo(Families families, const PadModel& model);
 std::vector<std::string> operationNames(const PadModel& model); // without the prefix
-const std::vector<std::string>& globalNames();
 
 class Library
 {

@@ -1,11 +1,8 @@
 // Making and destroying the one sign object, and what calls meet while it lives.
 
 #include <atomic>
-#include <climits>
-#include <mutex>
 #include <thread>
 
-#include <QApplication>
 #include <QPointer>
 
 #include "exported_operations.h"
@@ -18,18 +15,14 @@ class Lifecycle : public PadTest
 protected:
     Library& library() { return Library::instance(); }
 
-    std::vector<std::string> linesOf(const std::string& operation)
-    {
-        return textsOf(mainLog(), exported(operation));
-    }
+    Texts linesOf(const std::string& operation) { return textsOf(mainLog(), exported(operation)); }
 
     std::string typeText() const { return std::to_string(type()); }
 };
 
 TEST_P(Lifecycle, StartMakesOneObjectOfTheFamilyAndStopTakesItAway)
 {
-    EXPECT_EQ(library().signWidget, nullptr);
-    EXPECT_EQ(library().useSignObj, 0);
+    expectNoObject();
     ASSERT_TRUE(pad().start());
     EXPECT_NE(library().signWidget, nullptr);
     EXPECT_EQ(library().useSignObj != 0, !padCase().isWidget());
@@ -39,41 +32,36 @@ TEST_P(Lifecycle, StartMakesOneObjectOfTheFamilyAndStopTakesItAway)
         EXPECT_EQ(static_cast<void*>(pad().signWidget()), library().signWidget);
     }
     EXPECT_EQ(pad().stop(), 0);
-    EXPECT_EQ(library().signWidget, nullptr);
-    EXPECT_EQ(library().useSignObj, 0);
+    expectNoObject();
 }
 
 TEST_P(Lifecycle, StartAndStopWriteTheirLines)
 {
     QWidget* parent = padCase().isWidget() ? &pad().makeParent(true) : nullptr;
     const StartOptions options{.width = 120, .height = 60, .x = 7, .y = 9};
-    setLogging(true);
-    ASSERT_TRUE(pad().start(options));
-    EXPECT_EQ(pad().stopKeepingParent(), 0);
-    setLogging(false);
-    EXPECT_EQ(linesOf("InitialDevice"), (std::vector<std::string>{"Enter, nDeviceType=" + typeText() +
-                                                                      ", pParentWidget=" + hex(parent) +
-                                                                      ", nX=7, nY=9, nWidth=120, nHeight=60",
-                                                                  "leave with bRet=1 !"}));
+    logged([&] {
+        EXPECT_TRUE(pad().start(options));
+        EXPECT_EQ(pad().stopKeepingParent(), 0);
+    });
+    EXPECT_EQ(linesOf("InitialDevice"), (Texts{"Enter, nDeviceType=" + typeText() + ", pParentWidget=" +
+                                                   hex(parent) + ", nX=7, nY=9, nWidth=120, nHeight=60",
+                                               "leave with bRet=1 !"}));
     EXPECT_EQ(linesOf("UnInitialDevice"),
-              (std::vector<std::string>{"Enter, nDeviceType=" + typeText(), "leave with ARI_SUCCESS..."}));
+              (Texts{"Enter, nDeviceType=" + typeText(), "leave with ARI_SUCCESS..."}));
 }
 
 TEST_P(Lifecycle, StartByWindowIdWritesItsLines)
 {
-    setLogging(true);
-    ASSERT_TRUE(pad().start({.width = 120, .height = 60, .x = 7, .y = 9, .byWindowId = true}));
-    setLogging(false);
-    EXPECT_EQ(
-        linesOf("InitialDeviceByWId"),
-        (std::vector<std::string>{"Enter, nDeviceType=" + typeText() + ", nX=7, nY=9, nWidth=120, nHeight=60",
-                                  "leave with bRet=1 !"}));
+    ASSERT_NO_FATAL_FAILURE(logged(
+        [&] { ASSERT_TRUE(pad().start({.width = 120, .height = 60, .x = 7, .y = 9, .byWindowId = true})); }));
+    EXPECT_EQ(linesOf("InitialDeviceByWId"),
+              (Texts{"Enter, nDeviceType=" + typeText() + ", nX=7, nY=9, nWidth=120, nHeight=60",
+                     "leave with bRet=1 !"}));
     EXPECT_TRUE(linesOf("InitialDevice").empty());
     EXPECT_EQ(library().useSignObj != 0, !padCase().isWidget());
     if (padCase().isWidget()) {
         EXPECT_EQ(static_cast<void*>(pad().signWidget()), library().signWidget);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Lifecycle, SecondStartReturnsTrueAndChangesNothing)
@@ -99,7 +87,7 @@ TEST_P(Lifecycle, SecondStartReturnsTrueAndChangesNothing)
     EXPECT_EQ(pad().points(), 10);
     EXPECT_EQ(pad().canvas().size(), QSize(400, 200));
     for (const char* operation : {"InitialDevice", "InitialDeviceByWId"}) {
-        const std::vector<std::string> texts = linesOf(operation);
+        const Texts texts = linesOf(operation);
         ASSERT_GE(texts.size(), 2u);
         for (std::size_t i = 1; i < texts.size(); i += 2)
             EXPECT_EQ(texts[i], "leave with true due to g_pSignWidget already created !");
@@ -110,11 +98,9 @@ TEST_P(Lifecycle, SecondStartReturnsTrueAndChangesNothing)
 
 TEST_P(Lifecycle, StopWithoutObjectSucceeds)
 {
-    setLogging(true);
-    EXPECT_EQ(api().UnInitialDevice(type()), 0);
-    setLogging(false);
+    logged([&] { EXPECT_EQ(api().UnInitialDevice(type()), 0); });
     EXPECT_EQ(linesOf("UnInitialDevice"),
-              (std::vector<std::string>{"Enter, nDeviceType=" + typeText(), "leave with ARI_SUCCESS..."}));
+              (Texts{"Enter, nDeviceType=" + typeText(), "leave with ARI_SUCCESS..."}));
     ASSERT_TRUE(pad().start());
     EXPECT_EQ(pad().stop(), 0);
     EXPECT_EQ(api().UnInitialDevice(type()), 0);
@@ -149,27 +135,20 @@ TEST_P(Lifecycle, AnotherFamilyMeetsNoObject)
             continue;
         const Operations& otherApi = library().family(other);
         const PadCase otherCase{&other, padCase().kind};
-        for (const ExportedOperation& operation : exportedOperations(other)) {
-            if (!operation.usesObject())
-                continue;
+        for (const ExportedOperation& operation : objectOperations(other)) {
             SCOPED_TRACE(otherCase.exported(operation.name));
-            removeLogs();
-            setLogging(true);
-            EXPECT_EQ(operation.call(otherApi, other.deviceType).text, operation.missingObjectResult());
-            setLogging(false);
-            const std::vector<LogLine> lines = mainLog();
+            const std::vector<LogLine> lines = logged([&] {
+                EXPECT_EQ(operation.call(otherApi, other.deviceType).text, operation.missingObjectResult());
+            });
             ASSERT_EQ(lines.size(), 2u) << testing::PrintToString(lines);
-            EXPECT_EQ(lines[1].text, operation.missingObjectText());
+            EXPECT_EQ(lines[1].text, operation.leaveText(operation.missingObjectResult()));
         }
         EXPECT_EQ(otherApi.getPackets(other.deviceType, nullptr), -1);
         EXPECT_TRUE(otherApi.InitialDevice(other.deviceType, pad().parent(), 0, 0, 10, 10));
         EXPECT_TRUE(otherApi.InitialDeviceByWId(other.deviceType,
                                                 pad().parent() ? pad().parent()->winId() : 0, 0, 0, 10, 10));
         EXPECT_EQ(library().signWidget, object);
-        removeLogs();
-        setLogging(true);
-        EXPECT_EQ(otherApi.UnInitialDevice(other.deviceType), 0);
-        setLogging(false);
+        logged([&] { EXPECT_EQ(otherApi.UnInitialDevice(other.deviceType), 0); });
         EXPECT_EQ(textsOf(mainLog(), otherCase.exported("UnInitialDevice")).back(),
                   "leave with ARI_SUCCESS...");
         EXPECT_EQ(library().signWidget, object);
@@ -179,17 +158,14 @@ TEST_P(Lifecycle, AnotherFamilyMeetsNoObject)
     EXPECT_EQ(pad().canvas(), before);
     pad().draw(wave(model(), 8));
     EXPECT_EQ(pad().points(), 20);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Lifecycle, StatusOfAWrongStartIsNotKept)
 {
     EXPECT_FALSE(api().InitialDevice(otherModel(model()).deviceType, nullptr, 0, 0, 10, 10));
-    EXPECT_EQ(library().signWidget, nullptr);
-    EXPECT_EQ(library().useSignObj, 0);
+    expectNoObject();
     EXPECT_FALSE(api().InitialDeviceByWId(otherModel(model()).deviceType, 0, 0, 0, 10, 10));
-    EXPECT_EQ(library().signWidget, nullptr);
-    EXPECT_EQ(library().useSignObj, 0);
+    expectNoObject();
 }
 
 TEST_P(Lifecycle, NullGivenToAFreeFunctionIsNotDeleted)
@@ -205,16 +181,12 @@ TEST_P(Lifecycle, NullGivenToAFreeFunctionIsNotDeleted)
     for (const auto& [name, function] : functions) {
         if (!function)
             continue;
-        removeLogs();
-        setLogging(true);
-        function(type(), nullptr);
-        setLogging(false);
-        const std::vector<std::string> lines = textsOf(mainLog(), method(name));
+        logged([&] { function(type(), nullptr); });
+        const Texts lines = textsOf(mainLog(), method(name));
         ASSERT_EQ(lines.size(), 2u) << testing::PrintToString(lines);
         EXPECT_TRUE(lines[0].starts_with("enter, p") && lines[0].ends_with("=0")) << lines[0];
         EXPECT_EQ(lines[1], "leave !");
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // ---- calls from callbacks
@@ -232,6 +204,14 @@ struct CallbackCalls
 };
 CallbackCalls calls;
 
+void callInside(const PadModel& model, QWidget* parent = nullptr)
+{
+    calls.api = &Library::instance().family(model);
+    calls.deviceType = model.deviceType;
+    calls.wrongType = otherModel(model).deviceType;
+    calls.parent = parent;
+}
+
 void stopInside()
 {
     calls.stopResult = calls.api->UnInitialDevice(calls.deviceType);
@@ -242,61 +222,49 @@ void stopInside()
 TEST_P(Lifecycle, StopIsRefusedInsideTheStatusCallback)
 {
     ASSERT_TRUE(pad().start());
-    calls.api = &api();
-    calls.deviceType = type();
-    calls.wrongType = otherModel(model()).deviceType;
+    callInside(model());
     ASSERT_EQ(api().SignatureStatusCallback(type(), [](int) { stopInside(); }), 0);
-    setLogging(true);
-    sim().pressKey(1);
-    ASSERT_TRUE(waitUntil([] { return calls.done == 1; }));
-    setLogging(false);
+    ASSERT_NO_FATAL_FAILURE(logged([&] {
+        sim().pressKey(1);
+        ASSERT_TRUE(waitUntil([] { return calls.done == 1; }));
+    }));
     EXPECT_EQ(calls.stopResult, -1);
     EXPECT_EQ(calls.wrongTypeStopResult, -2);
     EXPECT_EQ(
         linesOf("UnInitialDevice"),
-        (std::vector<std::string>{"Enter, nDeviceType=" + typeText(),
-                                  "leave with nResult=-1 due to (called inside a callback) !",
-                                  "Enter, nDeviceType=" + std::to_string(calls.wrongType),
-                                  std::string("leave with ARI_INVALID_PARAMETERS due to (nDeviceType != ") +
-                                      model().deviceName + ") !"}));
+        (Texts{"Enter, nDeviceType=" + typeText(),
+               "leave with nResult=-1 due to (called inside a callback) !",
+               "Enter, nDeviceType=" + std::to_string(calls.wrongType),
+               "leave with ARI_INVALID_PARAMETERS due to (nDeviceType != " + model().deviceName + ") !"}));
     EXPECT_NE(library().signWidget, nullptr);
     pad().draw(wave(model(), 8));
     EXPECT_EQ(pad().points(), 10);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Lifecycle, StopIsRefusedInsideTheRealTimeCallback)
 {
     ASSERT_TRUE(pad().start());
-    calls.api = &api();
-    calls.deviceType = type();
-    calls.wrongType = otherModel(model()).deviceType;
+    callInside(model());
     ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), [](unsigned long, long) { stopInside(); }));
-    setLogging(true);
-    sim().send({sampleAt(model(), {0.5, 0.5}, PenDown)});
-    setLogging(false);
+    logged([&] { sim().send({sampleAt(model(), {0.5, 0.5}, PenDown)}); });
     EXPECT_EQ(calls.done, 1);
     EXPECT_EQ(calls.stopResult, -1);
     EXPECT_EQ(calls.wrongTypeStopResult, -2);
-    const std::vector<std::string> texts = linesOf("UnInitialDevice");
+    const Texts texts = linesOf("UnInitialDevice");
     ASSERT_EQ(texts.size(), 4u);
     EXPECT_EQ(texts[1], "leave with nResult=-1 due to (called inside a callback) !");
     EXPECT_NE(library().signWidget, nullptr);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Lifecycle, StopOfAnotherFamilyIsRefusedInsideACallbackToo)
 {
     ASSERT_TRUE(pad().start());
-    calls.api = &library().family(otherModel(model()));
-    calls.deviceType = otherModel(model()).deviceType;
-    calls.wrongType = type();
+    callInside(otherModel(model()));
     ASSERT_EQ(api().SignatureStatusCallback(type(), [](int) { stopInside(); }), 0);
     sim().pressKey(0);
     ASSERT_TRUE(waitUntil([] { return calls.done == 1; }));
     EXPECT_EQ(calls.stopResult, -1);
     EXPECT_NE(library().signWidget, nullptr);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // What a host may do inside a callback: everything but stop.
@@ -341,9 +309,7 @@ TEST_P(Lifecycle, StatusCallbackMayCallTheLibrary)
 {
     ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 30));
-    calls.api = &api();
-    calls.parent = pad().parent();
-    calls.deviceType = type();
+    callInside(model(), pad().parent());
     calls.ink = true;
     ASSERT_EQ(api().SignatureStatusCallback(type(), [](int) { callEverything(calls.deviceType); }), 0);
     setLogging(true);
@@ -353,24 +319,18 @@ TEST_P(Lifecycle, StatusCallbackMayCallTheLibrary)
     mainLog(); // every line still has its form
     pad().draw(wave(model(), 8));
     EXPECT_EQ(pad().points(), 10);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Lifecycle, RealTimeCallbackMayCallTheLibrary)
 {
     ASSERT_TRUE(pad().start());
-    calls.api = &api();
-    calls.parent = pad().parent();
-    calls.deviceType = type();
+    callInside(model(), pad().parent());
     ASSERT_TRUE(api().RealTimeSignatureDataCallback(
         type(), [](unsigned long, long) { callEverything(calls.deviceType); }));
-    setLogging(true);
-    sim().send(wave(model(), 8));
-    setLogging(false);
+    logged([&] { sim().send(wave(model(), 8)); });
     EXPECT_EQ(calls.done, 1);
     mainLog();
     EXPECT_EQ(pad().points(), 9); // all but the first, which the callback cleared away
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Lifecycle, StopWaitsForARunningStatusCallback)
@@ -424,19 +384,14 @@ class WidgetLifecycle : public Lifecycle
 TEST_P(WidgetLifecycle, UnknownWindowIdIsRefusedWithoutAnObject)
 {
     for (const WindowId id : {WindowId(0x7ffffff0), ~WindowId(0)}) {
-        removeLogs();
-        setLogging(true);
-        EXPECT_FALSE(api().InitialDeviceByWId(type(), id, 1, 2, 3, 4));
-        setLogging(false);
-        const std::vector<LogLine> lines = mainLog();
+        const std::vector<LogLine> lines =
+            logged([&] { EXPECT_FALSE(api().InitialDeviceByWId(type(), id, 1, 2, 3, 4)); });
         ASSERT_EQ(lines.size(), 2u) << testing::PrintToString(lines);
         EXPECT_EQ(lines[0].text, "Enter, nDeviceType=" + typeText() + ", nX=1, nY=2, nWidth=3, nHeight=4");
         EXPECT_EQ(lines[1].text, "leave with false due to (g_pSignWidget == nullptr) !");
-        EXPECT_EQ(library().signWidget, nullptr);
-        EXPECT_EQ(library().useSignObj, 0);
+        expectNoObject();
     }
     ASSERT_TRUE(pad().start());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(WidgetLifecycle, WidgetTakesTheGivenPlaceAndIsShown)
@@ -446,7 +401,6 @@ TEST_P(WidgetLifecycle, WidgetTakesTheGivenPlaceAndIsShown)
     ASSERT_NE(widget, nullptr);
     EXPECT_EQ(widget->geometry(), QRect(11, 22, 321, 123));
     EXPECT_TRUE(widget->isVisible());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(WidgetLifecycle, WidgetInAHiddenWindowHasItsCanvasAtOnce)
@@ -460,7 +414,6 @@ TEST_P(WidgetLifecycle, WidgetInAHiddenWindowHasItsCanvasAtOnce)
     processEvents();
     EXPECT_TRUE(pad().signWidget()->isVisible());
     EXPECT_EQ(pad().canvas().size(), QSize(321, 123));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(WidgetLifecycle, StopHidesTheWidgetAndDeletesItWhenEventsRun)
@@ -483,13 +436,10 @@ TEST_P(WidgetLifecycle, WindowlessStartUnderALiveWidgetTurnsTheFlagOnAndNothingE
         QPointer<QWidget> widget = pad().signWidget();
         void* const object = library().signWidget;
         const std::size_t driverCalls = sim().callLog().size();
-        removeLogs();
-        setLogging(true);
-        if (byId)
-            EXPECT_TRUE(api().InitialDeviceByWId(type(), 0, 0, 0, 50, 50));
-        else
-            EXPECT_TRUE(api().InitialDevice(type(), nullptr, 0, 0, 50, 50));
-        setLogging(false);
+        logged([&] {
+            EXPECT_TRUE(byId ? api().InitialDeviceByWId(type(), 0, 0, 0, 50, 50)
+                             : api().InitialDevice(type(), nullptr, 0, 0, 50, 50));
+        });
         EXPECT_EQ(linesOf(byId ? "InitialDeviceByWId" : "InitialDevice").back(),
                   "leave with true due to g_pSignWidget already created !");
         EXPECT_NE(library().useSignObj, 0);
@@ -500,22 +450,18 @@ TEST_P(WidgetLifecycle, WindowlessStartUnderALiveWidgetTurnsTheFlagOnAndNothingE
         pad().draw(wave(model(), 20));
         EXPECT_EQ(pad().points(), 22);
         EXPECT_EQ(pad().canvas().size(), QSize(400, 200));
-        removeLogs();
-        setLogging(true);
-        for (const ExportedOperation& operation : exportedOperations(model())) {
-            if (operation.usesObject())
+        const std::vector<LogLine> lines = logged([&] {
+            for (const ExportedOperation& operation : objectOperations(model()))
                 operation.call(api(), type());
-        }
-        setLogging(false);
-        for (const LogLine& line : mainLog())
+        });
+        for (const LogLine& line : lines)
             EXPECT_FALSE(line.label.starts_with(model().windowlessClass)) << testing::PrintToString(line);
-        EXPECT_FALSE(textsOf(mainLog(), std::string(model().widgetClass) + "::ClearDeviceContent()").empty());
+        EXPECT_FALSE(textsOf(lines, model().widgetClass + "::ClearDeviceContent()").empty());
         widget->resize(200, 100);
         processEvents();
 
         EXPECT_EQ(api().UnInitialDevice(type()), 0);
-        EXPECT_EQ(library().signWidget, nullptr);
-        EXPECT_EQ(library().useSignObj, 0);
+        expectNoObject();
         processEvents();
         EXPECT_TRUE(widget.isNull());
         pad().closeParent();
@@ -530,8 +476,7 @@ TEST_P(WidgetLifecycle, FlagSetByHandUnderALiveWidgetIsSurvived)
     pad().draw(wave(model(), 20));
     EXPECT_EQ(pad().points(), 22);
     EXPECT_EQ(pad().stop(), 0);
-    EXPECT_EQ(library().signWidget, nullptr);
-    EXPECT_EQ(library().useSignObj, 0);
+    expectNoObject();
 }
 
 TEST_P(WidgetLifecycle, FlagLeftSetMakesAWindowlessObjectInSpiteOfTheParent)
@@ -542,22 +487,16 @@ TEST_P(WidgetLifecycle, FlagLeftSetMakesAWindowlessObjectInSpiteOfTheParent)
             ASSERT_TRUE(pad().start({.byWindowId = byId}));
             EXPECT_EQ(pad().signWidget(), nullptr);
             EXPECT_NE(library().useSignObj, 0);
-            removeLogs();
-            setLogging(true);
-            EXPECT_EQ(api().Clear(type()), 0);
-            setLogging(false);
-            EXPECT_FALSE(
-                textsOf(mainLog(), std::string(model().windowlessClass) + "::ClearDeviceContent()").empty());
+            logged([&] { EXPECT_EQ(api().Clear(type()), 0); });
+            EXPECT_FALSE(textsOf(mainLog(), model().windowlessClass + "::ClearDeviceContent()").empty());
             pad().draw(wave(model(), 20));
             EXPECT_EQ(pad().canvas().size(), QSize(400, 200));
             EXPECT_EQ(pad().stop(), 0);
-            EXPECT_EQ(library().signWidget, nullptr);
-            EXPECT_EQ(library().useSignObj, 0);
+            expectNoObject();
         }
     }
     ASSERT_TRUE(pad().start());
     EXPECT_NE(pad().signWidget(), nullptr);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(WidgetLifecycle, FlagLeftSetMakesAnUnknownWindowIdWindowless)
@@ -566,8 +505,7 @@ TEST_P(WidgetLifecycle, FlagLeftSetMakesAnUnknownWindowIdWindowless)
     ASSERT_TRUE(api().InitialDeviceByWId(type(), 0x7ffffff0, 0, 0, 40, 20));
     EXPECT_NE(library().signWidget, nullptr);
     EXPECT_EQ(api().UnInitialDevice(type()), 0);
-    EXPECT_EQ(library().signWidget, nullptr);
-    EXPECT_EQ(library().useSignObj, 0);
+    expectNoObject();
 }
 
 TEST_P(WidgetLifecycle, FlagClearedByHandUnderAWindowlessObjectIsSurvived)
@@ -579,8 +517,7 @@ TEST_P(WidgetLifecycle, FlagClearedByHandUnderAWindowlessObjectIsSurvived)
     EXPECT_EQ(windowless.points(), 22);
     EXPECT_EQ(windowless.canvas().size(), QSize(400, 200));
     EXPECT_EQ(windowless.stop(), 0);
-    EXPECT_EQ(library().signWidget, nullptr);
-    EXPECT_EQ(library().useSignObj, 0);
+    expectNoObject();
 }
 
 TEST_P(WidgetLifecycle, ParentClosedWhileLiveStopsThePad)
@@ -596,7 +533,6 @@ TEST_P(WidgetLifecycle, ParentClosedWhileLiveStopsThePad)
     EXPECT_EQ(api().GetTotalPacketsNumber(type()), -8);
     EXPECT_EQ(api().UnInitialDevice(type()), 0);
     ASSERT_TRUE(pad().start());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(WidgetLifecycle, WidgetDeletedByTheHostStopsThePad)
@@ -606,7 +542,6 @@ TEST_P(WidgetLifecycle, WidgetDeletedByTheHostStopsThePad)
     EXPECT_EQ(library().signWidget, nullptr);
     EXPECT_EQ(api().UnInitialDevice(type()), 0);
     ASSERT_TRUE(pad().start());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(WidgetLifecycle, ParentClosedAfterStopBeforeEventsRan)
@@ -616,7 +551,6 @@ TEST_P(WidgetLifecycle, ParentClosedAfterStopBeforeEventsRan)
     pad().closeParent(); // takes the widget that waits for its deletion with it
     EXPECT_EQ(library().signWidget, nullptr);
     ASSERT_TRUE(pad().start());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(WidgetLifecycle, NewObjectBeforeTheOldWidgetIsGoneKeepsItsPlace)
@@ -631,7 +565,6 @@ TEST_P(WidgetLifecycle, NewObjectBeforeTheOldWidgetIsGoneKeepsItsPlace)
     EXPECT_EQ(library().signWidget, object);
     pad().draw(wave(model(), 8));
     EXPECT_EQ(pad().points(), 10);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(WidgetLifecycle, ParentClosedWhileThePenStreams)

@@ -47,15 +47,20 @@ protected:
         EXPECT_EQ(api().Clear(type()), 0);
         EXPECT_EQ(pad().stop(), 0);
     }
+
+    void loggedSession()
+    {
+        setLogging(true);
+        wholeSession();
+        setLogging(false);
+    }
 };
 
 TEST_P(Logging, WritesNoFileWhileItIsOff)
 {
     wholeSession();
-    for (const ExportedOperation& operation : exportedOperations(model())) {
-        if (operation.usesObject())
-            operation.call(api(), otherModel(model()).deviceType);
-    }
+    for (const ExportedOperation& operation : objectOperations(model()))
+        operation.call(api(), otherModel(model()).deviceType);
     EXPECT_FALSE(fs::exists(mainLogFile));
     EXPECT_FALSE(fs::exists(inThreadLogFile));
 }
@@ -111,9 +116,7 @@ TEST_P(Logging, EveryLineOfASessionHasTheFormOfALine)
 
 TEST_P(Logging, LineEndsInCommaBlankAndNewline)
 {
-    setLogging(true);
-    api().SetPenWidth(0, 3);
-    setLogging(false);
+    logged([&] { api().SetPenWidth(0, 3); });
     const std::string content = fileContent(mainLogFile);
     ASSERT_GE(content.size(), 3u);
     EXPECT_EQ(content.substr(content.size() - 5), " !, \n");
@@ -124,11 +127,10 @@ TEST_P(Logging, LineEndsInCommaBlankAndNewline)
 
 TEST_P(Logging, TickNeverDecreasesFromCallToCall)
 {
-    setLogging(true);
-    for (int i = 0; i < 300; ++i)
-        api().Clear(0);
-    setLogging(false);
-    const std::vector<LogLine> lines = mainLog();
+    const std::vector<LogLine> lines = logged([&] {
+        for (int i = 0; i < 300; ++i)
+            api().Clear(0);
+    });
     ASSERT_EQ(lines.size(), 600u);
     for (std::size_t i = 1; i < lines.size(); ++i)
         ASSERT_GE(lines[i].tick, lines[i - 1].tick);
@@ -149,9 +151,7 @@ TEST_P(Logging, FileThatCannotBeOpenedChangesNoResult)
 {
     fs::create_directory(mainLogFile);
     fs::create_directory(inThreadLogFile);
-    setLogging(true);
-    wholeSession();
-    setLogging(false);
+    loggedSession();
     EXPECT_TRUE(fs::is_empty(mainLogFile));
     EXPECT_TRUE(fs::is_empty(inThreadLogFile));
     fs::remove(mainLogFile);
@@ -165,9 +165,7 @@ TEST_P(Logging, LinksAreNotFollowed)
     std::ofstream("elsewhere") << "mine";
     fs::create_symlink(fs::absolute("elsewhere"), mainLogFile);
     fs::create_symlink(fs::absolute("nowhere"), inThreadLogFile);
-    setLogging(true);
-    wholeSession();
-    setLogging(false);
+    loggedSession();
     EXPECT_EQ(fileContent("elsewhere"), "mine");
     EXPECT_FALSE(fs::exists("nowhere"));
     EXPECT_TRUE(fs::is_symlink(mainLogFile));
@@ -181,9 +179,7 @@ TEST_P(Logging, FileWithASecondNameIsLeftAlone)
         std::ofstream(log) << "[someone()]:<1>-was here, \n";
         fs::create_hard_link(log, std::string(log) + ".second");
     }
-    setLogging(true);
-    wholeSession();
-    setLogging(false);
+    loggedSession();
     EXPECT_EQ(mainLog().size(), 1u);
     EXPECT_EQ(inThreadLog().size(), 1u);
     for (const char* log : {mainLogFile, inThreadLogFile})
@@ -202,9 +198,7 @@ TEST_P(Logging, PipeGetsNothingAndHoldsNobodyUp)
         readers.push_back(open(log, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
         ASSERT_GE(readers.back(), 0);
     }
-    setLogging(true);
-    wholeSession();
-    setLogging(false);
+    loggedSession();
     for (const int reader : readers) {
         char byte = 0;
         EXPECT_LE(read(reader, &byte, 1), 0);
@@ -222,9 +216,7 @@ TEST_P(Logging, FileOfAnotherUserIsLeftAlone)
         if (chown(log, nobody, nobody) != 0)
             GTEST_SKIP() << "only root can give a file away";
     }
-    setLogging(true);
-    wholeSession();
-    setLogging(false);
+    loggedSession();
     EXPECT_EQ(mainLog().size(), 1u);
     EXPECT_EQ(inThreadLog().size(), 1u);
 }
@@ -242,7 +234,6 @@ TEST_P(Logging, FilesAreNotKeptOpen)
     api().Clear(type());
     EXPECT_TRUE(fs::exists(mainLogFile));
     setLogging(false);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Logging, PathsThatTheLocaleCannotWriteStillGiveLines)
@@ -250,15 +241,15 @@ TEST_P(Logging, PathsThatTheLocaleCannotWriteStillGiveLines)
     ASSERT_STREQ(std::setlocale(LC_ALL, "C"), "C");
     ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 10));
-    setLogging(true);
-    std::wstring chinese = L"\x7b7e\x540d.png";
-    EXPECT_EQ(api().SaveDrawingImage(type(), ImagePng, chinese.data(), 1), 0);
-    std::wstring impossible = L"\xd800\x7fffffff/none.png"; // no character at all
-    EXPECT_EQ(api().SaveDrawingImage(type(), ImagePng, impossible.data(), 1), -8);
-    std::wstring endless(5000, L'\x7b7e');
-    EXPECT_EQ(api().SaveDrawingImage(type(), ImagePng, endless.data(), 1), -8);
-    setLogging(false);
-    const std::vector<std::string> texts = textsOf(mainLog(), exported("SaveDrawingImage"));
+    const auto save = [&](std::wstring path) {
+        return api().SaveDrawingImage(type(), ImagePng, path.data(), 1);
+    };
+    const Texts texts = textsOf(logged([&] {
+                                    EXPECT_EQ(save(L"\x7b7e\x540d.png"), 0);
+                                    EXPECT_EQ(save(L"\xd800\x7fffffff/none.png"), -8); // no character at all
+                                    EXPECT_EQ(save(std::wstring(5000, L'\x7b7e')), -8);
+                                }),
+                                exported("SaveDrawingImage"));
     ASSERT_EQ(texts.size(), 6u);
     EXPECT_EQ(texts[1], "leave with nResult=0 !");
     EXPECT_EQ(texts[3], "leave with nResult=-8 !");
@@ -296,14 +287,11 @@ TEST_P(Logging, FormatBuffersHoldTheLastMessageOfTheirKind)
     EXPECT_EQ(bufferText<char>("g_cKeyBuf_InThread"), inThreadLog().back().message);
     EXPECT_EQ(bufferText<char>("g_cKeyBuf"), mainLog().back().message);
     EXPECT_NE(bufferText<char>("g_cKeyBuf"), narrowMessage);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Logging, ValueBuffersAreNeverWritten)
 {
-    setLogging(true);
-    wholeSession();
-    setLogging(false);
+    loggedSession();
     EXPECT_EQ(bufferText<char>("g_cValueBuf"), "");
     EXPECT_EQ(bufferText<char>("g_cValueBuf_InThread"), "");
     EXPECT_EQ(bufferText<wchar_t>("g_wszValueBuf"), "");
@@ -318,7 +306,6 @@ TEST_P(Logging, SwitchedOnInACallbackItBeginsWithTheNextLine)
     EXPECT_TRUE(waitUntil([&] { return inThreadLog().size() >= expected.size(); }));
     setLogging(false);
     EXPECT_EQ(textsOf(inThreadLog(), method("DoClickConfirmKeyAction")), expected);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Logging, SwitchedOffInACallbackItEndsThere)
@@ -337,18 +324,16 @@ TEST_P(Logging, SwitchedOffInACallbackItEndsThere)
 TEST_P(Logging, LinesOfManyThreadsStayWhole)
 {
     ASSERT_TRUE(pad().start());
-    setLogging(true);
-    sim().queue(wave(model(), 400));
-    for (int i = 0; i < 200; ++i) {
-        api().GetTotalPacketsNumber(type());
-        api().SetPenWidth(type(), 1 + i % 10);
-    }
-    sim().waitIdle();
-    setLogging(false);
-    const std::vector<LogLine> lines = mainLog();
+    const std::vector<LogLine> lines = logged([&] {
+        sim().queue(wave(model(), 400));
+        for (int i = 0; i < 200; ++i) {
+            api().GetTotalPacketsNumber(type());
+            api().SetPenWidth(type(), 1 + i % 10);
+        }
+        sim().waitIdle();
+    });
     EXPECT_EQ(withLabel(lines, exported("SetPenWidth")).size(), 400u);
     EXPECT_EQ(textsOf(lines, method("StartSignOnCanvas")).size(), padCase().isWidget() ? 400u : 800u);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_ALL(Logging);

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "library.h"
 #include "processes.h"
 
 namespace scribera::test {
@@ -47,8 +48,6 @@ std::optional<LogLine> parseLine(const std::string& line)
     return parsed;
 }
 
-} // namespace
-
 std::vector<LogLine> readLog(const std::string& path)
 {
     std::vector<LogLine> lines;
@@ -70,6 +69,8 @@ std::vector<LogLine> readLog(const std::string& path)
     return lines;
 }
 
+} // namespace
+
 std::vector<LogLine> mainLog()
 {
     return readLog(mainLogFile);
@@ -86,6 +87,15 @@ void removeLogs()
     fs::remove(inThreadLogFile);
 }
 
+std::vector<LogLine> logged(const std::function<void()>& call)
+{
+    removeLogs();
+    setLogging(true);
+    call();
+    setLogging(false);
+    return mainLog();
+}
+
 std::vector<LogLine> withLabel(const std::vector<LogLine>& lines, const std::string& label)
 {
     std::vector<LogLine> found;
@@ -94,20 +104,12 @@ std::vector<LogLine> withLabel(const std::vector<LogLine>& lines, const std::str
     return found;
 }
 
-std::vector<std::string> textsOf(const std::vector<LogLine>& lines, const std::string& label)
+Texts textsOf(const std::vector<LogLine>& lines, const std::string& label)
 {
-    std::vector<std::string> texts;
+    Texts texts;
     for (const LogLine& line : withLabel(lines, label))
         texts.push_back(line.text);
     return texts;
-}
-
-std::vector<std::string> labelsOf(const std::vector<LogLine>& lines)
-{
-    std::vector<std::string> labels;
-    for (const LogLine& line : lines)
-        labels.push_back(line.label);
-    return labels;
 }
 
 std::string hex(const void* pointer)

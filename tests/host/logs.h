@@ -1,6 +1,7 @@
 // The log files.
 #pragma once
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -8,6 +9,8 @@
 #include "surroundings.h"
 
 namespace scribera::test {
+
+using Texts = std::vector<std::string>;
 
 struct LogLine
 {
@@ -20,16 +23,17 @@ struct LogLine
 
 void PrintTo(const LogLine& line, std::ostream* out);
 
-// Reads a log and checks every line's form: "[label]:message, \n". Reports a test failure for a line that
-// differs. A missing file has no lines.
-std::vector<LogLine> readLog(const std::string& path);
+// Their lines, whose form is checked: "[label]:message, \n". Reports a test failure for a line that differs.
+// A missing file has no lines.
 std::vector<LogLine> mainLog();
 std::vector<LogLine> inThreadLog();
 void removeLogs();
 
+// Runs the call with logging on and no earlier line in either file. What it wrote to the main one.
+std::vector<LogLine> logged(const std::function<void()>& call);
+
 std::vector<LogLine> withLabel(const std::vector<LogLine>& lines, const std::string& label);
-std::vector<std::string> textsOf(const std::vector<LogLine>& lines, const std::string& label);
-std::vector<std::string> labelsOf(const std::vector<LogLine>& lines);
+Texts textsOf(const std::vector<LogLine>& lines, const std::string& label);
 std::string hex(const void* pointer); // as %lx writes it
 
 template <class Function>

@@ -50,19 +50,8 @@ private:
 // bits.
 constexpr std::size_t longSizes[] = {715827884, 1431655768};
 
-class LongTexts : public PadTest
+class LongTexts : public OpenPadTest
 {
-protected:
-    void SetUp() override
-    {
-        PadTest::SetUp();
-        ASSERT_TRUE(pad().start());
-    }
-    void TearDown() override
-    {
-        EXPECT_EQ(pad().stop(), 0);
-        PadTest::TearDown();
-    }
 };
 
 TEST_P(LongTexts, GiveAllTheirPoints)

@@ -1,11 +1,11 @@
 // Runs one test in this process, with a working directory and a /tmp of its own. Asked for several tests it
 // starts itself once for each, because a test may need a process without an application object, or ends one.
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -94,22 +94,14 @@ int runEach(const std::vector<std::string>& tests, char** argv)
     return failed.empty() && !tests.empty() ? 0 : 1;
 }
 
-std::string fileName(std::string test)
-{
-    for (char& c : test) {
-        if (c == '/')
-            c = '-';
-    }
-    return test;
-}
-
 int runOne(const std::string& test)
 {
     if (!scribera::test::makeTmpPrivate({SCRIBERA_BINARY_DIR, SCRIBERA_SOURCE_DIR}))
         scribera::test::lockSharedTmp();
 
-    const fs::path directory =
-        fs::path(SCRIBERA_TEST_WORK_DIR) / (fileName(test) + "." + std::to_string(getpid()));
+    std::string name = test + "." + std::to_string(getpid());
+    std::replace(name.begin(), name.end(), '/', '-');
+    const fs::path directory = fs::path(SCRIBERA_TEST_WORK_DIR) / name;
     fs::remove_all(directory);
     fs::create_directories(directory);
     fs::current_path(directory);

@@ -56,17 +56,27 @@ const PadModel& otherModel(const PadModel& model)
 
 std::string PadCase::method(const std::string& name) const
 {
-    return std::string(className()) + "::" + name + "()";
+    return className() + "::" + name + "()";
 }
 
 std::string PadCase::exported(const std::string& name) const
 {
-    return std::string(model->prefix) + name + "()";
+    return model->prefix + name + "()";
 }
 
 std::string PadCase::name() const
 {
-    return std::string(model->name) + (isWidget() ? "Widget" : "Windowless");
+    return model->name + (isWidget() ? "Widget" : "Windowless");
+}
+
+std::vector<std::string> PadCase::words() const
+{
+    return {model->name, isWidget() ? "widget" : "windowless"};
+}
+
+PadCase PadCase::of(const std::vector<std::string>& words)
+{
+    return {&padModel(words.at(0)), words.at(1) == "widget" ? Kind::Widget : Kind::Windowless};
 }
 
 void PrintTo(const PadCase& padCase, std::ostream* out)

@@ -50,6 +50,8 @@ struct PadCase
     std::string method(const std::string& name) const;   // log label of a method: "CK210SignObj::Shutdown()"
     std::string exported(const std::string& name) const; // log label of a function: "SCK210_Clear()"
     std::string name() const;                            // "K210Windowless"
+    std::vector<std::string> words() const;              // how a child process is told of it
+    static PadCase of(const std::vector<std::string>& words);
 };
 
 void PrintTo(const PadCase& padCase, std::ostream* out);

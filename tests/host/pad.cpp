@@ -36,6 +36,9 @@ QWidget& Pad::makeParent(bool shown)
 
 bool Pad::start(const StartOptions& options)
 {
+    if (m_started && Library::instance().signWidget) {
+        EXPECT_EQ(stop(), 0);
+    }
     QWidget* parent = m_case.isWidget() ? &makeParent(options.parentShown) : nullptr;
     if (options.byWindowId) {
         const WindowId id = parent ? parent->winId() : 0;
@@ -108,13 +111,34 @@ void PadTest::SetUp()
     m_pad = std::make_unique<Pad>(GetParam());
 }
 
-void PadTest::TearDown()
+void PadTest::closePad()
 {
     setLogging(false);
+    if (m_pad) {
+        EXPECT_EQ(m_pad->stop(), 0);
+        expectNoObject();
+    }
     m_pad.reset();
+}
+
+void PadTest::TearDown()
+{
+    closePad();
     if (!padCase().isWidget()) {
         EXPECT_EQ(QCoreApplication::instance(), nullptr) << "a windowless test ran beside an application";
     }
+}
+
+void expectNoObject()
+{
+    EXPECT_EQ(Library::instance().signWidget, nullptr);
+    EXPECT_EQ(Library::instance().useSignObj, 0);
+}
+
+void OpenPadTest::SetUp()
+{
+    PadTest::SetUp();
+    ASSERT_TRUE(pad().start());
 }
 
 } // namespace scribera::test

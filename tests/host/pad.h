@@ -7,7 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QEvent>
 #include <QImage>
+#include <QPaintEvent>
+#include <QRegion>
 #include <QWidget>
 
 #include "driver.h"
@@ -35,8 +38,8 @@ public:
     Pad(const Pad&) = delete;
     Pad& operator=(const Pad&) = delete;
 
-    bool start(const StartOptions& options = {});
-    int stop(); // result of UnInitialDevice; a widget is gone afterwards
+    bool start(const StartOptions& options = {}); // anew where it is open
+    int stop();                                   // result of UnInitialDevice; a widget is gone afterwards
     int stopKeepingParent();
 
     const PadCase& padCase() const { return m_case; }
@@ -64,12 +67,14 @@ private:
 };
 
 // Base of the tests that run for every pad and kind. Logging is off and the simulated pad installed at the
-// beginning; a process for the windowless kind never has an application object.
+// beginning; a process for the windowless kind never has an application object. At the end the
+// pad must let itself be closed, whether it is open or not.
 class PadTest : public testing::TestWithParam<PadCase>
 {
 protected:
     void SetUp() override;
     void TearDown() override;
+    void closePad();
 
     const PadCase& padCase() const { return GetParam(); }
     const PadModel& model() const { return *GetParam().model; }
@@ -81,6 +86,33 @@ protected:
     Simulator& sim() { return m_pad->sim(); }
 
     std::unique_ptr<Pad> m_pad;
+};
+
+// Neither the library's object nor the flag that it sets for one without a window.
+void expectNoObject();
+
+// Base of the tests that begin with an open pad of 400 x 200.
+class OpenPadTest : public PadTest
+{
+protected:
+    void SetUp() override;
+};
+
+// Sees what a widget paints, as long as both live.
+class PaintCounter : public QObject
+{
+public:
+    explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            ++paints;
+            region += static_cast<QPaintEvent*>(event)->region();
+        }
+        return false;
+    }
+    int paints = 0;
+    QRegion region;
 };
 
 // The wide form of a path, writable because the library's functions ask for it.
@@ -95,5 +127,14 @@ enum ImageType
     ImagePdf = 7,
     ImageSvg = 8
 };
+
+struct FileType
+{
+    int id;
+    const char* suffix;
+};
+
+inline constexpr FileType fileTypes[] = {
+    {ImageBmp, "bmp"}, {ImageJpeg, "jpg"}, {ImagePng, "png"}, {ImagePdf, "pdf"}, {ImageSvg, "svg"}};
 
 } // namespace scribera::test

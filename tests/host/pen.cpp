@@ -7,11 +7,10 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <mutex>
+#include <functional>
 #include <thread>
 
 #include <QBuffer>
-#include <QImageReader>
 #include <QPainter>
 #include <QSvgRenderer>
 
@@ -27,13 +26,6 @@ void PrintTo(const Ink& ink, std::ostream* out)
 // ---------------------------------------------------------------------------------------------- redraw
 
 namespace {
-
-QImage blank(int width, int height)
-{
-    QImage image(width, height, QImage::Format_ARGB32);
-    image.fill(Qt::white);
-    return image;
-}
 
 double clamped(long long value, int origin, int range)
 {
@@ -135,32 +127,71 @@ void Redraw::resize(int width, int height)
     m_strokesGone = m_model.hasFingerprint;
 }
 
-void InkTest::startWithInk(int width, int height)
+bool InkTest::start(const StartOptions& options)
 {
-    ASSERT_TRUE(pad().start({.width = width, .height = height}));
-    m_redraw = std::make_unique<Redraw>(model(), width, height);
-    pad().draw(wave(model(), 30));
-    m_redraw->feed(wave(model(), 30));
+    m_redraw = std::make_unique<Redraw>(model(), options.width, options.height);
+    return pad().start(options);
 }
 
-void InkTest::expectUnchanged()
+void InkTest::startWithInk(int width, int height)
 {
-    EXPECT_TRUE(holdsPoints(pad(), *m_redraw));
-    EXPECT_TRUE(holdsCanvas(pad(), *m_redraw));
+    ASSERT_TRUE(start({.width = width, .height = height}));
+    draw(wave(model(), 30));
+}
+
+void InkTest::draw(const std::vector<ScrSimSample>& samples)
+{
+    pad().draw(samples);
+    redraw().feed(samples);
+}
+
+void InkTest::setPenWidth(int width)
+{
+    ASSERT_EQ(api().SetPenWidth(type(), width), 0);
+    redraw().setPenWidth(width);
+}
+
+void InkTest::setPenColor(const QColor& color)
+{
+    ASSERT_EQ(api().SetPenColor(type(), color.red(), color.green(), color.blue()), 0);
+    redraw().setColor(color);
+}
+
+void InkTest::setPressure(bool on)
+{
+    ASSERT_EQ(api().SetPenStyle(type(), on), 0);
+    redraw().setPressure(on);
+}
+
+void InkTest::expectSameInk(const std::string& when)
+{
+    EXPECT_TRUE(holdsPoints(pad(), redraw())) << when;
+    EXPECT_TRUE(holdsCanvas(pad(), redraw())) << when;
+}
+
+void OpenInkTest::SetUp()
+{
+    InkTest::SetUp();
+    ASSERT_TRUE(start());
+}
+
+void SignedTest::SetUp()
+{
+    InkTest::SetUp();
+    startWithInk();
 }
 
 // ---------------------------------------------------------------------------------------------- pictures
 
 namespace {
 
+// Of pictures with 32 bits a pixel.
 template <class Same>
-testing::AssertionResult compare(const QImage& seen, const QImage& expected, Same same)
+testing::AssertionResult compareBits(const QImage& a, const QImage& b, Same same)
 {
-    if (seen.size() != expected.size())
-        return testing::AssertionFailure() << "size " << seen.width() << " x " << seen.height()
-                                           << ", expected " << expected.width() << " x " << expected.height();
-    const QImage a = seen.convertToFormat(QImage::Format_ARGB32);
-    const QImage b = expected.convertToFormat(QImage::Format_ARGB32);
+    if (a.size() != b.size())
+        return testing::AssertionFailure() << "size " << a.width() << " x " << a.height() << ", expected "
+                                           << b.width() << " x " << b.height();
     int differences = 0;
     std::string first;
     for (int y = 0; y < a.height(); ++y) {
@@ -178,12 +209,34 @@ testing::AssertionResult compare(const QImage& seen, const QImage& expected, Sam
     return testing::AssertionFailure() << differences << " pixels differ, the first: " << first;
 }
 
+template <class Same>
+testing::AssertionResult compare(const QImage& seen, const QImage& expected, Same same)
+{
+    return compareBits(seen.convertToFormat(QImage::Format_ARGB32),
+                       expected.convertToFormat(QImage::Format_ARGB32), same);
+}
+
 bool hasInk(QRgb pixel)
 {
     return (pixel & 0xffffff) != 0xffffff;
 }
 
 } // namespace
+
+QImage blank(int width, int height)
+{
+    QImage image(width, height, QImage::Format_ARGB32);
+    image.fill(Qt::white);
+    return image;
+}
+
+testing::AssertionResult same(const QImage& seen, const QImage& expected)
+{
+    if (seen.isNull() || seen.depth() != 32 || expected.depth() != 32)
+        return testing::AssertionFailure()
+               << "pictures of " << seen.depth() << " and " << expected.depth() << " bits";
+    return compareBits(seen, expected, std::equal_to<QRgb>());
+}
 
 testing::AssertionResult sameColors(const QImage& seen, const QImage& expected)
 {
@@ -192,7 +245,7 @@ testing::AssertionResult sameColors(const QImage& seen, const QImage& expected)
 
 testing::AssertionResult samePixels(const QImage& seen, const QImage& expected)
 {
-    return compare(seen, expected, [](QRgb a, QRgb b) { return a == b; });
+    return compare(seen, expected, std::equal_to<QRgb>());
 }
 
 testing::AssertionResult isCanvasOnNothing(const QImage& seen, const QImage& canvas)
@@ -210,33 +263,31 @@ testing::AssertionResult inkAgrees(const QImage& seen, const QImage& canvas)
 
 bool isWhite(const QImage& image)
 {
-    return !image.isNull() && inkBox(image, 0, 0).isNull();
+    return !image.isNull() && inkOf(image).isNull();
+}
+
+QRect inkOf(const QImage& image)
+{
+    QRect ink;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (hasInk(image.pixel(x, y)))
+                ink |= QRect(x, y, 1, 1);
+        }
+    }
+    return ink;
 }
 
 QRect inkBox(const QImage& image, long long marginX, long long marginY)
 {
-    long long left = image.width();
-    long long top = image.height();
-    long long right = -1;
-    long long bottom = -1;
-    for (int x = 0; x < image.width(); ++x) {
-        for (int y = 0; y < image.height(); ++y) {
-            if (!hasInk(image.pixel(x, y)))
-                continue;
-            left = std::min<long long>(left, x);
-            right = std::max<long long>(right, x);
-            top = std::min<long long>(top, y);
-            bottom = std::max<long long>(bottom, y);
-        }
-    }
-    if (right < 0)
+    const QRect ink = inkOf(image);
+    if (ink.isNull())
         return {};
-    left = std::max(0LL, left - marginX);
-    top = std::max(0LL, top - marginY);
-    right = std::min<long long>(image.width() - 1, right + marginX);
-    bottom = std::min<long long>(image.height() - 1, bottom + marginY);
-    return {static_cast<int>(left), static_cast<int>(top), static_cast<int>(right - left + 1),
-            static_cast<int>(bottom - top + 1)};
+    const auto left = static_cast<int>(std::max(0LL, ink.left() - marginX));
+    const auto top = static_cast<int>(std::max(0LL, ink.top() - marginY));
+    const auto right = static_cast<int>(std::min(image.width() - 1LL, ink.right() + marginX));
+    const auto bottom = static_cast<int>(std::min(image.height() - 1LL, ink.bottom() + marginY));
+    return {QPoint(left, top), QPoint(right, bottom)};
 }
 
 QImage loaded(const std::string& path)
@@ -399,61 +450,32 @@ std::string printed(const char* format, ...)
     return text;
 }
 
-namespace {
-
-std::mutex statusMutex;
-std::vector<int> statusCalls;
-std::atomic<bool> statusBlocked{false};
-std::atomic<bool> statusInside{false};
-
-} // namespace
-
 StatusRecorder::StatusRecorder(Pad& pad)
 {
     EXPECT_EQ(pad.api().SignatureStatusCallback(pad.type(), receive), 0);
 }
 
-StatusRecorder::~StatusRecorder()
-{
-    unblock();
-}
-
 void StatusRecorder::receive(int status)
 {
     {
-        const std::lock_guard lock(statusMutex);
-        statusCalls.push_back(status);
+        const std::lock_guard lock(s_mutex);
+        s_statuses.push_back(status);
     }
-    statusInside = true;
-    while (statusBlocked)
+    s_isInside = true;
+    while (s_isBlocked)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    statusInside = false;
+    s_isInside = false;
 }
 
 std::vector<int> StatusRecorder::statuses() const
 {
-    const std::lock_guard lock(statusMutex);
-    return statusCalls;
+    const std::lock_guard lock(s_mutex);
+    return s_statuses;
 }
 
 bool StatusRecorder::waitFor(std::size_t count) const
 {
     return waitUntil([&] { return statuses().size() >= count; });
-}
-
-void StatusRecorder::block()
-{
-    statusBlocked = true;
-}
-
-void StatusRecorder::unblock()
-{
-    statusBlocked = false;
-}
-
-bool StatusRecorder::isInside() const
-{
-    return statusInside;
 }
 
 // ---------------------------------------------------------------------------------------------- ink stream

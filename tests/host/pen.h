@@ -3,12 +3,11 @@
 // What the tests of the pen and of the exports share: a signature drawn a second time by the tests' own
 // arithmetic, pictures compared pixel by pixel, and the texts that the library hands over.
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <QByteArray>
@@ -20,8 +19,6 @@
 #include "harness.h"
 
 namespace scribera::test {
-
-using Texts = std::vector<std::string>;
 
 struct Ink // a stored point, as getPackets gives it
 {
@@ -88,19 +85,45 @@ private:
     std::vector<Segment> m_segments;
 };
 
-// Base of the tests that hand over a signature: the pad with ink on it, and the same ink drawn by the tests.
+// Base of the tests that hold the pad's ink against the same ink drawn by the tests.
 class InkTest : public PadTest
 {
 protected:
+    bool start(const StartOptions& options = {}); // the pad, and an empty redraw beside it
     void startWithInk(int width = 400, int height = 200);
+    Redraw& redraw() { return *m_redraw; }
     const QImage& canvas() const { return m_redraw->image(); }
-    void expectUnchanged(); // the signature is as it was, whatever a call did
 
+    // On the pad and in the redraw.
+    void draw(const std::vector<ScrSimSample>& samples);
+    void setPenWidth(int width);
+    void setPenColor(const QColor& color);
+    void setPressure(bool on);
+    void expectSameInk(const std::string& when = ""); // the stored points and the canvas
+
+private:
     std::unique_ptr<Redraw> m_redraw;
+};
+
+// Bases of the tests that begin with an open pad of 400 x 200, without and with ink on it.
+class OpenInkTest : public InkTest
+{
+protected:
+    void SetUp() override;
+};
+
+class SignedTest : public InkTest
+{
+protected:
+    void SetUp() override;
 };
 
 // ---------------------------------------------------------------------------------------------- pictures
 
+QImage blank(int width, int height); // white
+
+// Equal in size, format of 32 bits and every bit of every pixel.
+testing::AssertionResult same(const QImage& seen, const QImage& expected);
 // Same size and same red, green and blue everywhere.
 testing::AssertionResult sameColors(const QImage& seen, const QImage& expected);
 // Same size and same value everywhere, alpha included.
@@ -111,8 +134,9 @@ testing::AssertionResult isCanvasOnNothing(const QImage& seen, const QImage& can
 testing::AssertionResult inkAgrees(const QImage& seen, const QImage& canvas);
 bool isWhite(const QImage& image);
 
-// The smallest rectangle with all ink, widened by the margins and cut at the picture's edges; null without
-// ink.
+// The smallest rectangle with all ink, and that widened by the margins and cut at the picture's edges; both
+// null without ink.
+QRect inkOf(const QImage& image);
 QRect inkBox(const QImage& image, long long marginX, long long marginY);
 
 QImage loaded(const std::string& path); // by content, whatever the suffix says
@@ -137,15 +161,6 @@ Taken takeImageEx(Pad& pad, int imageType, bool transparent);
 Taken takeSvg(Pad& pad);
 std::string takeTime(Pad& pad, int index); // "" for null
 
-struct FileType
-{
-    int id;
-    const char* suffix;
-};
-
-inline constexpr FileType fileTypes[] = {
-    {ImageBmp, "bmp"}, {ImageJpeg, "jpg"}, {ImagePng, "png"}, {ImagePdf, "pdf"}, {ImageSvg, "svg"}};
-
 std::vector<Ink> storedPoints(Pad& pad);
 int decode(Pad& pad, int imageType, const std::string& text, const std::string& path);
 int saveWide(Pad& pad, int imageType, std::wstring path, int dpiLevel = 1);
@@ -162,18 +177,23 @@ class StatusRecorder
 {
 public:
     explicit StatusRecorder(Pad& pad);
-    ~StatusRecorder();
+    ~StatusRecorder() { unblock(); }
     StatusRecorder(const StatusRecorder&) = delete;
     StatusRecorder& operator=(const StatusRecorder&) = delete;
 
     std::vector<int> statuses() const;
     bool waitFor(std::size_t count) const;
-    void block();   // the next callbacks do not return
-    void unblock(); // until this
-    bool isInside() const;
+    void block() { s_isBlocked = true; }    // the next callbacks do not return
+    void unblock() { s_isBlocked = false; } // until this
+    bool isInside() const { return s_isInside; }
 
 private:
     static void receive(int status);
+
+    static inline std::mutex s_mutex;
+    static inline std::vector<int> s_statuses; // guarded by s_mutex; written on the library's thread
+    static inline std::atomic<bool> s_isBlocked = false;
+    static inline std::atomic<bool> s_isInside = false;
 };
 
 // ---------------------------------------------------------------------------------------------- ink stream

@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class Keys : public PadTest
+class Keys : public OpenInkTest
 {
 protected:
     static constexpr ScrSimSample confirmDown = {10, 20, 30, ConfirmKeyDown};
@@ -22,7 +22,6 @@ protected:
 
 TEST_P(Keys, EachPressIsReportedOnce)
 {
-    ASSERT_TRUE(pad().start());
     StatusRecorder recorder(pad());
     EXPECT_EQ(poll(), -1);
     std::vector<int> expected;
@@ -36,12 +35,10 @@ TEST_P(Keys, EachPressIsReportedOnce)
     std::this_thread::sleep_for(50ms);
     EXPECT_EQ(recorder.statuses(), expected);
     EXPECT_EQ(pad().points(), -8);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, ActionComesAtReleaseOrAtTouchAsTheModelHasIt)
 {
-    ASSERT_TRUE(pad().start());
     StatusRecorder recorder(pad());
     std::vector<int> expected;
     for (const auto& [touch, status] : {std::pair(confirmDown, 1), std::pair(cancelDown, 0)}) {
@@ -60,12 +57,10 @@ TEST_P(Keys, ActionComesAtReleaseOrAtTouchAsTheModelHasIt)
         EXPECT_EQ(recorder.statuses(), expected);
         EXPECT_EQ(poll(), -1);
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, ReleaseWithoutTouchDoesNothing)
 {
-    ASSERT_TRUE(pad().start());
     StatusRecorder recorder(pad());
     pad().draw({up, up});
     pad().draw(stroke(model(), {{0.2, 0.2}, {0.5, 0.5}}));
@@ -73,23 +68,15 @@ TEST_P(Keys, ReleaseWithoutTouchDoesNothing)
     std::this_thread::sleep_for(50ms);
     EXPECT_TRUE(recorder.statuses().empty());
     EXPECT_EQ(poll(), -1);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, TouchInAStrokeEndsItWithoutAnEndMark)
 {
-    ASSERT_TRUE(pad().start());
     StatusRecorder recorder(pad());
-    Redraw redraw(model(), 400, 200);
-    const std::vector<ScrSimSample> samples = {
-        at(0.1, PenDown), at(0.4, PenMove), confirmDown, at(0.7, PenMove), up, at(0.9, PenMove)};
-    pad().draw(samples);
-    redraw.feed(samples);
+    draw({at(0.1, PenDown), at(0.4, PenMove), confirmDown, at(0.7, PenMove), up, at(0.9, PenMove)});
     ASSERT_TRUE(recorder.waitFor(1));
-    ASSERT_EQ(redraw.points().size(), 2u);
-    EXPECT_TRUE(holdsPoints(pad(), redraw));
-    EXPECT_TRUE(holdsCanvas(pad(), redraw));
-    EXPECT_EQ(pad().stop(), 0);
+    ASSERT_EQ(redraw().points().size(), 2u);
+    expectSameInk();
 }
 
 TEST_P(Keys, TouchOnTheOtherKeyTakesOver)
@@ -105,7 +92,6 @@ TEST_P(Keys, TouchOnTheOtherKeyTakesOver)
         pad().draw({up});
         EXPECT_EQ(recorder.statuses(), (std::vector<int>{0, 1}));
         EXPECT_EQ(poll(), 1);
-        EXPECT_EQ(pad().stop(), 0);
         return;
     }
     ASSERT_TRUE(pad().start());
@@ -119,12 +105,10 @@ TEST_P(Keys, TouchOnTheOtherKeyTakesOver)
     const int before = clears();
     EXPECT_EQ(api().Clear(type()), 0);
     EXPECT_EQ(clears(), before);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, StrokeBegunOnATouchedKeyLeavesTheKeyTouched)
 {
-    ASSERT_TRUE(pad().start());
     StatusRecorder recorder(pad());
     pad().draw({confirmDown});
     if (!model().keyAtRelease) {
@@ -138,12 +122,10 @@ TEST_P(Keys, StrokeBegunOnATouchedKeyLeavesTheKeyTouched)
     ASSERT_TRUE(recorder.waitFor(1));
     std::this_thread::sleep_for(50ms);
     EXPECT_EQ(recorder.statuses(), std::vector<int>{1});
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, TouchWhileTheCallbackRunsWaitsAndIsTaken)
 {
-    ASSERT_TRUE(pad().start());
     StatusRecorder recorder(pad());
     recorder.block();
     setLogging(true);
@@ -159,12 +141,10 @@ TEST_P(Keys, TouchWhileTheCallbackRunsWaitsAndIsTaken)
     for (const LogLine& line : mainLog())
         EXPECT_EQ(line.text.find("skip due to"), std::string::npos) << line.text;
     EXPECT_EQ(recorder.statuses(), std::vector<int>{1});
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, KeyPressedWhileTheCallbackRunsIsReportedAfterwards)
 {
-    ASSERT_TRUE(pad().start());
     StatusRecorder recorder(pad());
     recorder.block();
     sim().pressKey(1);
@@ -175,12 +155,10 @@ TEST_P(Keys, KeyPressedWhileTheCallbackRunsIsReportedAfterwards)
     recorder.unblock();
     ASSERT_TRUE(recorder.waitFor(2));
     EXPECT_EQ(recorder.statuses(), (std::vector<int>{1, 0}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, QueriesGoOnWhileTheCallbackRuns)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 10));
     StatusRecorder recorder(pad());
     recorder.block();
@@ -193,12 +171,10 @@ TEST_P(Keys, QueriesGoOnWhileTheCallbackRuns)
     EXPECT_EQ(api().Clear(type()), 0);
     EXPECT_EQ(pad().points(), -8);
     recorder.unblock();
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, WithoutCallbackTheActionIsConsumed)
 {
-    ASSERT_TRUE(pad().start());
     {
         StatusRecorder recorder(pad());
         EXPECT_EQ(api().SignatureStatusCallback(type(), nullptr), 0);
@@ -213,12 +189,10 @@ TEST_P(Keys, WithoutCallbackTheActionIsConsumed)
     sim().pressKey(0);
     ASSERT_TRUE(recorder.waitFor(1));
     EXPECT_EQ(recorder.statuses(), std::vector<int>{0}) << "what was consumed must not come again";
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, ClearAfterCancelLeavesThePadsScreenAlone)
 {
-    ASSERT_TRUE(pad().start());
     StatusRecorder recorder(pad());
     sim().SetResult("SCRDAPI_ClearDeviceContent", 7);
     pad().draw(wave(model(), 10));
@@ -240,24 +214,20 @@ TEST_P(Keys, ClearAfterCancelLeavesThePadsScreenAlone)
     sim().SetResult("SCRDAPI_ClearDeviceContent", 0);
     pad().draw(stroke(model(), {{0.5, 0.5}}));
     EXPECT_TRUE(isWhite(pad().canvas()));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, ClearForgetsThePointsThoughThePadFails)
 {
-    ASSERT_TRUE(pad().start());
     sim().SetResult("SCRDAPI_ClearDeviceContent", -5);
     pad().draw(wave(model(), 10));
     EXPECT_EQ(api().Clear(type()), -5);
     EXPECT_EQ(pad().points(), -8);
     pad().draw(stroke(model(), {{0.5, 0.5}}));
     EXPECT_TRUE(isWhite(pad().canvas()));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, ClearBetweenTouchAndReleaseKeepsTheKey)
 {
-    ASSERT_TRUE(pad().start());
     StatusRecorder recorder(pad());
     pad().draw({confirmDown});
     EXPECT_EQ(api().Clear(type()), 0);
@@ -265,17 +235,14 @@ TEST_P(Keys, ClearBetweenTouchAndReleaseKeepsTheKey)
     ASSERT_TRUE(recorder.waitFor(1));
     EXPECT_EQ(recorder.statuses(), std::vector<int>{1});
     EXPECT_EQ(poll(), 1);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Keys, ClearSwitchesClippingOff)
 {
-    ASSERT_TRUE(pad().start());
     EXPECT_EQ(api().SetSaveCenterImageClip(type(), true, 5, 5), 0);
     EXPECT_EQ(api().Clear(type()), 0);
     pad().draw(wave(model(), 10));
     EXPECT_EQ(pad().canvas().size(), QSize(400, 200));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_ALL(Keys);

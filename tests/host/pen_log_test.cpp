@@ -13,7 +13,7 @@ namespace {
 
 using Line = std::pair<std::string, std::string>; // label and text
 
-class PenLog : public PadTest
+class PenLog : public OpenPadTest
 {
 protected:
     std::string handler() const { return method(model().handler); }
@@ -75,7 +75,6 @@ protected:
 
 TEST_P(PenLog, StrokeWritesItsLinesInTheirOrder)
 {
-    ASSERT_TRUE(pad().start());
     const Redraw redraw(model(), 400, 200);
     const std::vector<ScrSimSample> samples = {{model().originX + 7, model().originY + 11, 345, PenDown},
                                                {model().originX + 1180, model().originY + 715, 512, PenMove},
@@ -101,13 +100,11 @@ TEST_P(PenLog, StrokeWritesItsLinesInTheirOrder)
         expected.push_back(leave());
     }
     EXPECT_EQ(penLinesOf(samples), expected);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // An SVG is drawn from the raw points, which are mapped once more for it.
 TEST_P(PenLog, AnSvgMapsEachPointOfAStrokeOnce)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw({{model().originX + 100, model().originY + 100, 300, PenDown},
                 {model().originX + 200, model().originY + 150, 300, PenMove},
                 {0, 0, 0, PenUp},
@@ -118,23 +115,15 @@ TEST_P(PenLog, AnSvgMapsEachPointOfAStrokeOnce)
     for (int point = 0; point < 3; ++point)
         addMapping(expected);
 
-    removeLogs();
-    setLogging(true);
-    EXPECT_EQ(pad().save(ImageSvg, "mapped.svg"), 0);
-    setLogging(false);
+    logged([&] { EXPECT_EQ(pad().save(ImageSvg, "mapped.svg"), 0); });
     EXPECT_EQ(penLines(), expected);
 
-    removeLogs();
-    setLogging(true);
-    EXPECT_FALSE(takeSvg(pad()).null);
-    setLogging(false);
+    logged([&] { EXPECT_FALSE(takeSvg(pad()).null); });
     EXPECT_EQ(penLines(), expected);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(PenLog, CornersOfTheAreaAreMappedToTheCanvas)
 {
-    ASSERT_TRUE(pad().start());
     const int right = model().originX + model().areaWidth - 1;
     const int bottom = model().originY + model().areaHeight - 1;
     const double farX = (model().areaWidth - 1) * (400 / static_cast<double>(model().areaWidth));
@@ -152,32 +141,26 @@ TEST_P(PenLog, CornersOfTheAreaAreMappedToTheCanvas)
         }
         EXPECT_EQ(texts, Texts{printed("Pen_Down, dblSignWndX=%f, dblSignWndY=%f", x, y)});
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(PenLog, IgnoredSamplesWriteEntryAndLeaveOnly)
 {
-    ASSERT_TRUE(pad().start());
     for (const int status : {5, -1, INT_MIN, INT_MAX, 256, int(PenMove), int(PenUp)}) {
         const ScrSimSample sample = {300, 400, 9, status};
         EXPECT_EQ(penLinesOf({sample}), (std::vector<Line>{enter(sample), leave()})) << status;
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(PenLog, InvalidPressureWritesItsLineAndLeaves)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw({sampleAt(model(), {0.1, 0.1}, PenDown)});
     const ScrSimSample sample = {500, 500, model().maxPressure + 1, PenMove};
     EXPECT_EQ(penLinesOf({sample}),
               (std::vector<Line>{enter(sample), {handler(), "Rx invalid pressure value, skip !"}, leave()}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(PenLog, PenUpWithoutPointsWritesNoNotice)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw({sampleAt(model(), {0.1, 0.1}, PenDown)});
     ASSERT_EQ(api().Clear(type()), 0);
     const ScrSimSample up = {model().originX, model().originY, 0, PenUp};
@@ -186,12 +169,10 @@ TEST_P(PenLog, PenUpWithoutPointsWritesNoNotice)
     expected.emplace_back(handler(), place("Pen_Up", {0, 0, 0}));
     expected.push_back(leave());
     EXPECT_EQ(penLinesOf({up}), expected);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(PenLog, KeysWriteTheirLines)
 {
-    ASSERT_TRUE(pad().start());
     StatusRecorder recorder(pad());
     std::size_t presses = 0;
     for (const int key : {1, 0}) {
@@ -210,12 +191,10 @@ TEST_P(PenLog, KeysWriteTheirLines)
         EXPECT_EQ(penLinesOf({touch, release}), expected);
         ASSERT_TRUE(recorder.waitFor(++presses));
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(PenLog, KeyActionsWriteToTheInThreadFileOnly)
 {
-    ASSERT_TRUE(pad().start());
     for (const int key : {1, 0}) {
         const std::string label = method(key == 1 ? "DoClickConfirmKeyAction" : "DoClickCancelKeyAction");
         removeLogs();
@@ -233,11 +212,11 @@ TEST_P(PenLog, KeyActionsWriteToTheInThreadFileOnly)
             EXPECT_TRUE(withLabel(lines, method("AreWeGoingToShutDown")).empty());
         }
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(PenLog, ThreadCarriesTheNameOfItsClass)
 {
+    ASSERT_EQ(pad().stop(), 0);
     setLogging(true);
     ASSERT_TRUE(pad().start());
     const std::string name = std::string("C") + model().name + (padCase().isWidget() ? "Widget" : "Obj") +
@@ -294,7 +273,6 @@ private:
 
 TEST_P(PenLog, TouchesBetweenArmingAndTheActionAreSkipped)
 {
-    ASSERT_TRUE(pad().start());
     StatusRecorder recorder(pad());
     // The thread takes its name when it begins to run.
     ASSERT_TRUE(waitUntil([&] { return LazyActionThread(padCase()).found(); }));
@@ -348,19 +326,15 @@ TEST_P(PenLog, TouchesBetweenArmingAndTheActionAreSkipped)
         }
     }
     EXPECT_TRUE(skipped) << "the action came in between every time";
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(PenLog, ClearWritesItsLines)
 {
-    ASSERT_TRUE(pad().start());
     const std::string label = method("ClearDeviceContent");
     const Texts around = {"b4 call m_pfn_SCRDAPI_ClearDeviceContent()...",
                           "after call m_pfn_SCRDAPI_ClearDeviceContent()..."};
     sim().SetResult("SCRDAPI_ClearDeviceContent", 3);
-    setLogging(true);
-    EXPECT_EQ(api().Clear(type()), 3);
-    setLogging(false);
+    logged([&] { EXPECT_EQ(api().Clear(type()), 3); });
     Texts expected = {"enter..."};
     if (!model().keyAtRelease)
         expected.insert(expected.end(), around.begin(), around.end());
@@ -371,29 +345,23 @@ TEST_P(PenLog, ClearWritesItsLines)
     StatusRecorder recorder(pad());
     sim().pressKey(0);
     ASSERT_TRUE(recorder.waitFor(1));
-    removeLogs();
-    setLogging(true);
-    EXPECT_EQ(api().Clear(type()), 0);
-    setLogging(false);
+    logged([&] { EXPECT_EQ(api().Clear(type()), 0); });
     const std::string name = model().name;
     const std::string line = name == "KM730"  ? " m_bPenDownOnCancelButton = false, only clear UI canvas !"
                              : name == "T580" ? "m_bPenDownOnCancelButton = false, only clear UI canvas !"
                                               : "m_bPenDownOnCancelButton = false";
     EXPECT_EQ(textsOf(mainLog(), label), (Texts{"enter...", line, "leave with nResult=0"}));
     EXPECT_EQ(textsOf(mainLog(), method("ClearSignCanvas")), (Texts{"enter...", "leave !"}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(PenLog, PenSettingsWriteTheirLines)
 {
-    ASSERT_TRUE(pad().start());
-    setLogging(true);
-    EXPECT_EQ(api().SetPenWidth(type(), 7), 0);
-    EXPECT_EQ(api().SetPenWidth(type(), 11), -2);
-    EXPECT_EQ(api().SetPenColor(type(), 1, -2, 300), 0);
-    EXPECT_EQ(api().SetPenStyle(type(), false), 0);
-    setLogging(false);
-    const std::vector<LogLine> lines = mainLog();
+    const std::vector<LogLine> lines = logged([&] {
+        EXPECT_EQ(api().SetPenWidth(type(), 7), 0);
+        EXPECT_EQ(api().SetPenWidth(type(), 11), -2);
+        EXPECT_EQ(api().SetPenColor(type(), 1, -2, 300), 0);
+        EXPECT_EQ(api().SetPenStyle(type(), false), 0);
+    });
     EXPECT_EQ(textsOf(lines, method("SetDevicePenWidth")),
               (Texts{"enter, nPenWidth=7", "leave with nResult=0", "enter, nPenWidth=11",
                      "leave with ARI_INVALID_PARAMETERS since nPenWidth is out of range !"}));
@@ -408,12 +376,10 @@ TEST_P(PenLog, PenSettingsWriteTheirLines)
     EXPECT_EQ(
         textsOf(lines, exported("SetPenColor")),
         (Texts{printed("Enter, nDeviceType=%d, nR=1, nG=-2, nB=300", type()), "leave with nResult=0 !"}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(PenLog, PointQueriesWriteTheirLines)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(stroke(model(), {{0.5, 0.5}}));
     setLogging(true);
     EXPECT_EQ(pad().points(), 2);
@@ -443,14 +409,12 @@ TEST_P(PenLog, PointQueriesWriteTheirLines)
               printed("enter, nDeviceType=%d, pInkPointTime=%s", type(), hex(time).c_str()));
     EXPECT_EQ(textsOf(lines, method("FreeInkPointTime")),
               (Texts{"enter, pInkPointTime=" + hex(time), "after call delete[] pInkPointTime !", "leave !"}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 void ignoreStatus(int) {}
 
 TEST_P(PenLog, KeyQueriesWriteTheirLines)
 {
-    ASSERT_TRUE(pad().start());
     setLogging(true);
     EXPECT_EQ(api().SignatureStatusCallback(type(), ignoreStatus), 0);
     EXPECT_EQ(api().SignatureStatusCallback(type(), nullptr), 0);
@@ -463,15 +427,11 @@ TEST_P(PenLog, KeyQueriesWriteTheirLines)
               (Texts{"enter...", "leave with nKeyStatus=-1"}));
     EXPECT_EQ(textsOf(mainLog(), exported("GetDeviceConfirmOrCancelKeyStatus")).back(),
               "leave with nKeyStatus=-1 !");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(PenLog, ShutdownWritesItsLines)
 {
-    ASSERT_TRUE(pad().start());
-    setLogging(true);
-    EXPECT_EQ(pad().stop(), 0);
-    setLogging(false);
+    logged([&] { EXPECT_EQ(pad().stop(), 0); });
     EXPECT_EQ(textsOf(mainLog(), method("Shutdown")).front(), "Enter...");
     const Texts lines = textsOf(mainLog(), method("Shutdown"));
     const auto at = [&](const std::string& text) {

@@ -22,29 +22,32 @@ long long tickNow()
     return now.tv_sec * 1000LL + now.tv_nsec / 1000000;
 }
 
-class Points : public PadTest
+class Points : public OpenInkTest
 {
 protected:
     std::vector<StreamRecord> records() { return recordsOf(takeImage(pad(), ImageInk).bytes()); }
+
+    // Asking for it is refused, and the record is left as it was.
+    void expectNoPoint(int index)
+    {
+        Packet packet;
+        std::memset(&packet, 0x77, sizeof packet);
+        packet.index = index;
+        const Packet untouched = packet;
+        EXPECT_EQ(api().getPackets(type(), &packet), -1) << index;
+        EXPECT_EQ(std::memcmp(&packet, &untouched, sizeof packet), 0) << index;
+        EXPECT_EQ(api().GetInkPointTime(type(), index), nullptr) << index;
+    }
 };
 
 TEST_P(Points, NoneBeforeTheFirstTouch)
 {
-    ASSERT_TRUE(pad().start());
     EXPECT_EQ(pad().points(), -8);
-    Packet packet;
-    std::memset(&packet, 0x5a, sizeof packet);
-    packet.index = 0;
-    Packet untouched = packet;
-    EXPECT_EQ(api().getPackets(type(), &packet), -1);
-    EXPECT_EQ(std::memcmp(&packet, &untouched, sizeof packet), 0);
-    EXPECT_EQ(api().GetInkPointTime(type(), 0), nullptr);
-    EXPECT_EQ(pad().stop(), 0);
+    expectNoPoint(0);
 }
 
 TEST_P(Points, StrokeEndsWithACopyOfItsLastPoint)
 {
-    ASSERT_TRUE(pad().start());
     const int x = model().originX;
     const int y = model().originY;
     pad().draw({{x + 1, y + 2, 3, PenDown},
@@ -58,41 +61,28 @@ TEST_P(Points, StrokeEndsWithACopyOfItsLastPoint)
     EXPECT_EQ(storedPoints(pad()),
               (std::vector<Ink>{point(1, 2, 3, 0), point(4, 5, 6, 0), point(7, 8, 9, 0), point(7, 8, 9, 1)}));
     EXPECT_EQ(pad().points(), 4);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Points, TapStoresTwo)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw({{700, 800, 90, PenDown}, {1, 2, 3, PenUp}});
     EXPECT_EQ(storedPoints(pad()), (std::vector<Ink>{{700, 800, 90, 0}, {700, 800, 90, 1}}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Points, IndexOutsideIsRefusedAndTheRecordUntouched)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 5));
-    for (const int index : {7, 8, -1, 1000000, INT32_MIN, INT32_MAX}) {
-        Packet packet;
-        std::memset(&packet, 0x77, sizeof packet);
-        packet.index = index;
-        const Packet untouched = packet;
-        EXPECT_EQ(api().getPackets(type(), &packet), -1) << index;
-        EXPECT_EQ(std::memcmp(&packet, &untouched, sizeof packet), 0) << index;
-        EXPECT_EQ(api().GetInkPointTime(type(), index), nullptr) << index;
-    }
+    for (const int index : {7, 8, -1, 1000000, INT32_MIN, INT32_MAX})
+        expectNoPoint(index);
     Packet last{};
     last.index = 6;
     EXPECT_EQ(api().getPackets(type(), &last), 0);
     EXPECT_EQ(last.index, 6);
     EXPECT_EQ(last.status, 1);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Points, LowHalvesOfTheSampleAreStored)
 {
-    ASSERT_TRUE(pad().start());
     const std::vector<ScrSimSample> samples = {{70000, 40000, 100000, PenDown},
                                                {-1, -2, -3, PenMove},
                                                {INT32_MAX, INT32_MIN, INT32_MIN, PenMove},
@@ -104,12 +94,10 @@ TEST_P(Points, LowHalvesOfTheSampleAreStored)
                                                      {65535, 0, 0, 0},
                                                      {65535, -32768, 0, 0},
                                                      {65535, -32768, 0, 1}}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Points, TimesAreThoseOfStoring)
 {
-    ASSERT_TRUE(pad().start());
     long long lastTick = 0;
     for (int i = 0; i < 3; ++i) {
         const long long tickBefore = tickNow();
@@ -128,24 +116,20 @@ TEST_P(Points, TimesAreThoseOfStoring)
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(15));
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Points, EndOfAStrokeHasItsOwnTime)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw({sampleAt(model(), {0.2, 0.2}, PenDown)});
     std::this_thread::sleep_for(std::chrono::milliseconds(30));
     pad().draw({sampleAt(model(), {0.2, 0.2}, PenUp)});
     const std::vector<StreamRecord> all = records();
     ASSERT_EQ(all.size(), 2u);
     EXPECT_GE(all[1].tick - all[0].tick, 29);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Points, TimeTextIsLocalTimeWithTheMillisecondsOfTheTick)
 {
-    ASSERT_TRUE(pad().start());
     for (int i = 0; i < 4; ++i) {
         pad().draw({sampleAt(model(), {0.2, 0.2}, PenDown)});
         std::this_thread::sleep_for(std::chrono::milliseconds(7));
@@ -165,12 +149,10 @@ TEST_P(Points, TimeTextIsLocalTimeWithTheMillisecondsOfTheTick)
             EXPECT_EQ(expected.size(), 23u);
         }
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Points, TimeTextLiesInAHundredClearedBytes)
 {
-    ASSERT_TRUE(pad().start());
     pad().draw({sampleAt(model(), {0.2, 0.2}, PenDown)});
     char* text = api().GetInkPointTime(type(), 0);
     ASSERT_NE(text, nullptr);
@@ -182,7 +164,6 @@ TEST_P(Points, TimeTextLiesInAHundredClearedBytes)
     api().FreeInkPointTime(type(), text);
     api().FreeInkPointTime(type(), other);
     api().FreeInkPointTime(type(), nullptr);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Points, ManySamplesWhileTheHostReadsAndClearsAreNeverTorn)
@@ -236,13 +217,12 @@ TEST_P(Points, ManySamplesWhileTheHostReadsAndClearsAreNeverTorn)
     EXPECT_EQ(torn, 0) << "of " << reads;
     EXPECT_GT(reads, 1000);
     EXPECT_GT(clears, 3);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(Points, ReadIndicesStayValidWhileTheListGrows)
 {
-    ASSERT_TRUE(pad().start({.width = 12, .height = 6}));
-    pad().draw(wave(model(), 10));
+    ASSERT_TRUE(start({.width = 12, .height = 6}));
+    draw(wave(model(), 10));
     const std::vector<Ink> first = storedPoints(pad());
     std::vector<ScrSimSample> samples;
     for (int i = 0; i < 20; ++i) {
@@ -263,17 +243,13 @@ TEST_P(Points, ReadIndicesStayValidWhileTheListGrows)
         }
     }
     sim().waitIdle();
-    Redraw redraw(model(), 12, 6);
-    redraw.feed(wave(model(), 10));
-    redraw.feed(samples);
-    EXPECT_TRUE(holdsPoints(pad(), redraw));
-    EXPECT_EQ(pad().stop(), 0);
+    redraw().feed(samples);
+    EXPECT_TRUE(holdsPoints(pad(), redraw()));
 }
 
 SCRIBERA_INSTANTIATE_ALL(Points);
 
-// ---------------------------------------------------------------------------------------------- real-time
-// data
+// ---------------------------------------------------------------------------------------------- real time
 
 using Call = std::pair<unsigned long, long>;
 std::mutex callMutex;
@@ -304,12 +280,12 @@ Call packed(long long xn, long long yn, int pressure, int flag)
         static_cast<long>((static_cast<unsigned>(flag) << 16) | (static_cast<unsigned>(pressure) & 0xffffu))};
 }
 
-class RealTime : public PadTest
+class RealTime : public OpenPadTest
 {
 protected:
     void SetUp() override
     {
-        PadTest::SetUp();
+        OpenPadTest::SetUp();
         hostThread = std::this_thread::get_id();
     }
     long long normal(long long value, int origin, int range) const
@@ -325,7 +301,6 @@ protected:
 
 TEST_P(RealTime, EveryStoredPointIsSentPacked)
 {
-    ASSERT_TRUE(pad().start());
     EXPECT_TRUE(api().RealTimeSignatureDataCallback(type(), receive));
     const std::vector<ScrSimSample> samples = wave(model(), 30);
     pad().draw(samples);
@@ -338,12 +313,10 @@ TEST_P(RealTime, EveryStoredPointIsSentPacked)
     wanted.push_back(expected(last.x, last.y, last.pressure, 0));
     EXPECT_EQ(takeCalls(), wanted);
     EXPECT_FALSE(calledOnThisThread) << "the pad's thread calls";
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(RealTime, EndsOfTheAreaGiveTheDocumentedNumbers)
 {
-    ASSERT_TRUE(pad().start());
     ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), receive));
     const int right = model().originX + model().areaWidth - 1;
     const int bottom = model().originY + model().areaHeight - 1;
@@ -369,12 +342,10 @@ TEST_P(RealTime, EndsOfTheAreaGiveTheDocumentedNumbers)
                                               {0ul, 0x10000l},
                                               {0ul, 0x10002l},
                                               {0x7fff7ffful, 0x10003l}}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(RealTime, PressureIsItsLowHalf)
 {
-    ASSERT_TRUE(pad().start());
     ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), receive));
     pad().draw({{0, 0, 0x12345, PenDown},
                 {0, 0, -1, PenMove},
@@ -384,24 +355,20 @@ TEST_P(RealTime, PressureIsItsLowHalf)
     EXPECT_EQ(takeCalls(),
               (std::vector<Call>{
                   {0ul, 0x12345l}, {0ul, 0x1ffffl}, {0ul, 0x10000l}, {0ul, 0x1fffel}, {0ul, 0x0fffel}}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(RealTime, PenUpUsesTheStoredValues)
 {
-    ASSERT_TRUE(pad().start());
     ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), receive));
     pad().draw({{70000, 40000, 10, PenDown}, {5, 5, 5, PenUp}});
     EXPECT_EQ(takeCalls(), (std::vector<Call>{expected(70000, 40000, 10, 1),
                                               expected(70000 - 65536, 40000 - 65536, 10, 0)}));
     pad().draw({{-1, 300, 10, PenDown}, {5, 5, 5, PenUp}});
     EXPECT_EQ(takeCalls(), (std::vector<Call>{expected(-1, 300, 10, 1), expected(65535, 300, 10, 0)}));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(RealTime, NothingIsSentForWhatIsNotStored)
 {
-    ASSERT_TRUE(pad().start());
     ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), receive));
     pad().draw({{500, 500, 5, PenMove}, {500, 500, 5, PenUp}, {500, 500, 5, 9}, {500, 500, 5, PenDown}});
     EXPECT_EQ(takeCalls().size(), 1u);
@@ -412,17 +379,13 @@ TEST_P(RealTime, NothingIsSentForWhatIsNotStored)
     EXPECT_TRUE(takeCalls().empty());
     sim().pressKey(1);
     EXPECT_TRUE(takeCalls().empty());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(RealTime, NullIsRefusedAndTheEarlierOneStays)
 {
-    ASSERT_TRUE(pad().start());
     EXPECT_FALSE(api().RealTimeSignatureDataCallback(type(), nullptr));
     ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), receive));
-    setLogging(true);
-    EXPECT_FALSE(api().RealTimeSignatureDataCallback(type(), nullptr));
-    setLogging(false);
+    logged([&] { EXPECT_FALSE(api().RealTimeSignatureDataCallback(type(), nullptr)); });
     const Texts texts = textsOf(mainLog(), exported("RealTimeSignatureDataCallback"));
     ASSERT_EQ(texts.size(), 2u);
     EXPECT_EQ(texts[1], std::string("leave false due to (nDeviceType != ") + model().deviceName +
@@ -433,30 +396,23 @@ TEST_P(RealTime, NullIsRefusedAndTheEarlierOneStays)
     EXPECT_TRUE(api().RealTimeSignatureDataCallback(type(), receiveNothing));
     pad().draw({{600, 600, 5, PenMove}});
     EXPECT_TRUE(takeCalls().empty());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(RealTime, RegisteringWritesItsLines)
 {
-    ASSERT_TRUE(pad().start());
-    setLogging(true);
-    ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), receive));
-    setLogging(false);
+    logged([&] { EXPECT_TRUE(api().RealTimeSignatureDataCallback(type(), receive)); });
     EXPECT_EQ(textsOf(mainLog(), method("SetRealTimeSignDataCallback")),
               (Texts{"Enter...", "leave with bRet = 1..."}));
     EXPECT_EQ(textsOf(mainLog(), exported("RealTimeSignatureDataCallback")).back(), "leave with bRet = 1...");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(RealTime, NewObjectCallsNobody)
 {
-    ASSERT_TRUE(pad().start());
     ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), receive));
     EXPECT_EQ(pad().stop(), 0);
     ASSERT_TRUE(pad().start());
     pad().draw(wave(model(), 5));
     EXPECT_TRUE(takeCalls().empty());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_ALL(RealTime);

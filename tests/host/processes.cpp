@@ -55,6 +55,13 @@ bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
     return true;
 }
 
+std::chrono::duration<double> testDuration()
+{
+    const char* const seconds = std::getenv("SCRIBERA_TEST_SECONDS");
+    const double value = seconds ? std::atof(seconds) : 0;
+    return std::chrono::duration<double>(value > 0 ? value : 2);
+}
+
 void ensureApplication()
 {
     if (QCoreApplication::instance())
@@ -216,14 +223,18 @@ testing::AssertionResult endedWell(const ChildResult& result)
     return testing::AssertionFailure() << testing::PrintToString(result);
 }
 
-std::string sourceDirectory()
+long residentKilobytesAtMost()
 {
-    return SCRIBERA_SOURCE_DIR;
+    const std::string status = fileContent("/proc/self/status");
+    return std::stol(status.substr(status.find("VmHWM:") + 6));
 }
 
-std::string libraryFile()
+void setSoftLimit(__rlimit_resource resource, rlim_t limit)
 {
-    return SCRIBERA_SDK_LIBRARY;
+    rlimit both{};
+    getrlimit(resource, &both);
+    both.rlim_cur = std::min(limit, both.rlim_max);
+    setrlimit(resource, &both);
 }
 
 std::string fileContent(const std::string& path)

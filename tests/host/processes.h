@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include <sys/resource.h>
+
 #include <gtest/gtest.h>
 
 namespace scribera::test {
@@ -16,6 +18,9 @@ namespace scribera::test {
 // did not come true in time.
 bool waitUntil(const std::function<bool()>& condition,
                std::chrono::milliseconds limit = std::chrono::seconds(20));
+
+// How long a test of load lasts: SCRIBERA_TEST_SECONDS, or two seconds.
+std::chrono::duration<double> testDuration();
 
 void ensureApplication(); // a QApplication on the offscreen platform, made once
 void destroyApplication();
@@ -75,8 +80,8 @@ private:
     bool m_full = false;
 };
 
-std::string sourceDirectory();
-std::string libraryFile();
+long residentKilobytesAtMost();                              // of this process so far
+void setSoftLimit(__rlimit_resource resource, rlim_t limit); // at most the hard one
 std::string fileContent(const std::string& path);
 
 } // namespace scribera::test

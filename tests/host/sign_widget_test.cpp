@@ -6,41 +6,15 @@
 #include <stdexcept>
 #include <thread>
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QMouseEvent>
-#include <QPaintEvent>
-#include <QPointer>
 
 #include "pen.h"
 
 namespace scribera::test {
 namespace {
 
-class PaintCounter : public QObject
-{
-public:
-    explicit PaintCounter(QWidget* widget) : m_widget(widget) { widget->installEventFilter(this); }
-    ~PaintCounter() override
-    {
-        if (m_widget)
-            m_widget->removeEventFilter(this);
-    }
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        if (event->type() == QEvent::Paint) {
-            ++paints;
-            region += static_cast<QPaintEvent*>(event)->region();
-        }
-        return false;
-    }
-    int paints = 0;
-    QRegion region;
-
-private:
-    QPointer<QWidget> m_widget;
-};
-
-class SignWidget : public PadTest
+class SignWidget : public OpenInkTest
 {
 protected:
     QWidget& widget()
@@ -58,30 +32,37 @@ protected:
         }
     }
     QImage grabbed() { return widget().grab().toImage(); }
+    void resize(const QSize& size)
+    {
+        widget().resize(size);
+        processEvents();
+        redraw().resize(size.width(), size.height());
+    }
+    // Of the sizing in a window; two of these lines have no hyphen behind their tick.
+    Texts sizingLines() const
+    {
+        Texts messages;
+        for (const LogLine& line : withLabel(mainLog(), method("ResizeUnderInvisibleParentWidget")))
+            messages.push_back(line.message.substr(line.message.find('>') + 1));
+        return messages;
+    }
 };
 
 TEST_P(SignWidget, ShowsTheCanvas)
 {
-    ASSERT_TRUE(pad().start());
     settle();
     EXPECT_TRUE(isWhite(grabbed()));
-    Redraw redraw(model(), 400, 200);
     for (int i = 0; i < 3; ++i) {
-        const auto samples =
-            stroke(model(), {{0.1, 0.2 * i + 0.1}, {0.5, 0.2 * i + 0.2}, {0.9, 0.2 * i + 0.1}});
-        pad().draw(samples);
-        redraw.feed(samples);
-        EXPECT_TRUE(sameColors(grabbed(), redraw.image()));
+        draw(stroke(model(), {{0.1, 0.2 * i + 0.1}, {0.5, 0.2 * i + 0.2}, {0.9, 0.2 * i + 0.1}}));
+        EXPECT_TRUE(sameColors(grabbed(), canvas()));
     }
-    EXPECT_TRUE(holdsCanvas(pad(), redraw));
+    expectSameInk();
     ASSERT_EQ(api().Clear(type()), 0);
     EXPECT_TRUE(isWhite(grabbed()));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(SignWidget, RepaintsWhatThePenChangedWhenEventsRun)
 {
-    ASSERT_TRUE(pad().start());
     // The first segment may bring up to date what a resize has left.
     pad().draw(stroke(model(), {{0.1, 0.9, 0.1}, {0.2, 0.8, 0.1}}));
     settle();
@@ -103,7 +84,6 @@ TEST_P(SignWidget, RepaintsWhatThePenChangedWhenEventsRun)
     counter.paints = 0;
     ASSERT_EQ(api().Clear(type()), 0);
     EXPECT_TRUE(waitUntil([&] { return counter.paints > 0; }));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // Takes away, once, what the library posts to its widget.
@@ -129,7 +109,6 @@ private:
 
 TEST_P(SignWidget, LiveInkComesBackAfterALostRepaint)
 {
-    ASSERT_TRUE(pad().start());
     settle();
     PaintCounter counter(&widget());
     const auto line = [&](double y) { pad().draw(stroke(model(), {{0.1, y, 0.1}, {0.3, y, 0.1}})); };
@@ -165,19 +144,16 @@ TEST_P(SignWidget, LiveInkComesBackAfterALostRepaint)
     counter.region = QRegion();
     line(0.2);
     EXPECT_TRUE(isPainted(40)) << "samples after a clear";
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(SignWidget, TapAndIgnoredSamplesRepaintNothing)
 {
-    ASSERT_TRUE(pad().start());
     settle();
     PaintCounter counter(&widget());
     pad().draw(stroke(model(), {{0.5, 0.5}}));
     pad().draw({sampleAt(model(), {0.9, 0.9}, PenMove), sampleAt(model(), {0.9, 0.9}, 7)});
     settle();
     EXPECT_EQ(counter.paints, 0);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // Sends samples while the widget is being made, before it learns its size.
@@ -213,16 +189,12 @@ private:
 
 TEST_P(SignWidget, SamplesBeforeItHasASizeLeaveNoInkAndTheirStrokeGoesOnFromTheLast)
 {
-    ensureApplication();
     const std::vector<ScrSimSample> samples =
         stroke(model(), {{0.2, 0.3}, {0.4, 0.7}, {0.3, 0.5}, {0.6, 0.2}, {0.8, 0.8}});
     for (const std::size_t early : {std::size_t{1}, std::size_t{3}, samples.size()}) {
         const auto middle = samples.begin() + static_cast<std::ptrdiff_t>(early);
         EarlyPen pen(model(), sim(), {samples.begin(), middle});
-        removeLogs();
-        setLogging(true);
-        ASSERT_TRUE(pad().start());
-        setLogging(false);
+        ASSERT_NO_FATAL_FAILURE(logged([&] { ASSERT_TRUE(pad().start()); }));
         ASSERT_TRUE(pen.isSent);
         settle();
         EXPECT_TRUE(isWhite(pad().canvas())) << early;
@@ -256,74 +228,47 @@ TEST_P(SignWidget, SamplesBeforeItHasASizeLeaveNoInkAndTheirStrokeGoesOnFromTheL
         EXPECT_EQ(seen, expected);
         EXPECT_EQ(textsOf(mainLog(), method("StartSignOnCanvas")),
                   Texts(moves, "enter, dblX=0.000000, dblY=0.000000, dblPressure=0.000000"));
-        EXPECT_EQ(pad().stop(), 0);
     }
 }
 
 TEST_P(SignWidget, GrowingKeepsTheInkAtTheTopLeft)
 {
-    ASSERT_TRUE(pad().start());
-    Redraw redraw(model(), 400, 200);
-    pad().draw(wave(model(), 20));
-    redraw.feed(wave(model(), 20));
+    draw(wave(model(), 20));
     for (const QSize size :
          {QSize(600, 400), QSize(300, 100), QSize(500, 100), QSize(500, 300), QSize(1, 1), QSize(410, 205)}) {
-        widget().resize(size);
-        processEvents();
-        redraw.resize(size.width(), size.height());
-        EXPECT_TRUE(holdsCanvas(pad(), redraw)) << size.width() << " x " << size.height();
-        EXPECT_TRUE(sameColors(grabbed(), redraw.image()));
+        resize(size);
+        expectSameInk(printed("%d x %d", size.width(), size.height()));
+        EXPECT_TRUE(sameColors(grabbed(), canvas()));
     }
-    EXPECT_TRUE(holdsPoints(pad(), redraw));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(SignWidget, MappingFollowsAResize)
 {
-    ASSERT_TRUE(pad().start());
-    Redraw redraw(model(), 400, 200);
-    pad().draw(wave(model(), 20));
-    redraw.feed(wave(model(), 20));
+    draw(wave(model(), 20));
     for (const QSize size : {QSize(600, 400), QSize(250, 120)}) {
-        widget().resize(size);
-        processEvents();
-        redraw.resize(size.width(), size.height());
-        const auto samples = stroke(model(), {{0.0, 1.0}, {0.5, 0.1}, {1.0, 0.8}});
-        pad().draw(samples);
-        redraw.feed(samples);
-        EXPECT_TRUE(holdsCanvas(pad(), redraw)) << size.width() << " x " << size.height();
+        resize(size);
+        draw(stroke(model(), {{0.0, 1.0}, {0.5, 0.1}, {1.0, 0.8}}));
+        expectSameInk(printed("%d x %d", size.width(), size.height()));
     }
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(SignWidget, ResizeWritesOneLine)
 {
-    ASSERT_TRUE(pad().start());
     settle();
-    setLogging(true);
-    widget().resize(321, 123);
-    setLogging(false);
-    EXPECT_EQ(textsOf(mainLog(), method("resizeEvent")), Texts{"Enter, width=321, height=123"});
-    EXPECT_EQ(pad().stop(), 0);
+    const std::vector<LogLine> lines = logged([&] { widget().resize(321, 123); });
+    EXPECT_EQ(textsOf(lines, method("resizeEvent")), Texts{"Enter, width=321, height=123"});
 }
 
 TEST_P(SignWidget, PaintingWritesToTheInThreadFile)
 {
-    ASSERT_TRUE(pad().start());
     settle();
-    removeLogs();
-    setLogging(true);
-    widget().repaint();
-    setLogging(false);
-    const Texts texts = textsOf(inThreadLog(), method("paintEvent"));
-    EXPECT_EQ(texts, (Texts{"enter...", "leave !"}));
+    logged([&] { widget().repaint(); });
+    EXPECT_EQ(textsOf(inThreadLog(), method("paintEvent")), (Texts{"enter...", "leave !"}));
     EXPECT_TRUE(textsOf(mainLog(), method("paintEvent")).empty());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(SignWidget, MouseRepaintsWithItsLeftButtonAndNeverDraws)
 {
-    ASSERT_TRUE(pad().start());
     settle();
     PaintCounter counter(&widget());
     const auto move = [&](Qt::MouseButtons buttons) {
@@ -341,58 +286,42 @@ TEST_P(SignWidget, MouseRepaintsWithItsLeftButtonAndNeverDraws)
     EXPECT_TRUE(textsOf(mainLog(), method("mouseMoveEvent")).empty());
     EXPECT_TRUE(isWhite(grabbed()));
     EXPECT_EQ(pad().points(), -8);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(SignWidget, HiddenWindowGivesABlankCanvasOfTheAskedSize)
 {
-    setLogging(true);
-    ASSERT_TRUE(pad().start({.width = 333, .height = 111, .parentShown = false}));
-    setLogging(false);
+    ASSERT_NO_FATAL_FAILURE(
+        logged([&] { ASSERT_TRUE(start({.width = 333, .height = 111, .parentShown = false})); }));
     EXPECT_FALSE(pad().parent()->isVisible());
     EXPECT_EQ(widget().size(), QSize(333, 111));
-    // Two of the lines have no hyphen behind their tick.
-    std::vector<std::string> messages;
-    for (const LogLine& line : withLabel(mainLog(), method("ResizeUnderInvisibleParentWidget")))
-        messages.push_back(line.message.substr(line.message.find('>') + 1));
-    EXPECT_EQ(messages,
+    EXPECT_EQ(sizingLines(),
               (Texts{"Enter, width=333, height=111, parentWidget()->isVisible()=0",
                      "nSignCanvasWidth=333, nSignCanvasHeight=111",
                      "resize(nSignCanvasWidth, nSignCanvasHeight)...", "width=333, height=111", "-leave !"}));
-    Redraw redraw(model(), 333, 111);
-    pad().draw(wave(model(), 20));
-    redraw.feed(wave(model(), 20));
-    EXPECT_TRUE(holdsCanvas(pad(), redraw));
+    draw(wave(model(), 20));
+    expectSameInk();
 
     // Shown at last, with the ink it already has.
     pad().parent()->show();
     settle();
-    EXPECT_TRUE(holdsCanvas(pad(), redraw));
-    EXPECT_TRUE(sameColors(grabbed(), redraw.image()));
-    EXPECT_EQ(pad().stop(), 0);
+    expectSameInk();
+    EXPECT_TRUE(sameColors(grabbed(), canvas()));
 }
 
 TEST_P(SignWidget, ShownWindowLeavesTheSizeToTheResizeEvent)
 {
-    setLogging(true);
-    ASSERT_TRUE(pad().start({.width = 333, .height = 111}));
-    setLogging(false);
-    std::vector<std::string> messages;
-    for (const LogLine& line : withLabel(mainLog(), method("ResizeUnderInvisibleParentWidget")))
-        messages.push_back(line.message.substr(line.message.find('>') + 1));
-    EXPECT_EQ(messages, (Texts{"Enter, width=333, height=111, parentWidget()->isVisible()=1",
-                               "nSignCanvasWidth=333, nSignCanvasHeight=111", "-leave !"}));
+    ASSERT_NO_FATAL_FAILURE(logged([&] { ASSERT_TRUE(start({.width = 333, .height = 111})); }));
+    EXPECT_EQ(sizingLines(), (Texts{"Enter, width=333, height=111, parentWidget()->isVisible()=1",
+                                    "nSignCanvasWidth=333, nSignCanvasHeight=111", "-leave !"}));
     settle();
-    Redraw redraw(model(), 333, 111);
-    pad().draw(wave(model(), 20));
-    redraw.feed(wave(model(), 20));
-    EXPECT_TRUE(holdsCanvas(pad(), redraw));
-    EXPECT_EQ(pad().stop(), 0);
+    draw(wave(model(), 20));
+    expectSameInk();
 }
 
 TEST_P(SignWidget, CanvasHasItsSizeBeforeAnyEventRan)
 {
     for (const bool shown : {true, false}) {
+        EXPECT_EQ(pad().stop(), 0);
         pad().makeParent(shown);
         ASSERT_TRUE(api().InitialDevice(type(), pad().parent(), 3, 4, 240, 120));
         sim().open();
@@ -400,15 +329,12 @@ TEST_P(SignWidget, CanvasHasItsSizeBeforeAnyEventRan)
         pad().draw(wave(model(), 20));
         redraw.feed(wave(model(), 20));
         EXPECT_TRUE(holdsCanvas(pad(), redraw)) << shown;
-        EXPECT_EQ(pad().stop(), 0);
     }
 }
 
 TEST_P(SignWidget, ConstructorWritesItsLines)
 {
-    setLogging(true);
-    ASSERT_TRUE(pad().start());
-    setLogging(false);
+    ASSERT_NO_FATAL_FAILURE(logged([&] { ASSERT_TRUE(pad().start()); }));
     const Texts texts = textsOf(mainLog(), method(model().widgetClass));
     ASSERT_GE(texts.size(), 4u);
     EXPECT_EQ(texts[0], "Enter...");
@@ -417,12 +343,10 @@ TEST_P(SignWidget, ConstructorWritesItsLines)
         return text.starts_with("m_pDoConfirmOrCancelKeyActionThread=");
     }));
     EXPECT_EQ(texts.back(), "leave !");
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(SignWidget, ResizedWhileThePenSignsStaysWhole)
 {
-    ASSERT_TRUE(pad().start());
     std::vector<ScrSimSample> samples;
     for (int i = 0; i < 100; ++i) {
         const auto more = wave(model(), 100);
@@ -440,11 +364,8 @@ TEST_P(SignWidget, ResizedWhileThePenSignsStaysWhole)
     widget().resize(400, 200);
     processEvents();
     ASSERT_EQ(api().Clear(type()), 0);
-    Redraw redraw(model(), 400, 200);
-    pad().draw(wave(model(), 20));
-    redraw.feed(wave(model(), 20));
-    EXPECT_TRUE(holdsCanvas(pad(), redraw));
-    EXPECT_EQ(pad().stop(), 0);
+    draw(wave(model(), 20));
+    expectSameInk();
 }
 
 SCRIBERA_INSTANTIATE(SignWidget, Kind::Widget);

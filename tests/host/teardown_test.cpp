@@ -18,60 +18,52 @@
 namespace scribera::test {
 namespace {
 
-// Arguments of every child: the pad's model, "widget" or "windowless".
-PadCase caseOf(const std::vector<std::string>& arguments)
+[[noreturn]] void fail(const char* reason)
 {
-    return {&padModel(arguments.at(0)), arguments.at(1) == "widget" ? Kind::Widget : Kind::Windowless};
+    std::fprintf(stderr, "%s\n", reason);
+    std::_Exit(1);
 }
 
-// Starts a pad that streams without end, and never stops it. Null when that failed.
-Pad* startStreaming(const PadCase& padCase)
+// Starts the pad that the child was told of, which streams without end, and never stops it.
+Pad& startStreaming(const std::vector<std::string>& arguments)
 {
     static Pad* pad; // still there when the process ends
-    pad = new Pad(padCase);
-    if (!pad->start()) {
-        std::puts("start failed");
-        return nullptr;
-    }
+    pad = new Pad(PadCase::of(arguments));
+    if (!pad->start())
+        fail("start failed");
     pad->api().RealTimeSignatureDataCallback(pad->type(), [](unsigned long, long) {});
     pad->api().SignatureStatusCallback(pad->type(), [](int) {});
-    if (pad->sim().Play("stream.txt", 0, 1, 1) != 0) {
-        std::puts(pad->sim().LastError());
-        return nullptr;
-    }
-    if (!waitUntil([&] { return pad->points() > 200; })) {
-        std::puts("no points arrived");
-        return nullptr;
-    }
-    return pad;
+    if (pad->sim().Play("stream.txt", 0, 1, 1) != 0)
+        fail(pad->sim().LastError());
+    if (!waitUntil([&] { return pad->points() > 200; }))
+        fail("no points arrived");
+    return *pad;
 }
 
-const ChildProgram exitWhileStreaming("exit-while-streaming", [](const std::vector<std::string>& arguments) {
-    if (!startStreaming(caseOf(arguments)))
-        return 1;
-    std::exit(0);
-});
+const ChildProgram exitWhileStreaming("exit-while-streaming",
+                                      [](const std::vector<std::string>& arguments) -> int {
+                                          startStreaming(arguments);
+                                          std::exit(0);
+                                      });
 
 const ChildProgram quickExitWhileStreaming("quick-exit-while-streaming",
-                                           [](const std::vector<std::string>& arguments) {
-                                               if (!startStreaming(caseOf(arguments)))
-                                                   return 1;
+                                           [](const std::vector<std::string>& arguments) -> int {
+                                               startStreaming(arguments);
                                                std::quick_exit(0);
                                            });
 
 const ChildProgram returnWhileStreaming("return-while-streaming",
                                         [](const std::vector<std::string>& arguments) {
-                                            return startStreaming(caseOf(arguments)) ? 0 : 1;
+                                            startStreaming(arguments);
+                                            return 0;
                                         });
 
 // The way most Qt hosts end: the window and the application are destroyed in main, one after the other.
 const ChildProgram returnWithWindow("return-with-window", [](const std::vector<std::string>& arguments) {
-    Pad* pad = startStreaming(caseOf(arguments));
-    if (!pad)
-        return 1;
+    Pad& pad = startStreaming(arguments);
     QTimer::singleShot(50, qApp, &QCoreApplication::quit);
     QCoreApplication::exec();
-    pad->closeParent();
+    pad.closeParent();
     destroyApplication();
     return Library::instance().signWidget ? 2 : 0;
 });
@@ -79,40 +71,36 @@ const ChildProgram returnWithWindow("return-with-window", [](const std::vector<s
 // A host that closes its pad when its application object is gone already, with the window still there.
 const ChildProgram
     stopAfterApplication("stop-after-application", [](const std::vector<std::string>& arguments) {
-        Pad* pad = startStreaming(caseOf(arguments));
-        if (!pad)
-            return 1;
-        if (pad->model().hasFingerprint && arguments.size() > 2) { // "placed"
+        Pad& pad = startStreaming(arguments);
+        if (pad.model().hasFingerprint && arguments.size() > 2) { // "placed"
             auto* const other = new QWidget; // stays, like the window: Qt cannot destroy one any more
-            if (pad->api().SetDisplayedFPImageAt(pad->type(), other, 300, 200, 1, 1, 50, 20) != 0)
+            if (pad.api().SetDisplayedFPImageAt(pad.type(), other, 300, 200, 1, 1, 50, 20) != 0)
                 return 2;
         }
         processEvents();
         // Qt's painting stands on what goes with the application: no stroke may be under way just then.
-        if (pad->sim().StopPlaying() != 0 || pad->sim().WaitIdle(20000) != 0)
+        if (pad.sim().StopPlaying() != 0 || pad.sim().WaitIdle(20000) != 0)
             return 5;
         destroyApplication();
-        if (pad->api().Clear(pad->type()) != 0)
+        if (pad.api().Clear(pad.type()) != 0)
             return 3;
-        if (pad->api().UnInitialDevice(pad->type()) != 0 || Library::instance().signWidget)
+        if (pad.api().UnInitialDevice(pad.type()) != 0 || Library::instance().signWidget)
             return 4;
         return 0;
     });
 
 // A forked child ends the pad that it has inherited, and lets the window go.
 const ChildProgram stopInForkedChild("stop-in-forked-child", [](const std::vector<std::string>& arguments) {
-    Pad* pad = startStreaming(caseOf(arguments));
-    if (!pad)
-        return 1;
+    Pad& pad = startStreaming(arguments);
     const bool stops = arguments.size() < 3; // else "window": it only goes
     const pid_t child = fork();
     if (child == 0) {
-        if (stops && pad->api().UnInitialDevice(pad->type()) != 0)
+        if (stops && pad.api().UnInitialDevice(pad.type()) != 0)
             _exit(11);
         if (stops && (Library::instance().signWidget || Library::instance().useSignObj))
             _exit(12);
-        pad->closeParent();
-        if (pad->api().UnInitialDevice(pad->type()) != 0 || pad->points() != -8)
+        pad.closeParent();
+        if (pad.api().UnInitialDevice(pad.type()) != 0 || pad.points() != -8)
             _exit(13);
         _exit(0);
     }
@@ -125,15 +113,15 @@ const ChildProgram stopInForkedChild("stop-in-forked-child", [](const std::vecto
         std::printf("the child ended with %d\n", status);
         return 3;
     }
-    const int points = pad->points(); // the parent's pad knows nothing of it
-    if (!waitUntil([&] { return pad->points() > points + 100; }))
+    const int points = pad.points(); // the parent's pad knows nothing of it
+    if (!waitUntil([&] { return pad.points() > points + 100; }))
         return 4;
-    return pad->stop() == 0 && !Library::instance().signWidget ? 0 : 5;
+    return pad.stop() == 0 && !Library::instance().signWidget ? 0 : 5;
 });
 
 const ChildProgram exitInsideCallback("exit-inside-callback", [](const std::vector<std::string>& arguments) {
     static Pad* pad;
-    pad = new Pad(caseOf(arguments));
+    pad = new Pad(PadCase::of(arguments));
     if (!pad->start())
         return 1;
     pad->api().SignatureStatusCallback(pad->type(), [](int) { std::exit(0); });
@@ -144,23 +132,21 @@ const ChildProgram exitInsideCallback("exit-inside-callback", [](const std::vect
 
 const ChildProgram
     unloadWhileStreaming("unload-while-streaming", [](const std::vector<std::string>& arguments) {
-        Pad* pad = startStreaming(caseOf(arguments));
-        if (!pad)
-            return 1;
+        Pad& pad = startStreaming(arguments);
         void* const library = Library::instance().handle();
-        const Operations api = pad->api();
-        int points = pad->points();
+        const Operations api = pad.api();
+        int points = pad.points();
         if (dlclose(library) != 0)
             return 2;
         // What streams goes on, and a host that loads the library again finds its object.
-        if (!waitUntil([&] { return api.GetTotalPacketsNumber(pad->type()) > points + 500; }))
+        if (!waitUntil([&] { return api.GetTotalPacketsNumber(pad.type()) > points + 500; }))
             return 3;
         processEvents();
         void* const again = dlopen(SCRIBERA_SDK_LIBRARY, RTLD_NOW | RTLD_LOCAL);
         if (!again || dlsym(again, "g_pSignWidget") != static_cast<void*>(&Library::instance().signWidget))
             return 4;
         if (arguments.size() > 2) // "stop"
-            return pad->stop() == 0 && !Library::instance().signWidget ? 0 : 5;
+            return pad.stop() == 0 && !Library::instance().signWidget ? 0 : 5;
         return 0;
     });
 
@@ -184,7 +170,7 @@ protected:
 
     ChildResult run(const std::string& program, const std::vector<std::string>& more = {})
     {
-        std::vector<std::string> arguments = {model().name, padCase().isWidget() ? "widget" : "windowless"};
+        std::vector<std::string> arguments = padCase().words();
         arguments.insert(arguments.end(), more.begin(), more.end());
         return runChild(program, arguments);
     }

@@ -12,7 +12,6 @@
 #include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -100,22 +99,20 @@ private:
     const bool m_isRoot = geteuid() == 0;
 };
 
-class WholeFile : public InkTest
+class WholeFile : public SignedTest
 {
 protected:
     void SetUp() override
     {
-        InkTest::SetUp();
-        startWithInk();
+        SignedTest::SetUp();
         m_text = takeImageEx(pad(), ImagePng, false).text;
         fs::create_directory(folder());
         fs::permissions(folder(), fs::perms::all); // also for the ordinary user
     }
     void TearDown() override
     {
-        EXPECT_EQ(pad().stop(), 0);
         fs::remove_all(folder());
-        InkTest::TearDown();
+        SignedTest::TearDown();
     }
 
     // Both operations that write a raster, one after the other.
@@ -132,6 +129,24 @@ protected:
     {
         EXPECT_EQ(pad().save(ImageBmp, path.string()), -8) << path;
         EXPECT_EQ(decode(pad(), ImagePng, m_text, path.string()), -8) << path;
+    }
+    // Tries to replace a file, to write one in its place and to make one. None of them changes anything.
+    void onAFullDisk(const std::string& suffix, const std::function<void(const fs::path&)>& write)
+    {
+        const fs::path replaced = folder() / ("replaced" + suffix);
+        const fs::path inPlace = folder() / ("in-place" + suffix);
+        makeFile(replaced, "older");
+        makeFile(inPlace, "older");
+        fs::create_hard_link(inPlace, folder() / ("second" + suffix));
+        const std::vector<std::string> names = namesIn(folder());
+        const FullTmp full;
+        if (!full.isFull())
+            GTEST_SKIP() << "needs a /tmp of its own";
+        for (const fs::path& path : {replaced, inPlace, folder() / ("new" + suffix)})
+            write(path);
+        EXPECT_EQ(fileContent(replaced), "older");
+        EXPECT_EQ(fileContent(inPlace), "older");
+        EXPECT_EQ(namesIn(folder()), names);
     }
     void expectPicture(const fs::path& path) { EXPECT_TRUE(sameColors(loaded(path), canvas())) << path; }
     // Where every user comes to, and the disk can be full.
@@ -329,48 +344,21 @@ TEST_P(WholeFile, MountedFileIsWrittenWhereItLies)
 
 TEST_P(WholeFile, FullDiskLeavesTheOlderFile)
 {
-    const fs::path replaced = folder() / "replaced.png";
-    const fs::path inPlace = folder() / "in-place.png";
-    makeFile(replaced, "older");
-    makeFile(inPlace, "older");
-    fs::create_hard_link(inPlace, folder() / "second.png");
-    const std::vector<std::string> names = namesIn(folder());
-    {
-        const FullTmp full;
-        if (!full.isFull())
-            GTEST_SKIP() << "needs a /tmp of its own";
-        for (const fs::path& path : {replaced, inPlace, folder() / "new.png"})
-            expectRefused(path);
-        EXPECT_EQ(fileContent(replaced), "older");
-        EXPECT_EQ(fileContent(inPlace), "older");
-        EXPECT_EQ(namesIn(folder()), names);
-    }
-    saveBothWays(replaced, [] {});
-    saveBothWays(inPlace, [] {});
+    onAFullDisk(".png", [this](const fs::path& path) { expectRefused(path); });
+    for (const char* name : {"replaced.png", "in-place.png"})
+        saveBothWays(folder() / name, [] {});
 }
 
 TEST_P(WholeFile, DrawingOnAFullDiskLeavesTheOlderFileAndCountsAsSaved)
 {
-    const fs::path replaced = folder() / "replaced.svg";
-    const fs::path inPlace = folder() / "in-place.svg";
-    makeFile(replaced, "older");
-    makeFile(inPlace, "older");
-    fs::create_hard_link(inPlace, folder() / "second.svg");
-    const std::vector<std::string> names = namesIn(folder());
-    {
-        const FullTmp full;
-        if (!full.isFull())
-            GTEST_SKIP() << "needs a /tmp of its own";
-        for (const fs::path& path : {replaced, inPlace, folder() / "new.svg"})
-            EXPECT_EQ(pad().save(ImageSvg, path.string()), 0) << path;
-        EXPECT_EQ(fileContent(replaced), "older");
-        EXPECT_EQ(fileContent(inPlace), "older");
-        EXPECT_EQ(namesIn(folder()), names);
-    }
-    for (const fs::path& path : {replaced, inPlace}) {
-        EXPECT_EQ(pad().save(ImageSvg, path.string()), 0);
-        EXPECT_EQ(pad().save(ImageSvg, "here.svg"), 0);
-        EXPECT_TRUE(fileContent(path) == fileContent("here.svg"));
+    const auto save = [this](const fs::path& path) {
+        EXPECT_EQ(pad().save(ImageSvg, path.string()), 0) << path;
+    };
+    onAFullDisk(".svg", save);
+    for (const char* name : {"replaced.svg", "in-place.svg"}) {
+        save(folder() / name);
+        save("here.svg");
+        EXPECT_TRUE(fileContent(folder() / name) == fileContent("here.svg"));
     }
 }
 

@@ -5,18 +5,16 @@
 #include <chrono>
 #include <climits>
 #include <cstdlib>
-#include <filesystem>
 #include <thread>
 
 #include <dlfcn.h>
 
-#include "pen.h"
+#include "eager_test.h"
 #include "qt_threads.h"
 
 namespace scribera::test {
 namespace {
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 // How long a callback blocks. What it shows does not depend on the length; SCRIBERA_TEST_LONG asks for that
@@ -26,7 +24,7 @@ std::chrono::milliseconds blockingTime()
     return std::getenv("SCRIBERA_TEST_LONG") ? 5s : 300ms;
 }
 
-class FailingDriver : public PadTest
+class FailingDriver : public InkTest
 {
 protected:
     std::vector<std::string> entryPoints() const
@@ -47,7 +45,6 @@ protected:
     {
         const auto expected = [&](const char* entryPoint) { return failing == entryPoint ? code : 0; };
         char text[32] = "";
-        Redraw redraw(model(), 400, 200);
         EXPECT_EQ(api().GetHWPadID(type(), text, sizeof text), expected("GetDevicePadID"));
         EXPECT_EQ(api().GetHWVersionID(type(), text, sizeof text), 0);
         EXPECT_EQ(api().SetPenStyle(type(), true), expected("SetDevicePenStyle"));
@@ -57,10 +54,8 @@ protected:
             EXPECT_EQ(api().DisplayHWVersion(type(), true), expected("ShowVersionInfoOnDevice"));
             EXPECT_EQ(api().OpenLCD(type(), false), expected("OpenDeviceLCD"));
         }
-        sim().send(wave(model(), 12));
-        redraw.feed(wave(model(), 12));
-        EXPECT_TRUE(holdsPoints(pad(), redraw));
-        EXPECT_TRUE(holdsCanvas(pad(), redraw));
+        draw(wave(model(), 12));
+        expectSameInk();
     }
 
     int callDriver(const char* entryPoint)
@@ -82,7 +77,7 @@ TEST_P(FailingDriver, EveryEntryPointMayFailAndTheRestGoesOn)
             sim().open();
             const std::string entryPoint = "SCRDAPI_" + failing;
             ASSERT_EQ(sim().SetResult(entryPoint.c_str(), code), 0);
-            ASSERT_TRUE(pad().start());
+            ASSERT_TRUE(start());
             useWhile(failing, code);
             const int ends = sim().CallCount("SCRDAPI_UnInitial");
             EXPECT_EQ(pad().stopKeepingParent(), 0);
@@ -108,9 +103,8 @@ TEST_P(FailingDriver, FailedQuestionForTheModelFailsTheStart)
     EXPECT_EQ(Library::instance().signWidget, nullptr);
     EXPECT_EQ(sim().callLog().back(), "SCRDAPI_UnInitial");
     sim().Reset();
-    ASSERT_TRUE(pad().start());
+    ASSERT_TRUE(start());
     useWhile("", 0);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 // The driver does not stop when it is told to, and a new one would be a second one.
@@ -133,40 +127,24 @@ TEST_P(FailingDriver, SamplesOfADriverThatDoesNotStopReachNobody)
 
     sim().Reset();
     EXPECT_EQ(callDriver("SCRDAPI_UnInitial"), 0);
-    ASSERT_TRUE(pad().start());
+    ASSERT_TRUE(start());
     useWhile("", 0);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_ALL(FailingDriver);
 
 // ---- callbacks at the wrong time
 
-class EagerDriver : public PadTest
+class EagerDriver : public EagerTest
 {
 protected:
-    void SetUp() override
-    {
-        PadTest::SetUp();
-        removeDriver();
-        fs::create_symlink(SCRIBERA_EAGER_DRIVER, driverFile);
-        if (padCase().isWidget())
-            pad().makeParent(true);
-        m_threads = idleThreads();
-    }
-
     bool open() { return api().InitialDevice(type(), pad().parent(), 0, 0, 200, 100); }
 
     void expectNothingLeft()
     {
-        processEvents();
-        EXPECT_EQ(Library::instance().signWidget, nullptr);
-        EXPECT_EQ(Library::instance().useSignObj, 0);
-        EXPECT_TRUE(threadsAre(m_threads));
+        EagerTest::expectNothingLeft();
         EXPECT_FALSE(ProcessState::now().maps("libeager_driver.so"));
     }
-
-    std::set<std::string> m_threads;
 };
 
 TEST_P(EagerDriver, CallsBeforeTheStartAndDuringTheStopAreTakenOrDropped)
@@ -194,9 +172,7 @@ TEST_P(EagerDriver, CallsBeforeTheStartAndDuringTheStopAreTakenOrDropped)
 TEST_P(EagerDriver, CallsOfADriverThatThenRefusesToStartReachNobody)
 {
     setenv("EAGER_RESULT", "-3", 1);
-    setLogging(true);
-    EXPECT_FALSE(open());
-    setLogging(false);
+    logged([&] { EXPECT_FALSE(open()); });
     EXPECT_TRUE(textsOf(mainLog(), method(model().handler)).empty());
     expectNothingLeft();
     unsetenv("EAGER_RESULT");
@@ -232,7 +208,6 @@ TEST_P(SlowDriver, EveryEntryPointMayTakeItsTime)
     EXPECT_EQ(api().Clear(type()), 0);
     sim().send(wave(model(), 10));
     EXPECT_EQ(pad().points(), 12);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(SlowDriver, PenGoesOnWhileAQuestionWaits)
@@ -251,14 +226,13 @@ TEST_P(SlowDriver, PenGoesOnWhileAQuestionWaits)
     EXPECT_EQ(pad().points(), 14);
     EXPECT_FALSE(answered);
     question.join();
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_ALL(SlowDriver);
 
 // ---- callbacks that do not return for long
 
-class BlockedCallback : public PadTest
+class BlockedCallback : public InkTest
 {
 protected:
     static inline std::atomic<int> stage;
@@ -275,20 +249,21 @@ protected:
         stage = 2;
     }
 
-    void SetUp() override
+    // Strokes come until one of their points has blocked the callback. The thread releases it.
+    std::thread blockByPoint()
     {
-        PadTest::SetUp();
-        stage = 0;
-        released = false;
-        called = 0;
+        prepare();
+        EXPECT_TRUE(api().RealTimeSignatureDataCallback(type(), [](unsigned long, long) { block(); }));
+        sim().queue(wave(model(), 20));
+        return releaseLater();
     }
 
-    std::thread releaseLater()
+    std::thread blockByKey(int key)
     {
-        return std::thread([] {
-            std::this_thread::sleep_for(blockingTime());
-            released = true;
-        });
+        prepare();
+        EXPECT_EQ(api().SignatureStatusCallback(type(), [](int) { block(); }), 0);
+        sim().pressKey(key);
+        return releaseLater();
     }
 
     void expectTheHostGoesOn()
@@ -303,56 +278,59 @@ protected:
         api().PacketsBase64EncodeFree(type(), text);
         processEvents();
     }
+
+private:
+    static void prepare()
+    {
+        stage = 0;
+        released = false;
+        called = 0;
+    }
+
+    static std::thread releaseLater()
+    {
+        EXPECT_TRUE(waitUntil([] { return stage == 1; }));
+        return std::thread([] {
+            std::this_thread::sleep_for(blockingTime());
+            released = true;
+        });
+    }
 };
 
 TEST_P(BlockedCallback, RealTimeCallbackHoldsUpThePenAndNothingElse)
 {
-    ASSERT_TRUE(pad().start());
-    ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), [](unsigned long, long) { block(); }));
-    sim().queue(wave(model(), 20));
-    ASSERT_TRUE(waitUntil([] { return stage == 1; }));
-    std::thread release = releaseLater();
+    ASSERT_TRUE(start());
+    std::thread release = blockByPoint();
     expectTheHostGoesOn();
     EXPECT_TRUE(stage != 1 || pad().points() == 1);
     release.join();
     sim().waitIdle();
     EXPECT_EQ(called, 22);
-    Redraw redraw(model(), 400, 200);
-    redraw.feed(wave(model(), 20));
-    EXPECT_TRUE(holdsPoints(pad(), redraw));
-    EXPECT_TRUE(holdsCanvas(pad(), redraw));
-    EXPECT_EQ(pad().stop(), 0);
+    redraw().feed(wave(model(), 20));
+    expectSameInk();
 }
 
 TEST_P(BlockedCallback, StopWaitsForARealTimeCallback)
 {
     ASSERT_TRUE(pad().start());
-    ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), [](unsigned long, long) { block(); }));
-    sim().queue(wave(model(), 20));
-    ASSERT_TRUE(waitUntil([] { return stage == 1; }));
-    std::thread release = releaseLater();
+    std::thread release = blockByPoint();
     EXPECT_EQ(pad().stop(), 0);
     EXPECT_EQ(stage, 2);
     release.join();
     ASSERT_TRUE(pad().start());
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 TEST_P(BlockedCallback, StatusCallbackHoldsUpTheNextStrokeAndNothingElse)
 {
     ASSERT_TRUE(pad().start());
     sim().send(wave(model(), 20));
-    ASSERT_EQ(api().SignatureStatusCallback(type(), [](int) { block(); }), 0);
-    sim().pressKey(1);
-    ASSERT_TRUE(waitUntil([] { return stage == 1; }));
-    std::thread release = releaseLater();
+    std::thread release = blockByKey(1);
     sim().queue(wave(model(), 20));
     expectTheHostGoesOn();
     EXPECT_TRUE(stage != 1 || pad().points() == 22);
     release.join();
     sim().waitIdle();
     EXPECT_EQ(pad().points(), 44);
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_ALL(BlockedCallback);
@@ -364,19 +342,8 @@ class WidgetBlockedCallback : public BlockedCallback
 TEST_P(WidgetBlockedCallback, WindowThatGoesWaitsForTheCallback)
 {
     for (const bool statusCallback : {false, true}) {
-        stage = 0;
-        called = 0;
-        released = false;
         ASSERT_TRUE(pad().start());
-        if (statusCallback) {
-            ASSERT_EQ(api().SignatureStatusCallback(type(), [](int) { block(); }), 0);
-            sim().pressKey(0);
-        } else {
-            ASSERT_TRUE(api().RealTimeSignatureDataCallback(type(), [](unsigned long, long) { block(); }));
-            sim().queue(wave(model(), 20));
-        }
-        ASSERT_TRUE(waitUntil([] { return stage == 1; }));
-        std::thread release = releaseLater();
+        std::thread release = statusCallback ? blockByKey(0) : blockByPoint();
         pad().closeParent();
         EXPECT_EQ(stage, 2);
         EXPECT_EQ(Library::instance().signWidget, nullptr);

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>

@@ -1,23 +1,19 @@
 // The end of a pad: what the driver, the callbacks and other threads of the host find until it is over.
 
 #include <atomic>
-#include <filesystem>
 #include <functional>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
 
 #include <dlfcn.h>
 #include <pthread.h>
 
+#include "eager_test.h"
 #include "hostile_host.h"
-#include "pen.h"
 #include "qt_threads.h"
 
 namespace scribera::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 using PenCall = void (*)(int, int, int, int);
 using FingerprintCall = void (*)(unsigned char*, int, int);
@@ -35,7 +31,7 @@ struct Found
     int padId = 99;
 };
 
-class Stop : public PadTest
+class Stop : public EagerTest
 {
 public: // for callbacks, which are plain functions
     using PadTest::model;
@@ -47,12 +43,7 @@ public: // for callbacks, which are plain functions
 protected:
     void SetUp() override
     {
-        PadTest::SetUp();
-        removeDriver();
-        fs::create_symlink(SCRIBERA_EAGER_DRIVER, driverFile);
-        if (padCase().isWidget())
-            pad().makeParent(true);
-        m_threads = idleThreads();
+        EagerTest::SetUp();
         used = this;
         told = 0;
         onPoint = nullptr;
@@ -63,7 +54,7 @@ protected:
     {
         if (m_driver)
             dlclose(m_driver);
-        PadTest::TearDown();
+        EagerTest::TearDown();
     }
 
     // A pad whose driver is quiet. Its callback counts, and then does what the test says.
@@ -85,6 +76,11 @@ protected:
         });
     }
 
+    void key()
+    {
+        play(m_pen, {sampleAt(model(), {0.5, 0.5}, ConfirmKeyDown), sampleAt(model(), {0.5, 0.5}, PenUp)});
+    }
+
     // Only the library holds the driver from here on.
     void letDriverGo()
     {
@@ -92,21 +88,11 @@ protected:
         m_driver = nullptr;
     }
 
-    void expectNothingLeft()
-    {
-        processEvents();
-        EXPECT_EQ(Library::instance().signWidget, nullptr);
-        EXPECT_EQ(Library::instance().useSignObj, 0);
-        EXPECT_EQ(api().GetTotalPacketsNumber(type()), -8);
-        EXPECT_TRUE(threadsAre(m_threads));
-    }
-
     static inline Stop* used;
     static inline std::atomic<int> told; // points of which the host was told
     static inline std::function<void()> onPoint;
 
     void* m_driver = nullptr;
-    std::set<std::string> m_threads;
 };
 
 void Stop::play(PenCall pen, const std::vector<ScrSimSample>& samples)
@@ -197,8 +183,7 @@ TEST_P(Stop, EntryPointsCountAsMissingInsideIt)
         play(m_pen, stroke(model(), {{0.5, 0.5}}));
         EXPECT_EQ(pad().canvas(), before);
     };
-    EXPECT_EQ(api().UnInitialDevice(type()), 0);
-    expectNothingLeft();
+    close();
 }
 
 TEST_P(Stop, CallbackUnderWayFindsItsPadUntilTheDriverHasStopped)
@@ -240,7 +225,7 @@ TEST_P(Stop, StatusCallbackUnderWayFindsItsPad)
                                                 found = used->look();
                                             }),
               0);
-    play(m_pen, {sampleAt(model(), {0.5, 0.5}, ConfirmKeyDown), sampleAt(model(), {0.5, 0.5}, PenUp)});
+    key();
     ASSERT_TRUE(waitUntil([] { return entered.load(); }));
     EXPECT_EQ(api().UnInitialDevice(type()), 0);
     found.padId = -1; // the driver had not been told yet
@@ -332,8 +317,7 @@ TEST_P(LateCallback, KeepsOtherThreadsFromStartingAndStopping)
     EXPECT_FALSE(stoppedTooEarly);
     EXPECT_NE(Library::instance().signWidget, nullptr);
     EXPECT_EQ(Library::instance().useSignObj, 1);
-    EXPECT_EQ(api().UnInitialDevice(type()), 0);
-    expectNothingLeft();
+    close();
 }
 
 SCRIBERA_INSTANTIATE_ALL(LateCallback);
@@ -418,11 +402,6 @@ TEST_P(Stop, ComesToItsEndThoughEverybodyKeepsAsking)
 class EndedThread : public Stop
 {
 protected:
-    void key()
-    {
-        play(m_pen, {sampleAt(model(), {0.5, 0.5}, ConfirmKeyDown), sampleAt(model(), {0.5, 0.5}, PenUp)});
-    }
-
     // The pen is taken as ever, whatever became of the keys.
     void expectThePenGoesOn()
     {
@@ -434,6 +413,15 @@ protected:
         EXPECT_EQ(api().Clear(type()), 0);
         play(m_pen, wave(model(), 4));
         EXPECT_EQ(pad().points(), 6);
+    }
+
+    void expectThreeCalls()
+    {
+        for (int i = 1; i <= 3; ++i) {
+            key();
+            EXPECT_TRUE(waitUntil([i] { return calls == i; }));
+            expectThePenGoesOn();
+        }
     }
 
     static inline std::atomic<int> calls;
@@ -464,8 +452,7 @@ TEST_P(EndedThread, StatusCallbackMayEndItsThread)
         expectThePenGoesOn();
         EXPECT_EQ(calls, 1);
         setLogging(false);
-        EXPECT_EQ(api().UnInitialDevice(type()), 0);
-        expectNothingLeft();
+        close();
     }
 }
 
@@ -480,14 +467,9 @@ TEST_P(EndedThread, CancellationThatComesInALogLineWaits)
                                             }),
               0);
     setLogging(true);
-    for (int i = 1; i <= 3; ++i) {
-        key();
-        EXPECT_TRUE(waitUntil([i] { return calls == i; }));
-        expectThePenGoesOn();
-    }
+    expectThreeCalls();
     setLogging(false);
-    EXPECT_EQ(api().UnInitialDevice(type()), 0);
-    expectNothingLeft();
+    close();
 }
 
 TEST_P(EndedThread, StatusCallbackThatThrowsIsCalledAgain)
@@ -500,13 +482,8 @@ TEST_P(EndedThread, StatusCallbackThatThrowsIsCalledAgain)
                                                 throw std::runtime_error("not allowed");
                                             }),
               0);
-    for (int i = 1; i <= 3; ++i) {
-        key();
-        EXPECT_TRUE(waitUntil([i] { return calls == i; }));
-        expectThePenGoesOn();
-    }
-    EXPECT_EQ(api().UnInitialDevice(type()), 0);
-    expectNothingLeft();
+    expectThreeCalls();
+    close();
 }
 
 TEST_P(EndedThread, RealTimeCallbackMayEndTheDriversThread)
@@ -533,8 +510,7 @@ TEST_P(EndedThread, RealTimeCallbackMayEndTheDriversThread)
         onPoint = nullptr;
         expectThePenGoesOn();
     }
-    EXPECT_EQ(api().UnInitialDevice(type()), 0);
-    expectNothingLeft();
+    close();
 }
 
 TEST_P(EndedThread, CancelledHostThreadLeavesBetweenItsCalls)

@@ -9,21 +9,12 @@
 #include <random>
 #include <thread>
 
-#include <QApplication>
-
 #include "hostile_host.h"
 #include "pen.h"
 #include "qt_threads.h"
 
 namespace scribera::test {
 namespace {
-
-std::chrono::duration<double> testDuration()
-{
-    const char* const seconds = std::getenv("SCRIBERA_TEST_SECONDS");
-    const double value = seconds ? std::atof(seconds) : 0;
-    return std::chrono::duration<double>(value > 0 ? value : 2);
-}
 
 unsigned testSeed()
 {
@@ -153,8 +144,7 @@ protected:
     {
         EXPECT_EQ(api().UnInitialDevice(type()), 0);
         processEvents();
-        EXPECT_EQ(Library::instance().signWidget, nullptr);
-        EXPECT_EQ(Library::instance().useSignObj, 0);
+        expectNoObject();
     }
 
     // One ordinary session, which opens what the process keeps open from then on.

@@ -31,8 +31,7 @@ TEST_P(BadFiles, PdfOnAFullDiskReportsThatTheFileCouldBeOpened)
     fs::create_symlink("/dev/full", "full.pdf");
     EXPECT_EQ(pad().save(ImagePdf, "full.pdf"), 0);
     EXPECT_TRUE(fs::is_character_file("/dev/full"));
-    expectUnchanged();
-    EXPECT_EQ(pad().stop(), 0);
+    expectSameInk();
 }
 
 TEST_P(BadFiles, PathsOfFiveThousandCharactersWriteNothing)
@@ -58,8 +57,7 @@ TEST_P(BadFiles, PathsOfFiveThousandCharactersWriteNothing)
         EXPECT_EQ(api().Base64Decode(type(), image, taken.text.c_str(), path.data()), -8);
     }
     EXPECT_EQ(std::distance(fs::directory_iterator("."), fs::directory_iterator()), before);
-    expectUnchanged();
-    EXPECT_EQ(pad().stop(), 0);
+    expectSameInk();
 }
 
 TEST_P(BadFiles, LogsOnAFullDiskChangeNoResult)
@@ -72,7 +70,7 @@ TEST_P(BadFiles, LogsOnAFullDiskChangeNoResult)
     sim().pressKey(1);
     for (const FileType& file : fileTypes)
         EXPECT_EQ(pad().save(file.id, std::string("logged.") + file.suffix), 0);
-    expectUnchanged();
+    expectSameInk();
     EXPECT_EQ(pad().stop(), 0);
     setLogging(false);
     EXPECT_EQ(fileContent(mainLogFile), "");
@@ -99,9 +97,9 @@ class Locales : public PadTest
 {
 protected:
     // Everything that a signature can be handed over as. What depends on the moment is taken out.
-    std::vector<std::string> handedOver()
+    Texts handedOver()
     {
-        std::vector<std::string> all;
+        Texts all;
         EXPECT_TRUE(pad().start());
         EXPECT_EQ(api().SetPenWidth(type(), 5), 0);
         sim().send(wave(model(), 40));
@@ -128,7 +126,7 @@ protected:
 TEST_P(Locales, DecimalCommaChangesNothingThatIsHandedOver)
 {
     ASSERT_STREQ(std::setlocale(LC_ALL, "C"), "C");
-    const std::vector<std::string> plain = handedOver();
+    const Texts plain = handedOver();
     ASSERT_GT(plain.size(), 40u);
     ASSERT_TRUE(makeLocale("de_DE", "UTF-8", "de_DE.UTF-8"))
         << "needs localedef and the package locales: " << fileContent("localedef.txt");
@@ -152,9 +150,9 @@ TEST_P(Locales, WithoutUtf8EverythingButNamesBeyondAsciiIsAsEver)
     unsetenv("LC_ALL");
     setenv("LANG", "POSIX", 1);
     ASSERT_STREQ(std::setlocale(LC_ALL, "POSIX"), "C");
-    const std::vector<std::string> posix = handedOver();
+    const Texts posix = handedOver();
     ASSERT_STREQ(std::setlocale(LC_ALL, "C.UTF-8"), "C.UTF-8");
-    const std::vector<std::string> utf8 = handedOver();
+    const Texts utf8 = handedOver();
     ASSERT_EQ(posix.size(), utf8.size());
     for (std::size_t i = 0; i < posix.size(); ++i)
         EXPECT_TRUE(posix[i] == utf8[i]) << "number " << i;
@@ -172,7 +170,6 @@ TEST_P(Locales, NameThatTheLocaleCannotWriteStillNamesOneFile)
     EXPECT_EQ(saveWide(pad(), ImagePng, L"names/\u7b7e\u540d \U0001F58B.png"), 0);
     ASSERT_EQ(std::distance(fs::directory_iterator("names"), fs::directory_iterator()), 1);
     EXPECT_EQ(loaded(fs::directory_iterator("names")->path()).size(), QSize(400, 200));
-    EXPECT_EQ(pad().stop(), 0);
 }
 
 SCRIBERA_INSTANTIATE_ALL(Locales);
@@ -187,22 +184,6 @@ std::size_t addressSpace()
     return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
-void limitAddressSpace(std::size_t beyondWhatIsThere)
-{
-    rlimit limit{};
-    getrlimit(RLIMIT_AS, &limit);
-    limit.rlim_cur = addressSpace() + beyondWhatIsThere;
-    setrlimit(RLIMIT_AS, &limit);
-}
-
-void unlimitAddressSpace()
-{
-    rlimit limit{};
-    getrlimit(RLIMIT_AS, &limit);
-    limit.rlim_cur = limit.rlim_max;
-    setrlimit(RLIMIT_AS, &limit);
-}
-
 bool isOneOf(int result, std::initializer_list<int> documented, const char* what)
 {
     if (std::find(documented.begin(), documented.end(), result) != documented.end())
@@ -215,8 +196,7 @@ bool isOneOf(int result, std::initializer_list<int> documented, const char* what
 // documented results, every sample is stored as long as a chunk of points can be, and once there is memory
 // again the pad works.
 const ChildProgram shortOfMemory("short-of-memory", [](const std::vector<std::string>& arguments) {
-    const PadCase padCase{&padModel(arguments.at(0)),
-                          arguments.at(1) == "widget" ? Kind::Widget : Kind::Windowless};
+    const PadCase padCase = PadCase::of(arguments);
     const std::size_t megabytes = std::stoul(arguments.at(2));
     Pad pad(padCase);
     // First use: what the process keeps, and Qt's plugins.
@@ -228,7 +208,7 @@ const ChildProgram shortOfMemory("short-of-memory", [](const std::vector<std::st
         return 2;
 
     bool good = true;
-    limitAddressSpace(megabytes << 20);
+    setSoftLimit(RLIMIT_AS, addressSpace() + (megabytes << 20));
     const bool started = pad.start({.width = 3276, .height = 2000});
     if (started) {
         if (pad.model().hasFingerprint) {
@@ -236,8 +216,11 @@ const ChildProgram shortOfMemory("short-of-memory", [](const std::vector<std::st
             pad.sim().SendFingerprint(print.data(), static_cast<int>(print.size()), 10);
         }
         const std::vector<ScrSimSample> ink = wave(pad.model(), 20);
-        pad.sim().SendSamples(ink.data(), static_cast<int>(ink.size()));
-        pad.sim().WaitIdle(60000);
+        const auto sign = [&] {
+            pad.sim().SendSamples(ink.data(), static_cast<int>(ink.size()));
+            pad.sim().WaitIdle(60000);
+        };
+        sign();
         good &= isOneOf(pad.points(), {22}, "GetTotalPacketsNumber");
         for (const FileType& file : fileTypes)
             good &=
@@ -249,20 +232,17 @@ const ChildProgram shortOfMemory("short-of-memory", [](const std::vector<std::st
         }
         pad.api().SetSaveCenterImageClip(pad.type(), true, 5, 5);
         good &= isOneOf(pad.save(ImagePng, "clipped.png"), {0, -8}, "SaveDrawingImage");
-        pad.sim().SendSamples(ink.data(), static_cast<int>(ink.size()));
-        pad.sim().WaitIdle(60000);
+        sign();
         if (QWidget* const widget = pad.signWidget()) {
             widget->resize(3300, 2100);
             processEvents();
-            pad.sim().SendSamples(ink.data(), static_cast<int>(ink.size()));
-            pad.sim().WaitIdle(60000);
+            sign();
         }
         good &= isOneOf(pad.api().Clear(pad.type()), {0, -8}, "Clear");
-        pad.sim().SendSamples(ink.data(), static_cast<int>(ink.size()));
-        pad.sim().WaitIdle(60000);
+        sign();
         good &= isOneOf(pad.stopKeepingParent(), {0}, "UnInitialDevice");
     }
-    unlimitAddressSpace();
+    setSoftLimit(RLIMIT_AS, RLIM_INFINITY);
     pad.closeParent();
     pad.sim().close();
     if (!good)
@@ -289,8 +269,9 @@ TEST_P(Memory, CanvasThatIsRefusedLeavesADocumentedPad)
 {
     for (const char* megabytes : {"4", "30", "45", "58", "85", "130"}) {
         SCOPED_TRACE(megabytes);
-        EXPECT_TRUE(endedWell(runChild(
-            "short-of-memory", {model().name, padCase().isWidget() ? "widget" : "windowless", megabytes})));
+        Texts arguments = padCase().words();
+        arguments.push_back(megabytes);
+        EXPECT_TRUE(endedWell(runChild("short-of-memory", arguments)));
     }
 }
 

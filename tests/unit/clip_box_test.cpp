@@ -2,42 +2,24 @@
 // hosts set and for those that they should not.
 #include "export/boundingbox.h"
 
-#include <QImage>
+#include "pen.h"
 
-#include <algorithm>
 #include <limits>
-#include <vector>
 
-#include <gtest/gtest.h>
-
+namespace scribera::test {
 namespace {
 
 constexpr int intMax = std::numeric_limits<int>::max();
 constexpr int intMin = std::numeric_limits<int>::min();
 
-QImage paper(int width, int height)
-{
-    QImage image(width, height, QImage::Format_ARGB32);
-    image.fill(Qt::white);
-    return image;
-}
-
 QRect formula(const QImage& image, long long marginX, long long marginY)
 {
-    long long left = 99999;
-    long long top = 99999;
-    long long right = -1;
-    long long bottom = -1;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if ((image.pixel(x, y) & 0xFFFFFF) == 0xFFFFFF)
-                continue;
-            left = std::min<long long>(left, x);
-            right = std::max<long long>(right, x);
-            top = std::min<long long>(top, y);
-            bottom = std::max<long long>(bottom, y);
-        }
-    }
+    const QRect none(QPoint(99999, 99999), QPoint(-1, -1));
+    const QRect ink = inkOf(image).isNull() ? none : inkOf(image);
+    long long left = ink.left();
+    long long top = ink.top();
+    long long right = ink.right();
+    long long bottom = ink.bottom();
     left = left - marginX < 0 ? 0 : left - marginX;
     top = top - marginY < 0 ? 0 : top - marginY;
     right = right + marginX < image.width() ? right + marginX : image.width() - 1;
@@ -51,16 +33,7 @@ bool sameImages(const QImage& seen, const QImage& expected)
 {
     if (seen.isNull() || expected.isNull())
         return seen.isNull() && expected.isNull();
-    if (seen.size() != expected.size() || seen.format() != expected.format())
-        return false;
-    for (int y = 0; y < expected.height(); ++y) {
-        for (int x = 0; x < expected.width(); ++x) {
-            if (reinterpret_cast<const QRgb*>(seen.constScanLine(y))[x] !=
-                reinterpret_cast<const QRgb*>(expected.constScanLine(y))[x])
-                return false;
-        }
-    }
-    return true;
+    return seen.format() == expected.format() && same(seen, expected);
 }
 
 void expectLiteral(const QImage& image, int marginX, int marginY)
@@ -90,7 +63,7 @@ void expectLiteralForManyMargins(const QImage& image)
 
 TEST(ClipBox, OfInkIsThatOfTheFormula)
 {
-    QImage image = paper(40, 30);
+    QImage image = blank(40, 30);
     image.setPixel(11, 7, 0xFFFEFFFF);
     expectLiteralForManyMargins(image);
     image.setPixel(39, 29, 0xFF0000FF);
@@ -100,13 +73,13 @@ TEST(ClipBox, OfInkIsThatOfTheFormula)
 
 TEST(ClipBox, OfNoInkIsThatOfTheFormula)
 {
-    expectLiteralForManyMargins(paper(40, 30));
-    expectLiteralForManyMargins(paper(1, 1));
+    expectLiteralForManyMargins(blank(40, 30));
+    expectLiteralForManyMargins(blank(1, 1));
 }
 
 TEST(ClipBox, OfNoInkOnAnImmenseCanvasIsThatOfTheFormula)
 {
-    const QImage image = paper(60000, 3);
+    const QImage image = blank(60000, 3);
     for (const int marginX : {0, 39998, 39999, 40000, 49998, 49999, 50000, 50001, 59999, 60000, 60001}) {
         for (const int marginY : {99995, 99996, 99997, 99998, 99999})
             ASSERT_NO_FATAL_FAILURE(expectLiteral(image, marginX, marginY));
@@ -115,7 +88,7 @@ TEST(ClipBox, OfNoInkOnAnImmenseCanvasIsThatOfTheFormula)
 
 TEST(ClipBox, OfNoInkIsTheWholeImageWhereTheRectangleIsNull)
 {
-    const QImage image = paper(40, 30);
+    const QImage image = blank(40, 30);
     const QRect box =
         CheckSignImageBoundingBox(image, image.rect(), {true, 99999 - 40, 99999 - 30}, {"", "", ""});
     EXPECT_TRUE(box.isNull());
@@ -127,7 +100,7 @@ TEST(ClipBox, OfNoInkIsTheWholeImageWhereTheRectangleIsNull)
 
 TEST(ClipBox, OfNegativeMarginsStaysWithinIntegers)
 {
-    QImage image = paper(40, 30);
+    QImage image = blank(40, 30);
     for (int round = 0; round < 2; ++round) {
         for (const int margin : {-1, -20, -99999, intMin + 1, intMin}) {
             const QRect box =
@@ -141,7 +114,7 @@ TEST(ClipBox, OfNegativeMarginsStaysWithinIntegers)
 
 TEST(CopyOfRect, IsQtsOwnWhereverTheRectangleLies)
 {
-    QImage image = paper(40, 30);
+    QImage image = blank(40, 30);
     image.setPixel(5, 5, 0xFF0000FF);
     for (const int left : {-60, -50, -49, -1, 0, 5, 39, 40, 41, 500}) {
         for (const int top : {-60, -31, -30, -1, 0, 5, 29, 30, 31, 500}) {
@@ -156,7 +129,7 @@ TEST(CopyOfRect, IsQtsOwnWhereverTheRectangleLies)
 
 TEST(CopyOfRect, OfARectangleBeyondReasonIsNoneOrEmpty)
 {
-    const QImage image = paper(40, 30);
+    const QImage image = blank(40, 30);
     for (const QRect& rect :
          {QRect(QPoint(0, 0), QPoint(intMax, intMax)), QRect(QPoint(intMin, intMin), QPoint(intMax, intMax)),
           QRect(QPoint(intMax, 0), QPoint(intMin, 0)), QRect(QPoint(0, 0), QPoint(1 << 20, 1 << 20))})
@@ -170,3 +143,4 @@ TEST(CopyOfRect, OfARectangleBeyondReasonIsNoneOrEmpty)
 }
 
 } // namespace
+} // namespace scribera::test

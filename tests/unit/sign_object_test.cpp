@@ -19,8 +19,6 @@ void enableLog(bool enables)
     std::atomic_ref(g_bEnableLog).store(enables ? 1 : 0);
 }
 
-using Texts = std::vector<std::string>;
-
 std::unique_ptr<CSignObj> makeObject(const PadModel& model)
 {
     for (const CPadModel* row : AllPads()) {

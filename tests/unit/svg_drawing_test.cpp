@@ -3,17 +3,14 @@
 
 #include "model/padmodel.h"
 
-#include "../host/stroke_hint.h"
+#include "processes.h"
+#include "stroke_hint.h"
 
 #include <QBuffer>
 #include <QSvgGenerator>
 
 #include <cstdlib>
-#include <fstream>
 #include <random>
-#include <string>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -178,16 +175,6 @@ TEST(SvgDrawing, NothingIsHandedOverAfterARefusal)
     EXPECT_EQ(asked, 3);
 }
 
-long residentKilobytesAtMost()
-{
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.starts_with("VmHWM:"))
-            return std::stol(line.substr(6));
-    }
-    return -1;
-}
-
 // Ten million of them when there is time.
 TEST(SvgDrawing, MemoryDoesNotGrowWithTheLines)
 {
@@ -200,7 +187,7 @@ TEST(SvgDrawing, MemoryDoesNotGrowWithTheLines)
         few.addRandom(5000, 4);
         ASSERT_TRUE(HandOverSvg(few.content(), dpi, takeAll, false));
     }
-    [[maybe_unused]] const long before = residentKilobytesAtMost();
+    [[maybe_unused]] const long before = scribera::test::residentKilobytesAtMost();
     std::size_t bytes = 0;
     ASSERT_TRUE(HandOverSvg(
         signature.content(), dpi,
@@ -211,7 +198,7 @@ TEST(SvgDrawing, MemoryDoesNotGrowWithTheLines)
         false));
     EXPECT_GT(bytes, count * 200);
 #if !defined(SCRIBERA_SANITIZED_MEMORY) // the sanitizer keeps what is freed
-    EXPECT_LT(residentKilobytesAtMost() - before, 8000);
+    EXPECT_LT(scribera::test::residentKilobytesAtMost() - before, 8000);
 #endif
 }
 
