@@ -183,18 +183,15 @@ void HostileHost::expectText(int deviceType, char* text, bool accepted, void (*g
 
 void HostileHost::addLifecycle()
 {
-    add("InitialDevice", [this] {
-        const int type = typeArgument();
+    add("InitialDevice", [this](int type) {
         expectTruth(type, m_api.InitialDevice(type, flag() ? m_parent : nullptr, number(), number(), 30, 20),
                     true);
     });
-    add("InitialDeviceByWId", [this] {
-        const int type = typeArgument();
+    add("InitialDeviceByWId", [this](int type) {
         expectTruth(type, m_api.InitialDeviceByWId(type, windowId(), number(), number(), 30, 20), true);
     });
     if (m_caller == Caller::Callback) {
-        add("UnInitialDevice", [this] {
-            const int type = typeArgument();
+        add("UnInitialDevice", [this](int type) {
             EXPECT_EQ(m_api.UnInitialDevice(type), type == m_case.model->deviceType ? -1 : -2);
         });
     }
@@ -204,8 +201,7 @@ void HostileHost::addPad()
 {
     using Ask = int (*)(int, char*, int);
     const auto addQuestion = [this](const char* name, Ask ask) {
-        add(name, [this, ask] {
-            const int type = typeArgument();
+        add(name, [this, ask](int type) {
             char buffer[64];
             const bool null = chance(20);
             const int size = flag() ? static_cast<int>(sizeof buffer) : std::min(number(), 64);
@@ -216,21 +212,12 @@ void HostileHost::addPad()
     addQuestion("GetHWVersionID", m_api.GetHWVersionID);
     if (m_case.model->hasScreen) {
         addQuestion("GetHWPenID", m_api.GetHWPenID);
-        add("OpenLCD", [this] {
-            const int type = typeArgument();
-            expectOneOf(type, m_api.OpenLCD(type, flag()), {0});
-        });
-        add("DisplayHWVersion", [this] {
-            const int type = typeArgument();
-            expectOneOf(type, m_api.DisplayHWVersion(type, flag()), {0});
-        });
+        add("OpenLCD", [this](int type) { expectOneOf(type, m_api.OpenLCD(type, flag()), {0}); });
+        add("DisplayHWVersion",
+            [this](int type) { expectOneOf(type, m_api.DisplayHWVersion(type, flag()), {0}); });
     }
-    add("Clear", [this] {
-        const int type = typeArgument();
-        expectOneOf(type, m_api.Clear(type), {0});
-    });
-    add("getDeviceInfo", [this] {
-        const int type = typeArgument();
+    add("Clear", [this](int type) { expectOneOf(type, m_api.Clear(type), {0}); });
+    add("getDeviceInfo", [this](int type) {
         const int index = chance(80) ? 1 + below(7) : number();
         char answer[16];
         const bool null = chance(15);
@@ -241,43 +228,32 @@ void HostileHost::addPad()
 
 void HostileHost::addPen()
 {
-    add("SetPenStyle", [this] {
-        const int type = typeArgument();
-        expectOneOf(type, m_api.SetPenStyle(type, flag()), {0});
-    });
-    add("SetPenWidth", [this] {
-        const int type = typeArgument();
+    add("SetPenStyle", [this](int type) { expectOneOf(type, m_api.SetPenStyle(type, flag()), {0}); });
+    add("SetPenWidth", [this](int type) {
         const int width = number();
         expectOneOf(type, m_api.SetPenWidth(type, width), {width >= 1 && width <= 10 ? 0 : -2});
     });
-    add("SetPenColor", [this] {
-        const int type = typeArgument();
-        expectOneOf(type, m_api.SetPenColor(type, number(), number(), number()), {0});
-    });
-    add("SignatureStatusCallback", [this] {
-        const int type = typeArgument();
+    add("SetPenColor",
+        [this](int type) { expectOneOf(type, m_api.SetPenColor(type, number(), number(), number()), {0}); });
+    add("SignatureStatusCallback", [this](int type) {
         expectOneOf(type, m_api.SignatureStatusCallback(type, chance(20) ? nullptr : m_status), {0});
     });
-    add("RealTimeSignatureDataCallback", [this] {
-        const int type = typeArgument();
+    add("RealTimeSignatureDataCallback", [this](int type) {
         const RealTimeCallback callback = chance(20) ? nullptr : m_realTime;
         expectTruth(type, m_api.RealTimeSignatureDataCallback(type, callback), callback != nullptr);
     });
-    add("GetDeviceConfirmOrCancelKeyStatus", [this] {
-        const int type = typeArgument();
+    add("GetDeviceConfirmOrCancelKeyStatus", [this](int type) {
         expectOneOf(type, m_api.GetDeviceConfirmOrCancelKeyStatus(type), {-1, 0, 1});
     });
 }
 
 void HostileHost::addPoints()
 {
-    add("GetTotalPacketsNumber", [this] {
-        const int type = typeArgument();
+    add("GetTotalPacketsNumber", [this](int type) {
         const int count = m_api.GetTotalPacketsNumber(type);
         expectOneOf(type, count > 0 ? 1 : count, {1, -8});
     });
-    add("getPackets", [this] {
-        const int type = typeArgument();
+    add("getPackets", [this](int type) {
         Packet packet{number(), 0, 0, 0, 9};
         if (chance(15)) {
             expectOneOf(type, m_api.getPackets(type, nullptr), {-2});
@@ -287,8 +263,7 @@ void HostileHost::addPoints()
         expectOneOf(type, result, {0, -1});
         EXPECT_EQ(packet.status > 1, result != 0);
     });
-    add("GetInkPointTime", [this] {
-        const int type = typeArgument();
+    add("GetInkPointTime", [this](int type) {
         char* text = m_api.GetInkPointTime(type, number());
         EXPECT_TRUE(!text || type == m_case.model->deviceType);
         if (text) {
@@ -297,13 +272,11 @@ void HostileHost::addPoints()
         m_api.FreeInkPointTime(m_case.model->deviceType, text);
         m_api.FreeInkPointTime(typeArgument(), nullptr);
     });
-    add("GetTotalDecodePacketsNumber", [this] {
-        const int type = typeArgument();
+    add("GetTotalDecodePacketsNumber", [this](int type) {
         const int count = m_api.GetTotalDecodePacketsNumber(type);
         expectOneOf(type, count > 0 ? 1 : count, {1, -8});
     });
-    add("GetDecodePacketsData", [this] {
-        const int type = typeArgument();
+    add("GetDecodePacketsData", [this](int type) {
         const int selector = chance(80) ? 1 + below(3) : number();
         const int result = m_api.GetDecodePacketsData(type, number(), selector);
         if (selector < 1 || selector > 3 || type != m_case.model->deviceType) {
@@ -316,22 +289,19 @@ void HostileHost::addPoints()
 
 void HostileHost::addFiles()
 {
-    add("SaveDrawingImage", [this] {
-        const int type = typeArgument();
+    add("SaveDrawingImage", [this](int type) {
         const int image = imageType();
         const bool savable = isRaster(image) || image == ImagePdf || image == ImageSvg;
         const int result = m_api.SaveDrawingImage(type, image, path(), number());
         expectOneOf(type, result, savable ? std::vector<int>{0, -8} : std::vector<int>{-2});
     });
-    add("SetSaveCenterImageClip", [this] {
-        const int type = typeArgument();
+    add("SetSaveCenterImageClip", [this](int type) {
         const int marginX = number();
         const int marginY = number();
         expectOneOf(type, m_api.SetSaveCenterImageClip(type, flag(), marginX, marginY),
                     {marginX < 0 || marginY < 0 ? -2 : 0});
     });
-    add("Base64Decode", [this] {
-        const int type = typeArgument();
+    add("Base64Decode", [this](int type) {
         const int image = imageType();
         const char* text = encodedText();
         const bool good = (isRaster(image) || image == ImageInk) && text && *text;
@@ -345,22 +315,19 @@ void HostileHost::addFiles()
 
 void HostileHost::addTexts()
 {
-    add("PacketsBase64Encode", [this] {
-        const int type = typeArgument();
+    add("PacketsBase64Encode", [this](int type) {
         const int image = imageType();
         expectText(type, m_api.PacketsBase64Encode(type, image), isRaster(image) || image == ImageInk,
                    m_api.PacketsBase64EncodeFree);
         m_api.PacketsBase64EncodeFree(typeArgument(), nullptr);
     });
-    add("PacketsBase64EncodeEx", [this] {
-        const int type = typeArgument();
+    add("PacketsBase64EncodeEx", [this](int type) {
         const int image = imageType();
         expectText(type, m_api.PacketsBase64EncodeEx(type, image, flag()),
                    isRaster(image) || image == ImageInk, m_api.PacketsBase64EncodeExFree);
         m_api.PacketsBase64EncodeExFree(typeArgument(), nullptr);
     });
-    add("GetSVGImageBase64Data", [this] {
-        const int type = typeArgument();
+    add("GetSVGImageBase64Data", [this](int type) {
         if (m_api.GetTotalPacketsNumber(m_case.model->deviceType) > 20000)
             m_api.Clear(m_case.model->deviceType); // a drawing of all of them would take the rest of the time
         expectText(type, m_api.GetSVGImageBase64Data(type), true, m_api.FreeSVGImageBase64Data);
@@ -373,8 +340,7 @@ void HostileHost::addFingerprint()
     if (!m_case.model->hasFingerprint)
         return;
     // Every placement stays until the end, so there are not too many of them.
-    const auto place = [this](auto call) {
-        const int type = typeArgument();
+    const auto place = [this](int type, auto call) {
         if (m_placements == 200)
             return;
         const int left = number();
@@ -382,24 +348,23 @@ void HostileHost::addFingerprint()
         // A widget is placed on its own thread only, and this is another.
         const std::vector<int> documented =
             m_case.isWidget() ? std::vector<int>{-1} : std::vector<int>{0, -2};
-        const int result = call(type, left, width);
+        const int result = call(left, width);
         expectOneOf(type, result, documented);
         m_placements += type == m_case.model->deviceType;
     };
-    add("SetDisplayedFPImageAt", [this, place] {
-        place([this](int type, int left, int width) {
+    add("SetDisplayedFPImageAt", [this, place](int type) {
+        place(type, [=, this](int left, int width) {
             return m_api.SetDisplayedFPImageAt(type, flag() ? m_parent : nullptr, 100 + below(200), 80, left,
                                                3, width, 40);
         });
     });
-    add("SetDisplayedFPImageAtByWId", [this, place] {
-        place([this](int type, int left, int width) {
+    add("SetDisplayedFPImageAtByWId", [this, place](int type) {
+        place(type, [=, this](int left, int width) {
             return m_api.SetDisplayedFPImageAtByWId(type, windowId(), 100 + below(200), 80, left, 3, width,
                                                     40);
         });
     });
-    add("GetFPImageBase64Data", [this] {
-        const int type = typeArgument();
+    add("GetFPImageBase64Data", [this](int type) {
         const int image = imageType();
         expectText(type, m_api.GetFPImageBase64Data(type, image, flag()), isRaster(image),
                    m_api.FreeFPImageBase64Data);
@@ -410,10 +375,9 @@ void HostileHost::addFingerprint()
 void HostileHost::addAbout()
 {
     // Away from the GUI thread nothing is shown.
-    add("AboutBox", [this] { m_api.AboutBox(flag() ? m_parent : nullptr); });
-    add("AboutBoxByWId", [this] { m_api.AboutBoxByWId(windowId()); });
-    add("GetAboutInfo", [this] {
-        const int type = typeArgument();
+    add("AboutBox", [this](int) { m_api.AboutBox(flag() ? m_parent : nullptr); });
+    add("AboutBoxByWId", [this](int) { m_api.AboutBoxByWId(windowId()); });
+    add("GetAboutInfo", [this](int type) {
         char buffer[128] = "";
         m_api.GetAboutInfo(type, buffer);
         EXPECT_EQ(std::strncmp(buffer, "About\n", 6) == 0, type == m_case.model->deviceType);

@@ -49,9 +49,10 @@ private:
     void addTexts();
     void addFingerprint();
     void addAbout();
-    void add(const char* name, std::function<void()> make)
+    // Called with a device type, mostly its own.
+    void add(const char* name, const std::function<void(int)>& make)
     {
-        m_operations.push_back({name, std::move(make)});
+        m_operations.push_back({name, [this, make] { make(typeArgument()); }});
     }
 
     int below(int count);
