@@ -8,6 +8,9 @@
 #include "print_layer.h"
 #include "scriberasdk.h"
 
+#include <functional>
+#include <map>
+
 namespace scribera::test {
 namespace {
 
@@ -97,50 +100,26 @@ TEST_P(LongMerge, IsRightAfterEverySegment)
     Canvas canvas(EObjectKind::Widget, size);
     const std::vector<ScrSimSample> samples = longSignature(padModel("K421B"), 2000, 4711);
     ASSERT_EQ(samples.size(), 2001u);
+    const auto merge = [&](unsigned seed) {
+        canvas.take(seed);
+        canvas.mergeAfterTransfer();
+    };
+    const std::map<std::size_t, std::function<void()>> events = {
+        {1, [&] { canvas.setPen(1, Qt::black, true); }}, // pressures up to 305 give less than a pixel
+        {150, [&] { canvas.take(1); }},                  // shown with the next segment
+        {300, [&] { merge(2); }},
+        {500, [&] { canvas.setPen(3, QColor(20, 60, 180), true); }},
+        {700, [&] { canvas.placeSame(QRect(size.width() / 3, 3, size.width() / 2, size.height() - 9)); }},
+        {900, [&] { canvas.setPen(1, QColor(0, 128, 0), false); }},
+        {1100, [&] { canvas.clear(); }},
+        {1150, [&] { merge(3); }},
+        {1300, [&] { canvas.resize(size.width() - 51, size.height() + 40); }},
+        {1400, [&] { merge(4); }},
+        {1600, [&] { canvas.setPen(10, Qt::red, true); }},
+        {1800, [&] { canvas.placeSame(QRect(0, 0, 7, 5)); }}};
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        switch (i) {
-        case 1: // pressures up to 305 give less than a pixel
-            canvas.setPen(1, Qt::black, true);
-            break;
-        case 150: // shown with the next segment
-            canvas.take(1);
-            break;
-        case 300:
-            canvas.take(2);
-            canvas.mergeAfterTransfer();
-            break;
-        case 500:
-            canvas.setPen(3, QColor(20, 60, 180), true);
-            break;
-        case 700:
-            canvas.placeSame(QRect(size.width() / 3, 3, size.width() / 2, size.height() - 9));
-            break;
-        case 900:
-            canvas.setPen(1, QColor(0, 128, 0), false);
-            break;
-        case 1100:
-            canvas.clear();
-            break;
-        case 1150:
-            canvas.take(3);
-            canvas.mergeAfterTransfer();
-            break;
-        case 1300:
-            canvas.resize(size.width() - 51, size.height() + 40);
-            break;
-        case 1400:
-            canvas.take(4);
-            canvas.mergeAfterTransfer();
-            break;
-        case 1600:
-            canvas.setPen(10, Qt::red, true);
-            break;
-        case 1800:
-            canvas.placeSame(QRect(0, 0, 7, 5));
-            break;
-        default:
-            break;
-        }
+        if (const auto event = events.find(i); event != events.end())
+            event->second();
         canvas.draw(samples[i]);
         ASSERT_TRUE(canvas.isRight()) << "after segment " << i;
     }

@@ -48,22 +48,27 @@ void operator delete(void* memory, std::size_t) noexcept
 namespace scribera::test {
 namespace {
 
+// Does the work with that allocation refused. Whether it came so far.
+template <class Work>
+bool refuse(int at, Work work)
+{
+    wasRefused = false;
+    refusalAt = at;
+    EXPECT_NO_THROW(work());
+    refusalAt = 0;
+    return wasRefused;
+}
+
 // Does the work with its first allocation refused, then with its second one, until none is left to refuse.
 template <class Work>
 int refuseEach(Work work)
 {
-    int refused = 0;
     for (int at = 1; at < 10000; ++at) {
-        refusalAt = at;
-        wasRefused = false;
-        EXPECT_NO_THROW(work());
-        refusalAt = 0;
-        if (!wasRefused)
-            return refused;
-        ++refused;
+        if (!refuse(at, work))
+            return at - 1;
     }
     ADD_FAILURE() << "no end of allocations";
-    return refused;
+    return 0;
 }
 
 class ShortMemory : public testing::TestWithParam<const CPadModel*>
@@ -128,15 +133,8 @@ TEST_P(ShortMemory, GivesTheCanvasItsSizeLater)
     segment(50);
     int width = 120;
     EXPECT_GT(refuseEach([&] { m_canvas.Resize(++width, 90); }), 0);
-    int refused = 0;
-    for (int at = 1;; ++at) {
-        refusalAt = at;
-        wasRefused = false;
-        m_canvas.Resize(200, 100);
-        refusalAt = 0;
-        if (!wasRefused)
-            break;
-        ++refused;
+    int at = 1;
+    for (; refuse(at, [&] { m_canvas.Resize(200, 100); }); ++at) {
         if (!GetParam()->m_bHasFingerprint) {
             EXPECT_EQ(m_canvas.Snapshot().Image().pixel(52, 35) & 0xFFFFFF, 0u) << "ink stays";
         }
@@ -144,7 +142,7 @@ TEST_P(ShortMemory, GivesTheCanvasItsSizeLater)
         EXPECT_EQ(m_canvas.Snapshot().Image().size(), QSize(200, 100));
         m_canvas.Resize(120, 80);
     }
-    EXPECT_GT(refused, 0);
+    EXPECT_GT(at, 1);
     expectFresh();
 }
 
@@ -154,10 +152,7 @@ TEST_P(ShortMemory, ClearsAllTheSame)
     do {
         segment(50);
         const CSharedImage shared = m_canvas.Snapshot(); // so that white pixels have to be allocated
-        wasRefused = false;
-        refusalAt = ++at;
-        m_canvas.ClearSignCanvas();
-        refusalAt = 0;
+        refuse(++at, [&] { m_canvas.ClearSignCanvas(); });
         EXPECT_TRUE(m_canvas.Snapshot().InkArea().isEmpty());
         const QImage seen = m_canvas.Snapshot().Image();
         EXPECT_TRUE(seen.isNull() || same(seen, blank(120, 80)));
@@ -182,11 +177,8 @@ TEST_P(ShortMemory, MergesTheFingerprintLater)
     for (int at = 1;; ++at) {
         m_canvas.ClearSignCanvas();
         takePrint(3);
-        wasRefused = false;
-        refusalAt = at;
-        const bool merged = m_canvas.MergeLayer();
-        refusalAt = 0;
-        if (!wasRefused)
+        bool merged = false;
+        if (!refuse(at, [&] { merged = m_canvas.MergeLayer(); }))
             break;
         if (!merged) {
             ++failures;
@@ -211,11 +203,8 @@ TEST_P(ShortMemory, DrawsTheSeparatePictureLater)
     int failures = 0;
     for (int at = 1;; ++at) {
         picture->Clear();
-        wasRefused = false;
-        refusalAt = at;
-        const bool drawn = picture->UpdateFPImage(print, ELogFile::Main);
-        refusalAt = 0;
-        if (!wasRefused)
+        bool drawn = false;
+        if (!refuse(at, [&] { drawn = picture->UpdateFPImage(print, ELogFile::Main); }))
             break;
         if (!drawn) {
             ++failures;
@@ -234,18 +223,17 @@ TEST(InkPointList, OneRefusalLosesNoPoint)
     for (int at = 1;; ++at) {
         CInkPointList list;
         _POINTDATA point{};
-        wasRefused = false;
-        refusalAt = at;
         const int count = static_cast<int>(5 * CInkChunk::kSize);
-        for (int i = 0; i < count; ++i) {
-            point.llTick = i;
-            ASSERT_NO_THROW(list.Append(point)) << "refusal " << at << ", point " << i;
-        }
-        refusalAt = 0;
-        ASSERT_EQ(list.Count(), count);
+        const bool refused = refuse(at, [&] {
+            for (int i = 0; i < count; ++i) {
+                point.llTick = i;
+                list.Append(point);
+            }
+        });
+        ASSERT_EQ(list.Count(), count) << "refusal " << at;
         ASSERT_TRUE(list.At(count - 1, point));
         ASSERT_EQ(point.llTick, count - 1);
-        if (!wasRefused)
+        if (!refused)
             return;
     }
 }
