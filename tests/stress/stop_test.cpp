@@ -52,6 +52,8 @@ protected:
 
     void TearDown() override
     {
+        onPoint = nullptr; // what a test that failed has left refers to what is gone
+        insideStop = [](PenCall, FingerprintCall) {};
         if (m_driver)
             dlclose(m_driver);
         EagerTest::TearDown();
