@@ -89,10 +89,8 @@ protected:
         std::vector<std::string> names = {"Initial",           "UnInitial",
                                           "GetDevicePadID",    "GetDevicePartsVersion",
                                           "SetDevicePenStyle", "ClearDeviceContent"};
-        if (model().hasScreen) {
-            for (const char* name : {"GetDevicePenID", "GetDeviceSecureID", "ShowVersionInfoOnDevice"})
-                names.push_back(name);
-        }
+        if (model().hasScreen)
+            names.insert(names.end(), {"GetDevicePenID", "GetDeviceSecureID", "ShowVersionInfoOnDevice"});
         if (model().hasFingerprint)
             names.push_back("ShowFPImageOnDevice");
         return names;

@@ -31,10 +31,8 @@ protected:
     {
         std::vector<std::string> names = {"UnInitial", "GetDevicePadID", "SetDevicePenStyle",
                                           "ClearDeviceContent"};
-        if (model().hasScreen) {
-            for (const char* name : {"OpenDeviceLCD", "GetDevicePenID", "ShowVersionInfoOnDevice"})
-                names.push_back(name);
-        }
+        if (model().hasScreen)
+            names.insert(names.end(), {"OpenDeviceLCD", "GetDevicePenID", "ShowVersionInfoOnDevice"});
         if (model().hasFingerprint)
             names.push_back("ShowFPImageOnDevice");
         return names;
