@@ -147,7 +147,7 @@ TEST_P(Driver, FileThatIsNoLibrary)
 TEST_P(Driver, EmptyFile)
 {
     removeDriver();
-    std::ofstream{driverFile};
+    std::ofstream(driverFile) << "";
     expectNotLoaded();
 }
 
