@@ -178,10 +178,15 @@ bool CSignExport::SaveDrawingImageAsSVGFile(const CSource& Source, int nDPI,
     try {
         const CSvgContent Content{Source.m_Image.size(), Origin,     Points,
                                   m_PenSetup.Read(),     m_Identity, m_Fingerprint.PictureForSvg()};
-        bWritten = Write([&Content, nDPI, bLogs = true](const FnTakeBytes& Take) mutable {
-            // Asked more than once where the size has to be known first; the points are mapped once.
-            return HandOverSvg(Content, nDPI, Take, std::exchange(bLogs, false));
-        });
+        // Asked more than once where the size has to be known first, and not at all by a file that cannot be
+        // opened; the lines of the points' mapping are written once all the same.
+        bool bLogsMapping = true;
+        const FnHandOver HandOver = [&](const FnTakeBytes& Take) {
+            return HandOverSvg(Content, nDPI, Take, std::exchange(bLogsMapping, false));
+        };
+        bWritten = Write(HandOver);
+        if (bLogsMapping && m_Identity.m_Model.m_bLogsMapping && IsLogEnabled())
+            HandOver([](const char*, std::size_t) { return true; });
     } catch (const std::bad_alloc&) {
     }
     if (!bWritten)

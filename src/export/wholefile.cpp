@@ -174,13 +174,8 @@ void RemoveLeftover(const CFileDescriptor& Folder, const std::string& strName)
         unlinkat(Folder.Number(), strName.c_str(), 0);
 }
 
-// Keeps threads that save the same file from taking each other's new one for a leftover. Never destroyed: a
-// thread may still save a file while the process is exiting.
-CMutex& NewNameMutex()
-{
-    static CMutex& s_Mutex = *new CMutex;
-    return s_Mutex;
-}
+// Keeps threads that save the same file from taking each other's new one for a leftover.
+constinit CStaticMutex s_NewNameMutex;
 
 // False when the older file has to be written in its place.
 bool Replace(const std::string& strPath, const CFileDescriptor& Older, const struct stat& Status,
@@ -197,7 +192,7 @@ bool Replace(const std::string& strPath, const CFileDescriptor& Older, const str
     if (!Newer.IsOpen() || !CopyLooks(Status, Older.Number(), Newer.Number()) || !HandOver(WriterOf(Newer)))
         return false;
     const std::string strNewName = "." + strName + ".scribera-new";
-    const CLocker Lock(NewNameMutex());
+    const CLocker Lock(s_NewNameMutex.m_Mutex);
     RemoveLeftover(Folder, strNewName);
     if (!GiveName(Newer, Folder, strNewName))
         return false;
@@ -222,7 +217,13 @@ std::optional<std::int64_t> SizeOf(const FnHandOver& HandOver)
 // Has the system set the room aside. Changes nothing that can be read before the old end.
 bool Reserve(const CFileDescriptor& File, std::int64_t nOldSize, std::int64_t nSize)
 {
-    if (nSize == 0 || fallocate(File.Number(), FALLOC_FL_KEEP_SIZE, 0, nSize) == 0)
+    if (nSize == 0)
+        return true;
+    int nFailed = 0;
+    do // a signal to the thread interrupts it on some file systems
+        nFailed = fallocate(File.Number(), FALLOC_FL_KEEP_SIZE, 0, nSize);
+    while (nFailed != 0 && errno == EINTR);
+    if (nFailed == 0)
         return true;
     if (errno != EOPNOTSUPP && errno != ENOSYS)
         return false;

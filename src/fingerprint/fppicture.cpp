@@ -3,8 +3,7 @@
 #include "canvas/drawing.h"
 #include "export/imagefiles.h"
 #include "scriberasdk.h"
-
-#include <QThread>
+#include "sync/attempt.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -43,6 +42,7 @@ void CFPPicture::Attach(QObject& View, ICanvasObserver& Observer)
 {
     const CLocker Lock(m_Mutex);
     m_pView = &View;
+    m_ViewThread = std::this_thread::get_id();
     m_pObserver = &Observer;
 }
 
@@ -74,11 +74,12 @@ void CFPPicture::ReleaseView()
         const CLocker Lock(m_Mutex);
         if (!m_pView)
             return;
-        // Without a parent nobody else would free it, and its event loop may never run.
-        if (!m_pView->parent() && m_pView->thread() == QThread::currentThread())
+        // Without a parent nobody else would free it, and its event loop may never run. If Qt has no memory
+        // to delete it later, it stays until its parent goes.
+        if (!m_pView->parent() && m_ViewThread == std::this_thread::get_id())
             pToDelete = m_pView;
         else
-            m_pView->deleteLater();
+            Attempt([this] { m_pView->deleteLater(); });
         m_pView = nullptr;
     }
     delete pToDelete;

@@ -10,6 +10,8 @@
 #include <QObject>
 #include <QRect>
 
+#include <thread>
+
 // Size of a fingerprint in pixels.
 constexpr int kFPWidth = 208;
 constexpr int kFPHeight = 288;
@@ -75,6 +77,7 @@ private:
     qint64 m_nDrawnKey = 0; // identifies the fingerprint that is drawn; 0 none
 
     QObject* m_pView = nullptr;
+    std::thread::id m_ViewThread; // on which it was made
     ICanvasObserver* m_pObserver = nullptr;
     bool m_bVisible = false;
     bool m_bGone = false;

@@ -4,7 +4,6 @@
 #include "sync/tsan.h"
 
 #include <QCoreApplication>
-#include <QThread>
 
 #include <utility>
 
@@ -12,14 +11,14 @@ namespace {
 
 // Whether events may be posted. An application that is being destroyed takes its event dispatcher with it,
 // under the hands of another thread that posts just then. s_Mutex protects the answer and is held while Qt
-// posts an event. Neither is ever destroyed: a driver's thread may outlive main().
+// posts an event. A driver's thread may outlive main().
 class CPostingGate
 {
 public:
     // On the GUI thread, while there is an application.
     static void Open()
     {
-        const CLocker Lock(Mutex());
+        const CLocker Lock(s_Mutex.m_Mutex);
         if (s_bOpen)
             return;
         qAddPostRoutine(Close); // called at the beginning of the application's end
@@ -29,7 +28,7 @@ public:
     template <typename TPost>
     static void PassThrough(TPost Post)
     {
-        const CLocker Lock(Mutex());
+        const CLocker Lock(s_Mutex.m_Mutex);
         if (s_bOpen)
             Post();
     }
@@ -37,19 +36,15 @@ public:
 private:
     static void Close()
     {
-        const CLocker Lock(Mutex());
+        const CLocker Lock(s_Mutex.m_Mutex);
         s_bOpen = false;
     }
 
-    static CMutex& Mutex()
-    {
-        static CMutex& s_Mutex = *new CMutex;
-        return s_Mutex;
-    }
-
+    static CStaticMutex s_Mutex;
     static bool s_bOpen;
 };
 
+constinit CStaticMutex CPostingGate::s_Mutex;
 constinit bool CPostingGate::s_bOpen = false;
 
 class CRepaintEvent final : public QEvent
@@ -116,7 +111,8 @@ QEvent::Type CRepaintPoster::EventType()
 
 void CRepaintPoster::Repaint(const QRect& rcChanged)
 {
-    if (QThread::currentThread() == m_Widget.thread()) {
+    // Not by asking Qt, which would make itself a record of a thread that it does not know yet.
+    if (std::this_thread::get_id() == m_WidgetThread) {
         if (!Attempt([&] { m_Widget.update(rcChanged); }))
             RepaintLater(rcChanged);
         return;

@@ -8,6 +8,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <thread>
 
 // What is still to be repainted, and which event is under way to have it done. Shared with that event: it may
 // be deleted after the poster. Drawing threads add, the GUI thread takes; m_Mutex, a leaf lock, protects all.
@@ -35,6 +36,7 @@ private:
 class CRepaintPoster
 {
 public:
+    // On the widget's thread.
     explicit CRepaintPoster(QWidget& Widget);
 
     // On any thread; only notes the part.
@@ -50,5 +52,6 @@ private:
     static QEvent::Type EventType();
 
     QWidget& m_Widget;
+    const std::thread::id m_WidgetThread = std::this_thread::get_id();
     const std::shared_ptr<CRepaintDebt> m_pDebt;
 };

@@ -29,13 +29,8 @@ namespace {
 constexpr char kMainLogFile[] = "/tmp/scriberasdk.log";
 constexpr char kInThreadLogFile[] = "/tmp/scriberasdk_inthread.log";
 
-// Guards the format buffers and the order of the lines. Never destroyed: a worker thread may still write a
-// line while the process is exiting.
-CMutex& LogMutex()
-{
-    static CMutex& s_Mutex = *new CMutex;
-    return s_Mutex;
-}
+// Guards the format buffers and the order of the lines.
+constinit CStaticMutex s_LogMutex;
 
 // One write for the whole line, so that several processes do not mix theirs.
 void AppendLine(const char* pszFile, const char* func, const char* text, const char* tail)
@@ -104,7 +99,7 @@ void WriteLogLine(ELogFile eFile, const CLogLabel& Label, const char* pszFormat,
 {
     const CNoCancellation Guard;
     const LabelText Text = TextOf(Label);
-    const CLocker Lock(LogMutex());
+    const CLocker Lock(s_LogMutex.m_Mutex);
     char* const pBuffer = eFile == ELogFile::Main ? g_cKeyBuf : g_cKeyBuf_InThread;
     std::va_list Arguments;
     va_start(Arguments, pszFormat);
@@ -123,7 +118,7 @@ void WriteWideLogLine(const CLogLabel& Label, const wchar_t* pwszFormat, ...) no
     const LabelText Text = TextOf(Label);
     std::array<wchar_t, std::tuple_size_v<LabelText>> WideText;
     std::copy(Text.begin(), Text.end(), WideText.begin());
-    const CLocker Lock(LogMutex());
+    const CLocker Lock(s_LogMutex.m_Mutex);
     std::va_list Arguments;
     va_start(Arguments, pwszFormat);
     std::vswprintf(g_wszKeyBuf, std::size(g_wszKeyBuf), pwszFormat, Arguments);

@@ -11,7 +11,7 @@
 class CMutex
 {
 public:
-    CMutex() = default;
+    constexpr CMutex() = default;
     CMutex(const CMutex&) = delete;
     CMutex& operator=(const CMutex&) = delete;
 
@@ -31,3 +31,15 @@ private:
 };
 
 using CLocker = std::lock_guard<CMutex>;
+
+// A lock in static storage: made without an allocation before any code runs, and never destroyed, since a
+// thread may still take it while the process exits.
+union CStaticMutex
+{
+    constexpr CStaticMutex() : m_Mutex() {}
+    ~CStaticMutex() {}
+    CStaticMutex(const CStaticMutex&) = delete;
+    CStaticMutex& operator=(const CStaticMutex&) = delete;
+
+    CMutex m_Mutex;
+};

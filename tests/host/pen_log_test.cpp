@@ -120,6 +120,9 @@ TEST_P(PenLog, AnSvgMapsEachPointOfAStrokeOnce)
 
     logged([&] { EXPECT_FALSE(takeSvg(pad()).null); });
     EXPECT_EQ(penLines(), expected);
+
+    logged([&] { EXPECT_EQ(pad().save(ImageSvg, "no/such/folder.svg"), 0); });
+    EXPECT_EQ(penLines(), expected) << "whether or not there is a file";
 }
 
 TEST_P(PenLog, CornersOfTheAreaAreMappedToTheCanvas)

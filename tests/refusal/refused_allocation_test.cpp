@@ -75,6 +75,7 @@ constexpr KnownPlace knownPlaces[] = {
     // QtWidgets, and what it tells of a widget that is shown.
     {"", "14QWidgetPrivate4init", "a widget that gets no data destroys what it has not made"},
     {"", "14QWidgetPrivate11show_helper", "a connection that gets no memory is written all the same"},
+    {"libQt5Widgets.so.5(+", "7QWidget6update", "the list of what is to be painted grows unchecked"},
 };
 
 // Whether this line is the allocation's own: malloc() and operator new, and the growth of Qt's containers.
@@ -203,6 +204,11 @@ public:
         transfers = entry<int()>("BareDriver_Transfers");
         dlclose(driver); // the library keeps it
     }
+    void findWidget()
+    {
+        signWidget = parent->findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+        demand(signWidget != nullptr, "there is no widget");
+    }
     bool hasPrints() const { return padCase.model->hasFingerprint; }
 
     // For the next start of the driver's thread.
@@ -279,6 +285,7 @@ public:
     const Operations& api;
     const int type;
     DriverThread driverThread;
+    std::unique_ptr<DriverThread> otherThread; // one that Qt does not know yet
     std::unique_ptr<QWidget> parent;
     std::unique_ptr<QWidget> otherWindow;
     void* driver = nullptr;
@@ -535,6 +542,17 @@ std::vector<Operation> allOperations()
         // ---- pen and keys
         penOperation("PenDown", false, one({0.3, 0.7}, PenDown)),
         penOperation("PenMove", true, one({0.7, 0.3}, PenMove)),
+        {"FirstMoveOfAThread", Draws,
+         [](Subject& s) {
+             s.sign({sampleAt(*s.padCase.model, {0.3, 0.7}, PenDown)});
+             s.samples = {sampleAt(*s.padCase.model, {0.7, 0.3}, PenMove)};
+             s.otherThread = std::make_unique<DriverThread>();
+             s.otherThread->prepare([&s] {
+                 const ScrSimSample& move = s.samples.front();
+                 s.pen(move.x, move.y, move.pressure, move.penStatus);
+             });
+         },
+         [](Subject& s) { s.otherThread->run(); }, [](Subject& s) { s.expect(s.samples); }},
         penOperation("PenUp", true, one({0.7, 0.3}, PenUp)),
         penOperation("Stroke", false, [](const PadModel& m) { return wave(m, 20); }),
         keyOperation("ConfirmKey", ConfirmKeyDown),
@@ -556,6 +574,14 @@ std::vector<Operation> allOperations()
              if (s.api.GetTotalPacketsNumber(s.type) == -8)
                  none(s);
              demand(s.result != 0 || s.points.empty(), "points are left");
+         }},
+        {"FirstLogLine", Draws, [](Subject&) { Library::instance().enableLog = 1; },
+         [](Subject& s) { s.result = s.api.Clear(s.type); },
+         [=](Subject& s) {
+             Library::instance().enableLog = 0;
+             s.resultIsOneOf({0, -8});
+             if (s.api.GetTotalPacketsNumber(s.type) == -8)
+                 none(s);
          }},
         {"OpenLCD", Draws | NeedsScreen, nothing, [](Subject& s) { s.result = s.api.OpenLCD(s.type, false); },
          doneOrFailed},
@@ -625,8 +651,7 @@ std::vector<Operation> allOperations()
         // The host's own resize() is Qt's affair; what arrives at the pad's widget is the event.
         {"ResizeEvent", Draws | NeedsWidget | MakesCanvas,
          [](Subject& s) {
-             s.signWidget = s.parent->findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
-             demand(s.signWidget != nullptr, "there is no widget");
+             s.findWidget();
              s.resizeEvent = std::make_unique<QResizeEvent>(s.signWidget->size(), QSize(160, 120));
          },
          [](Subject& s) { QCoreApplication::sendEvent(s.signWidget, s.resizeEvent.get()); }, nothing},
@@ -644,6 +669,20 @@ std::vector<Operation> allOperations()
                       [](Subject& s) { return place(s, s.parent.get(), 5, 5, 20, 20); }),
         callOperation("PlaceElsewhere", NeedsPrint, {0, -1, -2, -8},
                       [](Subject& s) { return place(s, s.otherWindow.get(), 5, 5, 20, 20); }),
+        {"UnInitialDeviceWithPlacedPrint", EndsItself | NeedsPrint,
+         [](Subject& s) {
+             demand(place(s, s.otherWindow.get(), 5, 5, 20, 20) == 0, "no place for the print");
+         },
+         [](Subject& s) { s.result = s.api.UnInitialDevice(s.type); },
+         [](Subject& s) { s.resultIsOneOf({0}); }},
+        // Hidden before, since that is Qt's affair; then it goes as it does with a window that is deleted.
+        {"WidgetGoesWithPlacedPrint", EndsItself | NeedsPrint | NeedsWidget,
+         [](Subject& s) {
+             demand(place(s, s.otherWindow.get(), 5, 5, 20, 20) == 0, "no place for the print");
+             s.findWidget();
+             s.signWidget->hide();
+         },
+         [](Subject& s) { delete s.signWidget; }, nothing},
         {"ClearWithPrint", Draws | NeedsPrint, [](Subject& s) { s.sendPrint(10); },
          [](Subject& s) { s.result = s.api.Clear(s.type); },
          [=](Subject& s) {
