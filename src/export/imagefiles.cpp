@@ -106,8 +106,7 @@ bool PathFromHost(const wchar_t* pwszPath, QString& strPath)
     if (!pwszPath)
         return false;
     strPath.clear();
-    // Unit by unit: a conversion of the whole would take a byte order mark at the beginning for no part of
-    // it.
+    // Unit by unit: a conversion of the whole would drop a byte order mark at the beginning.
     for (; *pwszPath; ++pwszPath) {
         const auto nUnit = static_cast<char32_t>(*pwszPath);
         if (nUnit > QChar::LastValidCodePoint)

@@ -10,7 +10,8 @@
 
 #include <memory>
 
-// The one door to the room: intake, picture, placement, merge and export. A sign object has one or none.
+// The one door to the room, but for the picture's widget, which the kind of sign object makes: intake,
+// picture, placement, merge and export. A sign object has one or none.
 //
 // The driver's thread takes fingerprints in, the display thread shows them on the pad, the host's threads
 // place and export. What is merged into the canvas, score and placement among it, is protected by the canvas

@@ -46,7 +46,7 @@ private:
     const CScriberaDriver& m_Driver;
     bool& m_bGoingToShutDown;
 
-    // Neither picture is kept longer than it is needed: what shows a finger does not outlive a clear.
+    // Neither picture is kept longer than it is needed: what shows a finger is wiped once it is handed on.
 
     // Handed from the driver's to the display thread; m_FPDeviceImageMutex protects the picture. The flag
     // changes under the mutex too, but is looked at without it while the display thread polls.

@@ -20,7 +20,7 @@ constexpr unsigned char kStatusOnStroke = 0;
 constexpr unsigned char kStatusStrokeEnd = 1;
 
 // Records in fixed chunks, so that a long signature grows without ever moving what is stored. Small enough
-// that the unused rest of the last one is less than a fifth of a signature of 10,000 points.
+// that the unused rest of the last one is about a fifth of a signature of 10,000 points at most.
 struct CInkChunk
 {
     static constexpr std::size_t kSize = 2048;

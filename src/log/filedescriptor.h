@@ -1,4 +1,4 @@
-// What is done with files below Qt, whose classes follow links and take names for more than names.
+// Files below Qt, whose classes follow links and read more into a name than a name.
 #pragma once
 
 #include <cerrno>

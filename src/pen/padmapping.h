@@ -22,7 +22,7 @@ inline int OffsetInArea(int nRaw, int nOrigin, int nAreaSize)
 }
 
 // The mapping for one canvas size and pen width. Until the canvas has its size there is none, and what is
-// mapped all the same, for the log, lands in the canvas corner.
+// mapped all the same, for the log or an SVG, lands in the canvas corner.
 struct CPadMapping
 {
     bool m_bFitted = false; // there is a mapping

@@ -62,7 +62,7 @@ bool CLifeCycle::StartObject(const CLogLabel& Label, CLiveObject::CStart& Start,
 {
     PrepareForExit();
     bool bRet = false;
-    // Out of memory, what there is of the object goes the way of any failed start.
+    // Out of memory is a failed start like any other: what was made so far is undone below.
     bRet = Attempt([&] { bRet = MakeAndConnect(Start, Request); }) && bRet;
     Start.Finish();
     if (!bRet)

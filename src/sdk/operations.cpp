@@ -352,7 +352,7 @@ int COperations::Base64Decode(int nDeviceType, int nImageTypeID, const char* pEn
     const CLogLabel L = Label("Base64Decode()");
     SCR_LOG_WIDE(L, L"<%ld>-enter, nDeviceType=%d, nImageTypeID=%d, pImageFilePath=%x", nDeviceType,
                  nImageTypeID, AsShortHex(pImageFilePath));
-    // The failures of this operation speak of nullptr, though they return a result.
+    // All but one of this operation's failures speak of nullptr, though they return a result.
     if (!IsOwnDevice(nDeviceType)) {
         SCR_LOG_WIDE(L, L"<%ld>-leave with nullptr due to (nDeviceType != %s) !", m_Model.m_pszDeviceName);
         return ARI_INVALID_PARAMETERS;
