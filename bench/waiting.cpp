@@ -43,7 +43,11 @@ void atSampleRate(Work work)
 class PolledObject
 {
 public:
-    PolledObject() { require(m_object->IsDeviceConnected(), "the pad does not open"); }
+    PolledObject()
+    {
+        CStartFailure failure;
+        require(m_object->IsDeviceConnected(failure), "the pad does not open");
+    }
     ~PolledObject() { m_object->Shutdown(); }
     PolledObject(const PolledObject&) = delete;
     PolledObject& operator=(const PolledObject&) = delete;

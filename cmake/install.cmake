@@ -17,7 +17,8 @@ set(SCRIBERA_DATA_DIR ${CMAKE_INSTALL_DATADIR}/scribera)
 install(TARGETS scriberasdk EXPORT ScriberaSDKTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(FILES include/scriberasdk.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(FILES include/scriberasdk.h include/scriberasdk_ext.h
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(EXPORT ScriberaSDKTargets NAMESPACE Scribera:: DESTINATION ${SCRIBERA_CMAKE_DIR} COMPONENT development)
 configure_package_config_file(cmake/ScriberaSDKConfig.cmake.in ${PROJECT_BINARY_DIR}/cmake/ScriberaSDKConfig.cmake
     INSTALL_DESTINATION ${SCRIBERA_CMAKE_DIR})

@@ -72,7 +72,8 @@
  * closed as by UnInitialDevice.
  *
  * While a pad is open, one thread of the library (two on the K421B) polls without sleeping and keeps a
- * processor core busy. Open the pad when a signature is wanted and close it afterwards.
+ * processor core busy, unless the host lets it wait: SCRX_SetWorkers in scriberasdk_ext.h. Open the pad
+ * when a signature is wanted and close it afterwards.
  *
  * A complete program, windowless:
  *
@@ -514,7 +515,7 @@ extern SCRIBERA_API unsigned char g_bUseSignObj;
  * @return true when the pad is open, also when one was open before, whatever its family: then nothing is
  *         changed. false for a wrong device type, or when the driver is not found, lacks an entry point or
  *         does not start, when the pad is not one of the family's models, or when the system refuses a
- *         thread; nothing is left open then.
+ *         thread; nothing is left open then. SCRX_LastStartFailure in scriberasdk_ext.h tells which.
  */
 SCRIBERA_API bool SCK210_InitialDevice(int nDeviceType, QWidget* pParentWidget, int nX, int nY, int nWidth,
                                        int nHeight);

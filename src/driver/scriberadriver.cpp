@@ -1,53 +1,93 @@
 #include "driver/scriberadriver.h"
 
+#include "sync/attempt.h"
+
+#include <climits>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr char kDriverFile[] = "./libscriberadrv.so";
+
+} // namespace
+
 const CDriverCalls CScriberaDriver::s_NoCalls;
 
-bool CScriberaDriver::LoadScriberaDriver()
+bool CScriberaDriver::LoadScriberaDriver(CStartFailure& Failure)
 {
     const CLogLabel Label = m_Identity.Label("LoadScriberaDriver()");
     SCR_LOG(Label, "<%ld>-Enter...");
     bool bRet = false;
-    m_pDriverLibrary = std::make_unique<QLibrary>(QStringLiteral("./libscriberadrv.so"));
+    m_pDriverLibrary = std::make_unique<QLibrary>(QLatin1String(kDriverFile));
     if (!m_pDriverLibrary->load()) {
         SCR_LOG(Label, "<%ld>-'libscriberadrv.so' Library is not loaded !");
-    } else if (!ResolveEntryPoints()) {
+        TellWhyNotLoaded(Failure);
+    } else if (!ResolveEntryPoints(Failure)) {
         SCR_LOG(Label, "<%ld>-'libscriberadrv.so' Library APIs failed to load !");
     } else {
         const int nResult = m_Calls.m_pfn_SCRDAPI_Initial(m_Identity.m_Model.m_nDeviceType,
                                                           m_Callbacks.m_pfnPen, m_Callbacks.m_pfnFingerprint);
         SCR_LOG(Label, "<%ld>-after call m_pfn_SCRDAPI_Initial(), nResult=%d", nResult);
         bRet = nResult == 0;
+        if (!bRet)
+            Failure.Set(SCRX_START_DRIVER_REFUSED,
+                        "The driver does not start, SCRDAPI_Initial gave %d: is the pad plugged in, and may "
+                        "this user open it?",
+                        nResult);
     }
     SCR_LOG(Label, "<%ld>-leave with bRet=%d", bRet);
     return bRet;
 }
 
-bool CScriberaDriver::ResolveEntryPoints()
+void CScriberaDriver::TellWhyNotLoaded(CStartFailure& Failure) const
+{
+    if (access(kDriverFile, F_OK) != 0)
+        Failure.Set(SCRX_START_DRIVER_MISSING, "There is no driver");
+    else
+        Failure.Set(SCRX_START_DRIVER_NOT_LOADED, "The driver is not loaded");
+    Attempt([&] { Failure.Add(": %s", m_pDriverLibrary->errorString().toUtf8().constData()); });
+    char Folder[PATH_MAX];
+    if (getcwd(Folder, sizeof Folder))
+        Failure.Add("; the current directory is %s", Folder);
+}
+
+bool CScriberaDriver::ResolveEntryPoints(CStartFailure& Failure)
 {
     const auto Resolve = [this]<typename TFunction>(TFunction*& pfn, const char* pszName) {
         pfn = reinterpret_cast<TFunction*>(m_pDriverLibrary->resolve(pszName));
         return pfn != nullptr;
     };
+    bool bComplete = true;
+    const auto Require = [&](auto*& pfn, const char* pszName) {
+        if (Resolve(pfn, pszName))
+            return;
+        if (bComplete)
+            Failure.Set(SCRX_START_DRIVER_INCOMPLETE, "The driver lacks what a %s needs: %s",
+                        m_Identity.m_Model.m_pszName, pszName);
+        else
+            Failure.Add(", %s", pszName);
+        bComplete = false;
+    };
     const CPadModel& Model = m_Identity.m_Model;
 
     // All are looked up, so that a failed start leaves as much to shut down as the driver offers.
-    bool bComplete = Resolve(m_Calls.m_pfn_SCRDAPI_Initial, "SCRDAPI_Initial");
-    bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_UnInitial, "SCRDAPI_UnInitial");
+    Require(m_Calls.m_pfn_SCRDAPI_Initial, "SCRDAPI_Initial");
+    Require(m_Calls.m_pfn_SCRDAPI_UnInitial, "SCRDAPI_UnInitial");
     if (Model.m_bHasScreen)
         Resolve(m_Calls.m_pfn_SCRDAPI_OpenDeviceLCD, "SCRDAPI_OpenDeviceLCD"); // some pads' drivers have none
-    bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_ClearDeviceContent, "SCRDAPI_ClearDeviceContent");
+    Require(m_Calls.m_pfn_SCRDAPI_ClearDeviceContent, "SCRDAPI_ClearDeviceContent");
     if (Model.m_bHasScreen)
-        bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_GetDevicePenID, "SCRDAPI_GetDevicePenID");
-    bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_GetDevicePadID, "SCRDAPI_GetDevicePadID");
+        Require(m_Calls.m_pfn_SCRDAPI_GetDevicePenID, "SCRDAPI_GetDevicePenID");
+    Require(m_Calls.m_pfn_SCRDAPI_GetDevicePadID, "SCRDAPI_GetDevicePadID");
     if (Model.m_bHasScreen)
-        bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_GetDeviceSecureID, "SCRDAPI_GetDeviceSecureID");
-    bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_GetDevicePartsVersion, "SCRDAPI_GetDevicePartsVersion");
+        Require(m_Calls.m_pfn_SCRDAPI_GetDeviceSecureID, "SCRDAPI_GetDeviceSecureID");
+    Require(m_Calls.m_pfn_SCRDAPI_GetDevicePartsVersion, "SCRDAPI_GetDevicePartsVersion");
     if (Model.m_bHasScreen)
-        bComplete &=
-            Resolve(m_Calls.m_pfn_SCRDAPI_ShowVersionInfoOnDevice, "SCRDAPI_ShowVersionInfoOnDevice");
-    bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_SetDevicePenStyle, "SCRDAPI_SetDevicePenStyle");
+        Require(m_Calls.m_pfn_SCRDAPI_ShowVersionInfoOnDevice, "SCRDAPI_ShowVersionInfoOnDevice");
+    Require(m_Calls.m_pfn_SCRDAPI_SetDevicePenStyle, "SCRDAPI_SetDevicePenStyle");
     if (Model.m_bHasFingerprint)
-        bComplete &= Resolve(m_Calls.m_pfn_SCRDAPI_ShowFPImageOnDevice, "SCRDAPI_ShowFPImageOnDevice");
+        Require(m_Calls.m_pfn_SCRDAPI_ShowFPImageOnDevice, "SCRDAPI_ShowFPImageOnDevice");
     m_pCalls.store(&m_Calls);
     return bComplete;
 }

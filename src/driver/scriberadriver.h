@@ -2,6 +2,7 @@
 #pragma once
 
 #include "model/objectidentity.h"
+#include "model/startfailure.h"
 
 #include <QLibrary>
 
@@ -48,7 +49,7 @@ public:
     // Loads "./libscriberadrv.so", resolves the model's entry points and starts the driver, which may call
     // back from then on. False when the file does not load, lacks a required entry point or does not start;
     // what was reached stays for ShutdownScriberaDriver().
-    bool LoadScriberaDriver();
+    bool LoadScriberaDriver(CStartFailure& Failure);
 
     // Stops the driver, calls pfnStopped, and unloads it. From the moment at which it is told to stop,
     // Calls() is empty; whoever took them before has to be done with them when pfnStopped returns. Always
@@ -66,7 +67,8 @@ public:
     void PreparePad() const;
 
 private:
-    bool ResolveEntryPoints();
+    void TellWhyNotLoaded(CStartFailure& Failure) const;
+    bool ResolveEntryPoints(CStartFailure& Failure);
 
     // Clears the pad. Widget classes of the models that log it write lines around the call.
     void ClearPad(const char* pszFunction) const;

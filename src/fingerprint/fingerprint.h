@@ -54,6 +54,9 @@ public:
         m_Intake.RxSignPadFPRawData(pucRawData, nDataLength, nScore);
     }
 
+    // Rung when there is something for the display thread.
+    CWorkBell& Bell() { return m_Intake.Bell(); }
+
     // The two steps of the display thread's loop. The second has something to do only while HasWork().
     void CheckIfAnyNewFPImageRawDataOnDeviceAvailable()
     {

@@ -61,6 +61,7 @@ void CFingerprintIntake::RxSignPadFPRawData(const unsigned char* pucRawData, int
     const CLocker Lock(m_FPDeviceImageMutex);
     m_FPDeviceImage = MakeDeviceImage(pucRawData, nThresholdValue);
     m_bNewFPDeviceImage = true;
+    m_Bell.Ring();
     SCR_LOG(Label, "<%ld>-leave !");
 }
 

@@ -6,6 +6,7 @@
 #include "fingerprint/fingerprintmerge.h"
 #include "model/objectidentity.h"
 #include "sync/mutex.h"
+#include "sync/workbell.h"
 
 #include <array>
 #include <atomic>
@@ -26,6 +27,9 @@ public:
 
     // Takes a raw image of 208 x 288 grey bytes, row by row, if it scores better than the one that is there.
     void RxSignPadFPRawData(const unsigned char* pucRawData, int nDataLength, int nScore);
+
+    // Rung when a picture for the pad waits.
+    CWorkBell& Bell() { return m_Bell; }
 
     // The two steps of the display thread's loop.
     void CheckIfAnyNewFPImageRawDataOnDeviceAvailable();
@@ -51,6 +55,7 @@ private:
     // Handed from the driver's to the display thread; m_FPDeviceImageMutex protects the picture. The flag
     // changes under the mutex too, but is looked at without it while the display thread polls.
     CMutex m_FPDeviceImageMutex;
+    CWorkBell m_Bell;
     DeviceImage m_FPDeviceImage{};
     std::atomic<bool> m_bNewFPDeviceImage{false};
 

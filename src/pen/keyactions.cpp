@@ -20,6 +20,8 @@ void CKeyActions::Arm(int nKey)
 void CKeyActions::ArmLocked(int nKey)
 {
     m_nDoClickConfirmOrCancelKeyActionFlag = m_bThreadEnded ? kNoKey : nKey;
+    if (nKey != kNoKey)
+        m_Bell.Ring();
 }
 
 void CKeyActions::CheckIfWeCanDoConfirmOrCancelKeyAction()

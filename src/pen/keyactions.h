@@ -4,6 +4,7 @@
 #include "model/objectidentity.h"
 #include "scriberasdk.h"
 #include "sync/mutex.h"
+#include "sync/workbell.h"
 
 #include <atomic>
 
@@ -42,6 +43,9 @@ public:
     void Arm(int nKey);
     void ArmLocked(int nKey);
 
+    // Rung when an action waits.
+    CWorkBell& Bell() { return m_Bell; }
+
     // One pass of the key-action thread: runs the pending action, with the mutex held while the host is
     // called.
     void CheckIfWeCanDoConfirmOrCancelKeyAction();
@@ -60,6 +64,7 @@ private:
 
     const CObjectIdentity& m_Identity;
     CMutex m_KeyActionMutex;
+    CWorkBell m_Bell;
     std::atomic<int> m_nDoClickConfirmOrCancelKeyActionFlag{kNoKey};
     bool m_bThreadEnded = false; // by the host's callback; under the mutex
     std::atomic<int> m_nKeyStatus{kNoKey};

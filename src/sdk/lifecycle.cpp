@@ -29,10 +29,38 @@ void PrepareForExit()
     });
 }
 
+void TellWhyNoWidget(CStartFailure& Failure)
+{
+    switch (WhyNoGuiThread()) {
+    case ENoGuiThread::Elsewhere:
+        Failure.Set(SCRX_START_WRONG_THREAD,
+                    "A pad in a window has to be opened on the thread of the QApplication");
+        break;
+    case ENoGuiThread::NoApplication:
+        Failure.Set(SCRX_START_NO_APPLICATION, "A pad in a window needs a QApplication, and there is none");
+        break;
+    case ENoGuiThread::OtherQt:
+        Failure.Set(SCRX_START_WRONG_QT,
+                    "A pad in a window needs Qt %d, and this process has another Qt: open it windowless",
+                    QT_VERSION_MAJOR);
+        break;
+    }
+}
+
 } // namespace
 
+bool CLifeCycle::AcceptsStart(const CLogLabel& Label, int nDeviceType, CStartFailure& Failure) const
+{
+    if (AcceptsDevice(Label, nDeviceType, kLeaveFalse))
+        return true;
+    Failure.Set(SCRX_START_WRONG_DEVICE_TYPE, "The device type is %d, and %s takes %d only", nDeviceType,
+                m_Model.m_pszFamily, m_Model.m_nDeviceType);
+    return false;
+}
+
 // What both ways of starting share: the flag, and the last lines of calls that end here.
-EAnswer CLifeCycle::BeginStart(const CLogLabel& Label, CLiveObject::CStart& Start, bool bWindowless)
+EAnswer CLifeCycle::BeginStart(const CLogLabel& Label, CLiveObject::CStart& Start, bool bWindowless,
+                               CStartFailure& Failure)
 {
     const auto ShowKind = [bWindowless] {
         if (bWindowless)
@@ -52,18 +80,20 @@ EAnswer CLifeCycle::BeginStart(const CLogLabel& Label, CLiveObject::CStart& Star
         break;
     case EAnswer::Refused:
         SCR_LOG(Label, "<%ld>-leave with false due to (called inside a callback) !");
+        Failure.Set(SCRX_START_IN_CALLBACK,
+                    "A callback or an event cannot open a pad while another one is being opened or closed");
         break;
     }
     return eAnswer;
 }
 
-bool CLifeCycle::StartObject(const CLogLabel& Label, CLiveObject::CStart& Start,
-                             const CRequest& Request) const
+bool CLifeCycle::StartObject(const CLogLabel& Label, CLiveObject::CStart& Start, const CRequest& Request,
+                             CStartFailure& Failure) const
 {
     PrepareForExit();
     bool bRet = false;
     // Out of memory is a failed start like any other: what was made so far is undone below.
-    bRet = Attempt([&] { bRet = MakeAndConnect(Start, Request); }) && bRet;
+    bRet = Attempt([&] { bRet = MakeAndConnect(Start, Request, Failure); }) && bRet;
     Start.Finish();
     if (!bRet)
         UnInitialDevice(m_Model.m_nDeviceType);
@@ -71,7 +101,8 @@ bool CLifeCycle::StartObject(const CLogLabel& Label, CLiveObject::CStart& Start,
     return bRet;
 }
 
-bool CLifeCycle::MakeAndConnect(CLiveObject::CStart& Start, const CRequest& Request) const
+bool CLifeCycle::MakeAndConnect(CLiveObject::CStart& Start, const CRequest& Request,
+                                CStartFailure& Failure) const
 {
     bool bRet = false;
     CSignWidget* pWidget = nullptr;
@@ -82,11 +113,13 @@ bool CLifeCycle::MakeAndConnect(CLiveObject::CStart& Start, const CRequest& Requ
             // Published, it belongs to the live object until it is ended.
             CSignObj* const pObject = MakeSignObj(m_Model, Request.m_nWidth, Request.m_nHeight).release();
             Start.Publish(*pObject, pObject->Identity(), pObject);
-            bRet = pObject->IsDeviceConnected();
+            bRet = pObject->IsDeviceConnected(Failure);
         } else if (IsGuiThread()) {
             pWidget = MakeSignWidget(m_Model, Request.m_pParentWidget).release();
             Start.Publish(*pWidget, pWidget->Identity(), static_cast<QWidget*>(pWidget));
-            bRet = pWidget->IsDeviceConnected();
+            bRet = pWidget->IsDeviceConnected(Failure);
+        } else {
+            TellWhyNoWidget(Failure);
         }
     }
     if (bRet && pWidget) {
@@ -104,14 +137,18 @@ bool CLifeCycle::InitialDevice(int nDeviceType, QWidget* pParentWidget, int nX, 
     const CLogLabel L = Label("InitialDevice()");
     SCR_LOG(L, "<%ld>-Enter, nDeviceType=%d, pParentWidget=%lx, nX=%d, nY=%d, nWidth=%d, nHeight=%d",
             nDeviceType, AsHex(pParentWidget), nX, nY, nWidth, nHeight);
-    if (!AcceptsDevice(L, nDeviceType, kLeaveFalse))
+    CStartReport Report;
+    CStartFailure& Failure = Report.Failure();
+    if (!AcceptsStart(L, nDeviceType, Failure))
         return false;
     CLiveObject::CStart Start;
-    if (const EAnswer eAnswer = BeginStart(L, Start, pParentWidget == nullptr); eAnswer != EAnswer::Begun)
-        return eAnswer == EAnswer::AlreadyLive;
+    const EAnswer eAnswer = BeginStart(L, Start, pParentWidget == nullptr, Failure);
+    if (eAnswer != EAnswer::Begun)
+        return Report.Leave(eAnswer == EAnswer::AlreadyLive);
     // A flag left set by an earlier windowless use decides even when there is a parent.
     const bool bWindowless = LoadShared(g_bUseSignObj) != 0;
-    return StartObject(L, Start, {pParentWidget, bWindowless, nX, nY, nWidth, nHeight});
+    return Report.Leave(
+        StartObject(L, Start, {pParentWidget, bWindowless, nX, nY, nWidth, nHeight}, Failure));
 }
 
 bool CLifeCycle::InitialDeviceByWId(int nDeviceType, unsigned long long ullWId, int nX, int nY, int nWidth,
@@ -120,18 +157,26 @@ bool CLifeCycle::InitialDeviceByWId(int nDeviceType, unsigned long long ullWId, 
     const CLogLabel L = Label("InitialDeviceByWId()");
     SCR_LOG(L, "<%ld>-Enter, nDeviceType=%d, nX=%d, nY=%d, nWidth=%d, nHeight=%d", nDeviceType, nX, nY,
             nWidth, nHeight);
-    if (!AcceptsDevice(L, nDeviceType, kLeaveFalse))
+    CStartReport Report;
+    CStartFailure& Failure = Report.Failure();
+    if (!AcceptsStart(L, nDeviceType, Failure))
         return false;
     CLiveObject::CStart Start;
-    if (const EAnswer eAnswer = BeginStart(L, Start, ullWId == 0); eAnswer != EAnswer::Begun)
-        return eAnswer == EAnswer::AlreadyLive;
+    const EAnswer eAnswer = BeginStart(L, Start, ullWId == 0, Failure);
+    if (eAnswer != EAnswer::Begun)
+        return Report.Leave(eAnswer == EAnswer::AlreadyLive);
     const bool bWindowless = LoadShared(g_bUseSignObj) != 0;
     QWidget* const pParentWidget = bWindowless ? nullptr : FindWidget(ullWId);
     if (!bWindowless && !pParentWidget) {
         SCR_LOG(L, "<%ld>-leave with false due to (g_pSignWidget == nullptr) !");
+        if (IsGuiThread())
+            Failure.Set(SCRX_START_NO_WINDOW, "No widget of this process has the window id %llu", ullWId);
+        else
+            TellWhyNoWidget(Failure);
         return false;
     }
-    return StartObject(L, Start, {pParentWidget, bWindowless, nX, nY, nWidth, nHeight});
+    return Report.Leave(
+        StartObject(L, Start, {pParentWidget, bWindowless, nX, nY, nWidth, nHeight}, Failure));
 }
 
 // The window that owns the widget may go as soon as the end is over, on its own thread. Hiding comes last,

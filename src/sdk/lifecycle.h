@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sdk/familycall.h"
+#include "sdk/startreport.h"
 #include "signobject/liveobject.h"
 
 class CSignWidget;
@@ -30,9 +31,11 @@ private:
         int m_nHeight;
     };
 
+    bool AcceptsStart(const CLogLabel& Label, int nDeviceType, CStartFailure& Failure) const;
     static CLiveObject::CStart::EAnswer BeginStart(const CLogLabel& Label, CLiveObject::CStart& Start,
-                                                   bool bWindowless);
-    bool StartObject(const CLogLabel& Label, CLiveObject::CStart& Start, const CRequest& Request) const;
-    bool MakeAndConnect(CLiveObject::CStart& Start, const CRequest& Request) const;
+                                                   bool bWindowless, CStartFailure& Failure);
+    bool StartObject(const CLogLabel& Label, CLiveObject::CStart& Start, const CRequest& Request,
+                     CStartFailure& Failure) const;
+    bool MakeAndConnect(CLiveObject::CStart& Start, const CRequest& Request, CStartFailure& Failure) const;
     static void EndWidget(CLiveObject::CEnding& Ending, CSignWidget& Widget);
 };

@@ -7,7 +7,6 @@
 #include <QColor>
 
 #include <cstring>
-#include <thread>
 
 namespace {
 
@@ -54,16 +53,17 @@ CSignObject::~CSignObject()
 void CSignObject::StartThreads(const void* pOwner, int nWidth, int nHeight)
 {
     const CLogLabel Label = m_Identity.ConstructorLabel();
+    const EIdle eIdle = CWorkerSetting::ForNewObject(Label);
     if (m_pFingerprint)
-        m_pShowFPImageOnDeviceThread =
-            MakeShowFPImageThread(m_Identity, pOwner, [this] { return ShowFPImagePass(); });
+        m_pShowFPImageOnDeviceThread = MakeShowFPImageThread(
+            m_Identity, pOwner, {[this] { return ShowFPImagePass(); }, m_pFingerprint->Bell(), eIdle});
     if (m_pFingerprint && m_Identity.IsWidget())
         SCR_LOG(Label, "<%ld>-width=%d, height=%d, m_pShowFPImageOnDeviceThread=%lx", nWidth, nHeight,
                 AsHex(m_pShowFPImageOnDeviceThread.get()));
     else
         SCR_LOG(Label, "<%ld>-width=%d, height=%d", nWidth, nHeight);
-    m_pDoConfirmOrCancelKeyActionThread =
-        MakeKeyActionThread(m_Identity, pOwner, [this] { return KeyActionPass(); });
+    m_pDoConfirmOrCancelKeyActionThread = MakeKeyActionThread(
+        m_Identity, pOwner, {[this] { return KeyActionPass(); }, m_KeyActions.Bell(), eIdle});
     m_bThreadsStarted = !m_pShowFPImageOnDeviceThread || m_pShowFPImageOnDeviceThread->Launch();
     m_bThreadsStarted = m_bThreadsStarted && m_pDoConfirmOrCancelKeyActionThread->Launch();
     SCR_LOG(Label, "<%ld>-m_pDoConfirmOrCancelKeyActionThread=%lx",
@@ -71,38 +71,45 @@ void CSignObject::StartThreads(const void* pOwner, int nWidth, int nHeight)
     SCR_LOG(Label, "<%ld>-leave !");
 }
 
-bool CSignObject::KeyActionPass()
+EPass CSignObject::KeyActionPass()
 {
     if (AreWeGoingToShutDown())
-        return false;
+        return EPass::Over;
     // The key lock is left alone while nothing waits: a spinning thread that kept taking it would starve the
     // pen.
     if (!m_KeyActions.IsActionPending())
-        std::this_thread::yield();
-    else if (const auto Use = CLiveObject::Enter(m_Identity.m_Model, m_Identity.m_eKind))
-        m_KeyActions.CheckIfWeCanDoConfirmOrCancelKeyAction();
-    return true;
+        return EPass::Idle;
+    const auto Use = CLiveObject::Enter(m_Identity.m_Model, m_Identity.m_eKind);
+    if (!Use) // the process exits: nothing is done any more
+        return EPass::Idle;
+    m_KeyActions.CheckIfWeCanDoConfirmOrCancelKeyAction();
+    return EPass::Worked;
 }
 
-bool CSignObject::ShowFPImagePass()
+EPass CSignObject::ShowFPImagePass()
 {
     if (AreWeGoingToShutDown())
-        return false;
+        return EPass::Over;
     m_pFingerprint->CheckIfAnyNewFPImageRawDataOnDeviceAvailable();
     if (!m_pFingerprint->HasWork())
-        std::this_thread::yield();
-    else if (const auto Use = CLiveObject::Enter(m_Identity.m_Model, m_Identity.m_eKind))
-        m_pFingerprint->ProcessShowFPImgaeRawDataOnDevice();
-    return true;
+        return EPass::Idle;
+    const auto Use = CLiveObject::Enter(m_Identity.m_Model, m_Identity.m_eKind);
+    if (!Use) // as above
+        return EPass::Idle;
+    m_pFingerprint->ProcessShowFPImgaeRawDataOnDevice();
+    return EPass::Worked;
 }
 
-bool CSignObject::IsDeviceConnected()
+bool CSignObject::IsDeviceConnected(CStartFailure& Failure)
 {
     const CLogLabel Label = m_Identity.Label("IsDeviceConnected()");
     SCR_LOG(Label, "<%ld>-enter...");
-    if (!m_bThreadsStarted)
+    if (!m_bThreadsStarted) {
         SCR_LOG(Label, "<%ld>-(worker thread not started), no more threads !!!");
-    bool bConnected = m_bThreadsStarted && m_Driver.LoadScriberaDriver();
+        Failure.Set(SCRX_START_NO_THREAD,
+                    "The system gave no further thread: is a limit of processes or memory reached?");
+    }
+    bool bConnected = m_bThreadsStarted && m_Driver.LoadScriberaDriver(Failure);
     if (bConnected) {
         CScriberaDriver::CVersionText Version;
         const int nResult = m_Driver.ReadPartsVersion(Version);
@@ -115,13 +122,17 @@ bool CSignObject::IsDeviceConnected()
         }
         SCR_LOG(Label, "<%ld>-cVersion=%s, nResult=%d", Version.data(), nResult);
         bConnected = pAccepted != nullptr;
-        if (pAccepted) {
+        if (!pAccepted) {
+            Failure.Set(SCRX_START_MODEL_UNKNOWN, "The pad is no %s: it calls itself '%s', with result %d",
+                        m_Identity.m_Model.m_pszName, Version.data(), nResult);
+        } else {
             m_nMaxPressure = pAccepted->m_nMaxPressure;
             m_Driver.PreparePad();
             if (!m_Points.IsReady()) {
                 SCR_LOG(
                     Label,
                     "<%ld>-((m_pPointDataList || m_pDecodedPointDataList) == nullptr), out of memory !!!");
+                Failure.Set(SCRX_START_NO_MEMORY, "There was not enough memory for the points");
                 bConnected = false;
             }
         }
@@ -158,6 +169,7 @@ void CSignObject::StopThread(std::unique_ptr<CWorkerThread>& pThread, const char
     SCR_LOG(Label, "<%ld>-b4 call %s->quit()...", pszMember);
     StoreShared(m_bGoingToShutDown, true);
     pThread->quit();
+    pThread->Wake();
     SCR_LOG(Label, "<%ld>-b4 call %s->wait()...", pszMember);
     pThread->Join();
     pThread.reset();

@@ -51,9 +51,9 @@ public:
     const CDeviceQueries& DeviceQueries() const { return m_DeviceQueries; }
     CSignExport& Export() { return m_Export; }
 
-    // Loads and starts the driver, accepts or refuses the pad and prepares it. False also when a worker
-    // thread could not be had.
-    bool IsDeviceConnected();
+    // Loads and starts the driver, accepts or refuses the pad and prepares it. False, with the reason, also
+    // when a worker thread could not be had.
+    bool IsDeviceConnected(CStartFailure& Failure);
 
     // Stops the worker threads and the driver, closes the object, unloads the driver and frees the points.
     // For the thread that holds the object's CEnding, once; not to be called on any of those threads.
@@ -91,9 +91,9 @@ private:
     // What the kinds do differently.
     virtual int PlaceFingerprint(CFingerprint& Fingerprint, const CFPRequest& Request) = 0;
 
-    // One pass of each worker thread; false when the object shuts down.
-    bool KeyActionPass();
-    bool ShowFPImagePass();
+    // One pass of each worker thread.
+    EPass KeyActionPass();
+    EPass ShowFPImagePass();
     void StopThread(std::unique_ptr<CWorkerThread>& pThread, const char* pszMember);
 
     const CObjectIdentity m_Identity;

@@ -2,6 +2,7 @@
 
 #include "sync/attempt.h"
 
+#include <thread>
 #include <utility>
 
 // Each model and kind has thread classes of its own, since their names show in the log and in className().
@@ -27,7 +28,7 @@ namespace {
 
 using PfnMakeThread = std::unique_ptr<CWorkerThread> (*)(const CObjectIdentity& Identity,
                                                          const CTypeNames& Names, const void* pOwner,
-                                                         CWorkerThread::Pass OnePass);
+                                                         CWork Work);
 
 struct CThreadMakers
 {
@@ -38,9 +39,9 @@ struct CThreadMakers
 
 template <typename TThread>
 std::unique_ptr<CWorkerThread> MakeThread(const CObjectIdentity& Identity, const CTypeNames& Names,
-                                          const void* pOwner, CWorkerThread::Pass OnePass)
+                                          const void* pOwner, CWork Work)
 {
-    return std::make_unique<TThread>(Identity, Names, pOwner, std::move(OnePass));
+    return std::make_unique<TThread>(Identity, Names, pOwner, std::move(Work));
 }
 
 #define KEY_ACTION_MAKERS(Model)                                                                             \
@@ -65,8 +66,8 @@ PfnMakeThread MakerFor(const CObjectIdentity& Identity, const CThreadMakers (&Ma
 } // namespace
 
 CWorkerThread::CWorkerThread(const CObjectIdentity& Identity, const CTypeNames& Names, const void* pOwner,
-                             Pass OnePass)
-    : m_Names(Names), m_Pass(std::move(OnePass))
+                             CWork Work)
+    : m_Names(Names), m_Work(std::move(Work))
 {
     const CLogLabel Label{m_Names.m_pszClass, "::", m_Names.m_pszConstructor};
     if (Identity.IsWidget())
@@ -79,26 +80,30 @@ void CWorkerThread::Body()
 {
     const CLogLabel Label{m_Names.m_pszClass, "::", "run()"};
     SCR_LOG_INTHREAD(Label, "<%ld>-enter");
-    bool bGoesOn = true;
-    while (bGoesOn) {
-        if (!Attempt([&] { bGoesOn = m_Pass(); }))
+    for (EPass ePass = EPass::Worked; ePass != EPass::Over;) {
+        const unsigned nRings = m_Work.m_Bell.Rings();
+        if (!Attempt([&] { ePass = m_Work.m_Pass(); }))
             SCR_LOG_INTHREAD(Label, "<%ld>-pass left due to (exception) !");
+        else if (ePass == EPass::Idle && m_Work.m_eIdle == EIdle::Wait)
+            m_Work.m_Bell.WaitBeyond(nRings);
+        else if (ePass == EPass::Idle)
+            std::this_thread::yield();
     }
     SCR_LOG_INTHREAD(Label, "<%ld>-Leave !");
 }
 
 std::unique_ptr<CWorkerThread> MakeKeyActionThread(const CObjectIdentity& Identity, const void* pOwner,
-                                                   CWorkerThread::Pass OnePass)
+                                                   CWork Work)
 {
     return MakerFor(Identity, kKeyActionMakers)(Identity, Identity.Names().m_KeyActionThread, pOwner,
-                                                std::move(OnePass));
+                                                std::move(Work));
 }
 
 std::unique_ptr<CWorkerThread> MakeShowFPImageThread(const CObjectIdentity& Identity, const void* pOwner,
-                                                     CWorkerThread::Pass OnePass)
+                                                     CWork Work)
 {
     return MakerFor(Identity, kShowFPImageMakers)(Identity, Identity.Names().m_ShowFPImageThread, pOwner,
-                                                  std::move(OnePass));
+                                                  std::move(Work));
 }
 
 #include "workerthread.moc"

@@ -428,8 +428,13 @@ const ChildProgram shortOfThreads("short-of-threads", [](const std::vector<std::
         if (more > 10)
             return 2;
         processEvents();
-        if (lines.size() == 3 && lines[1] == "(worker thread not started), no more threads !!!")
-            ++refused;
+        const bool ownRefused =
+            lines.size() == 3 && lines[1] == "(worker thread not started), no more threads !!!";
+        refused += ownRefused;
+        // Later the driver gets no thread for itself.
+        if (Library::instance().extensions().LastStartFailure(nullptr, 0) !=
+            (ownRefused ? StartNoThread : StartDriverRefused))
+            return 8;
         if (lines.back() != "leave with m_bDeviceConnected=0")
             return 3;
         if (Library::instance().signWidget || Library::instance().useSignObj || pad.signWidget() ||

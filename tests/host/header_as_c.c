@@ -1,5 +1,6 @@
 /* The public header as C11 without any Qt header, and a C host's way through it. */
 #include "scriberasdk.h"
+#include "scriberasdk_ext.h"
 
 #include <stdio.h>
 
@@ -39,6 +40,9 @@ int main(void)
     nFailures +=
         Expect(SCK420_SaveDrawingImage(SCK420_DEVICE, EBITI_PNG, wszPath, 0) == -1, "nothing to save");
     nFailures += Expect(SCK210_GetInkPointTime(SCK210_DEVICE, 0) == NULL, "no time");
+    nFailures += Expect(SCRX_Version() == SCRX_VERSION, "another version of the library");
+    nFailures += Expect(SCRX_LastStartFailure(NULL, 0) == SCRX_START_WRONG_DEVICE_TYPE, "the failed start");
+    nFailures += Expect(SCRX_SetWorkers(SCRX_WORKERS_WAIT) == ARI_SUCCESS, "the worker threads");
     nFailures += Expect(SCK210_UnInitialDevice(SCK210_DEVICE) == ARI_SUCCESS, "stop without object");
     return nFailures == 0 ? 0 : 1;
 }

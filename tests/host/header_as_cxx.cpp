@@ -1,5 +1,6 @@
 // The public header in a C++ host that has no Qt header at hand. Compiled only.
 #include "scriberasdk.h"
+#include "scriberasdk_ext.h"
 
 #ifdef QT_VERSION
 #error "the public header brings Qt headers along"

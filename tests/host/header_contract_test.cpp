@@ -3,6 +3,7 @@
 #include <type_traits>
 
 #include "scriberasdk.h"
+#include "scriberasdk_ext.h"
 
 #include "harness.h"
 
@@ -43,6 +44,11 @@ SCRIBERA_OPERATIONS(X)
 SCRIBERA_OPERATIONS(X)
 #undef X
 
+#define X(name, result, arguments)                                                                           \
+    static_assert(std::is_same_v<decltype(&SCRX_##name), decltype(Extensions::name)>, "SCRX_" #name);
+SCRIBERA_EXTENSIONS(X)
+#undef X
+
 static_assert(sizeof(_PACKETS) == sizeof(Packet));
 static_assert(std::is_same_v<decltype(g_bEnableLog), unsigned char>);
 static_assert(std::is_same_v<decltype(g_bUseSignObj), unsigned char>);
@@ -53,6 +59,35 @@ static_assert(std::is_same_v<decltype(g_cValueBuf), char[256]>);
 static_assert(std::is_same_v<decltype(g_cValueBuf_InThread), char[256]>);
 static_assert(std::is_same_v<decltype(g_wszKeyBuf), wchar_t[256]>);
 static_assert(std::is_same_v<decltype(g_wszValueBuf), wchar_t[256]>);
+
+TEST(PublicHeader, NumbersOfTheAdditionsAreTheDocumentedOnes)
+{
+    EXPECT_EQ(SCRX_START_OK, StartOk);
+    EXPECT_EQ(SCRX_START_DRIVER_MISSING, StartDriverMissing);
+    EXPECT_EQ(SCRX_START_DRIVER_NOT_LOADED, StartDriverNotLoaded);
+    EXPECT_EQ(SCRX_START_DRIVER_INCOMPLETE, StartDriverIncomplete);
+    EXPECT_EQ(SCRX_START_DRIVER_REFUSED, StartDriverRefused);
+    EXPECT_EQ(SCRX_START_MODEL_UNKNOWN, StartModelUnknown);
+    EXPECT_EQ(SCRX_START_NO_MEMORY, StartNoMemory);
+    EXPECT_EQ(SCRX_START_NO_THREAD, StartNoThread);
+    EXPECT_EQ(SCRX_START_WRONG_THREAD, StartWrongThread);
+    EXPECT_EQ(SCRX_START_WRONG_QT, StartWrongQt);
+    EXPECT_EQ(SCRX_START_NO_APPLICATION, StartNoApplication);
+    EXPECT_EQ(SCRX_START_NO_WINDOW, StartNoWindow);
+    EXPECT_EQ(SCRX_START_IN_CALLBACK, StartInCallback);
+    EXPECT_EQ(SCRX_START_WRONG_DEVICE_TYPE, StartWrongDeviceType);
+    EXPECT_EQ(SCRX_WORKERS_POLL, WorkersPoll);
+    EXPECT_EQ(SCRX_WORKERS_WAIT, WorkersWait);
+}
+
+TEST(PublicHeader, VersionIsThatOfTheProjectAndOfTheLibrary)
+{
+    EXPECT_EQ(std::to_string(SCRX_VERSION_MAJOR) + "." + std::to_string(SCRX_VERSION_MINOR) + "." +
+                  std::to_string(SCRX_VERSION_PATCH),
+              SCRIBERA_PROJECT_VERSION);
+    EXPECT_EQ(SCRX_VERSION, SCRX_VERSION_MAJOR * 10000 + SCRX_VERSION_MINOR * 100 + SCRX_VERSION_PATCH);
+    EXPECT_EQ(SCRX_Version(), SCRX_VERSION);
+}
 
 TEST(PublicHeader, NumbersAreTheDocumentedOnes)
 {

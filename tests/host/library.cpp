@@ -31,6 +31,15 @@ std::vector<std::string> operationNames(const PadModel& model)
     return names;
 }
 
+std::vector<std::string> extensionNames()
+{
+    return {
+#define X(name, result, arguments) "SCRX_" #name,
+        SCRIBERA_EXTENSIONS(X)
+#undef X
+    };
+}
+
 namespace {
 
 void* openLibrary(const char* path)
@@ -69,6 +78,12 @@ Library::Library(void* handle)
 #undef X
         m_families.push_back(operations);
     }
+#define X(name, result, arguments)                                                                           \
+    m_extensions.name = reinterpret_cast<result(*) arguments>(symbol("SCRX_" #name));                        \
+    if (!m_extensions.name)                                                                                  \
+        throw std::runtime_error("no function SCRX_" #name);
+    SCRIBERA_EXTENSIONS(X)
+#undef X
 }
 
 Library& Library::instance()

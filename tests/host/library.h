@@ -76,6 +76,43 @@ struct Operations
 #undef X
 };
 
+// The functions that belong to no family. X(name, result, arguments)
+#define SCRIBERA_EXTENSIONS(X)                                                                               \
+    X(Version, int, ())                                                                                      \
+    X(LastStartFailure, int, (char*, int))                                                                   \
+    X(SetWorkers, int, (int))
+
+struct Extensions
+{
+#define X(name, result, arguments) result(*name) arguments = nullptr;
+    SCRIBERA_EXTENSIONS(X)
+#undef X
+};
+
+enum StartFailure
+{
+    StartOk = 0,
+    StartDriverMissing = 1,
+    StartDriverNotLoaded = 2,
+    StartDriverIncomplete = 3,
+    StartDriverRefused = 4,
+    StartModelUnknown = 5,
+    StartNoMemory = 6,
+    StartNoThread = 7,
+    StartWrongThread = 8,
+    StartWrongQt = 9,
+    StartNoApplication = 10,
+    StartNoWindow = 11,
+    StartInCallback = 12,
+    StartWrongDeviceType = 13
+};
+
+enum Workers
+{
+    WorkersPoll = 0,
+    WorkersWait = 1
+};
+
 enum class Families
 {
     All,
@@ -85,6 +122,7 @@ enum class Families
 
 bool belongsTo(Families families, const PadModel& model);
 std::vector<std::string> operationNames(const PadModel& model); // without the prefix
+std::vector<std::string> extensionNames();                      // with their prefix
 
 class Library
 {
@@ -92,6 +130,7 @@ public:
     static Library& instance(); // opened at the first call
 
     const Operations& family(const PadModel& model) const;
+    const Extensions& extensions() const { return m_extensions; }
     void* symbol(const std::string& name) const; // null when there is none
     void* handle() const { return m_handle; }
 
@@ -104,6 +143,7 @@ private:
 
     void* m_handle;
     std::vector<Operations> m_families;
+    Extensions m_extensions;
 };
 
 // Safe on any thread, as the library's own look at the switch is.

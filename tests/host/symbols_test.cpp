@@ -122,6 +122,8 @@ std::set<std::string> documentedFunctions()
         for (const std::string& operation : operationNames(model))
             names.insert(model.prefix + operation);
     }
+    for (const std::string& extension : extensionNames())
+        names.insert(extension);
     return names;
 }
 
@@ -157,6 +159,7 @@ TEST(Symbols, FunctionsAreExactlyTheDocumentedOnes)
     for (const PadModel& model : padModels())
         ASSERT_EQ(operationNames(model).size(),
                   31u + (model.hasScreen ? 3 : 0) + (model.hasFingerprint ? 4 : 0));
+    ASSERT_EQ(extensionNames().size(), 3u);
     expectSameNames(library.names(false), documentedFunctions());
 }
 
@@ -266,17 +269,23 @@ std::vector<std::string> wordsOf(const std::string& code)
     return words;
 }
 
-TEST(Symbols, HeaderDeclaresExactlyTheExportedNames)
+TEST(Symbols, HeadersDeclareExactlyTheExportedNames)
 {
-    std::string header = fileContent(SCRIBERA_SOURCE_DIR "/include/scriberasdk.h");
-    ASSERT_FALSE(header.empty());
-    header = withoutComments(header);
+    std::string header;
+    for (const char* name : {"scriberasdk.h", "scriberasdk_ext.h"}) {
+        const std::string content = fileContent(std::string(SCRIBERA_SOURCE_DIR "/include/") + name);
+        ASSERT_FALSE(content.empty()) << name;
+        header += withoutComments(content);
+    }
 
     std::set<std::string> functions;
     std::set<std::string> variables;
     for (const std::string& word : wordsOf(header)) {
         if (word.starts_with("g_"))
             variables.insert(word);
+        // Functions of this prefix have small letters, constants and macros none.
+        if (word.starts_with("SCRX_") && std::any_of(word.begin(), word.end(), islower))
+            functions.insert(word);
         for (const PadModel& model : padModels()) {
             const bool deviceType = word == model.deviceName; // the one name of this form that is a number
             if (word.starts_with(model.prefix) && !deviceType)

@@ -9,13 +9,10 @@ import sys
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
-# A release is dated there, Python's package is built without CMake, and symbols keep the version that they came with.
-WRITTEN = {
-    "CMakeLists.txt",
-    "CHANGELOG.md",
-    "bindings/python/src/scribera/__init__.py",
-    "packaging/debian/libscriberasdk1.symbols",
-}
+# A release is dated there, and Python's package is built without CMake.
+WRITTEN = {"CMakeLists.txt", "CHANGELOG.md", "bindings/python/src/scribera/__init__.py"}
+# Functions keep the version that they came with.
+KEPT = {"include/scriberasdk_ext.h", "packaging/debian/libscriberasdk1.symbols"}
 
 
 def output_of(*command: str) -> str:
@@ -32,6 +29,9 @@ def main() -> None:
     python = (ROOT / "bindings/python/src/scribera/__init__.py").read_text()
     if f'__version__ = "{version}"' not in python:
         faults.append("the Python package has another version")
+    header = (ROOT / "include/scriberasdk_ext.h").read_text()
+    if ".".join(re.findall(r"#define SCRX_VERSION_(?:MAJOR|MINOR|PATCH) (\d+)", header)) != version:
+        faults.append("include/scriberasdk_ext.h has another version")
 
     number = re.compile(rf"(?<![\d.]){re.escape(version)}(?!\.?\d)")
     places = set()
@@ -42,8 +42,8 @@ def main() -> None:
             continue
         if number.search(text):
             places.add(name)
-    faults += [f"{name} holds the version, which scripts/version or CMake could give it" for name in sorted(places - WRITTEN)]
-    faults += [f"{name} does not hold the version" for name in sorted(WRITTEN - places) if not name.endswith(".symbols")]
+    faults += [f"{name} holds the version, which scripts/version or CMake could give it" for name in sorted(places - WRITTEN - KEPT)]
+    faults += [f"{name} does not hold the version" for name in sorted(WRITTEN - places)]
     if faults:
         sys.exit("\n".join(faults))
 

@@ -515,15 +515,26 @@ int place(Subject& s, QWidget* parent, int left, int top, int width, int height)
     return s.api.SetDisplayedFPImageAt(s.type, parent, 120, 90, left, top, width, height);
 }
 
+// A start that was refused memory somewhere. The loader tells it as a file or an entry point that it cannot
+// have, the system as a thread.
+void checkStart(Subject& s)
+{
+    const int failure = Library::instance().extensions().LastStartFailure(nullptr, 0);
+    if (s.result) {
+        demand(failure == StartOk, "a start that succeeded tells of a failure");
+        return;
+    }
+    demand(failure == StartNoMemory || failure == StartDriverNotLoaded || failure == StartDriverIncomplete ||
+               failure == StartNoThread,
+           "the failed start's reason is " + std::to_string(failure));
+    demand(!Library::instance().signWidget, "a pad that failed to open is still there");
+    demand(s.startOnly(), "the pad cannot be opened afterwards");
+}
+
 Operation startOperation(const char* name, int traits)
 {
     return {name, traits | StartsItself | MakesCanvas, nothing, [](Subject& s) { s.result = s.startOnly(); },
-            [](Subject& s) {
-                if (s.result)
-                    return;
-                demand(!Library::instance().signWidget, "a pad that failed to open is still there");
-                demand(s.startOnly(), "the pad cannot be opened afterwards");
-            }};
+            checkStart};
 }
 
 std::vector<Operation> allOperations()

@@ -39,7 +39,9 @@ protected:
         CLiveObject::CStart start;
         ASSERT_EQ(start.Begin(true), CLiveObject::CStart::EAnswer::Begun);
         start.Publish(*m_object, m_object->Identity(), m_object.get());
-        ASSERT_TRUE(m_object->IsDeviceConnected());
+        CStartFailure failure;
+        ASSERT_TRUE(m_object->IsDeviceConnected(failure));
+        EXPECT_EQ(failure.Code(), SCRX_START_OK);
         m_simulator.open();
     }
 

@@ -31,7 +31,7 @@ from ._native import FAMILIES, Family, enable_log
 from ._pad import Pad
 from ._types import DecodedPoint, ImageType, InkPoint, InkRecord, LivePoint, PadInfo, Status, read_ink
 
-__version__ = "3.0.0"
+__version__ = "3.1.0"
 
 __all__ = [
     "FAMILIES",
