@@ -2,6 +2,7 @@
 #pragma once
 
 #include "scriberasdk.h"
+#include "scriberasdk_ext.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -53,10 +54,14 @@ inline QStringList argumentsOf(const char* usage, int least, int most)
     return arguments;
 }
 
+// The library's threads sleep while a person signs. Libraries before 3.1 cannot do that.
 inline void load(QLibrary& library)
 {
     if (!library.load())
         quit(1, "%s\n", qPrintable(library.errorString()));
+    const auto setWorkers = reinterpret_cast<decltype(&SCRX_SetWorkers)>(library.resolve("SCRX_SetWorkers"));
+    if (setWorkers)
+        setWorkers(SCRX_WORKERS_WAIT);
 }
 
 inline std::atomic<int> pressedKey{-1}; // written on the library's key-action thread
@@ -89,10 +94,18 @@ public:
         return copy;
     }
 
-    // A canvas in the parent, or off screen without one.
+    // A canvas in the parent, or off screen without one. Says why there is none.
     bool open(QWidget* parent) const
     {
-        return call<bool>("InitialDevice", parent, 0, 0, m_model.canvasWidth, kCanvasHeight);
+        if (call<bool>("InitialDevice", parent, 0, 0, m_model.canvasWidth, kCanvasHeight))
+            return true;
+        char reason[1024] = "";
+        const auto lastFailure =
+            reinterpret_cast<decltype(&SCRX_LastStartFailure)>(m_library.resolve("SCRX_LastStartFailure"));
+        if (lastFailure)
+            lastFailure(reason, sizeof reason);
+        std::fprintf(stderr, "%s: no pad: %s\n", m_model.name, reason);
+        return false;
     }
 
     int points() const { return qMax(0, call("GetTotalPacketsNumber")); }

@@ -9,6 +9,7 @@
 #include <threads.h>
 
 #include <scriberasdk.h>
+#include <scriberasdk_ext.h>
 
 static atomic_int stopped;
 
@@ -33,6 +34,9 @@ static int waitForKey(int seconds)
 static void answer(int seconds)
 {
     if (!SCK210_InitialDevice(SCK210_DEVICE, NULL, 0, 0, 800, 485)) {
+        char reason[1024];
+        SCRX_LastStartFailure(reason, sizeof reason);
+        fprintf(stderr, "%s\n", reason);
         puts("no pad");
         return;
     }
@@ -50,6 +54,7 @@ int main(void)
 {
     char line[32];
 
+    SCRX_SetWorkers(SCRX_WORKERS_WAIT);
     umask(077); /* what the library leaves under /tmp is this user's alone */
     setvbuf(stdout, NULL, _IOLBF, BUFSIZ);
     while (!atomic_load(&stopped) && fgets(line, sizeof line, stdin)) {

@@ -1,5 +1,6 @@
 /* scribera-c-host: takes one signature without a window, saves it as files and as an ink packet stream. */
 #include <scriberasdk.h>
+#include <scriberasdk_ext.h>
 
 #include <locale.h>
 #include <stdatomic.h>
@@ -204,8 +205,12 @@ int main(int argc, char* argv[])
     for (int i = first; i < argc; ++i)
         if (imageTypeOf(argv[i]) == 0)
             return fail(WRONG_USAGE, "neither an option nor a kind of file (see --help): ", argv[i]);
-    if (!pad->initialDevice(pad->deviceType, NULL, 0, 0, pad->canvasWidth, CANVAS_HEIGHT))
-        return fail(FAILED, "no pad (is it plugged in, and ./libscriberadrv.so there?): ", pad->name);
+    SCRX_SetWorkers(SCRX_WORKERS_WAIT); /* a person takes a while, and nothing has to poll meanwhile */
+    if (!pad->initialDevice(pad->deviceType, NULL, 0, 0, pad->canvasWidth, CANVAS_HEIGHT)) {
+        char reason[1024];
+        SCRX_LastStartFailure(reason, sizeof reason);
+        return fail(FAILED, "no pad: ", reason);
+    }
     int code = waitForKey(pad, seconds);
     if (code == SIGNED)
         code = saveFiles(pad, argv + first, argc - first);

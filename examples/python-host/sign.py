@@ -6,7 +6,7 @@ import sys
 from pathlib import Path
 from time import monotonic
 
-from scribera import FAMILIES, Pad, PadTimeoutError, ScriberaError, Status
+from scribera import FAMILIES, Pad, PadTimeoutError, ScriberaError, Status, let_workers_wait
 
 
 def wait(pad: Pad, seconds: float) -> Status:
@@ -48,6 +48,7 @@ def main() -> int:
     parser.add_argument("-d", "--driver-directory", type=Path, help="default: the current one")
     arguments = parser.parse_args()
     try:
+        let_workers_wait()  # a person takes a while, and nothing has to poll meanwhile
         with Pad(arguments.model, driver_directory=arguments.driver_directory) as pad:
             return sign(pad, arguments.output, arguments.timeout)
     except PadTimeoutError:

@@ -284,13 +284,13 @@ void MainWindow::openPad()
             tr("The %1 does not answer").arg(model),
             tr("Plug the pad in and wait until it lights up, or choose the model that is on the counter. "
                "Nothing is lost."),
-            tr("the %1 does not answer").arg(model));
+            tr("no pad: %1").arg(PadSession::whyNotOpen()));
     else
         showNoPad(tr("The pad's driver is missing"),
                   tr("Put libscriberadrv.so into the folder %1, or start this program in the folder that has "
                      "it. Then try again.")
                       .arg(QDir::currentPath()),
-                  tr("no libscriberadrv.so in %1").arg(QDir::currentPath()));
+                  tr("no pad: %1").arg(PadSession::whyNotOpen()));
 }
 
 void MainWindow::showNoPad(const QString& title, const QString& advice, const QString& reason)

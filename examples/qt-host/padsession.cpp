@@ -1,5 +1,7 @@
 #include "padsession.h"
 
+#include <scriberasdk_ext.h>
+
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -66,6 +68,7 @@ PadSession* openSession = nullptr;
 
 PadSession::PadSession()
 {
+    SCRX_SetWorkers(SCRX_WORKERS_WAIT); // a person takes a while, and nothing has to poll meanwhile
     m_watch.setInterval(watchInterval);
     connect(&m_watch, &QTimer::timeout, this, &PadSession::watch);
 }
@@ -86,6 +89,13 @@ bool PadSession::hasFingerprintReader(const QString& model)
 bool PadSession::driverIsThere()
 {
     return QFile::exists(QStringLiteral("./libscriberadrv.so"));
+}
+
+QString PadSession::whyNotOpen()
+{
+    std::array<char, 1024> sentence{};
+    SCRX_LastStartFailure(sentence.data(), int(sentence.size()));
+    return QString::fromUtf8(sentence.data());
 }
 
 bool PadSession::open(const QString& model, QWidget* parent, const QSize& size)

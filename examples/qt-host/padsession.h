@@ -23,8 +23,7 @@ struct PenSettings
     bool pressure = true;
 };
 
-// A pad from open() to close(), for one signature: an open pad keeps a processor core busy. Lives on the GUI
-// thread; its signals come from there too.
+// A pad from open() to close(), for one signature. Lives on the GUI thread; its signals come from there too.
 class PadSession : public QObject
 {
     Q_OBJECT
@@ -41,6 +40,7 @@ public:
     void close();
     bool isOpen() const { return m_family; }
     static bool driverIsThere();
+    static QString whyNotOpen(); // what the library says of an open() that failed
 
     QWidget* canvas() const; // null when no pad is open, or when its parent took it along
     QSize writingArea() const;

@@ -120,8 +120,8 @@ TEST_F(CHost, SaysThatThereIsNoPad)
     unplug();
     const Outcome outcome = runHost({"--model", "T580", "a.png"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.error,
-              "scribera-c-host: no pad (is it plugged in, and ./libscriberadrv.so there?): T580\n");
+    EXPECT_EQ(outcome.error.find("scribera-c-host: no pad: There is no driver: "), 0u) << outcome.error;
+    EXPECT_NE(outcome.error.find("; the current directory is "), std::string::npos) << outcome.error;
 }
 
 TEST_F(CHost, TakesAModelByTheNameThatItsPadReports)

@@ -130,7 +130,7 @@ TEST_F(DemoHost, SaysThatTheDriverIsMissing)
     const Outcome outcome = runHost({"--auto-save", "out"});
     EXPECT_EQ(outcome.exitCode, 1);
     ASSERT_EQ(complaints(outcome).size(), 1) << outcome.error;
-    EXPECT_TRUE(complaints(outcome)[0].startsWith("scribera-demo-host: no libscriberadrv.so in "));
+    EXPECT_TRUE(complaints(outcome)[0].startsWith("scribera-demo-host: no pad: There is no driver: "));
 }
 
 TEST_F(DemoHost, ShowsItsWindowWithoutADriver)

@@ -82,12 +82,12 @@ def test_failures_are_told_in_a_line(folder: Path) -> None:
             sign("K210", "-o", "missing/out", **recording),
             "sign: [Errno 2] No such file or directory: 'missing/out.png'",
         ),
-        (sign("K210", "-d", "/"), "sign: no driver libscriberadrv.so in /"),
+        (sign("K210", "-d", "/"), "sign: There is no driver: Cannot load library ./libscriberadrv.so"),
         (sign("K210", "-d", "missing"), "sign: [Errno 2] No such file or directory: 'missing'"),
         (sign("K210", SCRIBERA_LIBRARY="missing.so"), "sign: cannot load the Scribera library: missing.so: "),
         (
             sign("K210", SCRIBERA_SIM_MODEL="SCX"),
-            "sign: the driver in the current directory cannot be used, or finds no K210",
+            "sign: The pad is no K210: it calls itself 'SCX', with result 0",
         ),
     ]
     for run, message in failures:

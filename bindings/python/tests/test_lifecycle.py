@@ -19,6 +19,7 @@ import pytest
 
 import scribera
 from scribera import (
+    _native,
     FAMILIES,
     DriverError,
     ImageType,
@@ -29,7 +30,7 @@ from scribera import (
     PadClosedError,
     Status,
 )
-from simulator import AREAS, MODELS, Simulator, diagonal, recording_of
+from simulator import AREAS, MODELS, Simulator, diagonal, recording_of, wait_until
 
 
 @pytest.mark.parametrize("model", MODELS)
@@ -258,12 +259,15 @@ def test_a_missing_driver_is_no_pad(folder: Path) -> None:
     Path("libscriberadrv.so").unlink()
     with pytest.raises(NoPadError) as caught:
         Pad("K210")
-    assert str(caught.value) == (
-        "no driver libscriberadrv.so in the current directory; "
-        "name its directory by the argument driver_directory"
+    message = str(caught.value)
+    assert message.startswith("There is no driver: ") and "cannot open shared object file" in message
+    assert message.endswith(
+        f"; the current directory is {folder}; name the driver's directory by the argument driver_directory"
     )
-    with pytest.raises(NoPadError, match=f"no driver libscriberadrv.so in {folder}"):
-        Pad("K210", driver_directory=folder)
+    elsewhere = folder / "elsewhere"
+    elsewhere.mkdir()
+    with pytest.raises(NoPadError, match=f"; the current directory is {elsewhere};"):
+        Pad("K210", driver_directory=elsewhere)
     Path("libscriberadrv.so").symlink_to(os.environ["SCRIBERA_DRIVER"])
     Pad("K210").close()
 
@@ -272,16 +276,58 @@ def test_a_driver_that_is_none_is_no_pad(folder: Path) -> None:
     for content in (b"", b"not a library"):
         Path("libscriberadrv.so").unlink()
         Path("libscriberadrv.so").write_bytes(content)
-        with pytest.raises(NoPadError, match="cannot be used"):
+        with pytest.raises(NoPadError, match="The driver is not loaded: .*: file too short"):
             Pad("K210")
     for entry_point in ("Initial", "UnInitial", "GetDevicePadID", "ShowFPImageOnDevice"):
         use_driver_without(entry_point)
-        with pytest.raises(NoPadError, match="cannot be used"):
+        with pytest.raises(NoPadError, match=f"The driver lacks what a K421B needs: SCRDAPI_{entry_point}$"):
             Pad("K421B")
     Path("libscriberadrv.so").unlink()
     shutil.copy(os.environ["SCRIBERA_LIBRARY"], "libscriberadrv.so")  # a library, but no driver
-    with pytest.raises(NoPadError, match="cannot be used"):
+    with pytest.raises(NoPadError, match="SCRDAPI_Initial, SCRDAPI_UnInitial, "):
         Pad("K210")
+
+
+def test_a_library_that_does_not_tell_why_there_is_no_pad(folder: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setattr(_native, "start_failure", lambda library: None)
+    with monkeypatch.context() as other, pytest.raises(NoPadError) as caught:
+        other.setenv("SCRIBERA_SIM_MODEL", "SCX999")
+        Pad("K210")
+    assert str(caught.value) == (
+        "the driver in the current directory cannot be used, or finds no K210: is the pad plugged in?"
+    )
+    Path("libscriberadrv.so").unlink()
+    with pytest.raises(NoPadError) as caught:
+        Pad("K210")
+    assert str(caught.value) == (
+        "no driver libscriberadrv.so in the current directory; "
+        "name its directory by the argument driver_directory"
+    )
+
+
+def worker_states() -> list[str]:
+    """How the system sees the threads of an open windowless K421B: S for sleeping, R for running."""
+    found = []
+    for task in Path("/proc/self/task").iterdir():
+        name, state = task.joinpath("stat").read_text().split("(", 1)[1].rsplit(")", 1)
+        if name.startswith("CK421BObj_"):
+            found.append(state.split()[0])
+    return found
+
+
+def test_workers_wait_when_they_are_told_to(monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.delenv("SCRIBERA_WORKERS", raising=False)
+    assert scribera.let_workers_wait()
+    with Pad("K421B"):
+        wait_until(lambda: worker_states() == ["S", "S"], "sleeping workers")
+    assert scribera.let_workers_wait(False)
+    with Pad("K421B"):
+        wait_until(lambda: worker_states() == ["R", "R"], "polling workers")
+
+
+def test_an_older_librarys_workers_do_not_wait(monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setattr(_native, "load", lambda library: object())
+    assert not scribera.let_workers_wait()
 
 
 def use_driver_without(entry_point: str) -> None:
@@ -309,7 +355,7 @@ def test_a_driver_that_does_not_start_is_no_pad(simulator: Simulator) -> None:
 @pytest.mark.parametrize("model", MODELS)
 def test_another_pad_is_no_pad(model: str, monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setenv("SCRIBERA_SIM_MODEL", "SCX999")
-    with pytest.raises(NoPadError, match=f"finds no {model}: is the pad plugged in"):
+    with pytest.raises(NoPadError, match=f"The pad is no {model}: it calls itself 'SCX999', with result 0"):
         Pad(model)
 
 

@@ -27,7 +27,7 @@ from ._errors import (
     ScriberaError,
     UnsupportedError,
 )
-from ._native import FAMILIES, Family, enable_log
+from ._native import FAMILIES, Family, enable_log, let_workers_wait
 from ._pad import Pad
 from ._types import DecodedPoint, ImageType, InkPoint, InkRecord, LivePoint, PadInfo, Status, read_ink
 
@@ -56,5 +56,6 @@ __all__ = [
     "Status",
     "UnsupportedError",
     "enable_log",
+    "let_workers_wait",
     "read_ink",
 ]

@@ -33,6 +33,9 @@ REFUSED = -1
 INVALID_PARAMETERS = -2
 NOTHING_THERE = -8
 
+DRIVER_MISSING = 1
+_POLL, _WAIT = 0, 1
+
 StatusFunction = ctypes.CFUNCTYPE(None, c_int)
 LiveFunction = ctypes.CFUNCTYPE(None, c_ulong, c_long)
 
@@ -184,6 +187,35 @@ class Functions:
 @functools.cache
 def functions_of(library: ctypes.CDLL, family: Family) -> Functions:
     return Functions(library, family)
+
+
+def start_failure(library: ctypes.CDLL) -> tuple[int, str] | None:
+    """Why the last opening failed, as a code and a sentence; None of a library before 3.1, which does not tell."""
+    try:
+        function = library.SCRX_LastStartFailure
+    except AttributeError:
+        return None
+    function.restype = c_int
+    function.argtypes = (c_char_p, c_int)
+    text = ctypes.create_string_buffer(1024)
+    code: int = function(text, len(text))
+    return code, text.value.decode("utf-8", "backslashreplace")
+
+
+def let_workers_wait(on: bool = True, *, library: str | os.PathLike[str] | None = None) -> bool:
+    """Lets the library's own threads sleep while nothing waits for them, in the pads that are opened from now on,
+    so that an open pad needs no processor time; ``False`` lets them poll. Without a call it is as
+    ``SCRIBERA_WORKERS`` in the environment says, "wait" or "poll", and polling without that.
+
+    ``library`` as in :class:`scribera.Pad`. Whether the library can do it: those before 3.1 always poll.
+    """
+    try:
+        function = load(library).SCRX_SetWorkers
+    except AttributeError:
+        return False
+    function.restype = c_int
+    function.argtypes = (c_int,)
+    return bool(function(_WAIT if on else _POLL) == SUCCESS)
 
 
 _USUAL_NAME = "libscriberasdk.so.1"

@@ -86,8 +86,8 @@ class Pad:
     ``size`` the canvas's width and height in pixels (one that is not positive leaves the canvas empty: points
     only). ``on_status`` and ``on_point`` are callbacks as in :meth:`on_status` and :meth:`on_point`; the pen
     works from the moment of opening, so a point that comes before ``on_point`` is set is stored but not told.
-    Use the pad in a ``with`` statement or call :meth:`close`; a pad left open keeps a processor core busy and
-    is closed when the process exits.
+    Use the pad in a ``with`` statement or call :meth:`close`; a pad left open keeps a processor core busy, unless
+    :func:`scribera.let_workers_wait` was called, and is closed when the process exits.
 
     The shared library is ``library``, else the environment's ``SCRIBERA_LIBRARY``, else
     ``libscriberasdk.so.1`` where the system keeps its libraries. It loads the pad's driver,
@@ -178,11 +178,17 @@ class Pad:
                 os.chdir(driver_directory)
             if self._functions.call("InitialDevice", None, 0, 0, *self._size):
                 return
+            failure = _native.start_failure(self._functions.library)
             has_driver = os.path.exists(_DRIVER)
         finally:
             if back is not None:
                 os.fchdir(back)
                 os.close(back)
+        if failure is not None:
+            code, sentence = failure
+            if code == _native.DRIVER_MISSING:
+                sentence += "; name the driver's directory by the argument driver_directory"
+            raise NoPadError(sentence)
         if not has_driver:
             raise NoPadError(
                 f"no driver {_DRIVER} in {where}; name its directory by the argument driver_directory"
