@@ -67,6 +67,11 @@ double threadTime()
     return secondsOf(CLOCK_THREAD_CPUTIME_ID);
 }
 
+double processTime()
+{
+    return secondsOf(CLOCK_PROCESS_CPUTIME_ID);
+}
+
 double wallTime()
 {
     return secondsOf(CLOCK_MONOTONIC);

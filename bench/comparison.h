@@ -23,6 +23,8 @@ inline void require(bool holds, const std::string& what)
 // Seconds of processor time of the calling thread: on a busy machine the clock on the wall also counts the
 // turns of other processes.
 double threadTime();
+// The same of all threads of the process.
+double processTime();
 // Seconds on the clock on the wall, for what includes waiting.
 double wallTime();
 

@@ -68,6 +68,11 @@ void Library::enableLog(bool enables) const
     *static_cast<unsigned char*>(symbol("g_bEnableLog")) = enables;
 }
 
+void Library::setWorkers(int mode) const
+{
+    require(reinterpret_cast<int (*)(int)>(symbol("SCRX_SetWorkers"))(mode) == ARI_SUCCESS, "no such mode");
+}
+
 Signature::Signature(const Model& model, const QSize& canvas)
 {
     const simulator::Pad* const pad =

@@ -38,6 +38,8 @@ public:
 
     void* symbol(const std::string& name) const;
     void enableLog(bool enables) const;
+    // What the worker threads of the pads do that are opened from now on: SCRX_WORKERS_POLL or _WAIT.
+    void setWorkers(int mode) const;
 
 private:
     explicit Library(const char* path);

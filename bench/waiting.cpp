@@ -2,6 +2,7 @@
 // threads poll.
 #include "benchmarks.h"
 #include "pad.h"
+#include "scriberasdk_ext.h"
 #include "signobj/signobj.h"
 
 #include <atomic>
@@ -109,10 +110,12 @@ void workOnAllCores(std::vector<double>& times)
 }
 
 template <typename Work>
-Side besideIdlePad(const char* model, Work work)
+Side besideIdlePad(const char* model, Work work, int workers = SCRX_WORKERS_POLL)
 {
     return [=](std::vector<double>& times) {
+        Library::shipped().setWorkers(workers);
         const Pad pad(Library::shipped(), modelNamed(model), QSize(400, 200));
+        Library::shipped().setWorkers(SCRX_WORKERS_POLL); // for the benchmarks that come after
         work(times);
     };
 }
@@ -153,6 +156,66 @@ void registerPolling()
     registerPolling("wake-up, median,", {.rounds = 5, .repetitions = 1}, wake);
     registerPolling("wake-up, 99th percentile,", SampleEffort, wake);
     registerPolling("work on all cores", {.rounds = 15, .repetitions = 1}, workOnAllCores);
+}
+
+// Pads whose workers wait cost nobody anything.
+void registerWaitingWorkers()
+{
+    for (const char* const model : {"K210", "K421B"})
+        compare(std::string("work on all cores beside a waiting ") + model, {.ratio = 1.02},
+                {.rounds = 15, .repetitions = 1}, [=] {
+                    return Sides{besideIdlePad(model, workOnAllCores, SCRX_WORKERS_WAIT), workOnAllCores};
+                });
+}
+
+// What the process takes of its processors in a second in which it does nothing.
+void restForASecond(std::vector<double>& times)
+{
+    const double start = processTime();
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    times.push_back(processTime() - start);
+}
+
+// Here waiting stands beside polling.
+void registerRest()
+{
+    for (const char* const model : {"K210", "K421B"})
+        compare(std::string("second of rest, waiting and polling ") + model, {.most = 1e-3},
+                {.rounds = 5, .repetitions = 1}, [=] {
+                    return Sides{besideIdlePad(model, restForASecond, SCRX_WORKERS_WAIT),
+                                 besideIdlePad(model, restForASecond)};
+                });
+}
+
+std::atomic<double> keyActed{0};
+
+// From the release of a key to the host's callback, at the rate of samples.
+Side keysOf(int workers)
+{
+    return [=](std::vector<double>& times) {
+        Library::shipped().setWorkers(workers);
+        const Pad pad(Library::shipped(), modelNamed("K210"), QSize(400, 200));
+        Library::shipped().setWorkers(SCRX_WORKERS_POLL); // for the benchmarks that come after
+        pad.function<int(int, void (*)(int))>("SignatureStatusCallback")(
+            pad.deviceType(), [](int) { keyActed.store(wallTime()); });
+        atSampleRate([&](Clock::time_point) {
+            keyActed = 0;
+            pad.sample({0, 0, 0, PENSTATUS_CONFIRMKEY_DOWN});
+            const double start = wallTime();
+            pad.sample({0, 0, 0, PENSTATUS_UP});
+            while (keyActed.load() == 0)
+                std::this_thread::sleep_for(std::chrono::microseconds(500));
+            times.push_back(keyActed - start);
+        });
+    };
+}
+
+// Here, too, waiting stands beside polling.
+void registerKeys()
+{
+    const auto sides = [] { return Sides{keysOf(SCRX_WORKERS_WAIT), keysOf(SCRX_WORKERS_POLL)}; };
+    compare("key, median, waiting and polling", {.most = 1e-3}, {.rounds = 5, .repetitions = 1}, sides);
+    compare("key, 99th percentile, waiting and polling", {.most = 1e-3}, SampleEffort, sides);
 }
 
 std::atomic<double> firstDrawn{0};
@@ -201,6 +264,9 @@ void registerWaiting()
     registerLock();
     registerStart();
     registerPolling();
+    registerWaitingWorkers();
+    registerRest();
+    registerKeys();
 }
 
 } // namespace bench
