@@ -1,14 +1,12 @@
 #include "inkfile.h"
 
 #include "failures.h"
-#include "files.h"
 #include "ink/inkstream.h"
 #include "simulator/recording.h"
 
 #include <QFile>
 
 #include <cstdio>
-#include <string>
 
 namespace {
 
@@ -49,11 +47,4 @@ CInkSnapshot readInk(const QString& path)
     if (const std::optional<CInkStreamFault> fault = ReadInkStreamText(readWhole(file, name), points))
         throw Failure{QStringLiteral("%1:%2: ").arg(name).arg(fault->m_nOffset) + fault->m_strReason};
     return points.Snapshot();
-}
-
-void writeOutput(const QByteArray& text, const QString& path)
-{
-    std::string error;
-    if (!simulator::writeFile(text.toStdString(), QFile::encodeName(path).toStdString(), error))
-        throw Failure{QFile::decodeName(error.c_str())};
 }

@@ -1,0 +1,44 @@
+#include "program.h"
+
+#include "output.h"
+
+#include <new>
+
+void print(std::FILE* file, const QString& text)
+{
+    const QByteArray bytes = text.toLocal8Bit();
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), file);
+}
+
+int printHelp(const QString& text)
+{
+    writeOutput(text.toLocal8Bit(), QStringLiteral("-"));
+    return Done;
+}
+
+int exitCodeOf(const char* program, int (*run)(const QStringList& arguments), const QStringList& arguments)
+{
+    const auto refuse = [program](const QString& reason, ExitCode code) {
+        print(stderr, QStringLiteral("%1: %2\n").arg(QLatin1String(program), reason));
+        return code;
+    };
+    try {
+        return run(arguments);
+    } catch (const UsageError& error) {
+        return refuse(error.reason + QStringLiteral("\nTry '%1 --help'.").arg(QLatin1String(program)),
+                      WrongUsage);
+    } catch (const Failure& failure) {
+        return refuse(failure.reason, Failed);
+    } catch (const std::bad_alloc&) {
+        return refuse(QStringLiteral("not enough memory"), Failed);
+    }
+}
+
+QString commandName(const QStringList& arguments)
+{
+    const QString first = arguments.value(1);
+    if (first.isEmpty() || first.startsWith(QLatin1Char('-')))
+        throw UsageError{first.isEmpty() ? QStringLiteral("no command named")
+                                         : QStringLiteral("a command comes first, not '%1'").arg(first)};
+    return first;
+}
