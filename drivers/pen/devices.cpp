@@ -190,6 +190,7 @@ Judgement judge(const InputDevice& device, bool udevSaysTouchScreen)
     surface.y = axisOf(device, usesContacts ? ABS_MT_POSITION_Y : ABS_Y);
     surface.pressure = pressureOf(device, usesContacts ? ABS_MT_PRESSURE : ABS_PRESSURE);
     surface.slots = usesContacts ? slots : 0;
+    surface.fingersWrite = !isPen;
     if (usesContacts)
         surface.touch = Touch::Contacts;
     else if (device.has(EV_KEY, BTN_TOUCH))

@@ -14,10 +14,10 @@ unsigned toolBit(unsigned code)
     return code >= BTN_TOOL_PEN && code <= BTN_TOOL_LENS ? 1u << (code - BTN_TOOL_PEN) : 0;
 }
 
-bool writes(unsigned tool)
+bool writes(unsigned tool, const Surface& surface)
 {
     return tool == BTN_TOOL_PEN || tool == BTN_TOOL_BRUSH || tool == BTN_TOOL_PENCIL ||
-           tool == BTN_TOOL_AIRBRUSH;
+           tool == BTN_TOOL_AIRBRUSH || (tool == BTN_TOOL_FINGER && surface.fingersWrite);
 }
 
 } // namespace
@@ -57,7 +57,7 @@ void Reports::takeKey(unsigned code, int value)
     if (code == BTN_TOUCH)
         m_touchButton = down;
     if (const unsigned bit = toolBit(code)) {
-        unsigned& tools = writes(code) ? m_penTools : m_otherTools;
+        unsigned& tools = writes(code, m_surface) ? m_penTools : m_otherTools;
         tools = down ? tools | bit : tools & ~bit;
         m_hasPenTool |= m_penTools != 0;
     }

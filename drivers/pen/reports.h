@@ -43,7 +43,8 @@ struct Surface
     Axis x{};
     Axis y{};
     std::optional<Axis> pressure;
-    int slots = 0; // of a multitouch surface
+    int slots = 0;             // of a multitouch surface
+    bool fingersWrite = false; // there is no pen that a finger would be beside
 };
 
 // A device's events, report by report:

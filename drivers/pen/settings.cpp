@@ -116,8 +116,8 @@ Settings readSettings()
     settings.fit = readFit();
     settings.area = readArea();
     settings.rotation = readRotation();
-    settings.confirm = readButton("SCRIBERA_PEN_CONFIRM", BTN_STYLUS);
-    settings.cancel = readButton("SCRIBERA_PEN_CANCEL", BTN_STYLUS2);
+    settings.confirm = readButton("SCRIBERA_PEN_CONFIRM", BTN_STYLUS2);
+    settings.cancel = readButton("SCRIBERA_PEN_CANCEL", BTN_STYLUS);
     settings.grab = readSwitch("SCRIBERA_PEN_GRAB", true);
     return settings;
 }
