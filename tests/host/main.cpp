@@ -39,7 +39,8 @@ void cleanEnvironment()
 {
     std::vector<std::string> settings;
     for (char** variable = environ; *variable; ++variable) {
-        if (std::strncmp(*variable, "SCRIBERA_SIM_", 13) == 0)
+        if (std::strncmp(*variable, "SCRIBERA_SIM_", 13) == 0 ||
+            std::strncmp(*variable, "SCRIBERA_PEN_", 13) == 0)
             settings.emplace_back(*variable, std::strcspn(*variable, "="));
     }
     for (const std::string& name : settings)
