@@ -39,6 +39,12 @@ if(NOT SCRIBERA_BUILD_TOOLS)
     return()
 endif()
 
+if(SCRIBERA_BUILD_PEN_DRIVER)
+    install(TARGETS scribera_pen_driver LIBRARY DESTINATION ${SCRIBERA_DRIVER_DIR}/pen COMPONENT pen)
+    # Where udev looks, for an installation into /usr; others copy it to /etc/udev/rules.d.
+    install(FILES drivers/pen/70-scribera-pen.rules DESTINATION lib/udev/rules.d COMPONENT pen)
+endif()
+
 install(TARGETS scribera-ink scribera-virtual-pad scribera-demo-host
     scribera-sim-generate scribera-sim-fingerprint scribera-sim-import
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)

@@ -13,6 +13,9 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 # Installed by component, so that CMake's list of installed files is not the one that an installation by root has
 # left in the build tree.
 set(CPACK_COMPONENTS_ALL runtime development tools documents)
+if(SCRIBERA_BUILD_PEN_DRIVER)
+    list(APPEND CPACK_COMPONENTS_ALL pen)
+endif()
 set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING ALL_COMPONENTS_IN_ONE)
 set(CPACK_COMPONENT_INCLUDE_TOPLEVEL_DIRECTORY ON)

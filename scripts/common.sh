@@ -49,8 +49,8 @@ install_packages() {
         >/dev/null || fail "apt-get could not install: ${missing[*]}"
 }
 
-build_packages=(g++ gcc libc6-dev cmake ninja-build qtbase5-dev libqt5svg5-dev)
-test_packages=(libgtest-dev libgmock-dev binutils clang-format pkg-config
+build_packages=(g++ gcc libc6-dev cmake ninja-build pkg-config qtbase5-dev libqt5svg5-dev libevdev-dev libudev-dev)
+test_packages=(libgtest-dev libgmock-dev binutils clang-format
     locales python3 python3-venv python3-setuptools python3-wheel python3-pytest mypy
     xvfb xauth fonts-dejavu-core imagemagick)
 
