@@ -45,11 +45,11 @@ if(SCRIBERA_BUILD_PEN_DRIVER)
     install(FILES drivers/pen/70-scribera-pen.rules DESTINATION lib/udev/rules.d COMPONENT pen)
 endif()
 
-install(TARGETS scribera-ink scribera-virtual-pad scribera-demo-host
+install(TARGETS scribera-ink scribera-pad scribera-virtual-pad scribera-demo-host
     scribera-sim-generate scribera-sim-fingerprint scribera-sim-import
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 file(RELATIVE_PATH SCRIBERA_LIBRARY_OF_PROGRAMS /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-set_target_properties(scribera-demo-host PROPERTIES INSTALL_RPATH "\$ORIGIN/${SCRIBERA_LIBRARY_OF_PROGRAMS}")
+set_target_properties(scribera-demo-host scribera-pad PROPERTIES INSTALL_RPATH "\$ORIGIN/${SCRIBERA_LIBRARY_OF_PROGRAMS}")
 install(TARGETS scriberadrv LIBRARY DESTINATION ${SCRIBERA_DRIVER_DIR} COMPONENT tools)
 install(FILES drivers/simulator/scriberasim.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT tools)
 install(DIRECTORY drivers/simulator/recordings DESTINATION ${SCRIBERA_DATA_DIR} COMPONENT tools
@@ -64,5 +64,5 @@ install(TARGETS sign_on_every_pad carry_away place_fingerprints
 install(PROGRAMS scripts/run-demo scripts/run-window-demo DESTINATION ${SCRIBERA_DATA_DIR} COMPONENT tools)
 configure_file(packaging/scribera-demo.in ${PROJECT_BINARY_DIR}/packaging/scribera-demo @ONLY)
 install(PROGRAMS ${PROJECT_BINARY_DIR}/packaging/scribera-demo DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-# Manual pages.
+# Manual pages, and completion of command lines.
 install(DIRECTORY packaging/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} COMPONENT tools)

@@ -4,7 +4,7 @@
 #include "inkpad.h"
 #include "inktables.h"
 #include "inkto.h"
-#include "options.h"
+#include "optionvalues.h"
 #include "output.h"
 #include "program.h"
 

@@ -1,4 +1,4 @@
-#include "options.h"
+#include "optionvalues.h"
 
 #include "failures.h"
 #include "inkpad.h"
