@@ -90,9 +90,11 @@ Found look(const std::string& node, bool saysTouchScreen)
     return found;
 }
 
-// Where a path leads through links; the path itself when it leads nowhere.
+// Where a path leads through links; the path itself when it leads nowhere, or is a node's own.
 std::string targetOf(const std::string& path)
 {
+    if (path.starts_with("/dev/input/event"))
+        return path;
     std::error_code error;
     const std::filesystem::path target = std::filesystem::canonical(path, error);
     return error ? path : target.string();
