@@ -1,5 +1,6 @@
 // What a device tells, as strokes and keys, step by step.
 #include "reports.h"
+#include "wholestrokes.h"
 
 #include <gtest/gtest.h>
 
@@ -363,27 +364,12 @@ TEST(PenDriverReportsOf, AnythingAreWholeStrokes)
                                   BTN_TOOL_PEN, BTN_TOOL_RUBBER, BTN_TOOL_MOUSE, 0};
     constexpr unsigned kAxes[] = {
         ABS_X, ABS_Y, ABS_PRESSURE, ABS_MT_SLOT, ABS_MT_TRACKING_ID, ABS_MT_POSITION_X, ABS_MT_TOOL_TYPE};
-    std::size_t seen = 0;
+    int seen = 0;
     for (int history = 0; history < 600; ++history) {
         const Touch touch = static_cast<Touch>(history % 3);
-        enum
-        {
-            Off,
-            On,
-            Key
-        } state = Off;
-        bool isWhole = true;
-        Reports reports(
-            surfaceOf(touch), Mapping(kAxis, kAxis, kArea, {}), kLimit, [&](const Sample& sample) {
-                ++seen;
-                const bool writes = sample.status == PenDown || sample.status == PenMove;
-                isWhole &= sample.x >= 0 && sample.x < 1000 && sample.y >= 0 && sample.y < 1000;
-                isWhole &= writes ? sample.pressure >= 1 && sample.pressure <= kLimit : sample.pressure == 0;
-                isWhole &= sample.status == PenUp     ? state != Off
-                           : sample.status == PenMove ? state == On
-                                                      : state == Off;
-                state = sample.status == PenUp ? Off : writes ? On : Key;
-            });
+        scribera::test::WholeStrokes strokes(kArea, kLimit);
+        Reports reports(surfaceOf(touch), Mapping(kAxis, kAxis, kArea, {}), kLimit,
+                        [&](const Sample& sample) { strokes.take(sample); });
         reports.setKeyCodes(BTN_STYLUS2, BTN_STYLUS);
         for (int step = 0; step < 200; ++step) {
             switch (among(0, 40)) {
@@ -407,12 +393,12 @@ TEST(PenDriverReportsOf, AnythingAreWholeStrokes)
                                  among(0, 9) ? among(-1, 4) : among(-0x7fffffff, 0x7fffffff));
             }
         }
-        const bool wasKey = state == Key;
         reports.end();
-        EXPECT_TRUE(isWhole) << history;
-        EXPECT_EQ(state, wasKey ? Key : Off) << history;
+        EXPECT_TRUE(strokes.isRight()) << history;
+        EXPECT_FALSE(strokes.hasOpenStroke()) << history;
+        seen += strokes.count();
     }
-    EXPECT_GT(seen, 1000u);
+    EXPECT_GT(seen, 1000);
 }
 
 } // namespace
