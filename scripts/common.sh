@@ -52,7 +52,7 @@ install_packages() {
 build_packages=(g++ gcc libc6-dev cmake ninja-build pkg-config qtbase5-dev libqt5svg5-dev libevdev-dev libudev-dev)
 test_packages=(libgtest-dev libgmock-dev binutils clang-format
     locales python3 python3-venv python3-setuptools python3-wheel python3-pytest mypy
-    xvfb xauth fonts-dejavu-core imagemagick)
+    xvfb xauth fonts-dejavu-core imagemagick umockdev libumockdev-dev)
 
 # configure_and_build PRESET [cmake option]...
 configure_and_build() {
