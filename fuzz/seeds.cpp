@@ -495,6 +495,58 @@ Seeds calls()
     return seeds;
 }
 
+// A device, its mounting, and a signature on it.
+Seeds penEvents()
+{
+    const auto raw = [](int value) {
+        return QByteArray(reinterpret_cast<const char*>(&value), static_cast<int>(sizeof value));
+    };
+    const auto axis = [&](int first, int last, int resolution) {
+        return raw(first) + raw(last) + raw(resolution);
+    };
+    const auto device = [](int model, int touch, const QByteArray& x, const QByteArray& y,
+                           const QByteArray& rest) { return byte(model) + byte(touch) + x + y + rest; };
+    const auto button = [](int index, int value) { return byte(1) + byte(index) + byte(value); };
+    const auto value = [&](int index, int at) { return byte(3) + byte(index) + raw(at); };
+    const QByteArray report = byte(6);
+    const QByteArray lost = byte(0);
+    const QByteArray plain = byte(0) + byte(0) + byte(0); // kept proportions, not turned, all of the surface
+    const QByteArray stroke = button(3, 1) + value(0, 100) + value(1, 100) + report + button(0, 1) + report +
+                              value(0, 200) + value(2, 900) + report + button(0, 0) + report + button(3, 0) +
+                              report;
+    const QByteArray keys = button(1, 1) + report + button(1, 0) + report + button(2, 1) + report +
+                            button(0, 1) + report + button(2, 0) + report;
+    const auto finger = [&](int slot, int id) {
+        return value(3, slot) + value(6, id) + value(4, 300) + value(5, 300) + report;
+    };
+    const QByteArray fingers = finger(0, 1) + finger(1, 2) + value(3, 0) + value(4, 400) + report + lost +
+                               report + value(7, 2) + report + value(6, -1) + report + finger(0, 3);
+    const QByteArray tablet = axis(0, 21600, 100);
+    const QByteArray force = byte(1) + axis(0, 8191, 0);
+    constexpr int kLeast = std::numeric_limits<int>::min();
+    constexpr int kMost = std::numeric_limits<int>::max();
+    Seeds seeds;
+    for (int model = 0; model < 5; ++model)
+        seeds.push_back({"pen-" + QByteArray::number(model),
+                         device(model, 1, tablet, axis(13500, 0, 90), force) + byte(0) + plain + stroke +
+                             lost + report + keys + stroke});
+    for (int turns = 0; turns < 4; ++turns)
+        seeds.push_back({"turned-" + QByteArray::number(turns),
+                         device(2, 1, tablet, tablet, force) + byte(0) + byte(turns % 2) + byte(turns) +
+                             byte(1) + raw(1000) + raw(2500) + raw(50000) + raw(60001) + stroke});
+    seeds.push_back({"by-pressure", device(0, 2, tablet, tablet, axis(0, 255, 0)) + byte(0) + plain +
+                                        value(2, 5) + report + value(2, 0) + report});
+    seeds.push_back({"no-pressure", device(3, 1, tablet, tablet, byte(0)) + byte(1) + plain + stroke});
+    seeds.push_back({"absurd", device(4, 1, axis(kLeast, kMost, kMost), axis(kMost, kLeast, 1), force) +
+                                   byte(0) + plain + value(0, kMost) + value(1, kLeast) + button(0, 1) +
+                                   report});
+    seeds.push_back({"fingers", device(2, 0, tablet, tablet, byte(0)) + byte(9) + byte(1) + plain + fingers});
+    seeds.push_back({"garbage", device(2, 1, tablet, tablet, force) + byte(0) + plain + byte(4) +
+                                    QByteArray::fromHex("0300ffff00000080") + stroke + byte(5) + byte(1) +
+                                    byte(1)});
+    return seeds;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -514,5 +566,6 @@ int main(int argc, char** argv)
     write(corpora, "driver_link", padsOfDrivers());
     write(corpora, "recording", recordings());
     write(corpora, "api", calls());
+    write(corpora, "pen_events", penEvents());
     return 0;
 }
