@@ -116,9 +116,10 @@ Finding windows()
 // The last link: opens the pad and closes it, where a crash does no harm.
 Finding pad(const Driver& driver, const CPadModel& model)
 {
+    const DriverFolder folder(driver); // here, so that it goes when the driver crashes
     const Apart opened = workApart([&]() -> QByteArray {
         try {
-            const Session session(model, driver, nullptr, QSize(1, 1));
+            const Session session(model, driverHere(), nullptr, QSize(1, 1));
             return "+" + session.version().toUtf8() + ", " + session.padId().toUtf8();
         } catch (const Failure& failure) {
             return failure.reason.toUtf8();

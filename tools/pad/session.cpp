@@ -312,6 +312,6 @@ QString whyNotOpened(const Driver& driver, const CPadModel& model)
              sentence[0])
         reason = QString::fromLocal8Bit(sentence.data());
     else
-        reason = QStringLiteral("%1 does not start, or is the driver of another model").arg(driver.path);
+        reason = QStringLiteral("the driver does not start, or the pad is another model");
     return QStringLiteral("no pad %1: ").arg(QLatin1String(model.m_pszName)) + reason;
 }

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <string_view>
 
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -59,6 +60,18 @@ void handle(int signal, void (*handler)(int))
     sigaction(signal, &action, nullptr);
 }
 
+constexpr char escape = '\033';
+
+// Where a key ends whose bytes come behind an escape: a letter behind a bracket, or what is pressed with Alt.
+std::size_t lastOfKey(std::string_view bytes, std::size_t at)
+{
+    if (bytes[at] != '[' && bytes[at] != 'O')
+        return at;
+    for (++at; at < bytes.size() && (bytes[at] < '@' || bytes[at] > '~');)
+        ++at;
+    return at;
+}
+
 // More bytes right behind an escape make it a part of another key's.
 bool moreFollows()
 {
@@ -97,17 +110,23 @@ int Keyboard::descriptor() const
 
 Keyboard::Key Keyboard::read()
 {
-    constexpr char escape = '\033';
     std::array<char, 64> bytes;
     Key key = Key::None;
     ssize_t count;
     if (descriptor() < 0)
         return key;
     while ((count = ::read(STDIN_FILENO, bytes.data(), bytes.size())) > 0) {
-        if (bytes[0] == escape) // the bytes of other keys come together
-            key = count > 1 || moreFollows() ? key : Key::Escape;
-        else if (bytes[0] == '\n' || bytes[0] == '\r')
-            key = Key::Enter;
+        const std::string_view pressed(bytes.data(), static_cast<std::size_t>(count));
+        for (std::size_t at = 0; at < pressed.size(); ++at) {
+            if (pressed[at] == '\n' || pressed[at] == '\r')
+                key = Key::Enter;
+            else if (pressed[at] != escape)
+                continue;
+            else if (at + 1 < pressed.size())
+                at = lastOfKey(pressed, at + 1);
+            else if (!moreFollows())
+                key = Key::Escape;
+        }
     }
     // A terminal that is gone stays readable.
     if (count == 0 || errno != EAGAIN) {
