@@ -10,6 +10,7 @@
 #include <mutex>
 #include <string>
 
+#include <dlfcn.h>
 #include <unistd.h>
 
 #define SCRIBERA_PEN_EXPORT extern "C" __attribute__((visibility("default")))
@@ -28,11 +29,28 @@ enum Result : int
     Invalid = -2,
 };
 
+struct CloseLibrary
+{
+    void operator()(void* library) const { dlclose(library); }
+};
+using LibraryHandle = std::unique_ptr<void, CloseLibrary>;
+
+// A handle on this very library: a host that unloads it with an open pad does not pull the code away under
+// the pad's thread.
+LibraryHandle openOwnLibrary()
+{
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<const void*>(&openOwnLibrary), &info) == 0 || !info.dli_fname)
+        return nullptr;
+    return LibraryHandle(dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD));
+}
+
 // The pad between start and stop. The lock is held for a look at it, never while the host is called or the
 // pad's thread is waited for.
 struct Started
 {
     std::mutex lock;
+    LibraryHandle ownLibrary;         // lock; while there is a pad
     std::unique_ptr<PenPad> pad;      // lock
     const CPadModel* model = nullptr; // lock; what the host takes the pad for
     pid_t process = 0;                // lock; that started it
@@ -113,7 +131,9 @@ int initial(const CPadModel& model, PenCallback callback)
     auto pad = std::make_unique<PenPad>(pen::readSettings(), model, [callback](const pen::Sample& sample) {
         callback(sample.x, sample.y, sample.pressure, sample.status);
     });
+    LibraryHandle ownLibrary = openOwnLibrary();
     pad->start();
+    g_started->ownLibrary = std::move(ownLibrary);
     g_started->pad = std::move(pad);
     g_started->model = &model;
     g_started->process = getpid();
@@ -137,6 +157,7 @@ SCRIBERA_PEN_EXPORT int SCRDAPI_Initial(int nDeviceType, PenCallback penCallback
 
 SCRIBERA_PEN_EXPORT int SCRDAPI_UnInitial()
 {
+    LibraryHandle ownLibrary; // closed after the pad
     std::unique_ptr<PenPad> pad;
     {
         const std::lock_guard guard(g_started->lock);
@@ -145,6 +166,7 @@ SCRIBERA_PEN_EXPORT int SCRDAPI_UnInitial()
         if (g_started->process != getpid())
             g_started->pad->abandon();
         pad = std::move(g_started->pad);
+        ownLibrary = std::move(g_started->ownLibrary);
     }
     return Ok;
 }
