@@ -1,6 +1,7 @@
 // What the library may rely on at every entry point of the driver.
 
 #include <atomic>
+#include <cstdlib>
 #include <cstring>
 
 #include <sys/wait.h>
@@ -166,6 +167,36 @@ TEST_F(PenDriverContract, UnloadsWithoutAStart)
 {
     PenDriver driver;
     EXPECT_TRUE(driver.unload());
+}
+
+int leaveOpen(const std::vector<std::string>& arguments)
+{
+    auto* const devices = new MockDevices; // which are there to the end
+    MockKernel& device = devices->plug(recordingNamed("tall"));
+    auto* const driver = new PenDriver;
+    if (driver->start(padModel("K421B").deviceType) != kOk)
+        return 1;
+    device.send({{EV_KEY, BTN_TOOL_PEN, 1}, {EV_KEY, BTN_TOUCH, 1}, {EV_SYN, SYN_REPORT, 0}});
+    if (!device.waitUntilTaken())
+        return 2;
+    if (arguments[0] == "unload") {
+        driver->unload();
+        device.send({{EV_KEY, BTN_TOUCH, 0}, {EV_SYN, SYN_REPORT, 0}});
+        if (!device.waitUntilTaken())
+            return 3;
+    }
+    std::exit(0);
+}
+const ChildProgram leavingOpen("pen-driver-left-open", leaveOpen);
+
+TEST_F(PenDriverContract, ProcessMayEndWithAnOpenPad)
+{
+    EXPECT_TRUE(endedWell(runChild("pen-driver-left-open", {"exit"})));
+}
+
+TEST_F(PenDriverContract, OpenPadStaysLoaded)
+{
+    EXPECT_TRUE(endedWell(runChild("pen-driver-left-open", {"unload"})));
 }
 
 TEST_F(PenDriverContract, ForkedChildEndsWhatItDoesNotHaveAndStartsAnew)

@@ -135,7 +135,10 @@ MockKernel& MockDevices::plug(const std::string& recording, int number)
     require(umockdev_testbed_load_ioctl(m_testbed.get(), nullptr, "device.ioctl", &error), error);
     auto device = std::make_unique<MockKernel>(fs::read_symlink(root() + node),
                                                umockdev_testbed_get_dev_fd(m_testbed.get(), node.c_str()));
-    return *(m_devices[number] = std::move(device));
+    m_devices[number] = std::move(device);
+    // Once more, since the first news of it came before it could be opened.
+    umockdev_testbed_uevent(m_testbed.get(), pathOf(number).c_str(), "add");
+    return *m_devices[number];
 }
 
 void MockDevices::unplug(int number, Unplugging how)

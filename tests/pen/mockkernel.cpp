@@ -226,7 +226,10 @@ void MockKernel::correct(unsigned long request, void* argument)
     if (number < first || number >= first + ABS_CNT)
         return;
     const std::lock_guard guard(m_lock);
-    static_cast<input_absinfo*>(argument)->value = m_axes[number - first];
+    auto* const info = static_cast<input_absinfo*>(argument);
+    info->value = m_axes[number - first];
+    if (number - first == ABS_MT_SLOT) // which a kernel does not let out of its range
+        info->value = std::clamp(info->value, 0, info->maximum);
 }
 
 void MockKernel::beginWait()
