@@ -81,7 +81,7 @@ const std::vector<Row>& table()
           "drivers/simulator/virtualpad"}},
         {"tests",
          {"include", "src/model", "drivers/pen", "drivers/simulator", "drivers/simulator/virtualpad",
-          "examples", "tests/host"},
+          "examples", "tools/pad", "tests/host"},
          true},
         {"tests/host", {"include", "src/model", "drivers/simulator"}, true},
         {"tests/unit",
@@ -166,7 +166,8 @@ std::string targetOf(const std::string& from, const std::string& name)
                                                 "tests/host",
                                                 "tests",
                                                 "fuzz",
-                                                "examples/qt-host"};
+                                                "examples/qt-host",
+                                                "tools/pad"};
     const auto existing = [&](const fs::path& folder) -> std::string {
         const fs::path path = (folder / name).lexically_normal();
         return fs::is_regular_file(tree() / path) ? path.string() : std::string();
