@@ -8,6 +8,7 @@ Prints x, y, pressure and status of each.
 import sys
 from collections.abc import Iterator
 from pathlib import Path
+from typing import Optional
 
 import recording as r
 from formula import Axis, Formula, Mounting, Pad
@@ -41,7 +42,7 @@ class Player:
         self.formula = formula
         self.samples: list[tuple[int, int, int, int]] = []
         self.on = False
-        self.key = None
+        self.key: Optional[int] = None
 
     def touch(self, x: int, y: int, pressure: int) -> None:
         if self.key is not None:
