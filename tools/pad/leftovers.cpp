@@ -79,7 +79,7 @@ PrivateFolder::PrivateFolder() : m_path(madeFolder()), m_folder(m_path) {}
 
 std::string PrivateFolder::file(const std::string& name)
 {
-    const std::string path = m_path + "/" + name;
+    std::string path = m_path + "/" + name;
     m_files.push_back(std::make_unique<Leftover>(path));
     return path;
 }
