@@ -32,7 +32,7 @@ Finding library()
 {
     const QString version = libraryVersion();
     const QString text = libraryFile() + QStringLiteral(", version ") + version;
-    if (version != QLatin1String(SCRIBERA_VERSION ".0"))
+    if (version != QLatin1String(SCRIBERA_VERSION))
         return {"library", false,
                 text + QStringLiteral(
                            "; this program is of version " SCRIBERA_VERSION

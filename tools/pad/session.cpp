@@ -3,7 +3,7 @@
 #include "failures.h"
 #include "interrupts.h"
 
-#include <scriberasdk.h>
+#include <scriberasdk_ext.h>
 
 #include <QFile>
 
@@ -281,14 +281,8 @@ QByteArray Session::ink() const
 
 QString libraryVersion()
 {
-    std::array<char, 128> about{};
-    SCK210_GetAboutInfo(SCK210_DEVICE, about.data());
-    const QString text = QString::fromLatin1(about.data());
-    const QString before = QStringLiteral("Version : ");
-    for (const QString& line : text.split(QLatin1Char('\n')))
-        if (line.startsWith(before))
-            return line.mid(before.size());
-    return {};
+    const int version = SCRX_Version();
+    return QStringLiteral("%1.%2.%3").arg(version / 10000).arg(version / 100 % 100).arg(version % 100);
 }
 
 QString libraryFile()
@@ -301,17 +295,13 @@ QString libraryFile()
 
 QString whyNotOpened(const Driver& driver, const CPadModel& model)
 {
-    using LastStartFailure = int (*)(char* text, int size);
-    const auto lastStartFailure =
-        reinterpret_cast<LastStartFailure>(dlsym(RTLD_DEFAULT, "SCRX_LastStartFailure"));
-    std::array<char, 1024> sentence{};
     QString reason;
-    if (const QString fault = faultOf(driver, &model); !fault.isEmpty())
+    if (const QString fault = faultOf(driver, &model); !fault.isEmpty()) {
         reason = driver.path + QLatin1Char(' ') + fault;
-    else if (lastStartFailure && lastStartFailure(sentence.data(), static_cast<int>(sentence.size())) != 0 &&
-             sentence[0])
+    } else {
+        std::array<char, 1024> sentence{};
+        SCRX_LastStartFailure(sentence.data(), static_cast<int>(sentence.size()));
         reason = QString::fromLocal8Bit(sentence.data());
-    else
-        reason = QStringLiteral("the driver does not start, or the pad is another model");
+    }
     return QStringLiteral("no pad %1: ").arg(QLatin1String(model.m_pszName)) + reason;
 }
