@@ -7,6 +7,8 @@
 
 #include <utility>
 
+#include <pthread.h>
+
 namespace {
 
 // Whether events may be posted. An application that is being destroyed takes its event dispatcher with it,
@@ -23,6 +25,11 @@ public:
             return;
         qAddPostRoutine(Close); // called at the beginning of the application's end
         s_bOpen = true;
+        // Nobody posts while the process forks, so that the child finds no lock taken when a widget goes
+        // there.
+        [[maybe_unused]] static const int s_nResult =
+            pthread_atfork([] { s_Mutex.m_Mutex.lock(); }, [] { s_Mutex.m_Mutex.unlock(); },
+                           [] { s_Mutex.m_Mutex.unlock(); });
     }
 
     template <typename TPost>
@@ -117,18 +124,14 @@ void CRepaintPoster::Repaint(const QRect& rcChanged)
             RepaintLater(rcChanged);
         return;
     }
-    const unsigned nEvent = m_pDebt->Add(rcChanged);
-    if (nEvent == 0)
-        return;
-    bool bPosted = false;
-    const auto Post = [&] {
-        CPostingGate::PassThrough([&] {
+    CPostingGate::PassThrough([&] {
+        const unsigned nEvent = m_pDebt->Add(rcChanged);
+        const auto Post = [&] {
             QCoreApplication::postEvent(&m_Widget, new CRepaintEvent(EventType(), m_pDebt, nEvent));
-            bPosted = true;
-        });
-    };
-    if (!Attempt(Post) || !bPosted)
-        m_pDebt->NoteEventGone(nEvent);
+        };
+        if (nEvent != 0 && !Attempt(Post))
+            m_pDebt->NoteEventGone(nEvent);
+    });
 }
 
 void CRepaintPoster::RepaintLater(const QRect& rcPart)
