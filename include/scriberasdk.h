@@ -1159,10 +1159,11 @@ SCRIBERA_API void SCK421B_GetAboutInfo(int nDeviceType, char* pBuffer);
  *  - the sign widget's own parent: the fingerprint is merged into the canvas at the rectangle, which has to
  *    lie within the canvas;
  *  - any other widget: the fingerprint appears in a new widget that is laid over all of that parent, its
- *    other children included. The picture in it always has the 100 by 30 pixels that Qt gives to a new child
- *    widget, whatever the size of the parent: the rectangle is checked against them, and GetFPImageBase64Data
- *    gives just them. The canvas holds no fingerprint then, and SVG shows none. A widget of an earlier placement
- *    stays where it is, with its fingerprint until the next Clear, and is freed by UnInitialDevice.
+ *    other children included. The picture in it always has the 100 by 30 pixels that Qt gives to a new
+ *    child widget, whatever the size of the parent: the rectangle is checked against them, and
+ *    GetFPImageBase64Data gives just them. The canvas holds no fingerprint then, and SVG shows none. A
+ *    widget of an earlier placement stays where it is, with its fingerprint until the next Clear, and is
+ *    freed by UnInitialDevice.
  *
  * For a windowless object, the fingerprint is drawn onto an image of its own of nCanvasWidth by nCanvasHeight
  * pixels, within which the rectangle has to lie; the canvas holds no fingerprint. The image is read with
