@@ -181,7 +181,7 @@ TEST_P(Lifecycle, NullGivenToAFreeFunctionIsNotDeleted)
     for (const auto& [name, function] : functions) {
         if (!function)
             continue;
-        logged([&] { function(type(), nullptr); });
+        logged([&, release = function] { release(type(), nullptr); });
         const Texts lines = textsOf(mainLog(), method(name));
         ASSERT_EQ(lines.size(), 2u) << testing::PrintToString(lines);
         EXPECT_TRUE(lines[0].starts_with("enter, p") && lines[0].ends_with("=0")) << lines[0];

@@ -95,10 +95,10 @@ TEST_P(Save, PdfNeedsNoSuffix)
 
 TEST_P(Save, FullDiskIsAFailureForRasters)
 {
-    for (const auto& [imageType, path] :
+    for (const auto& full :
          {std::pair(ImageBmp, "full.bmp"), {ImageJpeg, "full.jpg"}, {ImagePng, "full.png"}}) {
-        fs::create_symlink("/dev/full", path);
-        logged([&] { EXPECT_EQ(pad().save(imageType, path), -8) << path; });
+        fs::create_symlink("/dev/full", full.second);
+        logged([&] { EXPECT_EQ(pad().save(full.first, full.second), -8) << full.second; });
         EXPECT_EQ(textsOf(mainLog(), method("SaveDrawingImage")).back(), "leave with nResult=-8");
         EXPECT_EQ(textsOf(mainLog(), exported("SaveDrawingImage")).back(), "leave with nResult=-8 !");
     }
