@@ -95,9 +95,9 @@ protected:
     {
         const std::vector<SvgPicture> pictures = picturesIn(content);
         ASSERT_EQ(pictures.size(), 1u) << what;
-        EXPECT_EQ(pictures[0].place, QRectF((canvas.width() - printWidth) / 2,
-                                            (canvas.height() - printHeight) / 2, printWidth, printHeight))
-            << what;
+        const QRect middle((canvas.width() - printWidth) / 2, (canvas.height() - printHeight) / 2, printWidth,
+                           printHeight);
+        EXPECT_EQ(pictures[0].place, QRectF(middle)) << what;
         EXPECT_TRUE(same(pictures[0].image, m_copy->print())) << what;
     }
 };

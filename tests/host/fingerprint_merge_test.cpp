@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <ctime>
 #include <functional>
 #include <map>
 #include <random>
-
-#include <time.h>
 
 #include "fingerprint_reference.h"
 

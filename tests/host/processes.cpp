@@ -1,6 +1,7 @@
 #include "processes.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +14,6 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/statfs.h>
 #include <sys/wait.h>
@@ -23,8 +23,6 @@
 #include <QEvent>
 
 #include "surroundings.h"
-
-extern char** environ;
 
 namespace scribera::test {
 
