@@ -26,7 +26,7 @@ struct Pen
 
 QColor inkOption(const QCommandLineParser& parser)
 {
-    const QColor color = colorOption(parser, "colour");
+    QColor color = colorOption(parser, "colour");
     if (color == QColor(Qt::white))
         throw UsageError{QStringLiteral("--colour cannot be white: ink of that colour is taken for paper")};
     return color;
