@@ -35,19 +35,22 @@ bool isInForeground()
     return tcgetpgrp(STDIN_FILENO) == getpgrp();
 }
 
-void onStop(int)
-{
-    const int error = errno;
-    restoreTerminal();
-    kill(getpid(), SIGSTOP);
-    errno = error;
-}
-
 void onContinue(int)
 {
     const int error = errno;
     if (isTaken && isInForeground())
         takeTerminal();
+    errno = error;
+}
+
+void onStop(int signal)
+{
+    const int error = errno;
+    restoreTerminal();
+    kill(getpid(), SIGSTOP);
+    // The signal to continue may come to another thread, and a read before that one has run would wait for a
+    // whole line.
+    onContinue(signal);
     errno = error;
 }
 
@@ -112,10 +115,14 @@ Keyboard::Key Keyboard::read()
 {
     std::array<char, 64> bytes;
     Key key = Key::None;
-    ssize_t count;
-    if (descriptor() < 0)
-        return key;
-    while ((count = ::read(STDIN_FILENO, bytes.data(), bytes.size())) > 0) {
+    pollfd input = {STDIN_FILENO, POLLIN, 0};
+    // A terminal that another program has put back to whole lines is not readable before one is there.
+    while (descriptor() >= 0 && poll(&input, 1, 0) > 0) {
+        const ssize_t count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
+        if (count <= 0) {
+            m_isGone = (input.revents & (POLLHUP | POLLERR)) != 0; // stays readable
+            break;
+        }
         const std::string_view pressed(bytes.data(), static_cast<std::size_t>(count));
         for (std::size_t at = 0; at < pressed.size(); ++at) {
             if (pressed[at] == '\n' || pressed[at] == '\r')
@@ -127,11 +134,6 @@ Keyboard::Key Keyboard::read()
             else if (!moreFollows())
                 key = Key::Escape;
         }
-    }
-    // A terminal that is gone stays readable.
-    if (count == 0 || errno != EAGAIN) {
-        pollfd input = {STDIN_FILENO, POLLIN, 0};
-        m_isGone = poll(&input, 1, 0) > 0 && (input.revents & (POLLHUP | POLLERR)) != 0;
     }
     return key;
 }
