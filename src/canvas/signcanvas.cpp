@@ -10,10 +10,10 @@
 namespace {
 
 // All pixels that a segment can touch: half its width around it, and what antialiasing adds. A width below
-// one pixel still draws one.
+// one pixel still draws one; round caps are curves that stand out by less than a thousandth.
 QRect TouchedBy(const QLineF& Segment, double dblWidth, const QRect& rcCanvas)
 {
-    const double dblReach = std::max(std::abs(dblWidth), 1.0) / 2 + 2;
+    const double dblReach = std::max(std::abs(dblWidth), 1.0) * 0.5005 + 1;
     const auto Edge = [](double dblValue, int nMin, int nMax) {
         return static_cast<int>(std::clamp(dblValue, static_cast<double>(nMin), static_cast<double>(nMax)));
     };
