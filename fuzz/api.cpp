@@ -4,6 +4,7 @@
 
 #include "fuzzer.h"
 #include "scriberasdk.h"
+#include "scriberasdk_ext.h"
 #include "simclient.h"
 
 #include <algorithm>
@@ -352,6 +353,7 @@ private:
     void texts();
     void fingerprint();
     void about();
+    void additions();
 
     const Family& family() const { return families[m_family]; }
     bool isLive() const { return m_live == &family(); }
@@ -712,7 +714,10 @@ void Host::fingerprint()
 
 void Host::about()
 {
-    enableLog(m_bytes.flag());
+    const std::uint8_t what = m_bytes.byte();
+    enableLog((what & 1) != 0);
+    if ((what & 2) != 0)
+        additions();
     family().AboutBox(nullptr); // no application: nothing is shown
     family().AboutBoxByWId(m_bytes.byte());
     std::array<char, 128> buffer{};
@@ -721,6 +726,25 @@ void Host::about()
     require(buffer[0] == '\0' ||
                 (deviceType == family().type && std::strncmp(buffer.data(), "About\n", 6) == 0),
             "the text is that of the box");
+}
+
+void Host::additions()
+{
+    require(SCRX_Version() == SCRX_VERSION, "the library is that of the header");
+    const int mode = m_bytes.number();
+    const bool known = mode == SCRX_WORKERS_POLL || mode == SCRX_WORKERS_WAIT;
+    require(SCRX_SetWorkers(mode) == (known ? ARI_SUCCESS : ARI_INVALID_PARAMETERS),
+            "a mode is taken or refused");
+    std::array<char, 64> buffer;
+    buffer.fill('x');
+    const int size = std::min(m_bytes.number(), static_cast<int>(buffer.size()));
+    char* const target = m_bytes.flag() ? nullptr : buffer.data();
+    const int code = SCRX_LastStartFailure(target, size);
+    require(code >= SCRX_START_OK && code <= SCRX_START_WRONG_DEVICE_TYPE, "the code is documented");
+    if (target && size > 0)
+        require(std::memchr(target, '\0', static_cast<std::size_t>(size)) != nullptr, "the sentence ends");
+    else
+        require(buffer.front() == 'x', "nothing is written");
 }
 
 void Host::run()
@@ -766,6 +790,7 @@ void Host::run()
     for (const Family& each : families)
         require(each.UnInitialDevice(each.type) == 0, "closing succeeds");
     require(g_pSignWidget == nullptr && g_bUseSignObj == 0, "nothing is left open");
+    SCRX_SetWorkers(SCRX_WORKERS_POLL);
     enableLog(false);
     g_callbackDoes = 0;
     g_tellsKeys = false;
