@@ -68,6 +68,7 @@ public:
     void send(const std::vector<Event>& events) const
     {
         std::vector<input_event> raw;
+        raw.reserve(events.size() + 1);
         for (const Event& event : events)
             raw.push_back({{}, event.type, event.code, event.value});
         raw.push_back({{}, EV_SYN, SYN_REPORT, 0});

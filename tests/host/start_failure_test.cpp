@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -35,7 +36,8 @@ std::string sentence()
 {
     std::string text(1024, '#');
     lastFailure(text.data(), static_cast<int>(text.size()));
-    return text.c_str();
+    text.resize(std::strlen(text.data()));
+    return text;
 }
 
 bool says(const std::string& part)

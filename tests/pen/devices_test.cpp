@@ -19,7 +19,7 @@ struct Judged
 {
     std::string name;
     pen::Kind kind;
-    std::string reason = "";
+    std::string reason{};
 };
 
 void PrintTo(const Judged& judged, std::ostream* out)

@@ -20,7 +20,7 @@ struct Play
     std::string model = "K421B";
     std::string fit = "keep";
     std::string rotation = "0";
-    std::string area = "";
+    std::string area{};
 };
 
 void PrintTo(const Play& play, std::ostream* out)
