@@ -35,6 +35,7 @@ export class PadEvent extends Event {
   }
 }
 
+const closed = () => new PadError("closed", "the pad is closed");
 const invalid = (message) => new PadError("invalid-argument", message);
 
 function abortable(promise, signal) {
@@ -396,6 +397,7 @@ class ServicePad extends Pad {
   #nextId = 0;
   #clears = 0;
   #isAskingForKeys = false;
+  #isClosing = false;
   #held; // notifications that wait until there is somebody to hear them
   #error; // why the pad is closed
   token;
@@ -535,10 +537,9 @@ class ServicePad extends Pad {
   }
 
   async close() {
-    if (this.state === "closed") return;
-    const isThere = this.#connection;
-    if (isThere) await this.#ask("close").catch(() => {});
-    this.#end(new PadError("closed", "the pad is closed"), false);
+    this.#isClosing = true;
+    if (this.#connection) await this.#ask("close").catch(() => {});
+    this.#end(closed(), false);
   }
 
   // For pages that are loaded again in the middle of a signature.
@@ -577,6 +578,7 @@ class ServicePad extends Pad {
     this.#connection = undefined;
     if (code === 1003 || code === 1008 || code === 1009)
       this.#end(new PadError("protocol-error", `the service ended the connection with code ${code}`));
+    else if (this.#isClosing) this.#end(closed(), false);
     else if (!this.token)
       this.#end(new PadError("no-service", "the service ended the connection before the pad was open"), false);
     else this.#reconnect();
@@ -720,7 +722,7 @@ class PagePad extends Pad {
   }
 
   #check() {
-    if (this.#isClosed) throw new PadError("closed", "the pad is closed");
+    if (this.#isClosed) throw closed();
   }
 
   #checkInk() {
@@ -808,7 +810,7 @@ class PagePad extends Pad {
     if (this.#isClosed) return;
     this.#isClosed = true;
     this.#listening.abort();
-    this._failWaiting(new PadError("closed", "the pad is closed"));
+    this._failWaiting(closed());
     this._setState("closed");
   }
 
