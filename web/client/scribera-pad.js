@@ -351,7 +351,8 @@ export class Pad extends EventTarget {
         yield [
           ...onCanvas(last),
           ...onCanvas(point),
-          pressure ? point.pressure * pressureScale(this.model, wide, this.pressureLevels) : wide,
+          // the library's pens without a width draw one pixel
+          pressure ? point.pressure * pressureScale(this.model, wide, this.pressureLevels) || 1 : wide,
           color,
         ];
       }
@@ -363,16 +364,15 @@ export class Pad extends EventTarget {
   draw(context, from = 0) {
     context.lineCap = "round";
     for (const [x1, y1, x2, y2, width, color] of this._lines(from)) {
-      const wide = Math.max(width, 1);
       context.beginPath();
       if (x1 === x2 && y1 === y2) {
         // browsers do not agree on caps of a line without length
         context.fillStyle = color;
-        context.arc(x1, y1, wide / 2, 0, 2 * Math.PI);
+        context.arc(x1, y1, width / 2, 0, 2 * Math.PI);
         context.fill();
       } else {
         context.strokeStyle = color;
-        context.lineWidth = wide;
+        context.lineWidth = width;
         context.moveTo(x1, y1);
         context.lineTo(x2, y2);
         context.stroke();
@@ -770,7 +770,7 @@ class PagePad extends Pad {
       this._lines(),
       ([x1, y1, x2, y2, wide, color]) =>
         `<line x1="${x1 - left}" y1="${y1 - top}" x2="${x2 - left}" y2="${y2 - top}" stroke="${color}" ` +
-        `stroke-width="${Math.max(wide, 1)}"/>`,
+        `stroke-width="${wide}"/>`,
     );
     return (
       `<svg xmlns="http://www.w3.org/2000/svg" width="${width}" height="${height}" ` +
