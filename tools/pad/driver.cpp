@@ -131,12 +131,17 @@ Driver driverOption(const QCommandLineParser& parser)
     const QString name = parser.value(QStringLiteral("driver"));
     if (!parser.isSet(QStringLiteral("driver")))
         return driverHere();
+    if (name.isEmpty())
+        throw UsageError{QStringLiteral("--driver is empty")};
+    return driverNamed(name);
+}
+
+Driver driverNamed(const QString& name)
+{
     if (name == QLatin1String("pen"))
         return penDriver();
     if (name == QLatin1String("simulated"))
         return simulatedDriver();
-    if (name.isEmpty())
-        throw UsageError{QStringLiteral("--driver is empty")};
     return driverAt(name);
 }
 

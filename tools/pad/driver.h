@@ -27,6 +27,9 @@ void addDriverOption(QCommandLineParser& parser);
 // What --driver names; without it, the file in the current folder that the library takes.
 Driver driverOption(const QCommandLineParser& parser);
 
+// "pen", "simulated" or a file.
+Driver driverNamed(const QString& name);
+
 // The file that the library takes in the current folder.
 Driver driverHere();
 

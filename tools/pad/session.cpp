@@ -30,6 +30,7 @@ struct PadFamily
     decltype(&SCK210_GetHWVersionID) getVersion;
     decltype(&SCK210_SetPenWidth) setPenWidth;
     decltype(&SCK210_SetPenColor) setPenColor;
+    decltype(&SCK210_SetPenStyle) setPenStyle;
     decltype(&SCK210_SignatureStatusCallback) setStatusCallback;
     decltype(&SCK210_RealTimeSignatureDataCallback) setRealTimeCallback;
     decltype(&SCK210_GetDeviceConfirmOrCancelKeyStatus) takeTouchedKey;
@@ -51,6 +52,7 @@ struct PadFamily
      SC##model##_GetHWVersionID,                                                                             \
      SC##model##_SetPenWidth,                                                                                \
      SC##model##_SetPenColor,                                                                                \
+     SC##model##_SetPenStyle,                                                                                \
      SC##model##_SignatureStatusCallback,                                                                    \
      SC##model##_RealTimeSignatureDataCallback,                                                              \
      SC##model##_GetDeviceConfirmOrCancelKeyStatus,                                                          \
@@ -81,10 +83,29 @@ struct PenIdOf
 #define PEN_ID(model) {SC##model##_DEVICE, SC##model##_GetHWPenID},
 const PenIdOf penIds[] = {SCRIBERA_FAMILIES_WITH_SCREEN(PEN_ID)};
 
+// The pads that have a fingerprint reader.
+struct ReaderOf
+{
+    int deviceType;
+    decltype(&SCK421B_SetDisplayedFPImageAt) place;
+    decltype(&SCK421B_GetFPImageBase64Data) encode;
+    decltype(&SCK421B_FreeFPImageBase64Data) freeEncoded;
+};
+#define READER(model)                                                                                        \
+    {SC##model##_DEVICE, SC##model##_SetDisplayedFPImageAt, SC##model##_GetFPImageBase64Data,                \
+     SC##model##_FreeFPImageBase64Data},
+const ReaderOf readers[] = {SCRIBERA_FAMILIES_WITH_FINGERPRINT(READER)};
+
+const ReaderOf* readerOf(int deviceType)
+{
+    const auto* const reader = std::find_if(std::begin(readers), std::end(readers), [&](const ReaderOf& row) {
+        return row.deviceType == deviceType;
+    });
+    return reader == std::end(readers) ? nullptr : reader;
+}
+
 // The callbacks bring no argument of the host's. Changes only while no callback can come.
 Session* openSession = nullptr;
-
-constexpr int clipMargin = 10; // pixels around the ink
 
 QString textFrom(int (*get)(int, char*, int), int deviceType)
 {
@@ -149,6 +170,8 @@ void Session::onPoint(unsigned long, long) noexcept
 // are new are read.
 void Session::putPoints()
 {
+    if (m_isClearing)
+        return; // clear() looks for those that came behind it
     const int count = m_family.countPoints(m_family.deviceType);
     if (count <= m_pointsTaken)
         m_pointsTaken = 0; // cleared meanwhile
@@ -190,6 +213,7 @@ void Session::put(const PadEvent& event)
 {
     m_events.push_back(event);
     m_events.back().nanoseconds = now();
+    m_events.back().clears = m_clears;
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = write(m_wakeUp, &one, sizeof one);
 }
@@ -253,20 +277,45 @@ int Session::points() const
 
 bool Session::setPen(int width, const QColor& color) const
 {
-    const int type = m_family.deviceType;
-    return m_family.setPenWidth(type, width) == ARI_SUCCESS &&
-           m_family.setPenColor(type, color.red(), color.green(), color.blue()) == ARI_SUCCESS;
+    return setPenWidth(width) && setPenColor(color);
 }
 
-bool Session::clear() const
+bool Session::setPenWidth(int width) const
 {
-    return m_family.clear(m_family.deviceType) == ARI_SUCCESS;
+    return m_family.setPenWidth(m_family.deviceType, width) == ARI_SUCCESS;
 }
 
-bool Session::save(int type, const std::string& path, int dotsPerInch, bool clip) const
+bool Session::setPenColor(const QColor& color) const
+{
+    return m_family.setPenColor(m_family.deviceType, color.red(), color.green(), color.blue()) == ARI_SUCCESS;
+}
+
+bool Session::setPenStyle(bool byPressure) const
+{
+    return m_family.setPenStyle(m_family.deviceType, byPressure) == ARI_SUCCESS;
+}
+
+// Not under the lock: the driver may wait for a callback.
+bool Session::clear()
+{
+    {
+        const std::lock_guard guard(m_lock);
+        m_isClearing = true;
+    }
+    const bool isDone = m_family.clear(m_family.deviceType) == ARI_SUCCESS;
+    const std::lock_guard guard(m_lock);
+    m_isClearing = false;
+    m_pointsTaken = 0;
+    ++m_clears;
+    putPoints();
+    return isDone;
+}
+
+bool Session::save(int type, const std::string& path, int dotsPerInch, const QSize& clipMargins) const
 {
     std::wstring widePath = QFile::decodeName(path.c_str()).toStdWString();
-    return m_family.setClip(m_family.deviceType, clip, clipMargin, clipMargin) == ARI_SUCCESS &&
+    return m_family.setClip(m_family.deviceType, !clipMargins.isNull(), clipMargins.width(),
+                            clipMargins.height()) == ARI_SUCCESS &&
            m_family.save(m_family.deviceType, type, widePath.data(), dotsPerInch == 150 ? 0 : 1) ==
                ARI_SUCCESS;
 }
@@ -276,6 +325,24 @@ QByteArray Session::ink() const
     char* const text = m_family.encode(m_family.deviceType, EBITI_INK);
     const QByteArray copy(text);
     m_family.freeEncoded(m_family.deviceType, text);
+    return copy;
+}
+
+bool Session::placeFingerprint(const QSize& size) const
+{
+    const ReaderOf* const reader = readerOf(m_family.deviceType);
+    return reader && reader->place(reader->deviceType, nullptr, size.width(), size.height(), 0, 0,
+                                   size.width(), size.height()) == ARI_SUCCESS;
+}
+
+QByteArray Session::fingerprint(int type) const
+{
+    const ReaderOf* const reader = readerOf(m_family.deviceType);
+    if (!reader || m_family.setClip(m_family.deviceType, false, 0, 0) != ARI_SUCCESS)
+        return {};
+    char* const text = reader->encode(reader->deviceType, type, true);
+    const QByteArray copy(text);
+    reader->freeEncoded(reader->deviceType, text);
     return copy;
 }
 

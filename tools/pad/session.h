@@ -35,6 +35,7 @@ struct PadEvent
     int y = 0;
     int pressure = 0;
     bool isConfirm = false; // of keys alone
+    int clears = 0;         // how often the pad was cleared before that
 };
 
 // An open pad. Made and ended on one thread, which asks; events come from the library's threads.
@@ -69,9 +70,17 @@ public:
 
     int points() const;
     bool setPen(int width, const QColor& color) const;
-    bool clear() const;
-    bool save(int type, const std::string& path, int dotsPerInch, bool clip) const;
+    bool setPenWidth(int width) const;
+    bool setPenColor(const QColor& color) const;
+    bool setPenStyle(bool byPressure) const;
+    // Points are counted from 0 again.
+    bool clear();
+    // The part around the ink with these margins in pixels; all without any.
+    bool save(int type, const std::string& path, int dotsPerInch, const QSize& clipMargins) const;
     QByteArray ink() const; // empty without points
+    // Lets the pad's reader, where it has one, fill a picture of its own of this size. White until then.
+    bool placeFingerprint(const QSize& size) const;
+    QByteArray fingerprint(int type) const; // in Base64; empty where there is none
 
 private:
     static void onKey(int status) noexcept;
@@ -88,7 +97,9 @@ private:
     std::mutex m_lock;              // of what follows, which the library's threads change too
     std::vector<PadEvent> m_events; // in their order
     bool m_isPenDown = false;
+    bool m_isClearing = false; // points that come now may be gone at once
     int m_pointsTaken = 0;
+    int m_clears = 0;
 };
 
 // Version of the library that is loaded, its file, and why it could not open a pad.

@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr int clipMargin = 10; // pixels around the ink
+
 struct Kind
 {
     const char* suffix;
@@ -67,8 +69,9 @@ QByteArray SignatureFiles::contentOf(const Session& session, const File& file) c
         return session.ink() + '\n';
     // The suffix decides about the format; only this type makes white transparent.
     const int type = file.type == EBITI_PNG && !m_look.transparent ? EBITI_BITMAP : file.type;
+    const QSize margins = m_look.clip ? QSize(clipMargin, clipMargin) : QSize(0, 0);
     QFile draft(QFile::decodeName(file.draft.c_str()));
-    if (!session.save(type, file.draft, m_look.dotsPerInch, m_look.clip) || !draft.open(QIODevice::ReadOnly))
+    if (!session.save(type, file.draft, m_look.dotsPerInch, margins) || !draft.open(QIODevice::ReadOnly))
         return {};
     return draft.readAll();
 }

@@ -1,0 +1,349 @@
+#include "http.h"
+
+#include "log.h"
+#include "service.h"
+#include "token.h"
+
+#include <boost/asio/ssl/stream.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+#include <boost/beast/ssl.hpp>
+#include <boost/beast/websocket.hpp>
+#include <boost/beast/websocket/ssl.hpp>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+namespace bridge {
+namespace {
+
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace http = beast::http;
+namespace websocket = beast::websocket;
+using boost::system::error_code;
+using namespace std::chrono_literals;
+
+using Plain = beast::tcp_stream;
+using Secure = beast::ssl_stream<beast::tcp_stream>;
+using HttpRequest = http::request<http::empty_body>;
+using HttpResponse = http::response<http::string_body>;
+
+constexpr char subprotocol[] = "scribera-pad.1";
+constexpr auto handshakePatience = 10s;
+constexpr std::uint32_t longestHeader = 8192;
+constexpr std::size_t longestMessage = 65536;
+
+// Counts a socket as long as it is there.
+class Counted
+{
+public:
+    explicit Counted(Service& service) : m_service(&service) { service.socketOpened(); }
+    Counted(Counted&& other) noexcept : m_service(std::exchange(other.m_service, nullptr)) {}
+    ~Counted()
+    {
+        if (m_service)
+            m_service->socketClosed();
+    }
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+    Counted& operator=(Counted&&) = delete;
+
+private:
+    Service* m_service;
+};
+
+template <typename Stream>
+class SocketConnection final : public Connection
+{
+public:
+    SocketConnection(Service& service, Counted counted, Stream stream, std::string origin)
+        : Connection(service.context(), service, std::move(origin)), m_counted(std::move(counted)),
+          m_socket(std::move(stream))
+    {
+    }
+
+    void start(const HttpRequest& request)
+    {
+        beast::get_lowest_layer(m_socket).expires_never(); // the WebSocket has timers of its own
+        websocket::stream_base::timeout timeout{};
+        timeout.handshake_timeout = handshakePatience;
+        timeout.idle_timeout = 30s; // a ping after half of it
+        timeout.keep_alive_pings = true;
+        m_socket.set_option(timeout);
+        m_socket.set_option(websocket::stream_base::decorator([](websocket::response_type& response) {
+            response.set(http::field::sec_websocket_protocol, subprotocol);
+            response.set(http::field::server, "scribera-bridge");
+        }));
+        m_socket.read_message_max(longestMessage);
+        m_socket.write_buffer_bytes(longestMessage);
+        m_socket.async_accept(request, [self = self()](const error_code& error) {
+            if (error)
+                self->lost();
+            else
+                self->read();
+        });
+    }
+
+private:
+    std::shared_ptr<SocketConnection> self()
+    {
+        return std::static_pointer_cast<SocketConnection>(this->shared_from_this());
+    }
+
+    void read()
+    {
+        m_socket.async_read(m_buffer, [self = self()](const error_code& error, std::size_t) {
+            if (error) {
+                self->lost();
+                return;
+            }
+            const asio::const_buffer data = self->m_buffer.cdata();
+            self->received({static_cast<const char*>(data.data()), data.size()}, self->m_socket.got_text());
+            self->m_buffer.consume(self->m_buffer.size());
+            self->read();
+        });
+    }
+
+    void write(const std::string& bytes, bool isText) override
+    {
+        m_socket.text(isText);
+        m_socket.async_write(asio::buffer(bytes), [self = self()](const error_code& error, std::size_t) {
+            if (error)
+                self->lost();
+            else
+                self->written();
+        });
+    }
+
+    void close(CloseCode code) override
+    {
+        m_socket.async_close(static_cast<websocket::close_code>(code),
+                             [self = self()](const error_code&) { self->lost(); });
+    }
+
+    Counted m_counted;
+    websocket::stream<Stream> m_socket;
+    beast::flat_buffer m_buffer{longestMessage + 1024};
+};
+
+template <typename Stream>
+class HttpClient : public std::enable_shared_from_this<HttpClient<Stream>>
+{
+public:
+    HttpClient(Service& service, Stream stream)
+        : m_service(service), m_counted(service), m_stream(std::move(stream)),
+          m_buffer(longestHeader + longestMessage)
+    {
+        m_parser.header_limit(longestHeader);
+        m_parser.body_limit(0);
+    }
+
+    void start()
+    {
+        beast::get_lowest_layer(m_stream).expires_after(handshakePatience); // for all of it
+        if constexpr (std::is_same_v<Stream, Secure>)
+            m_stream.async_handshake(asio::ssl::stream_base::server,
+                                     [self = this->shared_from_this()](const error_code& error) {
+                                         if (!error)
+                                             self->read();
+                                     });
+        else
+            read();
+    }
+
+private:
+    void read()
+    {
+        http::async_read(
+            m_stream, m_buffer, m_parser,
+            [self = this->shared_from_this()](const error_code& error, std::size_t) {
+                if (!error)
+                    self->handle();
+                else if (error != http::error::end_of_stream &&
+                         error.category() == http::make_error_code(http::error::end_of_stream).category())
+                    self->refuse(http::status::bad_request, "this is no request that is served here");
+            });
+    }
+
+    void handle()
+    {
+        const HttpRequest& request = m_parser.get();
+        const std::string_view target(request.target().data(), request.target().size());
+        const std::optional<std::string_view> origin = header(http::field::origin);
+        const std::optional<std::string_view> host = header(http::field::host);
+        m_isHead = request.method() == http::verb::head;
+        if (!host || !isOwnHost(*host, m_service.port(), m_service.isSecure())) {
+            log("refused: Host " + printable(host.value_or("missing")));
+            refuse(http::status::forbidden, "the service has another address");
+            return;
+        }
+        if (origin && !m_service.options().origins.isAllowed(*origin)) {
+            log("refused: origin " + printable(*origin));
+            refuse(http::status::forbidden, "pages of this origin are not allowed; see --allow-origin");
+            return;
+        }
+        if (origin)
+            m_origin = canonicalOrigin(*origin);
+        if (target == "/pad") {
+            upgrade();
+            return;
+        }
+        if (request.method() != http::verb::get && request.method() != http::verb::head) {
+            refuse(http::status::method_not_allowed, "GET and HEAD are served");
+            return;
+        }
+        if (const Page* const page = m_service.pageAt(target))
+            tell(*page);
+        else
+            refuse(http::status::not_found, "there is nothing");
+    }
+
+    // Nothing when it is missing, or there more than once: then the first one is not what others may have
+    // looked at.
+    std::optional<std::string_view> header(http::field field) const
+    {
+        const auto [first, end] = m_parser.get().equal_range(field);
+        if (first == end)
+            return std::nullopt;
+        if (std::next(first) != end)
+            return "(several)";
+        return std::string_view(first->value().data(), first->value().size());
+    }
+
+    void upgrade()
+    {
+        const HttpRequest& request = m_parser.get();
+        if (!websocket::is_upgrade(request)) {
+            refuse(http::status::upgrade_required, "a WebSocket is served here");
+            return;
+        }
+        if (m_origin.empty() && !m_service.options().allowsNoOrigin) {
+            log("refused: a WebSocket without Origin");
+            refuse(http::status::forbidden, "a WebSocket needs an Origin; see --allow-no-origin");
+            return;
+        }
+        const auto protocols = request[http::field::sec_websocket_protocol];
+        if (!http::token_list(protocols).exists(subprotocol)) {
+            refuse(http::status::bad_request, "the subprotocol that is served is scribera-pad.1");
+            return;
+        }
+        if (!m_service.hasRoom()) {
+            refuse(http::status::service_unavailable, "there are as many connections as there may be");
+            return;
+        }
+        if (m_buffer.size() > 0) {
+            refuse(http::status::bad_request, "a client waits for the answer to its upgrade");
+            return;
+        }
+        const auto connection = std::make_shared<SocketConnection<Stream>>(m_service, std::move(m_counted),
+                                                                           std::move(m_stream), m_origin);
+        m_service.add(connection);
+        connection->start(request);
+        // This object goes; the request has been read by then.
+    }
+
+    void tell(const Page& page)
+    {
+        HttpResponse response = newResponse(http::status::ok, page.type);
+        response.body() = page.content;
+        std::string policy =
+            "default-src 'none'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
+        if (page.target == "/example") {
+            // The example's own script and style are named by a number that nobody knows beforehand.
+            const std::string nonce = newToken();
+            const std::string placeholder = "@NONCE@";
+            for (std::size_t at = response.body().find(placeholder); at != std::string::npos;
+                 at = response.body().find(placeholder, at))
+                response.body().replace(at, placeholder.size(), nonce);
+            policy += "; script-src 'self' 'nonce-" + nonce + "'; style-src 'nonce-" + nonce +
+                      "'; img-src blob: data:; connect-src 'self' " + ownSockets();
+        }
+        response.set("Content-Security-Policy", policy);
+        send(std::move(response));
+    }
+
+    std::string ownSockets() const
+    {
+        const std::string scheme = m_service.isSecure() ? "wss://" : "ws://";
+        const std::string port = ':' + std::to_string(m_service.port());
+        return scheme + "127.0.0.1" + port + ' ' + scheme + "localhost" + port;
+    }
+
+    void refuse(http::status status, std::string_view reason)
+    {
+        HttpResponse response = newResponse(status, "text/plain; charset=utf-8");
+        response.set("Content-Security-Policy", "default-src 'none'; frame-ancestors 'none'");
+        if (status == http::status::method_not_allowed)
+            response.set(http::field::allow, "GET, HEAD");
+        if (status == http::status::upgrade_required)
+            response.set(http::field::upgrade, "websocket");
+        response.body() = std::string(reason) + '\n';
+        send(std::move(response));
+    }
+
+    HttpResponse newResponse(http::status status, std::string_view type) const
+    {
+        HttpResponse response(status, 11);
+        response.set(http::field::server, "scribera-bridge");
+        response.set(http::field::content_type, beast::string_view(type.data(), type.size()));
+        response.set(http::field::cache_control, "no-cache");
+        response.set("X-Content-Type-Options", "nosniff");
+        response.set("Referrer-Policy", "no-referrer");
+        response.set(http::field::vary, "Origin");
+        if (!m_origin.empty()) {
+            response.set(http::field::access_control_allow_origin, m_origin);
+            response.set("Cross-Origin-Resource-Policy", "cross-origin");
+        }
+        response.keep_alive(false);
+        return response;
+    }
+
+    void send(HttpResponse response)
+    {
+        const auto kept = std::make_shared<HttpResponse>(std::move(response));
+        kept->prepare_payload();
+        const auto done = [self = this->shared_from_this(), kept](const error_code& error, std::size_t) {
+            if (!error)
+                self->finish();
+        };
+        if (m_isHead) {
+            const auto serializer = std::make_shared<http::response_serializer<http::string_body>>(*kept);
+            http::async_write_header(
+                m_stream, *serializer,
+                [done, serializer](const error_code& error, std::size_t size) { done(error, size); });
+        } else {
+            http::async_write(m_stream, *kept, done);
+        }
+    }
+
+    void finish()
+    {
+        error_code ignored;
+        beast::get_lowest_layer(m_stream).socket().shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
+    }
+
+    Service& m_service;
+    Counted m_counted;
+    Stream m_stream;
+    beast::flat_buffer m_buffer;
+    http::request_parser<http::empty_body> m_parser;
+    std::string m_origin; // allowed; empty without one
+    bool m_isHead = false;
+};
+
+} // namespace
+
+void serveHttp(Service& service, asio::ip::tcp::socket socket)
+{
+    if (service.isSecure())
+        std::make_shared<HttpClient<Secure>>(service, Secure(std::move(socket), service.tls()))->start();
+    else
+        std::make_shared<HttpClient<Plain>>(service, Plain(std::move(socket)))->start();
+}
+
+} // namespace bridge
