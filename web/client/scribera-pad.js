@@ -1,16 +1,10 @@
-// Signatures from a Scribera pad in a web page: the class Pad and the element <scribera-pad>.
-// README.md beside this file tells how they are used, ../PROTOCOL.md what goes over the line.
+// Signatures from a Scribera pad in a web page; scribera-pad.d.ts describes what is exported.
 
 const SERVICE = "ws://127.0.0.1:17283/pad";
 const PROTOCOL = "scribera-pad.1";
 const KEPT_FOR = 30_000; // milliseconds for which the service keeps a session without a connection
 const LONGEST_WAIT = 3_600_000;
-const FORMATS = { png: "image/png", jpeg: "image/jpeg", bmp: "image/bmp", pdf: "application/pdf" };
 
-/**
- * The models: writing area in pad units, highest pressure, and whether that draws three pen widths; else a
- * pressure of 306 draws one.
- */
 export const models = {
   K210: { left: 160, top: 220, width: 2360, height: 1430, levels: 2048 },
   K420: { left: 200, top: 200, width: 2300, height: 1300, levels: 2048 },
@@ -19,7 +13,6 @@ export const models = {
   T580: { left: 550, top: 180, width: 29870, height: 20120, levels: 8192, threeAtFull: true },
 };
 
-/** Why something was not done: `type` for programs, `message` for people. */
 export class PadError extends Error {
   constructor(type, message, options) {
     super(message, options);
@@ -40,54 +33,40 @@ const invalid = (message) => new PadError("invalid-argument", message);
 
 function abortable(promise, signal) {
   if (!signal) return promise;
-  let onAbort;
-  const aborted = new Promise((_, reject) => {
-    onAbort = () => reject(signal.reason);
-    if (signal.aborted) onAbort();
-    else signal.addEventListener("abort", onAbort);
-  });
-  return Promise.race([promise, aborted]).finally(() => signal.removeEventListener("abort", onAbort));
+  const done = new AbortController();
+  return new Promise((resolve, reject) => {
+    signal.addEventListener("abort", () => reject(signal.reason), { signal: done.signal });
+    if (signal.aborted) reject(signal.reason);
+    promise.then(resolve, reject);
+  }).finally(() => done.abort());
 }
 
 const given = (values) => Object.fromEntries(Object.entries(values).filter(([, value]) => value !== undefined));
 
+const create = (name, properties) => Object.assign(document.createElement(name), properties);
+
 const sleep = (milliseconds) => new Promise((resolve) => setTimeout(resolve, milliseconds));
 
-// One WebSocket: requests and answers, and a binary frame joined to the answer before it.
+// One WebSocket: sends requests, and joins a binary frame to the answer before it.
 class Connection {
-  onNotification = () => {};
-  onEnd = () => {};
-  #socket;
   #answer; // that waits for its binary frame
-  #onAnswer;
 
-  constructor(socket, onAnswer) {
-    this.#socket = socket;
-    this.#onAnswer = onAnswer;
-    socket.addEventListener("message", ({ data }) => this.#take(data));
-    socket.addEventListener("close", (event) => this.onEnd(event));
-  }
-
-  send(id, method, params) {
-    this.#socket.send(JSON.stringify({ jsonrpc: "2.0", id, method, params }));
-  }
-
-  close() {
-    this.#socket.close();
-  }
-
-  #take(data) {
-    if (typeof data !== "string") {
-      const { id, result } = this.#answer ?? {};
-      this.#answer = undefined;
-      if (result) this.#onAnswer(id, { ...result, blob: new Blob([data], { type: result.type }) });
-      return;
-    }
-    const message = JSON.parse(data);
-    if (message.method) this.onNotification(message.method, message.params);
-    else if (message.error) this.#onAnswer(message.id, undefined, errorOf(message.error));
-    else if (message.result.type && "bytes" in message.result) this.#answer = message;
-    else this.#onAnswer(message.id, message.result);
+  constructor(socket, { onAnswer, onNotification, onEnd }) {
+    this.send = ({ id, method, params }) => socket.send(JSON.stringify({ jsonrpc: "2.0", id, method, params }));
+    this.close = () => socket.close();
+    socket.addEventListener("close", ({ code }) => onEnd(code));
+    socket.addEventListener("message", ({ data }) => {
+      if (typeof data !== "string") {
+        const { id, result } = this.#answer;
+        onAnswer(id, { ...result, blob: new Blob([data], { type: result.type }) });
+        return;
+      }
+      const message = JSON.parse(data);
+      if (message.method) onNotification(message.method, message.params);
+      else if (message.error) onAnswer(message.id, undefined, errorOf(message.error));
+      else if ("bytes" in message.result) this.#answer = message;
+      else onAnswer(message.id, message.result);
+    });
   }
 }
 
@@ -128,52 +107,37 @@ async function whyNot(url, isViolated, cause) {
   const { protocol, host, hostname } = new URL(url);
   const because = (type, message) => new PadError(type, message, { cause });
   const page = globalThis.location;
-  const health = `${protocol === "wss:" ? "https" : "http"}://${host}/health`;
-  const isThere = await fetch(health, { mode: "no-cors", cache: "no-store" }).then(
+  const isThere = await fetch(`${protocol.replace("ws", "http")}//${host}/health`, { mode: "no-cors" }).then(
     () => true,
     () => false,
   );
   if (isThere)
     return because(
       "refused",
-      `the service on ${host} refused the connection: is ${page?.origin ?? "the program's origin"} allowed ` +
-        "(scribera-bridge --allow-origin), does it speak " +
-        `${PROTOCOL}, and has it fewer than its most connections?`,
+      `the service on ${host} refused the connection: does it allow the origin (scribera-bridge ` +
+        `${page ? `--allow-origin ${page.origin}` : "--allow-no-origin"}), and speak ${PROTOCOL}?`,
     );
   if (isViolated())
     return because(
       "blocked-by-csp",
-      `the page's Content-Security-Policy forbids the connection: add ${protocol}//${host} to its connect-src`,
+      `the page's Content-Security-Policy keeps it from ${host}: add ${protocol}//${host} to its connect-src`,
     );
+  const none = `no service on ${host}: is scribera-bridge installed and running?`;
   if (page && !isLoopback(page.hostname) && isLoopback(hostname)) {
+    const missing = (message) => because("permission-missing", `the browser keeps the page from ${host}: ${message}`);
     const policy =
-      `an administrator allows ${page.origin} by policy: LoopbackNetworkAllowedForUrls (Chromium, Chrome and ` +
-      "Edge from 146), LocalNetworkAccessAllowedForUrls (before), LocalNetworkAccess with SkipDomains (Firefox)";
+      `let an administrator allow ${page.origin} by the policy LoopbackNetworkAllowedForUrls (Chromium, Chrome, ` +
+      "Edge; before 146 LocalNetworkAccessAllowedForUrls) or LocalNetworkAccess with SkipDomains (Firefox)";
     const state = await localNetworkPermission();
-    if (!globalThis.isSecureContext && (state || /Chrome\//.test(navigator.userAgent)))
-      return because(
-        "permission-missing",
-        `the browser keeps pages on plain http from ${host}: serve the page on https, or ${policy}`,
-      );
-    if (globalThis.document?.featurePolicy?.allowsFeature("local-network-access") === false)
-      return because(
-        "permission-missing",
-        'the frame may not reach local services: its <iframe> needs allow="local-network-access; loopback-network"',
-      );
-    if (state === "denied")
-      return because(
-        "permission-missing",
-        `the browser may not reach ${host} for this page: allow "local network access" in the page's settings, ` +
-          `or ${policy}`,
-      );
+    if (!isSecureContext && (state || /Chrome\//.test(navigator.userAgent)))
+      return missing(`serve it on https, or ${policy}`);
+    if (document.featurePolicy?.allowsFeature("local-network-access") === false)
+      return missing('its <iframe> needs allow="local-network-access; loopback-network"');
+    if (state === "denied") return missing(`allow local network access in the page's settings, or ${policy}`);
     if (state === "prompt")
-      return because(
-        "no-service",
-        `no service on ${host}: is scribera-bridge installed and running? If it is, the browser's question ` +
-          `about local network access was not answered: ask again, or ${policy}`,
-      );
+      return because("no-service", `${none} If so, answer the browser's question about local access, or ${policy}`);
   }
-  return because("no-service", `no service on ${host}: is scribera-bridge installed and running?`);
+  return because("no-service", none);
 }
 
 const isLoopback = (name) => /^(localhost|.*\.localhost|127(\.\d+){3}|\[::1\])$/.test(name);
@@ -188,29 +152,8 @@ async function localNetworkPermission() {
   }
 }
 
-// The points of a signature, five numbers each, so that a long one takes no more than them.
-class Points {
-  count = 0;
-  #numbers = new Float64Array(5 * 256);
-
-  add(x, y, pressure, time, end) {
-    if (5 * this.count === this.#numbers.length) {
-      const more = new Float64Array(2 * this.#numbers.length);
-      more.set(this.#numbers);
-      this.#numbers = more;
-    }
-    this.#numbers.set([x, y, pressure, time, end], 5 * this.count++);
-  }
-
-  at(index) {
-    const [x, y, pressure, time, end] = this.#numbers.subarray(5 * index, 5 * index + 5);
-    return { x, y, pressure, time, end: end === 1 };
-  }
-}
-
-/** A pad that is open; see README.md. */
 export class Pad extends EventTarget {
-  #points = new Points();
+  #numbers = []; // five for each point: an array of numbers alone takes no more memory than they
   #stroke = 0;
   #pens = [{ from: 0, width: 3, color: "#000000", pressure: true }];
   #waiting = new Set();
@@ -241,23 +184,26 @@ export class Pad extends EventTarget {
     return new PagePad(model, size, surface);
   }
 
-  /** "open", "reconnecting" or "closed". */
   get state() {
     return this.#state;
   }
 
-  /** How many points there are. */
   get count() {
-    return this.#points.count;
+    return this.#numbers.length / 5;
   }
 
   points(from = 0, count = Infinity) {
     const found = [];
-    for (let index = from; index < Math.min(from + count, this.count); ++index) found.push(this.#points.at(index));
+    for (let index = Math.max(from, 0); index < Math.min(from + count, this.count); ++index)
+      found.push(this.#at(index));
     return found;
   }
 
-  /** Until the confirm or the cancel key is used, or the time is over. */
+  #at(index) {
+    const [x, y, pressure, time, end] = this.#numbers.slice(5 * index, 5 * index + 5);
+    return { x, y, pressure, time, end: end === 1 };
+  }
+
   async wait({ timeout = LONGEST_WAIT, signal } = {}) {
     if (!(timeout >= 0)) throw invalid("timeout is in milliseconds, from 0");
     signal?.throwIfAborted();
@@ -273,7 +219,7 @@ export class Pad extends EventTarget {
       timer = setTimeout(resolve, Math.min(timeout, LONGEST_WAIT), "timeout");
     });
     try {
-      this._listenForKeys(waiter);
+      this._listenForKeys();
       return await abortable(told, signal);
     } finally {
       clearTimeout(timer);
@@ -281,16 +227,11 @@ export class Pad extends EventTarget {
     }
   }
 
-  /** Does what the pad's own key does for those who wait. */
   press(key) {
     if (key !== "confirm" && key !== "cancel") throw invalid('a key is "confirm" or "cancel"');
     this.dispatchEvent(new PadEvent(key));
     this._useKey(key);
   }
-
-  // What follows is for the classes below.
-
-  _listenForKeys() {}
 
   _useKey(key) {
     if (this.#waiting.size === 0) this.#key = key;
@@ -302,7 +243,7 @@ export class Pad extends EventTarget {
   }
 
   _addPoint(x, y, pressure, time, end) {
-    this.#points.add(x, y, pressure, time, end);
+    this.#numbers.push(x, y, pressure, time, end);
     const stroke = this.#stroke;
     this.#stroke += end;
     this.dispatchEvent(
@@ -311,7 +252,7 @@ export class Pad extends EventTarget {
   }
 
   _forgetPoints() {
-    this.#points = new Points();
+    this.#numbers = [];
     this.#stroke = 0;
     this.#key = undefined;
     this.#pens = [{ ...this.#pens.at(-1), from: 0 }];
@@ -342,10 +283,10 @@ export class Pad extends EventTarget {
       (within(y - top, height) * this.size[1]) / height,
     ];
     let pen = this.#pens.findLastIndex(({ from: first }) => first <= from);
-    let last = from > 0 ? this.#points.at(from - 1) : { end: true };
+    let last = from > 0 ? this.#at(from - 1) : { end: true };
     for (let index = from; index < this.count; ++index) {
       while (this.#pens[pen + 1]?.from <= index) ++pen;
-      const point = this.#points.at(index);
+      const point = this.#at(index);
       if (!last.end && !point.end) {
         const { width: wide, color, pressure } = this.#pens[pen];
         yield [
@@ -360,23 +301,15 @@ export class Pad extends EventTarget {
     }
   }
 
-  /** Draws what was written from a point on. */
   draw(context, from = 0) {
     context.lineCap = "round";
     for (const [x1, y1, x2, y2, width, color] of this._lines(from)) {
+      context.strokeStyle = color;
+      context.lineWidth = width;
       context.beginPath();
-      if (x1 === x2 && y1 === y2) {
-        // browsers do not agree on caps of a line without length
-        context.fillStyle = color;
-        context.arc(x1, y1, width / 2, 0, 2 * Math.PI);
-        context.fill();
-      } else {
-        context.strokeStyle = color;
-        context.lineWidth = width;
-        context.moveTo(x1, y1);
-        context.lineTo(x2, y2);
-        context.stroke();
-      }
+      context.moveTo(x1, y1);
+      context.lineTo(x2 + 0.001, y2); // one without length has no caps in some browsers
+      context.stroke();
     }
   }
 }
@@ -392,13 +325,14 @@ function pressureScale(model, penWidth, levels) {
 class ServicePad extends Pad {
   #url;
   #WebSocket;
-  #connection;
+  #connection; // with the session
+  #latest; // connection, which may have no session yet
   #asked = new Map(); // requests without an answer, by their id
   #nextId = 0;
   #clears = 0;
   #isAskingForKeys = false;
   #isClosing = false;
-  #held; // notifications that wait until there is somebody to hear them
+  #held; // notifications
   #error; // why the pad is closed
   token;
 
@@ -411,7 +345,7 @@ class ServicePad extends Pad {
       // who gives up leaves no pad open
       starting.then(
         () => pad.close(),
-        () => pad.#leave(),
+        () => pad.#latest?.close(),
       );
       throw error;
     }
@@ -426,51 +360,61 @@ class ServicePad extends Pad {
   }
 
   async #start({ model, size, token, signal }) {
-    this.#held = [];
-    await this.#connect(signal);
+    const connection = await this.#connect(signal);
     const [width, height] = size;
     const kept = token ? { token } : this.#recall(model, size);
     let session;
-    if (kept) {
-      try {
-        session = await this.#ask("resume", { token: kept.token, clears: 0, points: 0 });
+    try {
+      if (kept) {
+        session = await this.#askOn(connection, "resume", { token: kept.token, clears: 0, points: 0 });
         if (kept.pen) this._setPen(kept.pen);
-      } catch (error) {
-        if (token || error.type !== "unknown-token") throw error;
       }
+    } catch (error) {
+      if (token || error.type !== "unknown-token") throw error;
     }
-    this.#adopt(session ?? (await this.#ask("open", { model, width, height })));
+    this.#adopt(connection, session ?? (await this.#askOn(connection, "open", { model, width, height })));
     setTimeout(() => this.#release());
   }
 
   #release() {
-    const held = this.#held ?? [];
+    const held = this.#held;
     this.#held = undefined;
     for (const [method, params] of held) this.#hear(method, params);
   }
 
+  // Notifications wait until the session is known and there is somebody to hear them.
   async #connect(signal) {
     const socket = await connect(this.#url, this.#WebSocket, signal);
-    const connection = new Connection(socket, (id, result, error) => {
-      const { resolve, reject } = this.#asked.get(id) ?? {};
-      this.#asked.delete(id);
-      if (error) reject?.(error);
-      else resolve?.(result);
+    this.#held = [];
+    const connection = new Connection(socket, {
+      onAnswer: (id, result, error) => this.#settle(id, result, error),
+      onNotification: (method, params) => this.#hear(method, params),
+      onEnd: (code) => this.#lost(connection, code),
     });
-    connection.onNotification = (method, params) => this.#hear(method, params);
-    connection.onEnd = ({ code }) => this.#lost(connection, code);
-    this.#connection = connection;
+    return (this.#latest = connection);
+  }
+
+  #settle(id, result, error) {
+    const { resolve, reject } = this.#asked.get(id) ?? {};
+    this.#asked.delete(id);
+    if (error) reject?.(error);
+    else resolve?.(result);
   }
 
   #ask(method, params, signal) {
-    if (this.#error) return Promise.reject(this.#error);
-    const id = this.#nextId++;
-    const answer = new Promise((resolve, reject) => this.#asked.set(id, { method, params, resolve, reject }));
-    this.#connection?.send(id, method, params);
-    return abortable(answer, signal);
+    return abortable(this.#askOn(this.#connection, method, params), signal);
   }
 
-  #adopt({ token, model, canvas, area, pressureLevels, hasFingerprint, clears }) {
+  // Without a connection the request waits for the next one.
+  #askOn(connection, method, params) {
+    if (this.#error) return Promise.reject(this.#error);
+    const request = { id: this.#nextId++, method, params, connection };
+    connection?.send(request);
+    return new Promise((resolve, reject) => this.#asked.set(request.id, Object.assign(request, { resolve, reject })));
+  }
+
+  #adopt(connection, { token, model, canvas, area, pressureLevels, hasFingerprint, clears }) {
+    this.#connection = connection;
     this.#clears = clears;
     Object.assign(this, { token, model, area, pressureLevels, hasFingerprint });
     this.size = [canvas.width, canvas.height];
@@ -488,6 +432,7 @@ class ServicePad extends Pad {
       this.#clears = params.clears;
       this._forgetPoints();
     } else if (method === "closed" && params.reason !== "service-stops") {
+      // a service that stops may be started again
       this.#end(new PadError(params.reason, params.message));
     }
   }
@@ -555,90 +500,73 @@ class ServicePad extends Pad {
     return JSON.parse(storage()?.getItem(this.#place(model, size)) ?? "null");
   }
 
-  #leave() {
-    const connection = this.#connection;
-    this.#connection = undefined;
-    connection?.close();
-  }
-
   #end(error, isFailure = true) {
     if (this.#error) return;
     this.#error = error;
     if (this.token) storage()?.removeItem(this.#place(this.model, this.size));
-    this.#leave();
-    for (const { reject } of this.#asked.values()) reject(error);
-    this.#asked.clear();
+    this.#connection = undefined;
+    this.#latest.close();
+    for (const { id } of this.#asked.values()) this.#settle(id, undefined, error);
     this._failWaiting(error);
     if (isFailure) this.dispatchEvent(new PadEvent("error", { error }));
     this._setState("closed");
   }
 
   #lost(connection, code) {
-    if (connection !== this.#connection) return;
-    this.#connection = undefined;
-    if (code === 1003 || code === 1008 || code === 1009)
-      this.#end(new PadError("protocol-error", `the service ended the connection with code ${code}`));
-    else if (this.#isClosing) this.#end(closed(), false);
-    else if (!this.token)
-      this.#end(new PadError("no-service", "the service ended the connection before the pad was open"), false);
-    else this.#reconnect();
+    if (connection === this.#connection) {
+      this.#connection = undefined;
+      if (this.#isClosing) this.#end(closed(), false);
+      else if (code === 1003 || code === 1008 || code === 1009)
+        this.#end(new PadError("protocol-error", `the service ended the connection with code ${code}`));
+      else this.#reconnect();
+    } else {
+      const error = new PadError("no-service", "the service ended the connection before the pad was open");
+      for (const request of this.#asked.values())
+        if (request.connection === connection) this.#settle(request.id, undefined, error);
+    }
   }
 
   async #reconnect() {
     this._setState("reconnecting");
-    const waiting = [...this.#asked];
-    this.#asked.clear();
     const end = Date.now() + KEPT_FOR;
     for (let pause = 50; !this.#error; pause = Math.min(2 * pause, 1000)) {
       try {
-        await this.#connect();
-        this.#held = [];
-        await this.#resume(waiting);
-        this._setState("open");
+        await this.#resume(await this.#connect());
         return;
       } catch (error) {
-        this.#leave();
-        if (Date.now() + pause > end) {
-          for (const [id, request] of waiting) this.#asked.set(id, request);
-          this.#end(error);
-          return;
-        }
+        this.#latest.close();
+        if (Date.now() + pause > end) this.#end(error);
       }
       await sleep(pause);
     }
-    for (const [, { reject }] of waiting) reject(this.#error);
   }
 
   // Goes on with the session, or where the service has lost it with a new one: the signature is begun again.
-  async #resume(waiting) {
+  async #resume(connection) {
     let session;
     let lost;
     try {
-      session = await this.#ask("resume", { token: this.token, clears: this.#clears, points: this.count });
+      const { token, count: points } = this;
+      session = await this.#askOn(connection, "resume", { token, clears: this.#clears, points });
     } catch (error) {
       if (error.type !== "unknown-token") throw error;
       const [width, height] = this.size;
-      session = await this.#ask("open", { model: this.model, width, height });
-      await this.#ask("pen", this._pen);
-      lost = new PadError(
-        "session-lost",
-        "the service was started again and has lost the signature: it has to be written again",
-      );
+      session = await this.#askOn(connection, "open", { model: this.model, width, height });
+      await this.#askOn(connection, "pen", this._pen);
+      lost = new PadError("session-lost", "the service was started again: the signature has to be written again");
     }
-    const wasCleared = !lost && session.clears !== this.#clears;
-    this.#adopt(session);
+    const isAnew = lost || session.clears !== this.#clears;
+    this.#adopt(connection, session);
     if (lost) this.dispatchEvent(new PadEvent("error", { error: lost, points: this.points() }));
-    if (lost || wasCleared) this._forgetPoints();
-    for (const [id, request] of waiting) {
-      const { method, params, resolve, reject } = request;
-      if (method === "clear" && (lost || wasCleared)) resolve({});
-      else if (lost && method !== "wait" && method !== "pen") reject(lost);
-      else {
-        this.#asked.set(id, request);
-        this.#connection.send(id, method, params);
-      }
+    if (isAnew) this._forgetPoints();
+    for (const request of this.#asked.values()) {
+      if (request.method === "clear" && isAnew) this.#settle(request.id, {});
+      else if (lost && request.connection && !["wait", "pen"].includes(request.method))
+        this.#settle(request.id, undefined, lost);
+      else connection.send(Object.assign(request, { connection }));
     }
     this.#release();
+    this._setState("open");
   }
 }
 
@@ -656,7 +584,6 @@ class PagePad extends Pad {
   #pointer; // that writes
   #isClosed = false;
   #listening = new AbortController();
-  /** Why no pad is used, where one was asked for. */
   reason;
 
   constructor(model, size, surface, reason) {
@@ -666,39 +593,34 @@ class PagePad extends Pad {
     Object.assign(this, { model, size, reason, area: { left, top, width, height }, pressureLevels: levels });
     this.#surface = surface;
     const { signal } = this.#listening;
-    const on = (type, listener) => surface.addEventListener(type, listener, { signal });
-    on("pointerdown", (event) => this.#down(event));
-    on("pointermove", (event) => this.#move(event));
-    on("pointerup", (event) => this.#up(event));
-    on("pointercancel", (event) => this.#up(event));
-    on("touchstart", (event) => event.preventDefault());
+    for (const type of ["pointerdown", "pointermove", "pointerup", "pointercancel"])
+      surface.addEventListener(type, (event) => this.#take(type, event), { signal });
   }
 
-  #down(event) {
-    if (this.#pointer !== undefined || event.button !== 0) return;
-    event.preventDefault();
-    this.#pointer = event.pointerId;
-    this.#surface.setPointerCapture(event.pointerId);
-    this.#write(event);
+  #take(type, event) {
+    if (type === "pointerdown" && this.#pointer === undefined && event.button === 0) {
+      event.preventDefault();
+      this.#pointer = event.pointerId;
+      this.#surface.setPointerCapture(event.pointerId);
+      this.#write(event);
+    } else if (event.pointerId !== this.#pointer) {
+      return;
+    } else if (type === "pointermove") {
+      const joined = event.getCoalescedEvents?.() ?? [];
+      for (const each of joined.length ? joined : [event]) this.#write(each);
+    } else if (type !== "pointerdown") {
+      this.#pointer = undefined;
+      const { x, y, pressure, end = true } = this.#last;
+      if (!end) this._addPoint(x, y, pressure, this.#timeOf(event), 1);
+    }
   }
 
-  #move(event) {
-    if (event.pointerId !== this.#pointer) return;
-    const joined = event.getCoalescedEvents?.() ?? [];
-    for (const each of joined.length ? joined : [event]) this.#write(each);
-  }
-
-  #up(event) {
-    if (event.pointerId !== this.#pointer) return;
-    this.#pointer = undefined;
-    if (this.count === 0) return; // cleared under the pen
-    const { x, y, pressure, end } = this.points(this.count - 1)[0];
-    if (!end) this._addPoint(x, y, pressure, this.#timeOf(event), 1);
+  get #last() {
+    return this.points(this.count - 1)[0] ?? {}; // none after a clear
   }
 
   #timeOf({ timeStamp }) {
-    const last = this.count ? this.points(this.count - 1)[0].time : 0;
-    return Math.max(last, Math.floor(performance.timeOrigin + timeStamp));
+    return Math.max(this.#last.time ?? 0, Math.floor(performance.timeOrigin + timeStamp));
   }
 
   #write(event) {
@@ -717,8 +639,9 @@ class PagePad extends Pad {
 
   // Only a stylus tells how hard it is pressed; others draw as wide as the pen is set.
   #pressureOf({ pointerType, pressure }) {
-    const part = pointerType === "pen" ? pressure * this.pressureLevels : 1 / pressureScale(this.model, 1, this.pressureLevels);
-    return Math.max(1, Math.min(Math.round(part), this.pressureLevels));
+    const { pressureLevels: levels } = this;
+    const part = pointerType === "pen" ? pressure * levels : 1 / pressureScale(this.model, 1, levels);
+    return Math.max(1, Math.min(Math.round(part), levels));
   }
 
   #check() {
@@ -749,18 +672,15 @@ class PagePad extends Pad {
 
   async image(format = "png", { dpi = 300, clip, transparent = false } = {}) {
     this.#checkInk();
-    if (!Object.hasOwn(FORMATS, format)) throw invalid(`no format ${format}: it is one of ${Object.keys(FORMATS).join(", ")}`);
     if (dpi !== 150 && dpi !== 300) throw invalid("dpi is 150 or 300");
-    if (format === "pdf")
-      throw new PadError("no-format", "a signature on the page is not made into PDF: ask for png, jpeg or bmp");
     const canvas = this.#picture(clip);
-    const dotsPerMetre = Math.floor(dpi / 0.0254);
-    if (format === "bmp") return bitmap(canvas, dotsPerMetre);
     if (format === "png" && transparent) withoutWhite(canvas);
-    const blob = await new Promise((resolve) => canvas.toBlob(resolve, FORMATS[format], 0.75));
-    if (blob?.type !== FORMATS[format]) throw new PadError("no-format", `this browser does not make ${format}`);
+    const type = `image/${format}`;
+    const blob = await new Promise((resolve) => canvas.toBlob(resolve, type, 0.75));
+    // browsers make PNG of what they do not know
+    if (blob?.type !== type) throw new PadError("no-format", `the page makes no ${format}: ask for png or jpeg`);
     const bytes = new Uint8Array(await blob.arrayBuffer());
-    return new Blob(format === "png" ? pngWith(bytes, dotsPerMetre) : jpegWith(bytes, dpi), { type: blob.type });
+    return new Blob(format === "png" ? pngWith(bytes, Math.floor(dpi / 0.0254)) : jpegWith(bytes, dpi), { type });
   }
 
   async svg({ clip } = {}) {
@@ -816,21 +736,20 @@ class PagePad extends Pad {
 
   #picture(clip) {
     if (!globalThis.document) throw new PadError("no-format", "pictures need a browser");
-    const canvas = newCanvas(...this.size);
-    const context = canvas.getContext("2d", { willReadFrequently: true });
-    context.fillStyle = "#ffffff";
-    context.fillRect(0, 0, ...this.size);
-    this.draw(context);
-    if (!clip) return canvas;
-    const [left, top, width, height] = inkedPart(canvas, clip);
-    const part = newCanvas(width, height);
-    part.getContext("2d", { willReadFrequently: true }).drawImage(canvas, -left, -top);
-    return part;
+    const picture = (width, height, draw) => {
+      const canvas = create("canvas", { width, height });
+      draw(canvas.getContext("2d", { willReadFrequently: true }));
+      return canvas;
+    };
+    const whole = picture(...this.size, (context) => {
+      context.fillStyle = "#ffffff";
+      context.fillRect(0, 0, ...this.size);
+      this.draw(context);
+    });
+    if (!clip) return whole;
+    const [left, top, width, height] = inkedPart(whole, clip);
+    return picture(width, height, (context) => context.drawImage(whole, -left, -top));
   }
-}
-
-function newCanvas(width, height) {
-  return Object.assign(document.createElement("canvas"), { width, height });
 }
 
 const pixelsOf = (canvas) => canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height);
@@ -902,22 +821,6 @@ function jpegWith(bytes, dpi) {
   return [bytes];
 }
 
-// 24 bits a pixel, bottom line first, each line filled up to four bytes.
-function bitmap(canvas, dotsPerMetre) {
-  const { data, width, height } = pixelsOf(canvas);
-  const line = Math.ceil((width * 3) / 4) * 4;
-  const file = new DataView(new ArrayBuffer(54 + line * height));
-  file.setUint16(0, 0x424d); // BM
-  [file.byteLength, 0, 54, 40, width, height, 1 | (24 << 16), 0, line * height, dotsPerMetre, dotsPerMetre].forEach(
-    (value, index) => file.setUint32(2 + 4 * index, value, true),
-  );
-  for (let y = 0; y < height; ++y)
-    for (let x = 0; x < width; ++x)
-      for (let channel = 0; channel < 3; ++channel)
-        file.setUint8(54 + (height - 1 - y) * line + 3 * x + channel, data[4 * (y * width + x) + 2 - channel]);
-  return new Blob([file], { type: FORMATS.bmp });
-}
-
 const TEXTS = {
   signature: "Signature",
   connecting: "Looking for the pad.",
@@ -933,27 +836,25 @@ const TEXTS = {
 };
 
 const STYLE = `
-:host { display: inline-block; max-width: 100%; color: var(--scribera-pad-color, #1d2733); font: inherit }
+:host { display: inline-block; max-width: 100%; color: var(--scribera-pad-color, #1d2733) }
 :host([hidden]) { display: none }
-canvas { display: block; box-sizing: border-box; width: 100%; touch-action: none; user-select: none;
+:host(:disabled) { opacity: 0.5 }
+canvas { display: block; width: 100%; touch-action: none; user-select: none;
   background: var(--scribera-pad-background, #fff); outline: var(--scribera-pad-border, 1px solid #8794a3);
   border-radius: var(--scribera-pad-radius, 4px) }
-:host(:invalid) canvas { outline: var(--scribera-pad-border-invalid, var(--scribera-pad-border, 1px solid #8794a3)) }
-:host(:disabled) { opacity: 0.5 }
-[part=controls] { display: flex; flex-wrap: wrap; align-items: center; gap: 0.5em; margin-top: 0.5em }
-[part=status] { flex: 1 1 12em; margin: 0 }
+div { display: flex; flex-wrap: wrap; align-items: center; gap: 0.5em; margin-top: 0.5em }
+p { flex: 1 1 12em; margin: 0 }
 button { font: inherit }`;
 
-/** The element <scribera-pad>; see README.md. */
 export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
   static formAssociated = true;
   static observedAttributes = ["required", "pen-width", "pen-color", "width", "height"];
-  /** The words that it shows and says, for pages in other languages. */
   static texts = TEXTS;
 
   #internals = this.attachInternals();
-  #canvas = document.createElement("canvas");
-  #status = document.createElement("p");
+  #style = new CSSStyleSheet();
+  #canvas = create("canvas", { part: "surface", role: "img" });
+  #status = create("p", { part: "status", role: "status" });
   #buttons = {};
   #pad;
   #opening; // ends what open() began
@@ -965,36 +866,25 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
   constructor() {
     super();
     const root = this.attachShadow({ mode: "open", delegatesFocus: true });
-    const style = new CSSStyleSheet();
-    style.replaceSync(STYLE);
-    root.adoptedStyleSheets = [style];
-    const controls = document.createElement("div");
-    this.#canvas.part = "surface";
-    this.#canvas.setAttribute("role", "img");
-    this.#status.part = "status";
-    this.#status.setAttribute("role", "status");
-    controls.part = "controls";
+    root.adoptedStyleSheets = [this.#style];
+    const controls = create("div", { part: "controls" });
     controls.append(this.#status);
     for (const name of ["confirm", "clear", "cancel"]) {
-      const button = document.createElement("button");
-      Object.assign(button, { type: "button", part: `button ${name}`, textContent: this.#text(name) });
+      const button = create("button", { type: "button", part: `button ${name}`, textContent: this.#text(name) });
       button.addEventListener("click", () => this[name]());
-      this.#buttons[name] = button;
-      controls.append(button);
+      controls.append((this.#buttons[name] = button));
     }
     root.append(this.#canvas, controls);
     this.#internals.role = "group";
     new ResizeObserver(() => this.#redraw()).observe(this.#canvas);
+    this.#fit();
     this.#show("connecting");
   }
 
   connectedCallback() {
-    for (const name of ["pad", "value"])
-      if (Object.hasOwn(this, name)) delete this[name]; // set before the element was defined
     this.#internals.ariaLabel = this.getAttribute("aria-label") ?? this.#text("signature");
-    this.#fit();
     this.#judge();
-    if (!this.hasAttribute("manual")) this.open().catch(() => {}); // the event has told
+    this.#openByItself();
   }
 
   disconnectedCallback() {
@@ -1004,32 +894,28 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
 
   attributeChangedCallback(name) {
     if (name === "required") this.#judge();
-    else if (name.startsWith("pen-")) this.#setPen()?.catch((error) => this.#fail(error));
+    else if (name.startsWith("pen-")) this.#setPen().catch((error) => this.#fail(error));
     else this.#fit();
   }
 
   formDisabledCallback(isDisabled) {
     this.#isDisabled = isDisabled;
-    this.#judge();
+    this.#show();
     if (isDisabled) this.close();
-    else if (this.isConnected && !this.hasAttribute("manual")) this.open().catch(() => {});
+    else this.#openByItself();
   }
 
   formResetCallback() {
-    this.clear();
+    this.#wipe();
   }
 
-  get form() {
-    return this.#internals.form;
-  }
-  get validity() {
-    return this.#internals.validity;
-  }
-  get validationMessage() {
-    return this.#internals.validationMessage;
-  }
-  get willValidate() {
-    return this.#internals.willValidate;
+  static {
+    for (const name of ["form", "validity", "validationMessage", "willValidate"])
+      Object.defineProperty(this.prototype, name, {
+        get() {
+          return this.#internals[name];
+        },
+      });
   }
   checkValidity() {
     return this.#internals.checkValidity();
@@ -1041,22 +927,22 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
     return this.getAttribute("name") ?? "";
   }
   get type() {
-    return "scribera-pad";
+    return this.localName;
   }
-
-  /** The pad, once it is open. */
   get pad() {
     return this.#pad;
   }
-
-  /** What the form sends: a File with a PNG, or with value-type="ink" the ink text; null until confirmed. */
   get value() {
     return this.#value;
   }
 
+  #openByItself() {
+    if (this.isConnected && !this.hasAttribute("manual")) this.open().catch(() => {}); // an event has told
+  }
+
   async open() {
-    if (this.#opening || this.#isDisabled) return;
-    const opening = (this.#opening = new AbortController());
+    if (this.#isDisabled || (this.#opening && this.#pad?.state !== "closed")) return;
+    const { signal } = (this.#opening = new AbortController());
     this.#show("connecting");
     try {
       const pad = await Pad.open({
@@ -1065,21 +951,20 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
         url: this.getAttribute("url") ?? undefined,
         source: this.getAttribute("source") ?? "auto",
         surface: this.#canvas,
-        signal: opening.signal,
+        signal,
       });
-      if (opening.signal.aborted) return await pad.close();
+      if (signal.aborted) return await pad.close();
       this.#pad = pad;
       pad.addEventListener("point", ({ index }) => this.#written(index));
       pad.addEventListener("clear", () => this.#forget());
       pad.addEventListener("error", ({ error }) => this.#fail(error));
-      pad.addEventListener("statechange", () =>
-        this.#show(pad.state === "open" ? this.#prompt() : pad.state === "reconnecting" ? pad.state : undefined),
-      );
+      pad.addEventListener("statechange", () => this.#show(pad.state === "open" ? this.#prompt() : pad.state));
+      this.#redraw();
       await this.#setPen();
       this.#show(this.#prompt());
       this.#obey(pad);
     } catch (error) {
-      if (opening.signal.aborted) return;
+      if (signal.aborted) return;
       this.#opening = undefined;
       this.#fail(error);
       throw error;
@@ -1095,25 +980,30 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
   }
 
   confirm() {
-    if (this.#pad?.count) this.#pad.press("confirm");
+    this.#pad?.press("confirm");
   }
 
   cancel() {
     this.#pad?.press("cancel");
   }
 
+  /** Begins again, also after a failure. */
   async clear() {
+    await this.#wipe();
+    await this.open();
+  }
+
+  async #wipe() {
     this.#forget();
     if (this.#pad?.state === "closed") await this.close();
-    if (this.#pad) await this.#pad.clear().catch((error) => this.#fail(error));
-    else if (this.isConnected) await this.open().catch(() => {});
+    await this.#pad?.clear().catch((error) => this.#fail(error));
   }
 
   async #obey(pad) {
     try {
       while (pad === this.#pad) {
         const key = await pad.wait();
-        if (key === "confirm" && pad.count) await this.#confirmed(pad);
+        if (key === "confirm") await this.#confirmed(pad);
         if (key === "cancel") {
           await pad.clear();
           this.dispatchEvent(new Event("cancel", { bubbles: true }));
@@ -1126,16 +1016,17 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
 
   async #confirmed(pad) {
     const { count } = pad;
-    const clip = this.getAttribute("clip")?.split(/[ ,]+/).map(Number);
+    if (count === 0) return this.#show("missing");
     const isInk = this.getAttribute("value-type") === "ink";
+    const [x, y = x] = this.getAttribute("clip")?.match(/\d+/g)?.map(Number) ?? [];
     const value = isInk
       ? await pad.ink()
       : await pad.image("png", {
           dpi: Number(this.getAttribute("dpi") ?? 300),
-          clip: clip?.length === 1 ? [clip[0], clip[0]] : clip,
+          clip: x || y ? [x, y] : undefined,
           transparent: this.hasAttribute("transparent"),
         });
-    if (pad.count !== count) return; // written on meanwhile: to be confirmed anew
+    if (pad.count !== count) return; // written on meanwhile: to be confirmed again
     this.#value = isInk ? value : new File([value], `${this.name || "signature"}.png`, { type: value.type });
     this.#judge();
     this.#show("confirmed");
@@ -1143,12 +1034,12 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
   }
 
   #written(index) {
-    this.#value = null;
     this.#frame ??= requestAnimationFrame(() => this.#draw());
-    if (index > 0) return;
+    if (index > 0 && this.#value === null) return;
+    this.#value = null;
     this.#judge();
     this.#show("signed");
-    this.dispatchEvent(new Event("sign", { bubbles: true }));
+    if (index === 0) this.dispatchEvent(new Event("sign", { bubbles: true }));
   }
 
   #forget() {
@@ -1163,10 +1054,10 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
     this.dispatchEvent(new PadEvent("error", { error }));
   }
 
-  #setPen() {
+  async #setPen() {
     const width = this.getAttribute("pen-width");
-    const color = this.getAttribute("pen-color") ?? undefined;
-    if (width !== null || color) return this.#pad?.pen(given({ width: width === null ? undefined : +width, color }));
+    const color = this.getAttribute("pen-color");
+    if (width || color) await this.#pad?.pen(given({ width: width ? +width : undefined, color: color ?? undefined }));
   }
 
   #size() {
@@ -1175,16 +1066,15 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
 
   #fit() {
     const [width, height] = this.#size();
-    this.style.width ||= `${width}px`;
-    this.#canvas.style.aspectRatio = `${width} / ${height}`;
+    this.#style.replaceSync(`${STYLE} :host { width: ${width}px } canvas { aspect-ratio: ${width} / ${height} }`);
   }
 
   #draw() {
     this.#frame = undefined;
-    if (!this.#pad?.size) return;
+    if (!this.#pad) return;
+    const { width, height } = this.#canvas;
     const context = this.#canvas.getContext("2d");
-    const [width, height] = this.#pad.size;
-    context.setTransform(this.#canvas.width / width, 0, 0, this.#canvas.height / height, 0, 0);
+    context.setTransform(width / this.#pad.size[0], 0, 0, height / this.#pad.size[1], 0, 0);
     this.#pad.draw(context, this.#drawn);
     this.#drawn = this.#pad.count;
   }
@@ -1200,12 +1090,8 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
 
   #judge() {
     this.#internals.setFormValue(this.#value);
-    const isMissing = this.hasAttribute("required") && this.#value === null;
-    this.#internals.setValidity(
-      { valueMissing: isMissing },
-      isMissing ? this.#text("missing") : "",
-      this.#buttons.confirm,
-    );
+    const valueMissing = this.hasAttribute("required") && this.#value === null;
+    this.#internals.setValidity({ valueMissing }, valueMissing ? this.#text("missing") : "", this.#buttons.confirm);
   }
 
   #prompt() {
@@ -1213,9 +1099,9 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
     return this.#pad.count ? "signed" : this.#pad instanceof PagePad ? "page" : "pad";
   }
 
-  #show(name, message = name && this.#text(name)) {
+  #show(name, message = this.#text(name)) {
     if (message) this.#status.textContent = message;
-    this.#canvas.setAttribute("aria-label", `${this.#text("signature")}: ${this.#status.textContent}`);
+    this.#canvas.ariaLabel = `${this.#text("signature")}: ${this.#status.textContent}`;
     this.#buttons.confirm.disabled = this.#buttons.cancel.disabled = !this.#pad?.count;
     this.#buttons.clear.disabled = this.#isDisabled;
   }
