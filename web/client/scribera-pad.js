@@ -47,33 +47,6 @@ const create = (name, properties) => Object.assign(document.createElement(name),
 
 const sleep = (milliseconds) => new Promise((resolve) => setTimeout(resolve, milliseconds));
 
-// One WebSocket: sends requests, and joins a binary frame to the answer before it.
-class Connection {
-  #answer; // that waits for its binary frame
-
-  constructor(socket, { onAnswer, onNotification, onEnd }) {
-    this.send = ({ id, method, params }) => socket.send(JSON.stringify({ jsonrpc: "2.0", id, method, params }));
-    this.close = () => socket.close();
-    socket.addEventListener("close", ({ code }) => onEnd(code));
-    socket.addEventListener("message", ({ data }) => {
-      if (typeof data !== "string") {
-        const { id, result } = this.#answer;
-        onAnswer(id, { ...result, blob: new Blob([data], { type: result.type }) });
-        return;
-      }
-      const message = JSON.parse(data);
-      if (message.method) onNotification(message.method, message.params);
-      else if (message.error) onAnswer(message.id, undefined, errorOf(message.error));
-      else if ("bytes" in message.result) this.#answer = message;
-      else onAnswer(message.id, message.result);
-    });
-  }
-}
-
-function errorOf({ code, message, data }) {
-  return new PadError(data?.type ?? (code === -32602 ? "invalid-argument" : "protocol-error"), message);
-}
-
 async function connect(url, WebSocket, signal) {
   if (!/^wss?:\/\/[^/]/.test(url)) throw invalid(`${url} is not the address of a service, such as ${SERVICE}`);
   let socket;
@@ -170,7 +143,7 @@ export class Pad extends EventTarget {
     if (!Object.hasOwn(models, model) && !(options.token && model === undefined))
       throw invalid(`no pad model ${model}: it is one of ${Object.keys(models).join(", ")}`);
     if (size.length !== 2 || !size.every((side) => Number.isInteger(side) && side >= 1 && side <= 4096))
-      throw invalid("size is [width, height] in pixels, each from 1 to 4096");
+      throw invalid("size is [width, height], each from 1 to 4096 pixels");
     signal?.throwIfAborted();
     if (source !== "page") {
       try {
@@ -325,8 +298,8 @@ function pressureScale(model, penWidth, levels) {
 class ServicePad extends Pad {
   #url;
   #WebSocket;
-  #connection; // with the session
-  #latest; // connection, which may have no session yet
+  #socket; // with the session
+  #latest; // socket, which may have no session yet
   #asked = new Map(); // requests without an answer, by their id
   #nextId = 0;
   #clears = 0;
@@ -360,19 +333,19 @@ class ServicePad extends Pad {
   }
 
   async #start({ model, size, token, signal }) {
-    const connection = await this.#connect(signal);
+    const socket = await this.#connect(signal);
     const [width, height] = size;
     const kept = token ? { token } : this.#recall(model, size);
     let session;
     try {
       if (kept) {
-        session = await this.#askOn(connection, "resume", { token: kept.token, clears: 0, points: 0 });
+        session = await this.#askOn(socket, "resume", { token: kept.token, clears: 0, points: 0 });
         if (kept.pen) this._setPen(kept.pen);
       }
     } catch (error) {
       if (token || error.type !== "unknown-token") throw error;
     }
-    this.#adopt(connection, session ?? (await this.#askOn(connection, "open", { model, width, height })));
+    this.#adopt(socket, session ?? (await this.#askOn(socket, "open", { model, width, height })));
     setTimeout(() => this.#release());
   }
 
@@ -384,14 +357,22 @@ class ServicePad extends Pad {
 
   // Notifications wait until the session is known and there is somebody to hear them.
   async #connect(signal) {
-    const socket = await connect(this.#url, this.#WebSocket, signal);
+    const socket = (this.#latest = await connect(this.#url, this.#WebSocket, signal));
+    let picture; // the answer that its bytes belong to
     this.#held = [];
-    const connection = new Connection(socket, {
-      onAnswer: (id, result, error) => this.#settle(id, result, error),
-      onNotification: (method, params) => this.#hear(method, params),
-      onEnd: (code) => this.#lost(connection, code),
+    socket.addEventListener("close", ({ code }) => this.#lost(socket, code));
+    socket.addEventListener("message", ({ data }) => {
+      if (typeof data === "string") {
+        const { id, method, params, result, error } = JSON.parse(data);
+        if (method) this.#hear(method, params);
+        else if (error) this.#settle(id, undefined, errorOf(error));
+        else if ("bytes" in result) picture = { id, type: result.type };
+        else this.#settle(id, result);
+      } else {
+        this.#settle(picture.id, { blob: new Blob([data], { type: picture.type }) });
+      }
     });
-    return (this.#latest = connection);
+    return socket;
   }
 
   #settle(id, result, error) {
@@ -402,19 +383,19 @@ class ServicePad extends Pad {
   }
 
   #ask(method, params, signal) {
-    return abortable(this.#askOn(this.#connection, method, params), signal);
+    return abortable(this.#askOn(this.#socket, method, params), signal);
   }
 
   // Without a connection the request waits for the next one.
-  #askOn(connection, method, params) {
+  #askOn(socket, method, params) {
     if (this.#error) return Promise.reject(this.#error);
-    const request = { id: this.#nextId++, method, params, connection };
-    connection?.send(request);
+    const request = { id: this.#nextId++, method, params, socket };
+    if (socket) send(socket, request);
     return new Promise((resolve, reject) => this.#asked.set(request.id, Object.assign(request, { resolve, reject })));
   }
 
-  #adopt(connection, { token, model, canvas, area, pressureLevels, hasFingerprint, clears }) {
-    this.#connection = connection;
+  #adopt(socket, { token, model, canvas, area, pressureLevels, hasFingerprint, clears }) {
+    this.#socket = socket;
     this.#clears = clears;
     Object.assign(this, { token, model, area, pressureLevels, hasFingerprint });
     this.size = [canvas.width, canvas.height];
@@ -483,7 +464,7 @@ class ServicePad extends Pad {
 
   async close() {
     this.#isClosing = true;
-    if (this.#connection) await this.#ask("close").catch(() => {});
+    if (this.#socket) await this.#ask("close").catch(() => {});
     this.#end(closed(), false);
   }
 
@@ -504,7 +485,7 @@ class ServicePad extends Pad {
     if (this.#error) return;
     this.#error = error;
     if (this.token) storage()?.removeItem(this.#place(this.model, this.size));
-    this.#connection = undefined;
+    this.#socket = undefined;
     this.#latest.close();
     for (const { id } of this.#asked.values()) this.#settle(id, undefined, error);
     this._failWaiting(error);
@@ -512,9 +493,9 @@ class ServicePad extends Pad {
     this._setState("closed");
   }
 
-  #lost(connection, code) {
-    if (connection === this.#connection) {
-      this.#connection = undefined;
+  #lost(socket, code) {
+    if (socket === this.#socket) {
+      this.#socket = undefined;
       if (this.#isClosing) this.#end(closed(), false);
       else if (code === 1003 || code === 1008 || code === 1009)
         this.#end(new PadError("protocol-error", `the service ended the connection with code ${code}`));
@@ -522,7 +503,7 @@ class ServicePad extends Pad {
     } else {
       const error = new PadError("no-service", "the service ended the connection before the pad was open");
       for (const request of this.#asked.values())
-        if (request.connection === connection) this.#settle(request.id, undefined, error);
+        if (request.socket === socket) this.#settle(request.id, undefined, error);
     }
   }
 
@@ -542,32 +523,40 @@ class ServicePad extends Pad {
   }
 
   // Goes on with the session, or where the service has lost it with a new one: the signature is begun again.
-  async #resume(connection) {
+  async #resume(socket) {
     let session;
     let lost;
     try {
       const { token, count: points } = this;
-      session = await this.#askOn(connection, "resume", { token, clears: this.#clears, points });
+      session = await this.#askOn(socket, "resume", { token, clears: this.#clears, points });
     } catch (error) {
       if (error.type !== "unknown-token") throw error;
       const [width, height] = this.size;
-      session = await this.#askOn(connection, "open", { model: this.model, width, height });
-      await this.#askOn(connection, "pen", this._pen);
+      session = await this.#askOn(socket, "open", { model: this.model, width, height });
+      await this.#askOn(socket, "pen", this._pen);
       lost = new PadError("session-lost", "the service was started again: the signature has to be written again");
     }
     const isAnew = lost || session.clears !== this.#clears;
-    this.#adopt(connection, session);
+    this.#adopt(socket, session);
     if (lost) this.dispatchEvent(new PadEvent("error", { error: lost, points: this.points() }));
     if (isAnew) this._forgetPoints();
     for (const request of this.#asked.values()) {
       if (request.method === "clear" && isAnew) this.#settle(request.id, {});
-      else if (lost && request.connection && !["wait", "pen"].includes(request.method))
+      else if (lost && request.socket && !["wait", "pen"].includes(request.method))
         this.#settle(request.id, undefined, lost);
-      else connection.send(Object.assign(request, { connection }));
+      else send(socket, Object.assign(request, { socket }));
     }
     this.#release();
     this._setState("open");
   }
+}
+
+function send(socket, { id, method, params }) {
+  socket.send(JSON.stringify({ jsonrpc: "2.0", id, method, params }));
+}
+
+function errorOf({ code, message, data }) {
+  return new PadError(data?.type ?? (code === -32602 ? "invalid-argument" : "protocol-error"), message);
 }
 
 function storage() {
@@ -759,7 +748,7 @@ function inkedPart(canvas, [marginX, marginY]) {
   const { width, height } = canvas;
   const isMargin = (margin) => Number.isInteger(margin) && margin >= 0 && margin <= 4096;
   if (!isMargin(marginX) || !isMargin(marginY) || marginX + marginY === 0)
-    throw invalid("clip is [x, y], margins in pixels from 0 to 4096, not both 0");
+    throw invalid("clip is [x, y], each from 0 to 4096 pixels, not both 0");
   const pixels = new Uint32Array(pixelsOf(canvas).data.buffer);
   let left = width;
   let top = height;
@@ -836,7 +825,7 @@ const TEXTS = {
 };
 
 const STYLE = `
-:host { display: inline-block; max-width: 100%; color: var(--scribera-pad-color, #1d2733) }
+:host { display: inline-block; max-width: 100% }
 :host([hidden]) { display: none }
 :host(:disabled) { opacity: 0.5 }
 canvas { display: block; width: 100%; touch-action: none; user-select: none;
