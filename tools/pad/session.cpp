@@ -323,7 +323,7 @@ bool Session::save(int type, const std::string& path, int dotsPerInch, const QSi
 QByteArray Session::ink() const
 {
     char* const text = m_family.encode(m_family.deviceType, EBITI_INK);
-    const QByteArray copy(text);
+    QByteArray copy(text);
     m_family.freeEncoded(m_family.deviceType, text);
     return copy;
 }
@@ -341,7 +341,7 @@ QByteArray Session::fingerprint(int type) const
     if (!reader || m_family.setClip(m_family.deviceType, false, 0, 0) != ARI_SUCCESS)
         return {};
     char* const text = reader->encode(reader->deviceType, type, true);
-    const QByteArray copy(text);
+    QByteArray copy(text);
     reader->freeEncoded(reader->deviceType, text);
     return copy;
 }

@@ -57,9 +57,9 @@ SignatureFiles::SignatureFiles(const QStringList& paths, const Look& look) : m_l
 {
     for (const QString& path : paths) {
         const int type = typeOf(path);
-        const std::string number = std::to_string(m_files.size());
-        const std::string suffix = QFileInfo(path).suffix().toLower().toStdString();
-        m_files.push_back({TargetFile(path), type, m_folder.file(number + "." + suffix), {}});
+        std::string name = std::to_string(m_files.size()) + '.';
+        name += QFileInfo(path).suffix().toLower().toStdString();
+        m_files.push_back({TargetFile(path), type, m_folder.file(name), {}});
     }
 }
 
