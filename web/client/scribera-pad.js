@@ -567,12 +567,13 @@ function storage() {
   }
 }
 
+const POINTER = ["pointerdown", "pointermove", "pointerup", "pointercancel"];
+
 // The page itself as pad: mouse, finger or stylus on an element.
 class PagePad extends Pad {
   #surface;
   #pointer; // that writes
   #isClosed = false;
-  #listening = new AbortController();
   reason;
 
   constructor(model, size, surface, reason) {
@@ -581,12 +582,11 @@ class PagePad extends Pad {
     const { left, top, width, height, levels } = models[model];
     Object.assign(this, { model, size, reason, area: { left, top, width, height }, pressureLevels: levels });
     this.#surface = surface;
-    const { signal } = this.#listening;
-    for (const type of ["pointerdown", "pointermove", "pointerup", "pointercancel"])
-      surface.addEventListener(type, (event) => this.#take(type, event), { signal });
+    for (const type of POINTER) surface.addEventListener(type, this.#take);
   }
 
-  #take(type, event) {
+  #take = (event) => {
+    const { type } = event;
     if (type === "pointerdown" && this.#pointer === undefined && event.button === 0) {
       event.preventDefault();
       this.#pointer = event.pointerId;
@@ -602,7 +602,7 @@ class PagePad extends Pad {
       const { x, y, pressure, end = true } = this.#last;
       if (!end) this._addPoint(x, y, pressure, this.#timeOf(event), 1);
     }
-  }
+  };
 
   get #last() {
     return this.points(this.count - 1)[0] ?? {}; // none after a clear
@@ -718,7 +718,7 @@ class PagePad extends Pad {
   async close() {
     if (this.#isClosed) return;
     this.#isClosed = true;
-    this.#listening.abort();
+    for (const type of POINTER) this.#surface.removeEventListener(type, this.#take);
     this._failWaiting(closed());
     this._setState("closed");
   }
