@@ -102,11 +102,10 @@ async function whyNot(url, isViolated, cause) {
       `let an administrator allow ${page.origin} by the policy LoopbackNetworkAllowedForUrls (Chromium, Chrome, ` +
       "Edge; before 146 LocalNetworkAccessAllowedForUrls) or LocalNetworkAccess with SkipDomains (Firefox)";
     const state = await localNetworkPermission();
-    if (!isSecureContext && (state || /Chrome\//.test(navigator.userAgent)))
-      return missing(`serve it on https, or ${policy}`);
     if (document.featurePolicy?.allowsFeature("local-network-access") === false)
       return missing('its <iframe> needs allow="local-network-access; loopback-network"');
-    if (state === "denied") return missing(`allow local network access in the page's settings, or ${policy}`);
+    if (state === "denied")
+      return missing(`${isSecureContext ? "allow local access in its settings" : "serve it on https"}, or ${policy}`);
     if (state === "prompt")
       return because("no-service", `${none} If so, answer the browser's question about local access, or ${policy}`);
   }
@@ -995,7 +994,7 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
         if (key === "confirm") await this.#confirmed(pad);
         if (key === "cancel") {
           await pad.clear();
-          this.dispatchEvent(new Event("cancel", { bubbles: true }));
+          this.#tell("cancel");
         }
       }
     } catch (error) {
@@ -1016,25 +1015,33 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
           transparent: this.hasAttribute("transparent"),
         });
     if (pad.count !== count) return; // written on meanwhile: to be confirmed again
-    this.#value = isInk ? value : new File([value], `${this.name || "signature"}.png`, { type: value.type });
-    this.#judge();
+    this.#take(isInk ? value : new File([value], `${this.name || "signature"}.png`, { type: value.type }));
     this.#show("confirmed");
-    this.dispatchEvent(new Event("confirm", { bubbles: true }));
+    this.#tell("confirm");
+  }
+
+  #take(value) {
+    const isOther = value !== this.#value;
+    this.#value = value;
+    this.#judge();
+    if (isOther) this.#tell("change");
+  }
+
+  #tell(type) {
+    this.dispatchEvent(new Event(type, { bubbles: true }));
   }
 
   #written(index) {
     this.#frame ??= requestAnimationFrame(() => this.#draw());
     if (index > 0 && this.#value === null) return;
-    this.#value = null;
-    this.#judge();
+    this.#take(null);
     this.#show("signed");
-    if (index === 0) this.dispatchEvent(new Event("sign", { bubbles: true }));
+    if (index === 0) this.#tell("sign");
   }
 
   #forget() {
-    this.#value = null;
+    this.#take(null);
     this.#redraw();
-    this.#judge();
     if (this.#pad) this.#show(this.#prompt());
   }
 
