@@ -177,7 +177,6 @@ export class ScriberaPadElement extends HTMLElement {
   static texts: Record<string, string>;
   readonly form: HTMLFormElement | null;
   readonly name: string;
-  readonly type: string;
   readonly validity: ValidityState;
   readonly validationMessage: string;
   readonly willValidate: boolean;

@@ -1,4 +1,4 @@
-// Signatures from a Scribera pad in a web page; scribera-pad.d.ts describes what is exported.
+// Signatures from a Scribera pad in a web page; scribera-pad.d.ts describes it.
 
 const SERVICE = "ws://127.0.0.1:17283/pad";
 const PROTOCOL = "scribera-pad.1";
@@ -58,9 +58,8 @@ async function connect(url, WebSocket, signal) {
       new Promise((resolve, reject) => {
         socket = new WebSocket(url, [PROTOCOL]);
         socket.binaryType = "arraybuffer";
-        socket.addEventListener("open", resolve);
-        socket.addEventListener("error", reject);
-        socket.addEventListener("close", reject);
+        socket.onopen = resolve;
+        socket.onerror = socket.onclose = reject;
       }),
       signal,
     );
@@ -87,20 +86,20 @@ async function whyNot(url, isViolated, cause) {
   if (isThere)
     return because(
       "refused",
-      `the service on ${host} refused the connection: does it allow the origin (scribera-bridge ` +
-        `${page ? `--allow-origin ${page.origin}` : "--allow-no-origin"}), and speak ${PROTOCOL}?`,
+      `the service on ${host} refused the connection: does it allow ` +
+        `${page ? `--allow-origin ${page.origin}` : "--allow-no-origin"}, and speak ${PROTOCOL}?`,
     );
   if (isViolated())
     return because(
       "blocked-by-csp",
-      `the page's Content-Security-Policy keeps it from ${host}: add ${protocol}//${host} to its connect-src`,
+      `the page's Content-Security-Policy forbids the connection: its connect-src lacks ${protocol}//${host}`,
     );
   const none = `no service on ${host}: is scribera-bridge installed and running?`;
   if (page && !isLoopback(page.hostname) && isLoopback(hostname)) {
     const missing = (message) => because("permission-missing", `the browser keeps the page from ${host}: ${message}`);
     const policy =
-      `let an administrator allow ${page.origin} by the policy LoopbackNetworkAllowedForUrls (Chromium, Chrome, ` +
-      "Edge; before 146 LocalNetworkAccessAllowedForUrls) or LocalNetworkAccess with SkipDomains (Firefox)";
+      `let an administrator allow ${page.origin} by policy: LoopbackNetworkAllowedForUrls (Chromium, Chrome, Edge; ` +
+      "before 146 LocalNetworkAccessAllowedForUrls), LocalNetworkAccess (Firefox)";
     const state = await localNetworkPermission();
     if (document.featurePolicy?.allowsFeature("local-network-access") === false)
       return missing('its <iframe> needs allow="local-network-access; loopback-network"');
@@ -144,16 +143,14 @@ export class Pad extends EventTarget {
     if (size.length !== 2 || !size.every((side) => Number.isInteger(side) && side >= 1 && side <= 4096))
       throw invalid("size is [width, height], each from 1 to 4096 pixels");
     signal?.throwIfAborted();
-    if (source !== "page") {
-      try {
-        return await ServicePad.open({ ...options, size });
-      } catch (error) {
-        const canSignHere = source === "auto" && ["no-service", "permission-missing"].includes(error.type);
-        if (!canSignHere) throw error;
-        return new PagePad(model, size, surface, error);
-      }
+    let reason;
+    try {
+      if (source !== "page") return await ServicePad.open({ ...options, size });
+    } catch (error) {
+      if (source === "pad" || !["no-service", "permission-missing"].includes(error.type)) throw error;
+      reason = error;
     }
-    return new PagePad(model, size, surface);
+    return new PagePad(model, size, surface, reason);
   }
 
   get state() {
@@ -246,8 +243,7 @@ export class Pad extends EventTarget {
     this.dispatchEvent(new PadEvent("statechange"));
   }
 
-  // The lines from one point of a stroke to the next, as the library draws them: [x1, y1, x2, y2, width, color]
-  // in pixels of the picture.
+  // What the library draws, in pixels of the picture.
   *_lines(from = 0) {
     const { left, top, width, height } = this.area;
     const onCanvas = ({ x, y }) => [
@@ -286,7 +282,6 @@ export class Pad extends EventTarget {
   }
 }
 
-// Pad units from an edge of the writing area, which the pen may have left.
 const within = (offset, units) => Math.max(0, Math.min(offset, units - 1));
 
 function pressureScale(model, penWidth, levels) {
@@ -334,12 +329,15 @@ class ServicePad extends Pad {
   async #start({ model, size, token, signal }) {
     const socket = await this.#connect(signal);
     const [width, height] = size;
-    const kept = token ? { token } : this.#recall(model, size);
+    const kept = token ? { token, isOurs: true } : this.#recall(model, size);
     let session;
     try {
-      if (kept) {
-        session = await this.#askOn(socket, "resume", { token: kept.token, clears: 0, points: 0 });
-        if (kept.pen) this._setPen(kept.pen);
+      if (kept) session = await this.#askOn(socket, "resume", { token: kept.token, clears: 0, points: 0 });
+      if (kept?.pen) this._setPen(kept.pen);
+      if (kept && !kept.isOurs) {
+        await this.#askOn(socket, "close");
+        session = undefined;
+        this.#held = [];
       }
     } catch (error) {
       if (token || error.type !== "unknown-token") throw error;
@@ -359,8 +357,8 @@ class ServicePad extends Pad {
     const socket = (this.#latest = await connect(this.#url, this.#WebSocket, signal));
     let picture; // the answer that its bytes belong to
     this.#held = [];
-    socket.addEventListener("close", ({ code }) => this.#lost(socket, code));
-    socket.addEventListener("message", ({ data }) => {
+    socket.onclose = ({ code }) => this.#lost(socket, code);
+    socket.onmessage = ({ data }) => {
       if (typeof data === "string") {
         const { id, method, params, result, error } = JSON.parse(data);
         if (method) this.#hear(method, params);
@@ -370,7 +368,7 @@ class ServicePad extends Pad {
       } else {
         this.#settle(picture.id, { blob: new Blob([data], { type: picture.type }) });
       }
-    });
+    };
     return socket;
   }
 
@@ -398,7 +396,9 @@ class ServicePad extends Pad {
     this.#clears = clears;
     Object.assign(this, { token, model, area, pressureLevels, hasFingerprint });
     this.size = [canvas.width, canvas.height];
+    tokens.add(token);
     this.#remember();
+    globalThis.addEventListener?.("pagehide", this.#remember);
   }
 
   #hear(method, params) {
@@ -417,8 +417,7 @@ class ServicePad extends Pad {
     }
   }
 
-  // The service tells a key to one who asks, and keeps it until then. So it is asked once, and those who wait
-  // here are served from the answer; one who gives up leaves the question where it is.
+  // The service is asked once, whoever waits here: a key that it has told is not kept there any more.
   _listenForKeys() {
     if (this.#error) throw this.#error;
     if (this.#isAskingForKeys) return;
@@ -467,23 +466,30 @@ class ServicePad extends Pad {
     this.#end(closed(), false);
   }
 
-  // For pages that are loaded again in the middle of a signature.
-  #place(model, [width, height]) {
-    return `scribera-pad ${this.#url} ${model} ${width}x${height}`;
+  #place(model = this.model) {
+    return `scribera-pad ${this.#url} ${model}`;
   }
 
-  #remember() {
-    storage()?.setItem(this.#place(this.model, this.size), JSON.stringify({ token: this.token, pen: this._pen }));
-  }
+  // For the page that is loaded again in the middle of a signature; an event says that this one goes.
+  #remember = (event) => {
+    const { token, size, _pen: pen } = this;
+    storage()?.setItem(this.#place(), JSON.stringify({ token, pen, page: pageWith(size), isLeft: Boolean(event) }));
+  };
 
+  // Another page of the tab closes what was left open: its signature is another one.
   #recall(model, size) {
-    return JSON.parse(storage()?.getItem(this.#place(model, size)) ?? "null");
+    const kept = JSON.parse(storage()?.getItem(this.#place(model)) ?? "null");
+    if (!kept || tokens.has(kept.token)) return undefined;
+    const [navigation] = performance.getEntriesByType("navigation");
+    const isOurs = kept.page === pageWith(size) && navigation?.type !== "navigate";
+    return isOurs ? { ...kept, isOurs } : kept.isLeft && { token: kept.token };
   }
 
   #end(error, isFailure = true) {
     if (this.#error) return;
     this.#error = error;
-    if (this.token) storage()?.removeItem(this.#place(this.model, this.size));
+    globalThis.removeEventListener?.("pagehide", this.#remember);
+    if (tokens.delete(this.token)) storage()?.removeItem(this.#place());
     this.#socket = undefined;
     this.#latest.close();
     for (const { id } of this.#asked.values()) this.#settle(id, undefined, error);
@@ -550,12 +556,14 @@ class ServicePad extends Pad {
   }
 }
 
+const tokens = new Set(); // of the sessions of this page
+const pageWith = (size) => `${globalThis.location?.href} ${size}`;
+
+const errorOf = ({ code, message, data }) =>
+  new PadError(data?.type ?? (code === -32602 ? "invalid-argument" : "protocol-error"), message);
+
 function send(socket, { id, method, params }) {
   socket.send(JSON.stringify({ jsonrpc: "2.0", id, method, params }));
-}
-
-function errorOf({ code, message, data }) {
-  return new PadError(data?.type ?? (code === -32602 ? "invalid-argument" : "protocol-error"), message);
 }
 
 function storage() {
@@ -665,10 +673,8 @@ class PagePad extends Pad {
     if (format === "png" && transparent) withoutWhite(canvas);
     const type = `image/${format}`;
     const blob = await new Promise((resolve) => canvas.toBlob(resolve, type, 0.75));
-    // browsers make PNG of what they do not know
     if (blob?.type !== type) throw new PadError("no-format", `the page makes no ${format}: ask for png or jpeg`);
-    const bytes = new Uint8Array(await blob.arrayBuffer());
-    return new Blob(format === "png" ? pngWith(bytes, Math.floor(dpi / 0.0254)) : jpegWith(bytes, dpi), { type });
+    return format === "png" ? pngWith(new Uint8Array(await blob.arrayBuffer()), Math.floor(dpi / 0.0254)) : blob;
   }
 
   async svg({ clip } = {}) {
@@ -795,18 +801,7 @@ function pngWith(bytes, dotsPerMetre) {
   chunk.setUint32(12, dotsPerMetre);
   chunk.setUint8(16, 1); // a metre
   chunk.setUint32(17, crc32(new Uint8Array(chunk.buffer, 4, 13)));
-  return [bytes.subarray(0, 33), chunk, bytes.subarray(33)];
-}
-
-// JPEG keeps it in the JFIF segment, with which browsers begin.
-function jpegWith(bytes, dpi) {
-  if (String.fromCharCode(...bytes.subarray(6, 10)) === "JFIF") {
-    const header = new DataView(bytes.buffer);
-    header.setUint8(13, 1); // an inch
-    header.setUint16(14, dpi);
-    header.setUint16(16, dpi);
-  }
-  return [bytes];
+  return new Blob([bytes.subarray(0, 33), chunk, bytes.subarray(33)], { type: "image/png" });
 }
 
 const TEXTS = {
@@ -814,9 +809,9 @@ const TEXTS = {
   connecting: "Looking for the pad.",
   pad: "Please sign on the pad.",
   page: "Please sign here.",
-  signed: "Signed. Confirm to finish.",
-  confirmed: "The signature is confirmed.",
-  reconnecting: "The connection to the pad is lost. Trying again.",
+  signed: "Please confirm.",
+  confirmed: "Confirmed.",
+  reconnecting: "The connection is lost. Trying again.",
   missing: "Please sign and confirm.",
   confirm: "Confirm",
   clear: "Clear",
@@ -913,9 +908,6 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
   }
   get name() {
     return this.getAttribute("name") ?? "";
-  }
-  get type() {
-    return this.localName;
   }
   get pad() {
     return this.#pad;
@@ -1075,7 +1067,6 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
     this.#drawn = this.#pad.count;
   }
 
-  // As many pixels as the screen has there.
   #redraw() {
     const { width, height } = this.#canvas.getBoundingClientRect();
     this.#canvas.width = Math.round(width * devicePixelRatio);

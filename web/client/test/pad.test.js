@@ -264,7 +264,7 @@ test("without a service the error says what to do", async () => {
 
 test("a service that refuses the page is told from none", async () => {
   service.refuses = true;
-  await assert.rejects(open(), isError("refused", /allow the origin/));
+  await assert.rejects(open(), isError("refused", /--allow-no-origin/));
 });
 
 test("open ends with its signal and leaves no pad open", async () => {

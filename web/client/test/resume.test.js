@@ -25,8 +25,14 @@ class Store {
   }
 }
 
+let page; // what a page has and Node.js has not
+
 beforeEach(async () => {
   pads = [];
+  page = new EventTarget();
+  globalThis.addEventListener = page.addEventListener.bind(page);
+  globalThis.removeEventListener = page.removeEventListener.bind(page);
+  goTo("http://127.0.0.1/contract", "navigate");
   service = await new Service().start();
   globalThis.sessionStorage = new Store();
 });
@@ -34,8 +40,25 @@ beforeEach(async () => {
 afterEach(async () => {
   for (const pad of pads) await pad.close();
   await service.stop();
-  delete globalThis.sessionStorage;
+  for (const name of ["sessionStorage", "location", "addEventListener", "removeEventListener"]) delete globalThis[name];
+  delete performance.getEntriesByType;
 });
+
+function goTo(href, type) {
+  globalThis.location = { href, hostname: "127.0.0.1" };
+  performance.getEntriesByType = () => [{ type }];
+}
+
+// The page goes, and what it has stored stays.
+async function leave({ crashes = false } = {}) {
+  if (!crashes) page.dispatchEvent(new Event("pagehide"));
+  const kept = globalThis.sessionStorage;
+  globalThis.sessionStorage = new Store();
+  service.notify("closed", { reason: "taken-over", message: "another connection has the pad" });
+  await next(pads.at(-1), "error");
+  globalThis.sessionStorage = kept;
+  service.requests.length = 0;
+}
 
 async function open(options = {}) {
   const pad = await Pad.open({ model: "K210", url: service.url, webSocket: WebSocket, ...options });
@@ -149,33 +172,65 @@ test("a service that is away for a while is found again", async () => {
   assert.equal(pad.state, "open");
 });
 
-test("a page that is loaded again has all points", async () => {
+for (const crashes of [false, true])
+  test(`a page that is loaded again${crashes ? " after a crash" : ""} has all points`, async () => {
+    await open();
+    await pads[0].pen({ color: "#0000ff" });
+    await leave({ crashes });
+    goTo("http://127.0.0.1/contract", "reload");
+    resumeWith(points);
+    const pad = await open();
+    await until(() => pad.count === 6);
+    assert.deepEqual(service.requests, [["resume", { token: TOKEN, clears: 0, points: 0 }]]);
+    assert.deepEqual([...pad._lines()].map((line) => line.at(-1)), Array(5).fill("#0000ff"));
+  });
+
+for (const [what, href, type] of [
+  ["another page", "http://127.0.0.1/other", "navigate"],
+  ["another page that was loaded again", "http://127.0.0.1/other", "reload"],
+  ["the same page for the next signature", "http://127.0.0.1/contract", "navigate"],
+])
+  test(`${what} does not get the signature, and gets the pad`, async () => {
+    await open();
+    await pads[0].pen({ color: "#0000ff" });
+    await leave();
+    goTo(href, type);
+    resumeWith(points);
+    const pad = await open();
+    assert.deepEqual(service.methods(), ["resume", "close", "open"]);
+    service.notify("points", { from: 0, points: points.slice(0, 2) });
+    await until(() => pad.count > 0);
+    assert.equal(pad.count, 2);
+    assert.deepEqual([...pad._lines()].map((line) => line.at(-1)), ["#000000"]);
+  });
+
+test("a page leaves the session alone that another one may still have", async () => {
   await open();
-  await pads[0].pen({ color: "#0000ff" });
-  resumeWith(points);
-  // the page goes without closing its pad, and its storage stays
-  const kept = globalThis.sessionStorage;
-  delete globalThis.sessionStorage;
-  service.notify("closed", { reason: "taken-over", message: "another connection has the pad" });
-  await next(pads[0], "error");
-  globalThis.sessionStorage = kept;
-  const pad = await open();
-  await until(() => pad.count === 6);
-  assert.deepEqual(service.requests.at(-1), ["resume", { token: TOKEN, clears: 0, points: 0 }]);
-  assert.deepEqual([...pad._lines()].map((line) => line.at(-1)), Array(5).fill("#0000ff"));
+  await leave({ crashes: true });
+  goTo("http://127.0.0.1/contract", "navigate");
+  await open();
+  assert.deepEqual(service.methods(), ["open"]);
+});
+
+test("two pads of a page do not take each other's session", async () => {
+  await open();
+  goTo("http://127.0.0.1/contract", "reload");
+  service.answers.open = () => {
+    throw new Refusal("pad-busy");
+  };
+  await assert.rejects(open(), { type: "pad-busy" });
+  assert.deepEqual(service.methods(), ["open", "open"]);
 });
 
 test("a kept token that is worth nothing any more opens the pad anew", async () => {
   await open();
-  const kept = globalThis.sessionStorage;
-  delete globalThis.sessionStorage;
-  await pads[0].close();
-  globalThis.sessionStorage = kept;
+  await leave();
+  goTo("http://127.0.0.1/contract", "reload");
   service.answers.resume = () => {
     throw new Refusal("unknown-token");
   };
   await open();
-  assert.deepEqual(service.methods(), ["open", "close", "resume", "open"]);
+  assert.deepEqual(service.methods(), ["resume", "open"]);
 });
 
 test("no token is kept of a pad that was closed", async () => {
@@ -183,14 +238,17 @@ test("no token is kept of a pad that was closed", async () => {
   assert.equal(globalThis.sessionStorage.size, 1);
   await pad.close();
   assert.equal(globalThis.sessionStorage.size, 0);
+  page.dispatchEvent(new Event("pagehide"));
+  assert.equal(globalThis.sessionStorage.size, 0);
 });
 
-test("another model or size does not take a kept session", async () => {
+test("another size is another signature", async () => {
   await open();
+  await leave();
+  goTo("http://127.0.0.1/contract", "reload");
+  resumeWith(points);
   await open({ size: [400, 200] });
-  service.answers.open = session({ model: "T580" });
-  await open({ model: "T580" });
-  assert.deepEqual(service.methods(), ["open", "open", "open"]);
+  assert.deepEqual(service.methods(), ["resume", "close", "open"]);
 });
 
 test("a token takes a session over, and is refused when it is worth nothing", async () => {
