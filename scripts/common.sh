@@ -55,11 +55,35 @@ test_packages=(libgtest-dev libgmock-dev binutils clang-format
     locales python3 python3-venv python3-setuptools python3-wheel python3-pytest mypy
     python3-websockets python3-jsonschema
     xvfb xauth fonts-dejavu-core imagemagick umockdev libumockdev-dev)
+browser_packages=(chromium firefox-esr fonts-dejavu-core imagemagick openssl)
 
-# configure_and_build PRESET [cmake option]...
-configure_and_build() {
+# Somebody's own Node.js comes with npm as a rule, and Debian's npm does not go with it.
+install_node() {
+    local missing=()
+    command -v node >/dev/null || missing+=(nodejs)
+    command -v npm >/dev/null || missing+=(npm)
+    [ ${#missing[@]} -eq 0 ] || install_packages "${missing[@]}"
+    [ "$(node -p 'parseInt(process.versions.node)')" -ge 18 ] || fail "Node.js 18 or later is needed"
+}
+
+# install_node_packages FOLDER: what its lock file names, unless that is there already.
+install_node_packages() {
+    local lock=$1/package-lock.json stamp=$1/node_modules/.installed-lock
+    if ! cmp -s "$lock" "$stamp"; then
+        echo "installing the npm packages of $1"
+        npm ci --prefix "$1" --silent && cp "$lock" "$stamp" || fail "npm could not install the packages of $1"
+    fi
+}
+
+# configure PRESET [cmake option]...
+configure() {
     local preset=$1 log
     shift
     log=$(cmake --preset "$preset" "$@" 2>&1) || { echo "$log"; fail "configuring preset $preset"; }
-    cmake --build --preset "$preset" || fail "building preset $preset"
+}
+
+# configure_and_build PRESET [cmake option]...
+configure_and_build() {
+    configure "$@"
+    cmake --build --preset "$1" || fail "building preset $1"
 }
