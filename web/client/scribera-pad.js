@@ -86,8 +86,8 @@ async function whyNot(url, isViolated, cause) {
   if (isThere)
     return because(
       "refused",
-      `the service on ${host} refused the connection: does it allow ` +
-        `${page ? `--allow-origin ${page.origin}` : "--allow-no-origin"}, and speak ${PROTOCOL}?`,
+      `the service on ${host} refused the connection: was it started with ` +
+        `${page ? `--allow-origin ${page.origin}` : "--allow-no-origin"}, and does it speak ${PROTOCOL}?`,
     );
   if (isViolated())
     return because(
@@ -865,7 +865,7 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
   }
 
   connectedCallback() {
-    this.#internals.ariaLabel = this.getAttribute("aria-label") ?? this.#text("signature");
+    if (this.#internals.labels.length === 0) this.#internals.ariaLabel = this.#text("signature");
     this.#judge();
     this.#openByItself();
   }
