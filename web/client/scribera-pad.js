@@ -543,7 +543,7 @@ class ServicePad extends Pad {
     }
     const isAnew = lost || session.clears !== this.#clears;
     this.#adopt(socket, session);
-    if (lost) this.dispatchEvent(new PadEvent("error", { error: lost, points: this.points() }));
+    const points = this.points();
     if (isAnew) this._forgetPoints();
     for (const request of this.#asked.values()) {
       if (request.method === "clear" && isAnew) this.#settle(request.id, {});
@@ -553,6 +553,7 @@ class ServicePad extends Pad {
     }
     this.#release();
     this._setState("open");
+    if (lost) this.dispatchEvent(new PadEvent("error", { error: lost, points }));
   }
 }
 
@@ -859,7 +860,12 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
     }
     root.append(this.#canvas, controls);
     this.#internals.role = "group";
-    new ResizeObserver(() => this.#redraw()).observe(this.#canvas);
+    const observer = new ResizeObserver(() => this.#redraw());
+    try {
+      observer.observe(this.#canvas, { box: "device-pixel-content-box" });
+    } catch {
+      observer.observe(this.#canvas); // Safari has no other
+    }
     this.#fit();
     this.#show("connecting");
   }
