@@ -10,8 +10,10 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -74,7 +76,8 @@ void makeFile(const fs::path& path, const std::string& content)
     std::ofstream(path) << content;
 }
 
-// As a user who is not root, for files and folders.
+// As a user who is not root, for files and folders. Who has a /tmp of one's own without being root may do
+// there what root may; this thread does without.
 class OrdinaryUser
 {
 public:
@@ -82,12 +85,19 @@ public:
     {
         if (m_isRoot) {
             EXPECT_TRUE(setegid(nobody) == 0 && seteuid(nobody) == 0);
+        } else {
+            EXPECT_EQ(syscall(SYS_capget, &m_header, m_before.data()), 0);
+            Capabilities fewer = m_before;
+            fewer[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH | 1U << CAP_FOWNER);
+            EXPECT_EQ(syscall(SYS_capset, &m_header, fewer.data()), 0);
         }
     }
     ~OrdinaryUser()
     {
         if (m_isRoot) {
             EXPECT_TRUE(seteuid(0) == 0 && setegid(0) == 0);
+        } else {
+            EXPECT_EQ(syscall(SYS_capset, &m_header, m_before.data()), 0);
         }
     }
     OrdinaryUser(const OrdinaryUser&) = delete;
@@ -96,7 +106,11 @@ public:
     static constexpr uid_t nobody = 65534;
 
 private:
+    using Capabilities = std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3>;
+
     const bool m_isRoot = geteuid() == 0;
+    __user_cap_header_struct m_header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    Capabilities m_before{};
 };
 
 class WholeFile : public SignedTest
@@ -161,9 +175,11 @@ TEST_P(WholeFile, OlderFileIsReplacedAndLooksAsBefore)
     fs::permissions("older.png", fs::perms(0640));
     ASSERT_EQ(setxattr("older.png", "user.origin", "counter 3", 9, 0), 0) << std::strerror(errno);
     // Read and write for the owner, read for user 7, nothing for the group, a mask of read.
-    const std::array<unsigned char, 44> list = {
-        2, 0, 0,   0,   1,   0,   6,  0, 255, 255, 255, 255, 2,   0,   4,  0, 7, 0, 0,   0,   4,   0,
-        0, 0, 255, 255, 255, 255, 16, 0, 4,   0,   255, 255, 255, 255, 32, 0, 0, 0, 255, 255, 255, 255};
+    std::array<unsigned char, 44> list = {2, 0, 0,   0,   1,   0,   6,  0, 255, 255, 255, 255, 2,   0,  4,
+                                          0, 7, 0,   0,   0,   4,   0,  0, 0,   255, 255, 255, 255, 16, 0,
+                                          4, 0, 255, 255, 255, 255, 32, 0, 0,   0,   255, 255, 255, 255};
+    if (const uid_t user = geteuid(); user != 0)
+        std::memcpy(&list[16], &user, sizeof user); // the only one that there is for sure
     ASSERT_EQ(setxattr("older.png", "system.posix_acl_access", list.data(), list.size(), 0), 0)
         << std::strerror(errno);
     const KeptFile older("older.png");
