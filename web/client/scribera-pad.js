@@ -50,8 +50,8 @@ const sleep = (milliseconds) => new Promise((resolve) => setTimeout(resolve, mil
 async function connect(url, WebSocket, signal) {
   if (!/^wss?:\/\/[^/]/.test(url)) throw invalid(`${url} is not the address of a service, such as ${SERVICE}`);
   let socket;
-  let violated; // the page's own Content-Security-Policy
-  const onViolation = (event) => (violated ||= /^connect-src/.test(event.effectiveDirective));
+  let isForbidden = false; // by the page's own Content-Security-Policy
+  const onViolation = ({ blockedURI }) => (isForbidden ||= blockedURI.startsWith("ws"));
   globalThis.document?.addEventListener("securitypolicyviolation", onViolation);
   try {
     await abortable(
@@ -68,14 +68,15 @@ async function connect(url, WebSocket, signal) {
     socket?.close();
     signal?.throwIfAborted();
     if (cause instanceof Error) throw invalid(cause.message);
-    throw await whyNot(url, () => violated, cause.error);
+    isForbidden ||= cause.name === "NS_ERROR_CONTENT_BLOCKED"; // in Firefox, whose event comes later
+    throw await whyNot(url, isForbidden, cause.error);
   } finally {
     globalThis.document?.removeEventListener("securitypolicyviolation", onViolation);
   }
 }
 
 // A browser tells a page only that a connection failed. What else can be asked tells why.
-async function whyNot(url, isViolated, cause) {
+async function whyNot(url, isForbidden, cause) {
   const { protocol, host, hostname } = new URL(url);
   const because = (type, message) => new PadError(type, message, { cause });
   const page = globalThis.location;
@@ -89,10 +90,10 @@ async function whyNot(url, isViolated, cause) {
       `the service on ${host} refused the connection: was it started with ` +
         `${page ? `--allow-origin ${page.origin}` : "--allow-no-origin"}, and does it speak ${PROTOCOL}?`,
     );
-  if (isViolated())
+  if (isForbidden)
     return because(
       "blocked-by-csp",
-      `the page's Content-Security-Policy forbids the connection: its connect-src lacks ${protocol}//${host}`,
+      `the page's Content-Security-Policy forbids it: its connect-src lacks ${protocol}//${host}`,
     );
   const none = `no service on ${host}: is scribera-bridge installed and running?`;
   if (page && !isLoopback(page.hostname) && isLoopback(hostname)) {
@@ -176,11 +177,9 @@ export class Pad extends EventTarget {
   async wait({ timeout = LONGEST_WAIT, signal } = {}) {
     if (!(timeout >= 0)) throw invalid("timeout is in milliseconds, from 0");
     signal?.throwIfAborted();
-    if (this.#key) {
-      const key = this.#key;
-      this.#key = undefined;
-      return key;
-    }
+    const key = this.#key;
+    this.#key = undefined;
+    if (key) return key;
     let timer, waiter;
     const told = new Promise((resolve, reject) => {
       waiter = { resolve, reject };
@@ -347,7 +346,7 @@ class ServicePad extends Pad {
   }
 
   #release() {
-    const held = this.#held;
+    const held = this.#held ?? [];
     this.#held = undefined;
     for (const [method, params] of held) this.#hear(method, params);
   }
@@ -661,10 +660,10 @@ class PagePad extends Pad {
 
   async pen(pen) {
     this.#check();
-    const { width = 1, color = "#000000" } = pen;
+    const { width, color, pressure } = { ...this._pen, ...given(pen) };
     if (!Number.isInteger(width) || width < 1 || width > 10) throw invalid("width is a number from 1 to 10");
     if (!/^#[0-9a-f]{6}$/i.test(color)) throw invalid('color is "#rrggbb"');
-    this._setPen(given({ width: pen.width, color: pen.color, pressure: pen.pressure }));
+    this._setPen({ width, color, pressure });
   }
 
   async image(format = "png", { dpi = 300, clip, transparent = false } = {}) {
@@ -675,7 +674,7 @@ class PagePad extends Pad {
     const type = `image/${format}`;
     const blob = await new Promise((resolve) => canvas.toBlob(resolve, type, 0.75));
     if (blob?.type !== type) throw new PadError("no-format", `the page makes no ${format}: ask for png or jpeg`);
-    return format === "png" ? pngWith(new Uint8Array(await blob.arrayBuffer()), Math.floor(dpi / 0.0254)) : blob;
+    return format === "png" ? pngWith(dpi, blob) : blob;
   }
 
   async svg({ clip } = {}) {
@@ -784,25 +783,14 @@ function withoutWhite(canvas) {
   canvas.getContext("2d").putImageData(image, 0, 0);
 }
 
-function crc32(bytes) {
-  let crc = -1;
-  for (const byte of bytes) {
-    crc ^= byte;
-    for (let bit = 0; bit < 8; ++bit) crc = (crc >>> 1) ^ (crc & 1 && 0xedb88320);
-  }
-  return ~crc;
-}
-
-// PNG keeps the resolution in a chunk of its own, between the header, which ends at 33, and the picture.
-function pngWith(bytes, dotsPerMetre) {
+// PNG keeps the resolution in a chunk of its own, between the header, which ends at 33, and the picture: length, name,
+// dots a metre both ways, and a check sum of these.
+function pngWith(dpi, bytes) {
+  const [dots, sum] = dpi === 150 ? [5905, 0xca26f33f] : [11811, 0x78a53f76];
   const chunk = new DataView(new ArrayBuffer(21));
-  chunk.setUint32(0, 9);
-  chunk.setUint32(4, 0x70485973); // pHYs
-  chunk.setUint32(8, dotsPerMetre);
-  chunk.setUint32(12, dotsPerMetre);
-  chunk.setUint8(16, 1); // a metre
-  chunk.setUint32(17, crc32(new Uint8Array(chunk.buffer, 4, 13)));
-  return new Blob([bytes.subarray(0, 33), chunk, bytes.subarray(33)], { type: "image/png" });
+  [9, 0x70485973, dots, dots, 1 << 24].forEach((value, index) => chunk.setUint32(4 * index, value));
+  chunk.setUint32(17, sum);
+  return new Blob([bytes.slice(0, 33), chunk, bytes.slice(33)], { type: "image/png" });
 }
 
 const TEXTS = {

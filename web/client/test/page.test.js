@@ -181,6 +181,44 @@ test("the page takes the place of a service that is not there, and of no other f
   await assert.rejects(Pad.open({ model: "K210", source: "page" }), { type: "invalid-argument" });
 });
 
+function crc32(bytes) {
+  let crc = -1;
+  for (const byte of bytes) {
+    crc ^= byte;
+    for (let bit = 0; bit < 8; ++bit) crc = crc & 1 ? (crc >>> 1) ^ 0xedb88320 : crc >>> 1;
+  }
+  return ~crc >>> 0;
+}
+
+for (const [dpi, dotsPerMetre] of [
+  [150, 5905],
+  [300, 11811],
+])
+  test(`a PNG of ${dpi} dpi says so, as the library's`, async (t) => {
+    const header = Buffer.from("89504e470d0a1a0a0000000d494844520000000100000001080000000000000000", "hex");
+    const picture = Buffer.from("0000000049454e44ae426082", "hex");
+    const context = new Proxy({}, { get: () => () => {}, set: () => true });
+    globalThis.document = {
+      createElement: () => ({
+        getContext: () => context,
+        toBlob: (resolve, type) => resolve(new Blob([header, picture], { type })),
+      }),
+    };
+    t.after(() => delete globalThis.document);
+    const { pad, surface } = await open();
+    surface.send("pointerdown");
+    const blob = await pad.image("png", { dpi });
+    assert.equal(blob.type, "image/png");
+    const bytes = Buffer.from(await blob.arrayBuffer());
+    assert.deepEqual(bytes.subarray(0, 33), header);
+    assert.deepEqual(bytes.subarray(54), picture);
+    const chunk = bytes.subarray(33, 54);
+    assert.equal(chunk.readUInt32BE(0), 9);
+    assert.equal(chunk.toString("latin1", 4, 8), "pHYs");
+    assert.deepEqual([chunk.readUInt32BE(8), chunk.readUInt32BE(12), chunk[16]], [dotsPerMetre, dotsPerMetre, 1]);
+    assert.equal(chunk.readUInt32BE(17), crc32(chunk.subarray(4, 17)));
+  });
+
 function records(ink) {
   const bytes = Buffer.from(ink, "base64");
   assert.equal(bytes.length % 24, 1);
