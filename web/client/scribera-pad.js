@@ -105,7 +105,7 @@ async function whyNot(url, isForbidden, cause) {
     if (document.featurePolicy?.allowsFeature("local-network-access") === false)
       return missing('its <iframe> needs allow="local-network-access; loopback-network"');
     if (state === "denied")
-      return missing(`${isSecureContext ? "allow local access in its settings" : "serve it on https"}, or ${policy}`);
+      return missing(isSecureContext ? `allow local access in its settings, or ${policy}` : "serve it on https");
     if (state === "prompt")
       return because("no-service", `${none} If so, answer the browser's question about local access, or ${policy}`);
   }

@@ -1,5 +1,7 @@
 // The browsers of this system, headless, each with a profile of its own.
 
+import { join } from "node:path";
+
 import puppeteer from "puppeteer-core";
 
 import { atEnd, folder } from "./processes.mjs";
@@ -17,9 +19,11 @@ const quiet = [
 
 // `flags` are Chromium's, `prefs` Firefox's. Ends with the test.
 export async function launch(t, kind, { flags = [], prefs = {} } = {}) {
+  const where = folder(t);
   const options = {
     acceptInsecureCerts: true, // the tests' certificates
-    userDataDir: folder(t),
+    userDataDir: join(where, "profile"),
+    env: { ...process.env, TMPDIR: where },
     defaultViewport: { width: 1000, height: 700 },
   };
   const browser = await (kind === "chromium"
