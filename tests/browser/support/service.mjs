@@ -7,13 +7,16 @@ import { built, recording, simulator } from "./ink.mjs";
 import { Running, folder } from "./processes.mjs";
 
 // The pad plays the recording `plays` at `rate`, then presses `key`.
-export async function startService(t, { origins = [], port = 0, plays = "paraph", rate = "max", key = "", env = {} } = {}) {
+export async function startService(
+  t,
+  { origins = [], flags = [], port = 0, plays = "paraph", rate = "max", key = "", env = {} } = {},
+) {
   const where = folder(t);
   const allowed = origins.flatMap((origin) => ["--allow-origin", origin]);
   const program = new Running(
     t,
     join(built, "tools", "scribera-bridge"),
-    ["--port", String(port), "--driver", simulator, ...allowed],
+    ["--port", String(port), "--driver", simulator, ...allowed, ...flags],
     {
       cwd: where,
       env: {
