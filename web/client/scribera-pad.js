@@ -29,6 +29,7 @@ export class PadEvent extends Event {
 }
 
 const closed = () => new PadError("closed", "the pad is closed");
+const noInk = () => new PadError("no-ink", "nobody has signed");
 const invalid = (message) => new PadError("invalid-argument", message);
 
 function abortable(promise, signal) {
@@ -287,7 +288,6 @@ function pressureScale(model, penWidth, levels) {
   return models[model]?.threeAtFull ? (penWidth * 3) / levels : penWidth / 306;
 }
 
-// A pad behind the service.
 class ServicePad extends Pad {
   #url;
   #WebSocket;
@@ -308,10 +308,11 @@ class ServicePad extends Pad {
     try {
       await abortable(starting, options.signal);
     } catch (error) {
-      // who gives up leaves no pad open
-      starting.then(
-        () => pad.close(),
-        () => pad.#latest?.close(),
+      leave(
+        starting.then(
+          () => pad.close(),
+          () => pad.#latest?.close(),
+        ),
       );
       throw error;
     }
@@ -320,12 +321,14 @@ class ServicePad extends Pad {
 
   constructor({ url = SERVICE, webSocket = globalThis.WebSocket }) {
     super();
-    if (!webSocket) throw invalid("there is no WebSocket here: give open() a constructor, { webSocket }");
+    if (!webSocket) throw invalid("there is no WebSocket: give open() one, { webSocket }");
     this.#url = url;
     this.#WebSocket = webSocket;
   }
 
   async #start({ model, size, token, signal }) {
+    await sleep(); // for those who are about to leave
+    await Promise.race([leaving, sleep(2000)]);
     const socket = await this.#connect(signal);
     const [width, height] = size;
     const kept = token ? { token, isOurs: true } : this.#recall(model, size);
@@ -461,7 +464,7 @@ class ServicePad extends Pad {
 
   async close() {
     this.#isClosing = true;
-    if (this.#socket) await this.#ask("close").catch(() => {});
+    if (this.#socket) await leave(this.#ask("close").catch(() => {}));
     this.#end(closed(), false);
   }
 
@@ -505,7 +508,7 @@ class ServicePad extends Pad {
         this.#end(new PadError("protocol-error", `the service ended the connection with code ${code}`));
       else this.#reconnect();
     } else {
-      const error = new PadError("no-service", "the service ended the connection before the pad was open");
+      const error = new PadError("no-service", "the service ended the connection");
       for (const request of this.#asked.values())
         if (request.socket === socket) this.#settle(request.id, undefined, error);
     }
@@ -538,7 +541,7 @@ class ServicePad extends Pad {
       const [width, height] = this.size;
       session = await this.#askOn(socket, "open", { model: this.model, width, height });
       await this.#askOn(socket, "pen", this._pen);
-      lost = new PadError("session-lost", "the service was started again: the signature has to be written again");
+      lost = new PadError("session-lost", "the service was started again: please sign again");
     }
     const isAnew = lost || session.clears !== this.#clears;
     this.#adopt(socket, session);
@@ -557,6 +560,13 @@ class ServicePad extends Pad {
 }
 
 const tokens = new Set(); // of the sessions of this page
+let leaving; // until it has closed the pads that it gave up
+
+function leave(ending) {
+  leaving = Promise.all([leaving, ending]);
+  return ending;
+}
+
 const pageWith = (size) => `${globalThis.location?.href} ${size}`;
 
 const errorOf = ({ code, message, data }) =>
@@ -576,7 +586,7 @@ function storage() {
 
 const POINTER = ["pointerdown", "pointermove", "pointerup", "pointercancel"];
 
-// The page itself as pad: mouse, finger or stylus on an element.
+// Mouse, finger or stylus on an element of the page.
 class PagePad extends Pad {
   #surface;
   #pointer; // that writes
@@ -585,7 +595,7 @@ class PagePad extends Pad {
 
   constructor(model, size, surface, reason) {
     super();
-    if (!surface?.getBoundingClientRect) throw invalid("signing on the page needs a surface: an element");
+    if (!surface?.getBoundingClientRect) throw invalid("the page needs a surface, an element");
     const { left, top, width, height, levels } = models[model];
     Object.assign(this, { model, size, reason, area: { left, top, width, height }, pressureLevels: levels });
     this.#surface = surface;
@@ -646,7 +656,7 @@ class PagePad extends Pad {
 
   #checkInk() {
     this.#check();
-    if (this.count === 0) throw new PadError("no-ink", "nobody has signed");
+    if (this.count === 0) throw noInk();
   }
 
   _listenForKeys() {
@@ -683,21 +693,19 @@ class PagePad extends Pad {
     const lines = Array.from(
       this._lines(),
       ([x1, y1, x2, y2, wide, color]) =>
-        `<line x1="${x1 - left}" y1="${y1 - top}" x2="${x2 - left}" y2="${y2 - top}" stroke="${color}" ` +
-        `stroke-width="${wide}"/>`,
+        `<path d="M${x1 - left} ${y1 - top}L${x2 - left} ${y2 - top}" stroke="${color}" stroke-width="${wide}"/>`,
     );
     return (
-      `<svg xmlns="http://www.w3.org/2000/svg" width="${width}" height="${height}" ` +
-      `viewBox="0 0 ${width} ${height}" stroke-linecap="round">\n${lines.join("\n")}\n</svg>\n`
+      `<svg xmlns="http://www.w3.org/2000/svg" width="${width}" height="${height}" viewBox="0 0 ${width} ${height}" ` +
+      `stroke-linecap="round">${lines.join("\n")}</svg>`
     );
   }
 
   async ink() {
     this.#checkInk();
-    const size = 24;
-    const records = new DataView(new ArrayBuffer(size * this.count + 1));
+    const records = new DataView(new ArrayBuffer(24 * this.count + 1));
     this.points().forEach(({ x, y, pressure, time, end }, index) => {
-      const at = size * index;
+      const at = 24 * index;
       records.setUint16(at, x, true);
       records.setInt16(at + 2, y, true);
       records.setInt16(at + 4, pressure, true);
@@ -729,7 +737,6 @@ class PagePad extends Pad {
   }
 
   #picture(clip) {
-    if (!globalThis.document) throw new PadError("no-format", "pictures need a browser");
     const picture = (width, height, draw) => {
       const canvas = create("canvas", { width, height });
       draw(canvas.getContext("2d", { willReadFrequently: true }));
@@ -748,7 +755,6 @@ class PagePad extends Pad {
 
 const pixelsOf = (canvas) => canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height);
 
-// What is not white, and the margins around it.
 function inkedPart(canvas, [marginX, marginY]) {
   const { width, height } = canvas;
   const isMargin = (margin) => Number.isInteger(margin) && margin >= 0 && margin <= 4096;
@@ -768,7 +774,7 @@ function inkedPart(canvas, [marginX, marginY]) {
     top = Math.min(top, y);
     bottom = y;
   });
-  if (right < 0) return [0, 0, width, height];
+  if (right < 0) throw noInk();
   left = Math.max(0, left - marginX);
   top = Math.max(0, top - marginY);
   right = Math.min(width - 1, right + marginX);

@@ -52,7 +52,7 @@ test("arguments that can be none are refused before the service is asked", async
   await assert.rejects(open({ size: [0, 400] }), isError("invalid-argument", /1 to 4096/));
   await assert.rejects(open({ size: [800.5, 400] }), isError("invalid-argument"));
   await assert.rejects(open({ url: "http://127.0.0.1/" }), isError("invalid-argument", /not the address/));
-  await assert.rejects(open({ webSocket: null }), isError("invalid-argument", /constructor/));
+  await assert.rejects(open({ webSocket: null }), isError("invalid-argument", /webSocket/));
   assert.deepEqual(service.requests, []);
 });
 
@@ -279,4 +279,31 @@ test("open ends with its signal and leaves no pad open", async () => {
   while (service.clients.size > 0) await new Promise(setImmediate);
   assert.deepEqual(service.methods(), ["open", "close"]);
   await assert.rejects(open({ signal: controller.signal }), { name: "AbortError" });
+});
+
+test("a pad that is given up makes way for the next one of the page", async () => {
+  let isOpen = false;
+  let answer;
+  service.answers.open = async () => {
+    if (isOpen) throw new Refusal("pad-busy");
+    isOpen = true;
+    if (!answer) await new Promise((resolve) => (answer = resolve));
+    return session();
+  };
+  service.answers.close = async () => {
+    await new Promise(setImmediate);
+    isOpen = false;
+    return {};
+  };
+  const controller = new AbortController();
+  const givenUp = open({ signal: controller.signal });
+  while (!answer) await new Promise(setImmediate);
+  controller.abort();
+  const next = open();
+  await assert.rejects(givenUp, { name: "AbortError" });
+  answer();
+  const pad = await next;
+  pad.close();
+  await open();
+  assert.deepEqual(service.methods(), ["open", "close", "open", "close", "open"]);
 });
