@@ -1,6 +1,7 @@
 #include "http.h"
 
 #include "log.h"
+#include "peer.h"
 #include "service.h"
 #include "token.h"
 
@@ -35,6 +36,7 @@ using HttpResponse = http::response<http::string_body>;
 
 constexpr char subprotocol[] = "scribera-pad.1";
 constexpr auto handshakePatience = 10s;
+constexpr auto pingInterval = 15s;
 constexpr std::uint32_t longestHeader = 8192;
 constexpr std::size_t longestMessage = 65536;
 
@@ -63,7 +65,7 @@ class SocketConnection final : public Connection
 public:
     SocketConnection(Service& service, Counted counted, Stream stream, std::string origin)
         : Connection(service.context(), service, std::move(origin)), m_counted(std::move(counted)),
-          m_socket(std::move(stream))
+          m_socket(std::move(stream)), m_aliveTimer(service.context())
     {
     }
 
@@ -72,9 +74,9 @@ public:
         beast::get_lowest_layer(m_socket).expires_never(); // the WebSocket has timers of its own
         websocket::stream_base::timeout timeout{};
         timeout.handshake_timeout = handshakePatience;
-        timeout.idle_timeout = 30s; // a ping after half of it
-        timeout.keep_alive_pings = true;
+        timeout.idle_timeout = websocket::stream_base::none(); // which would not count what the client takes
         m_socket.set_option(timeout);
+        m_socket.control_callback([this](websocket::frame_type, beast::string_view) { m_isActive = true; });
         m_socket.set_option(websocket::stream_base::decorator([](websocket::response_type& response) {
             response.set(http::field::sec_websocket_protocol, subprotocol);
             response.set(http::field::server, "scribera-bridge");
@@ -82,10 +84,12 @@ public:
         m_socket.read_message_max(longestMessage);
         m_socket.write_buffer_bytes(longestMessage);
         m_socket.async_accept(request, [self = self()](const error_code& error) {
-            if (error)
-                self->lost();
-            else
-                self->read();
+            if (error) {
+                self->end();
+                return;
+            }
+            self->watch();
+            self->read();
         });
     }
 
@@ -99,9 +103,10 @@ private:
     {
         m_socket.async_read(m_buffer, [self = self()](const error_code& error, std::size_t) {
             if (error) {
-                self->lost();
+                self->end();
                 return;
             }
+            self->m_isActive = true;
             const asio::const_buffer data = self->m_buffer.cdata();
             self->received({static_cast<const char*>(data.data()), data.size()}, self->m_socket.got_text());
             self->m_buffer.consume(self->m_buffer.size());
@@ -113,22 +118,51 @@ private:
     {
         m_socket.text(isText);
         m_socket.async_write(asio::buffer(bytes), [self = self()](const error_code& error, std::size_t) {
-            if (error)
-                self->lost();
-            else
-                self->written();
+            if (error) {
+                self->end();
+                return;
+            }
+            self->m_isActive = true;
+            self->written();
         });
     }
 
     void close(CloseCode code) override
     {
         m_socket.async_close(static_cast<websocket::close_code>(code),
-                             [self = self()](const error_code&) { self->lost(); });
+                             [self = self()](const error_code&) { self->end(); });
+    }
+
+    void end()
+    {
+        m_aliveTimer.cancel();
+        lost();
+    }
+
+    // A client that neither sends nor takes anything is asked whether it is there, and left when it does not
+    // answer.
+    void watch()
+    {
+        m_aliveTimer.expires_after(pingInterval);
+        m_aliveTimer.async_wait([self = self()](const error_code& error) {
+            if (error)
+                return;
+            if (!std::exchange(self->m_isActive, false)) {
+                beast::get_lowest_layer(self->m_socket).close(); // ends what is under way
+                return;
+            }
+            if (!std::exchange(self->m_isAsking, true))
+                self->m_socket.async_ping({}, [self](const error_code&) { self->m_isAsking = false; });
+            self->watch();
+        });
     }
 
     Counted m_counted;
     websocket::stream<Stream> m_socket;
     beast::flat_buffer m_buffer{longestMessage + 1024};
+    asio::steady_timer m_aliveTimer;
+    bool m_isActive = true;
+    bool m_isAsking = false;
 };
 
 template <typename Stream>
@@ -173,10 +207,16 @@ private:
     void handle()
     {
         const HttpRequest& request = m_parser.get();
-        const std::string_view target(request.target().data(), request.target().size());
+        const std::string_view whole(request.target().data(), request.target().size());
+        const std::string_view target = whole.substr(0, whole.find('?')); // what follows is the example's own
         const std::optional<std::string_view> origin = header(http::field::origin);
         const std::optional<std::string_view> host = header(http::field::host);
         m_isHead = request.method() == http::verb::head;
+        if (!isOwnUsers(beast::get_lowest_layer(m_stream).socket())) {
+            log("refused: a client of another user");
+            refuse(http::status::forbidden, "the service is another user's");
+            return;
+        }
         if (!host || !isOwnHost(*host, m_service.port(), m_service.isSecure())) {
             log("refused: Host " + printable(host.value_or("missing")));
             refuse(http::status::forbidden, "the service has another address");

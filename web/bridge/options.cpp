@@ -28,6 +28,8 @@ its address on a line of standard output, and serves until it is told to end.
   --key FILE             its private key, where that is not in the same file.
   --allow-no-origin      let clients in that are no browsers.
   --no-loopback-pages    refuse pages of loopback addresses too, unless they are named.
+  --open-time SECONDS    close a pad that was open for so long, 1 to 86400. Default 3600.
+  --resume-time SECONDS  keep a pad open for so long without a page, 1 to 3600. Default 30.
   --config FILE          read options from a file: one a line, without the dashes, 'allow-origin = ORIGIN'; '#'
                          begins a comment. The command line counts more.
   --help, --version      this text; the version.
@@ -57,6 +59,8 @@ constexpr Kind kinds[] = {
     {"key", true, true},
     {"allow-no-origin", false, true},
     {"no-loopback-pages", false, true},
+    {"open-time", true, true},
+    {"resume-time", true, true},
     {"config", true, false},
 };
 
@@ -73,14 +77,27 @@ std::string absolutePath(const std::string& path)
 }
 
 // Throws the reason.
+template <typename Number>
+Number numberOf(const Given& given, Number smallest, Number largest)
+{
+    Number number = 0;
+    const char* const end = given.value.data() + given.value.size();
+    const auto [last, error] = std::from_chars(given.value.data(), end, number);
+    if (error != std::errc() || last != end || number < smallest || number > largest)
+        throw given.name + " has to be a number from " + std::to_string(smallest) + " to " +
+            std::to_string(largest) + ", not " + given.value;
+    return number;
+}
+
 void apply(Options& options, const Given& given)
 {
     const std::string& value = given.value;
     if (given.name == "port") {
-        const char* const end = value.data() + value.size();
-        const auto [last, error] = std::from_chars(value.data(), end, options.port);
-        if (error != std::errc() || last != end)
-            throw std::string("the port has to be a number from 0 to 65535, not " + value);
+        options.port = numberOf<unsigned short>(given, 0, 65535);
+    } else if (given.name == "open-time") {
+        options.openSeconds = numberOf(given, 1, 86400);
+    } else if (given.name == "resume-time") {
+        options.resumeSeconds = numberOf(given, 1, 3600);
     } else if (given.name == "allow-origin") {
         if (!options.origins.allow(value))
             throw std::string(value + " is no origin; one is https://contracts.example");

@@ -15,6 +15,8 @@ struct Options
     std::string certificate; // empty: without TLS
     std::string key;
     bool allowsNoOrigin = false;
+    int openSeconds = 3600; // that a pad may be open
+    int resumeSeconds = 30; // that a session waits for a connection
 };
 
 // The command line cannot be used; or the file cannot. With the exit code of the program.

@@ -42,8 +42,8 @@ public:
     {
         std::string workerProgram;
         std::string driver;
-        std::chrono::milliseconds resumeTime{30'000};
-        std::chrono::milliseconds openTime{3'600'000};
+        std::chrono::seconds resumeTime{};
+        std::chrono::seconds openTime{};
     };
 
     PadSession(boost::asio::io_context& context, const Setting& setting, const Open& open,

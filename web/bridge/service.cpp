@@ -75,14 +75,21 @@ Service::Service(asio::io_context& context, const Options& options)
 {
     m_setting.workerProgram = ownFolder() + "/scribera-bridge-worker";
     m_setting.driver = m_options.driver;
+    m_setting.openTime = std::chrono::seconds(m_options.openSeconds);
+    m_setting.resumeTime = std::chrono::seconds(m_options.resumeSeconds);
     if (access(m_setting.workerProgram.c_str(), X_OK) != 0)
         throw std::runtime_error(m_setting.workerProgram + " is missing");
     if (!m_options.certificate.empty()) {
         m_tls.emplace(asio::ssl::context::tls_server);
         m_tls->set_options(asio::ssl::context::default_workarounds | asio::ssl::context::no_tlsv1 |
                            asio::ssl::context::no_tlsv1_1);
-        m_tls->use_certificate_chain_file(m_options.certificate);
-        m_tls->use_private_key_file(m_options.key, asio::ssl::context::pem);
+        error_code error;
+        m_tls->use_certificate_chain_file(m_options.certificate, error);
+        if (error)
+            throw std::runtime_error(m_options.certificate + ": " + error.message());
+        m_tls->use_private_key_file(m_options.key, asio::ssl::context::pem, error);
+        if (error)
+            throw std::runtime_error(m_options.key + ": " + error.message());
     }
     m_pages = {
         {"/health", "application/json",

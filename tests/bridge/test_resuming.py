@@ -1,0 +1,193 @@
+"""Connections and workers come and go; points stay."""
+
+from __future__ import annotations
+
+import os
+import signal
+import time
+
+import pytest
+
+from conftest import Start
+from service import PAGE, Client, Refused, Service, signing
+
+ENDLESS = signing(name="flowing", SCRIBERA_SIM_LOOP="1", SCRIBERA_SIM_RATE="1", SCRIBERA_SIM_START_MS="0")
+
+
+def refused_resume(client: Client, token: str) -> str | None:
+    with pytest.raises(Refused) as refused:
+        client.resume(token)
+    return refused.value.type
+
+
+def test_a_reloaded_page_has_all_points(start: Start) -> None:
+    service = start(**ENDLESS)
+    with service.client() as before:
+        token = before.open()["token"]
+        before.until(lambda: len(before.points) >= 50)
+        seen = before.points
+        before.drop()
+        with service.client() as after:
+            assert after.resume(token)["token"] == token
+            after.until(lambda: len(after.points) >= 100)
+            assert after.points[: len(seen)] == seen
+            inside = after.ask("points", **{"from": 0, "count": 100})
+            assert inside["points"] == after.points[:100]
+
+
+def test_goes_on_where_the_client_is(start: Start) -> None:
+    service = start(**ENDLESS)
+    with service.client() as before:
+        token = before.open()["token"]
+        before.until(lambda: len(before.points) >= 50)
+        before.drop()
+        with service.client() as after:
+            after.points = list(before.points)
+            session = after.resume(token)
+            assert session["points"] >= len(before.points)
+            after.until(lambda: len(after.points) >= session["points"] + 20)
+            assert after.ask("points", **{"from": 0, "count": 100})["points"] == after.points[:100]
+
+
+def test_begins_anew_after_a_clear_that_was_missed(start: Start) -> None:
+    service = start(**ENDLESS)
+    with service.client() as before:
+        token = before.open()["token"]
+        before.until(lambda: len(before.points) >= 5)
+        before.ask("clear")
+        before.drop()
+        with service.client() as after:
+            session = after.resume(token, clears=0, points=3)
+            assert session["clears"] == 1
+            after.until(lambda: len(after.points) >= 10)
+
+
+def test_more_points_than_there_are(service: Service) -> None:
+    with service.client() as before:
+        token = before.open()["token"]
+        before.drop()
+        with service.client() as after:
+            assert after.resume(token, clears=7, points=2**53 - 1)["points"] == 0
+
+
+def test_takes_over(start: Start) -> None:
+    service = start(**ENDLESS)
+    with service.client() as one, service.client() as other:
+        token = one.open()["token"]
+        waiting = one.send("wait", timeout=60_000)
+        one.until(lambda: len(one.points) >= 1)
+        other.resume(token)
+        assert one.until_news("closed")["reason"] == "taken-over"
+        with pytest.raises(Refused) as refused:
+            one.answer(waiting)
+        assert refused.value.type == "no-session"
+        other.until(lambda: len(other.points) >= 10)
+        assert one.open("K420")["points"] == 0
+
+
+@pytest.mark.parametrize("stranger", ["A" * 43, "wrong page"])
+def test_nobody_else_resumes(start: Start, stranger: str) -> None:
+    service = start("--allow-origin", "https://other.example")
+    with service.client() as page:
+        token = page.open()["token"]
+        origin = "https://other.example" if stranger == "wrong page" else PAGE
+        with service.client(origin=origin) as other:
+            assert refused_resume(other, token if stranger == "wrong page" else stranger) == "unknown-token"
+        assert page.ask("wait", timeout=0) == {"key": "timeout"}
+
+
+def test_tokens_end_with_the_session(service: Service) -> None:
+    with service.client() as page:
+        token = page.open()["token"]
+        page.ask("close")
+        assert refused_resume(page, token) == "unknown-token"
+
+
+def test_a_pad_is_free_again_when_nobody_comes_back(start: Start) -> None:
+    service = start("--resume-time", "1")
+    with service.client() as page:
+        token = page.open()["token"]
+        page.drop()
+    while service.workers():
+        time.sleep(0.05)
+    with service.client() as page:
+        assert refused_resume(page, token) == "unknown-token"
+        page.open()
+
+
+def test_a_pad_is_not_open_for_ever(start: Start) -> None:
+    with start("--open-time", "1").client() as page:
+        token = page.open()["token"]
+        assert page.until_news("closed")["reason"] == "open-too-long"
+        assert refused_resume(page, token) == "unknown-token"
+        page.open()
+
+
+def test_a_killed_worker_costs_its_session_alone(start: Start) -> None:
+    service = start(**ENDLESS)
+    with service.client() as page, service.client() as other:
+        page.open()
+        (worker,) = service.workers()
+        other.open("K420")
+        waiting = page.send("wait", timeout=60_000)
+        page.until(lambda: len(page.points) >= 50)
+        began = time.monotonic()
+        os.kill(worker, signal.SIGKILL)
+        assert page.until_news("closed")["reason"] == "worker-failed"
+        assert time.monotonic() - began < 1
+        with pytest.raises(Refused) as refused:
+            page.answer(waiting)
+        assert refused.value.type == "worker-failed"
+        had = len(other.points)
+        other.until(lambda: len(other.points) >= had + 20)
+        page.points = []
+        page.open()
+        page.until(lambda: len(page.points) >= 10)
+
+
+def test_a_worker_that_hangs_is_ended(start: Start) -> None:
+    service = start(**ENDLESS)
+    with service.client() as page:
+        page.open()
+        (worker,) = service.workers()
+        number = page.send("image", format="png")
+        os.kill(worker, signal.SIGSTOP)
+        assert page.until_news("closed")["reason"] == "worker-failed"
+        page.until(lambda: number in page.answers)
+        page.points = []
+        page.open()
+        assert worker not in service.workers()
+
+
+def test_a_worker_that_cannot_start(start: Start) -> None:
+    service = start(XDG_RUNTIME_DIR="/nowhere")
+    with service.client() as page:
+        with pytest.raises(Refused) as refused:
+            page.open()
+        assert refused.value.type == "worker-failed"
+    assert "no folder for temporary files can be made" in service.log()
+
+
+def test_the_service_says_that_it_stops(start: Start) -> None:
+    service = start(**ENDLESS)
+    with service.client() as page:
+        page.open()
+        service.process.terminate()
+        assert page.until_news("closed")["reason"] == "service-stops"
+        assert page.until_closed() == 1001
+    assert service.end() == 0
+
+
+def test_workers_end_with_a_killed_service(start: Start) -> None:
+    service = start()
+    with service.client() as page:
+        page.open()
+        (worker,) = service.workers()
+        service.process.kill()
+        service.process.wait()
+        while os.path.exists(f"/proc/{worker}/exe"):
+            time.sleep(0.05)
+    service.process.returncode = 0
+    for folder in service.runtime_folder.iterdir():
+        assert not list(folder.iterdir())
+        folder.rmdir()
