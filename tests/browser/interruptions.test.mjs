@@ -40,6 +40,32 @@ for (const kind of kinds)
       await assertWhole(page);
     });
 
+    await t.test("the next page of the tab gets the pad, and nothing of the signature", async (t) => {
+      const service = await startService(t, slowly);
+      const page = await open(browser, site.origin);
+      const { token } = await start(page, { model, size, url: service.pad });
+      await hasBegun(page);
+      await page.goto(`${site.origin}/?next`);
+      const next = await start(page, { model, size, url: service.pad });
+      assert.notEqual(next.token, token);
+      assert.equal(await page.evaluate(() => window.heard.find(({ type }) => type === "point")?.index ?? 0), 0);
+      await assertWhole(page);
+    });
+
+    if (kind === "chromium") // Firefox cannot be told to crash one
+      await t.test("a tab that crashed and is loaded again goes on with the signature", async (t) => {
+        const service = await startService(t, slowly);
+        const page = await open(browser, site.origin);
+        const { token } = await start(page, { model, size, url: service.pad });
+        await hasBegun(page);
+        const crashed = new Promise((resolve) => page.once("error", resolve));
+        (await page.createCDPSession()).send("Page.crash").catch(() => {});
+        await crashed;
+        await page.reload();
+        assert.equal((await start(page, { model, size, url: service.pad })).token, token);
+        await assertWhole(page);
+      });
+
     await t.test("a tab that crashed is followed by another one with the token", async (t) => {
       const service = await startService(t, slowly);
       const page = await open(browser, site.origin);
