@@ -38,5 +38,7 @@ for (const kind of kinds)
       seconds,
     );
     const part = (share) => took[Math.ceil(share * took.length) - 1].toFixed(1);
-    t.diagnostic(`${took.length} points, ms: median ${part(0.5)}, 99 % ${part(0.99)}, 99.9 % ${part(0.999)}, all ${part(1)}`);
+    t.diagnostic(
+      `${took.length} points, ms: median ${part(0.5)}, 99 % ${part(0.99)}, 99.9 % ${part(0.999)}, all ${part(1)}`,
+    );
   });

@@ -139,7 +139,9 @@ export abstract class Pad extends EventTarget {
   svg(options?: { clip?: [number, number]; signal?: AbortSignal }): Promise<string>;
   /** The points as text: Base64 of the library's records. */
   ink(options?: { signal?: AbortSignal }): Promise<string>;
-  device(options?: { signal?: AbortSignal }): Promise<{ pad: string | null; pen: string | null; version: string | null }>;
+  device(options?: {
+    signal?: AbortSignal;
+  }): Promise<{ pad: string | null; pen: string | null; version: string | null }>;
   fingerprint(format?: "png" | "jpeg" | "bmp", options?: { signal?: AbortSignal }): Promise<Blob>;
   /** Draws what was written from a point on, in pixels of the picture. */
   draw(context: CanvasRenderingContext2D, from?: number): void;

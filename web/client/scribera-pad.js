@@ -215,9 +215,7 @@ export class Pad extends EventTarget {
     this.#numbers.push(x, y, pressure, time, end);
     const stroke = this.#stroke;
     this.#stroke += end;
-    this.dispatchEvent(
-      new PadEvent("point", { index: this.count - 1, x, y, pressure, time, stroke, end: end === 1 }),
-    );
+    this.dispatchEvent(new PadEvent("point", { index: this.count - 1, x, y, pressure, time, stroke, end: end === 1 }));
   }
 
   _forgetPoints() {

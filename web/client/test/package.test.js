@@ -19,11 +19,15 @@ test("the module needs nothing else", () => {
 });
 
 test("the package holds the module, its types and its description", () => {
-  const [{ files }] = JSON.parse(execFileSync("npm", ["pack", "--dry-run", "--json"], { cwd: folder, stdio: ["ignore", "pipe", "ignore"] }));
-  assert.deepEqual(
-    files.map(({ path }) => path).sort(),
-    ["README.md", "package.json", "scribera-pad.d.ts", "scribera-pad.js"],
+  const [{ files }] = JSON.parse(
+    execFileSync("npm", ["pack", "--dry-run", "--json"], { cwd: folder, stdio: ["ignore", "pipe", "ignore"] }),
   );
+  assert.deepEqual(files.map(({ path }) => path).sort(), [
+    "README.md",
+    "package.json",
+    "scribera-pad.d.ts",
+    "scribera-pad.js",
+  ]);
 });
 
 test("the lock file names no registry", () => {
@@ -36,14 +40,26 @@ test("the types declare what is exported, and are right in themselves", () => {
   assert.deepEqual(declared.sort(), Object.keys(exported).sort());
   execFileSync(
     process.execPath,
-    ["node_modules/typescript/bin/tsc", "--strict", "--noEmit", "--lib", "es2022,dom", "--module", "nodenext", "test/use.ts"],
+    [
+      "node_modules/typescript/bin/tsc",
+      "--strict",
+      "--noEmit",
+      "--lib",
+      "es2022,dom",
+      "--module",
+      "nodenext",
+      "test/use.ts",
+    ],
     { cwd: folder, stdio: ["ignore", 2, 2] },
   );
 });
 
 test("the types know each member of a pad", () => {
   const types = read("scribera-pad.d.ts");
-  for (const [name, of] of [["Pad", "Pad"], ["ScriberaPadElement", "ScriberaPadElement"]]) {
+  for (const [name, of] of [
+    ["Pad", "Pad"],
+    ["ScriberaPadElement", "ScriberaPadElement"],
+  ]) {
     const body = types.match(new RegExp(`class ${of} .*?\\n}`, "s"))[0];
     const members = Object.getOwnPropertyNames(exported[name].prototype).filter(
       (member) => !/^(_|constructor|\w+Callback$)/.test(member),

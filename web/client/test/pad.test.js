@@ -31,12 +31,14 @@ async function open(options = {}) {
   return pad;
 }
 
-const isError = (type, message = /./) => (error) => {
-  assert.ok(error instanceof PadError, String(error));
-  assert.equal(error.type, type);
-  assert.match(error.message, message);
-  return true;
-};
+const isError =
+  (type, message = /./) =>
+  (error) => {
+    assert.ok(error instanceof PadError, String(error));
+    assert.equal(error.type, type);
+    assert.match(error.message, message);
+    return true;
+  };
 
 test("open asks for the model and the size of the picture", async () => {
   const pad = await open({ size: [640, 320] });
@@ -104,7 +106,13 @@ test("a long signature is kept whole", async () => {
   for (let from = 0; from < count; from += 1000)
     service.notify("points", {
       from,
-      points: Array.from({ length: 1000 }, (_, index) => [(from + index) % 2360, 7, 300, 1700000000000 + from + index, 0]),
+      points: Array.from({ length: 1000 }, (_, index) => [
+        (from + index) % 2360,
+        7,
+        300,
+        1700000000000 + from + index,
+        0,
+      ]),
     });
   while (pad.count < count) await next(pad, "point");
   assert.deepEqual(pad.points(12_345, 1), [{ x: 545, y: 7, pressure: 300, time: 1700000012345, end: false }]);
@@ -258,7 +266,10 @@ test("a pad that ends tells why, and keeps its points", async () => {
 test("without a service the error says what to do", async () => {
   const { url, port } = service;
   await service.stop();
-  await assert.rejects(open({ url }), isError("no-service", new RegExp(`^no service on 127.0.0.1:${port}: is scribera-bridge installed and running\\?`)));
+  await assert.rejects(
+    open({ url }),
+    isError("no-service", new RegExp(`^no service on 127.0.0.1:${port}: is scribera-bridge installed and running\\?`)),
+  );
   await service.start(port);
 });
 

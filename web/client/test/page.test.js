@@ -84,7 +84,14 @@ test("mouse and finger draw as wide as the pen is set", async () => {
 test("the samples that a browser joins are all points", async () => {
   const { pad, surface } = await open();
   surface.send("pointerdown");
-  const joined = [40, 60, 80].map((clientX) => ({ pointerId: 1, pointerType: "pen", pressure: 0.5, clientX, clientY: 30, timeStamp: 5 }));
+  const joined = [40, 60, 80].map((clientX) => ({
+    pointerId: 1,
+    pointerType: "pen",
+    pressure: 0.5,
+    clientX,
+    clientY: 30,
+    timeStamp: 5,
+  }));
   surface.send("pointermove", { clientX: 80, getCoalescedEvents: () => joined });
   surface.send("pointermove", { clientX: 100, getCoalescedEvents: () => [] });
   assert.deepEqual(
@@ -176,7 +183,9 @@ test("the page takes the place of a service that is not there, and of no other f
   assert.equal(pad.reason.type, "no-service");
   surface.send("pointerdown");
   assert.equal(pad.count, 1);
-  await assert.rejects(Pad.open({ model: "K210", surface, url, webSocket: WebSocket, source: "pad" }), { type: "no-service" });
+  await assert.rejects(Pad.open({ model: "K210", surface, url, webSocket: WebSocket, source: "pad" }), {
+    type: "no-service",
+  });
   await assert.rejects(Pad.open({ model: "K210", source: "page" }), { type: "invalid-argument" });
 });
 
@@ -265,33 +274,59 @@ test("the ink text is made of the library's records", async () => {
 const { SCRIBERA_PAD_TOOL, SCRIBERA_DRIVER_LIBRARY } = process.env;
 
 for (const model of Object.keys(models)) {
-  test(`the library, signed with the ink text, has the same points and lines on ${model}`, { skip: !SCRIBERA_PAD_TOOL }, async () => {
-    const { pad, surface } = await open(model);
-    write(surface);
-    const folder = mkdtempSync(join(tmpdir(), "scribera-client-"));
-    try {
-      writeFileSync(join(folder, "page.ink"), await pad.ink());
-      execFileSync(SCRIBERA_PAD_TOOL, ["sign", "--driver", SCRIBERA_DRIVER_LIBRARY, "--model", model, "--size", "800x400", "-o", "library.ink", "-o", "library.svg"], {
-        cwd: folder,
-        env: { ...process.env, SCRIBERA_SIM_RECORDING: "page.ink", SCRIBERA_SIM_RATE: "max", SCRIBERA_SIM_KEY: "confirm", SCRIBERA_SIM_MODEL: model },
-        stdio: ["ignore", "ignore", "inherit"],
-      });
-      const replayed = records(readFileSync(join(folder, "library.ink"), "latin1"));
-      assert.deepEqual(
-        replayed.map(({ place }) => place),
-        placed(pad),
-      );
-      const svg = readFileSync(join(folder, "library.svg"), "utf8");
-      const lines = [...svg.matchAll(/stroke-width="([\d.]+)"[^>]*>\s*<polyline[^>]*points="([^"]*)"/g)].map(
-        ([, width, points]) => [...points.trim().split(/[ ,]/), width].map(Number),
-      );
-      const own = [...pad._lines()];
-      assert.equal(lines.length, own.length);
-      lines.forEach((line, index) =>
-        line.forEach((value, at) => assert.ok(Math.abs(value - own[index][at]) < 0.001, `${line}: ${own[index]}`)),
-      );
-    } finally {
-      rmSync(folder, { recursive: true });
-    }
-  });
+  test(
+    `the library, signed with the ink text, has the same points and lines on ${model}`,
+    { skip: !SCRIBERA_PAD_TOOL },
+    async () => {
+      const { pad, surface } = await open(model);
+      write(surface);
+      const folder = mkdtempSync(join(tmpdir(), "scribera-client-"));
+      try {
+        writeFileSync(join(folder, "page.ink"), await pad.ink());
+        execFileSync(
+          SCRIBERA_PAD_TOOL,
+          [
+            "sign",
+            "--driver",
+            SCRIBERA_DRIVER_LIBRARY,
+            "--model",
+            model,
+            "--size",
+            "800x400",
+            "-o",
+            "library.ink",
+            "-o",
+            "library.svg",
+          ],
+          {
+            cwd: folder,
+            env: {
+              ...process.env,
+              SCRIBERA_SIM_RECORDING: "page.ink",
+              SCRIBERA_SIM_RATE: "max",
+              SCRIBERA_SIM_KEY: "confirm",
+              SCRIBERA_SIM_MODEL: model,
+            },
+            stdio: ["ignore", "ignore", "inherit"],
+          },
+        );
+        const replayed = records(readFileSync(join(folder, "library.ink"), "latin1"));
+        assert.deepEqual(
+          replayed.map(({ place }) => place),
+          placed(pad),
+        );
+        const svg = readFileSync(join(folder, "library.svg"), "utf8");
+        const lines = [...svg.matchAll(/stroke-width="([\d.]+)"[^>]*>\s*<polyline[^>]*points="([^"]*)"/g)].map(
+          ([, width, points]) => [...points.trim().split(/[ ,]/), width].map(Number),
+        );
+        const own = [...pad._lines()];
+        assert.equal(lines.length, own.length);
+        lines.forEach((line, index) =>
+          line.forEach((value, at) => assert.ok(Math.abs(value - own[index][at]) < 0.001, `${line}: ${own[index]}`)),
+        );
+      } finally {
+        rmSync(folder, { recursive: true });
+      }
+    },
+  );
 }

@@ -91,7 +91,10 @@ test("a connection that breaks is made again, and no point is lost", async () =>
   pad.addEventListener("statechange", () => states.push(pad.state));
   service.drop();
   await until(() => pad.count === 6);
-  assert.deepEqual(seen, points.map(([x], index) => [index, x]));
+  assert.deepEqual(
+    seen,
+    points.map(([x], index) => [index, x]),
+  );
   assert.deepEqual(states, ["reconnecting", "open"]);
   assert.deepEqual(service.requests.at(-1), ["resume", { token: TOKEN, clears: 0, points: 2 }]);
 });
@@ -182,7 +185,10 @@ for (const crashes of [false, true])
     const pad = await open();
     await until(() => pad.count === 6);
     assert.deepEqual(service.requests, [["resume", { token: TOKEN, clears: 0, points: 0 }]]);
-    assert.deepEqual([...pad._lines()].map((line) => line.at(-1)), Array(5).fill("#0000ff"));
+    assert.deepEqual(
+      [...pad._lines()].map((line) => line.at(-1)),
+      Array(5).fill("#0000ff"),
+    );
   });
 
 for (const [what, href, type] of [
@@ -201,7 +207,10 @@ for (const [what, href, type] of [
     service.notify("points", { from: 0, points: points.slice(0, 2) });
     await until(() => pad.count > 0);
     assert.equal(pad.count, 2);
-    assert.deepEqual([...pad._lines()].map((line) => line.at(-1)), ["#000000"]);
+    assert.deepEqual(
+      [...pad._lines()].map((line) => line.at(-1)),
+      ["#000000"],
+    );
   });
 
 test("a page leaves the session alone that another one may still have", async () => {
