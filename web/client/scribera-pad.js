@@ -882,8 +882,8 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
   formDisabledCallback(isDisabled) {
     this.#isDisabled = isDisabled;
     this.#show();
-    if (isDisabled) this.close();
-    else this.#openByItself();
+    if (!isDisabled) this.#openByItself();
+    else if (this.#value === null) this.close(); // a form that is being sent keeps what it sends
   }
 
   formResetCallback() {
@@ -937,9 +937,8 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
       pad.addEventListener("clear", () => this.#forget());
       pad.addEventListener("error", ({ error }) => this.#fail(error));
       pad.addEventListener("statechange", () => this.#show(pad.state === "open" ? this.#prompt() : pad.state));
-      this.#redraw();
       await this.#setPen();
-      this.#show(this.#prompt());
+      this.#forget();
       this.#obey(pad);
     } catch (error) {
       if (signal.aborted) return;
