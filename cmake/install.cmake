@@ -65,4 +65,21 @@ install(PROGRAMS scripts/run-demo scripts/run-window-demo DESTINATION ${SCRIBERA
 configure_file(packaging/scribera-demo.in ${PROJECT_BINARY_DIR}/packaging/scribera-demo @ONLY)
 install(PROGRAMS ${PROJECT_BINARY_DIR}/packaging/scribera-demo DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 # Manual pages, and completion of command lines.
-install(DIRECTORY packaging/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} COMPONENT tools)
+install(DIRECTORY packaging/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} COMPONENT tools
+    PATTERN scribera-bridge.1 EXCLUDE)
+
+if(SCRIBERA_BUILD_BRIDGE)
+    install(TARGETS scribera-bridge scribera-bridge-worker
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT bridge)
+    set_target_properties(scribera-bridge-worker PROPERTIES
+        INSTALL_RPATH "\$ORIGIN/${SCRIBERA_LIBRARY_OF_PROGRAMS}")
+    install(FILES web/client/scribera-pad.js web/bridge/example.html
+        DESTINATION ${SCRIBERA_DATA_DIR}/web COMPONENT bridge)
+    install(FILES packaging/share/man/man1/scribera-bridge.1
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT bridge)
+    install(FILES web/bridge/scribera-bridge.conf DESTINATION ${CMAKE_INSTALL_SYSCONFDIR} COMPONENT bridge)
+    # Where the manager of each user looks, for an installation into /usr; others copy them to /etc/systemd/user.
+    configure_file(web/bridge/systemd/scribera-bridge.service.in ${PROJECT_BINARY_DIR}/web/scribera-bridge.service @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/web/scribera-bridge.service web/bridge/systemd/scribera-bridge.socket
+        DESTINATION lib/systemd/user COMPONENT bridge)
+endif()

@@ -120,6 +120,18 @@ def test_sockets_of_the_manager(tmp_path: Path) -> None:
         assert process.wait(60) in (0, -signal.SIGTERM)
 
 
+UNIT = os.environ.get("SCRIBERA_BRIDGE_UNIT")
+
+
+@pytest.mark.skipif(not UNIT or not shutil.which("systemd-analyze"), reason="the unit and systemd are needed")
+def test_the_unit_leaves_little_open() -> None:
+    assert UNIT
+    told = subprocess.run(
+        ["systemd-analyze", "security", "--offline=true", "--threshold=20", UNIT], capture_output=True, text=True, timeout=60
+    )
+    assert told.returncode == 0 and "Overall exposure level" in told.stdout, told.stdout + told.stderr
+
+
 LAUNCHER = """
 import os, socket, sys
 one = socket.socket(socket.AF_INET if sys.argv[1] != "unix" else socket.AF_UNIX)

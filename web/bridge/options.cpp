@@ -32,7 +32,8 @@ its address on a line of standard output, and serves until it is told to end.
   --resume-time SECONDS  keep a pad open for so long without a page, 1 to 3600. Default 30.
   --config FILE          read options from a file: one a line, without the dashes, 'allow-origin = ORIGIN'; '#'
                          begins a comment. The command line counts more.
-  --help, --version      this text; the version.
+  -h, --help             this text.
+  --version              the version.
 
 /health tells that the service is there, /scribera-pad.js is the client for pages, /example a page that signs.
 Exit code: 0 ended by SIGTERM or SIGINT, 1 failure, 2 wrong usage.

@@ -47,7 +47,7 @@ bool isOwnUsers(const tcp::socket& socket)
     if (error)
         return false;
     const std::string wanted = inTable(theirs) + ' ' + inTable(ours);
-    std::ifstream table(theirs.protocol() == tcp::v4() ? "/proc/net/tcp" : "/proc/net/tcp6");
+    std::ifstream table(theirs.protocol() == tcp::v4() ? "/proc/self/net/tcp" : "/proc/self/net/tcp6");
     std::string line;
     while (std::getline(table, line)) {
         const std::size_t at = line.find(wanted);

@@ -18,7 +18,7 @@ struct PadModel
     const char* name;
     int deviceType;
 };
-constexpr PadModel padModels[] = {{"K210", 2}, {"K420", 5}, {"K421B", 7}, {"KM730", 3}, {"T580", 4}};
+inline constexpr PadModel padModels[] = {{"K210", 2}, {"K420", 5}, {"K421B", 7}, {"KM730", 3}, {"T580", 4}};
 
 struct Open
 {

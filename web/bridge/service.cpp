@@ -54,10 +54,13 @@ std::size_t roomForSockets()
 {
     constexpr std::size_t spare = 64;
     constexpr std::size_t enough = 4096;
+    constexpr std::size_t usual = 1024;
     rlimit limit = {};
-    getrlimit(RLIMIT_NOFILE, &limit);
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) // a sandbox may forbid to ask
+        return usual - spare;
     limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, enough);
-    setrlimit(RLIMIT_NOFILE, &limit);
+    if (setrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return usual - spare;
     return static_cast<std::size_t>(limit.rlim_cur) - std::min<std::size_t>(spare, limit.rlim_cur / 2);
 }
 
