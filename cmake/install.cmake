@@ -3,7 +3,7 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-foreach(folder IN ITEMS BINDIR LIBDIR INCLUDEDIR DATADIR)
+foreach(folder IN ITEMS BINDIR LIBDIR LIBEXECDIR INCLUDEDIR DATADIR)
     if(IS_ABSOLUTE "${CMAKE_INSTALL_${folder}}")
         message(FATAL_ERROR "CMAKE_INSTALL_${folder} has to be relative to the prefix")
     endif()
@@ -69,11 +69,12 @@ install(DIRECTORY packaging/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} COMPONEN
     PATTERN scribera-bridge.1 EXCLUDE)
 
 if(SCRIBERA_BUILD_BRIDGE)
-    install(TARGETS scribera-bridge scribera-bridge-worker
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT bridge)
+    install(TARGETS scribera-bridge RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT bridge)
+    # It looks for drivers and library as the programs do, from a folder beside theirs.
+    install(TARGETS scribera-bridge-worker RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT bridge)
     set_target_properties(scribera-bridge-worker PROPERTIES
         INSTALL_RPATH "\$ORIGIN/${SCRIBERA_LIBRARY_OF_PROGRAMS}")
-    install(FILES web/client/scribera-pad.js web/bridge/example.html
+    install(FILES web/client/scribera-pad.js web/client/scribera-pad.d.ts web/bridge/example.html
         DESTINATION ${SCRIBERA_DATA_DIR}/web COMPONENT bridge)
     install(FILES packaging/share/man/man1/scribera-bridge.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT bridge)

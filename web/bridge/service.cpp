@@ -37,6 +37,13 @@ std::string ownFolder()
     return std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
 }
 
+// An installation has it where nobody starts it by hand, a build tree beside this program.
+std::string workerProgram()
+{
+    const std::string installed = ownFolder() + "/" SCRIBERA_INSTALLED_WORKER;
+    return access(installed.c_str(), X_OK) == 0 ? installed : ownFolder() + "/scribera-bridge-worker";
+}
+
 // An installation has what is served in its data folder, a build tree beside the programs.
 std::string contentOf(const std::string& name)
 {
@@ -76,7 +83,7 @@ Service::Service(asio::io_context& context, const Options& options)
     : m_context(context), m_options(options), m_mostSockets(roomForSockets()),
       m_signals(context, SIGINT, SIGTERM), m_stopTimer(context)
 {
-    m_setting.workerProgram = ownFolder() + "/scribera-bridge-worker";
+    m_setting.workerProgram = workerProgram();
     m_setting.driver = m_options.driver;
     m_setting.openTime = std::chrono::seconds(m_options.openSeconds);
     m_setting.resumeTime = std::chrono::seconds(m_options.resumeSeconds);
