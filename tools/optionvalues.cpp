@@ -51,7 +51,7 @@ int penWidthOption(const QCommandLineParser& parser, const char* option)
 
 QColor colorOption(const QCommandLineParser& parser, const char* option)
 {
-    const QColor color(parser.value(QLatin1String(option)));
+    QColor color(parser.value(QLatin1String(option)));
     if (!color.isValid() || color.alpha() != 255)
         throw UsageError{wrongValue(parser, option, "#rrggbb or the name of an opaque colour")};
     return color;

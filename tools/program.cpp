@@ -36,7 +36,7 @@ int exitCodeOf(const char* program, int (*run)(const QStringList& arguments), co
 
 QString commandName(const QStringList& arguments)
 {
-    const QString first = arguments.value(1);
+    QString first = arguments.value(1);
     if (first.isEmpty() || first.startsWith(QLatin1Char('-')))
         throw UsageError{first.isEmpty() ? QStringLiteral("no command named")
                                          : QStringLiteral("a command comes first, not '%1'").arg(first)};
