@@ -101,6 +101,30 @@ for (const kind of kinds)
       assert.deepEqual(page.faults, []);
     });
 
+    await t.test("it speaks the page's language", async (t) => {
+      const site = await serveApplication(t, {
+        element: "",
+        more: {
+          "/": `<!doctype html><html lang="de"><title>Unterschrift</title>
+            <scribera-pad model="K210" source="page"></scribera-pad>
+            <script type="module">
+            import { ScriberaPadElement } from "./scribera-pad.js";
+            Object.assign(ScriberaPadElement.texts, { confirm: "Bestätigen", page: "Bitte hier unterschreiben." });
+            </script></html>`,
+        },
+      });
+      const page = await open(browser, site.origin);
+      await holds(page, () => document.querySelector("scribera-pad").pad);
+      const words = () =>
+        page.$eval("scribera-pad", ({ shadowRoot }) => [
+          shadowRoot.querySelector("p").textContent,
+          ...[...shadowRoot.querySelectorAll("button")].map(({ textContent }) => textContent),
+        ]);
+      await holds(page, () => document.querySelector("scribera-pad").shadowRoot.textContent.includes("Bitte"));
+      assert.deepEqual(await words(), ["Bitte hier unterschreiben.", "Bestätigen", "Clear", "Cancel"]);
+      assert.deepEqual(page.faults, []);
+    });
+
     await t.test("it draws with its pen", async () => {
       const page = await fresh();
       await sign(page);

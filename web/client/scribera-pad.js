@@ -846,7 +846,7 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
     const controls = create("div", { part: "controls" });
     controls.append(this.#status);
     for (const name of ["confirm", "clear", "cancel"]) {
-      const button = create("button", { type: "button", part: `button ${name}`, textContent: this.#text(name) });
+      const button = create("button", { type: "button", part: `button ${name}` });
       button.addEventListener("click", () => this[name]());
       controls.append((this.#buttons[name] = button));
     }
@@ -863,7 +863,6 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
   }
 
   connectedCallback() {
-    if (this.#internals.labels.length === 0) this.#internals.ariaLabel = this.#text("signature");
     this.#judge();
     this.#openByItself();
   }
@@ -1073,6 +1072,7 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
   }
 
   #judge() {
+    if (this.#internals.labels.length === 0) this.#internals.ariaLabel = this.#text("signature");
     this.#internals.setFormValue(this.#value);
     const valueMissing = this.hasAttribute("required") && this.#value === null;
     this.#internals.setValidity({ valueMissing }, valueMissing ? this.#text("missing") : "", this.#buttons.confirm);
@@ -1084,6 +1084,7 @@ export class ScriberaPadElement extends (globalThis.HTMLElement ?? Object) {
   }
 
   #show(name, message = this.#text(name)) {
+    for (const button in this.#buttons) this.#buttons[button].textContent = this.#text(button);
     if (message) this.#status.textContent = message;
     this.#canvas.ariaLabel = `${this.#text("signature")}: ${this.#status.textContent}`;
     this.#buttons.confirm.disabled = this.#buttons.cancel.disabled = !this.#pad?.count;
