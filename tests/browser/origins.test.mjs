@@ -5,6 +5,7 @@ import test from "node:test";
 
 import { serveApplication, start } from "./support/application.mjs";
 import { kinds, launch, named, open } from "./support/browsers.mjs";
+import { certificate } from "./support/pages.mjs";
 import { startService } from "./support/service.mjs";
 
 const host = "counter.example";
@@ -56,6 +57,18 @@ for (const kind of kinds)
         assert.ok(message.includes(address), message);
       });
     }
+
+    await t.test("a page on https gets a pad of a service that has a certificate", async (t) => {
+      const { key, cert } = certificate(t, "localhost");
+      const service = await startService(t, {
+        origins: [addresses.https],
+        flags: ["--certificate", cert, "--key", key],
+      });
+      const page = await open(browser, addresses.https);
+      const { token, message } = await start(page, { ...pad, url: `wss://127.0.0.1:${service.port}/pad` });
+      assert.match(token ?? message, /^[\w-]{43}$/);
+      await page.evaluate(() => window.pad.close());
+    });
 
     await t.test("a frame without an origin is refused", async (t) => {
       const service = await startService(t);

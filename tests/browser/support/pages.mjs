@@ -9,8 +9,8 @@ import { atEnd, folder, run } from "./processes.mjs";
 
 const types = { html: "text/html; charset=utf-8", js: "text/javascript", css: "text/css", png: "image/png" };
 
-// Key and certificate for a host name, signed by itself.
-function certificate(t, host) {
+// Files with key and certificate for a host name, signed by itself.
+export function certificate(t, host) {
   const where = folder(t);
   const key = join(where, "key.pem");
   const cert = join(where, "certificate.pem");
@@ -19,7 +19,7 @@ function certificate(t, host) {
     ...["-subj", `/CN=${host}`, "-addext", `subjectAltName=DNS:${host},IP:127.0.0.1`],
     ...["-keyout", key, "-out", cert],
   ]);
-  return { key: readFileSync(key), cert: readFileSync(cert) };
+  return { key, cert };
 }
 
 // Serves pages, a path's content each, on a port of their own; those that are functions get the request and its body.
@@ -41,7 +41,10 @@ export async function serve(t, pages, { secure } = {}) {
     response.writeHead(200, { "content-type": types[ending], "cache-control": "no-store" });
     response.end(typeof page === "function" ? page(request, body) : page);
   }
-  const server = secure ? createHttpsServer(certificate(t, secure), answer) : createHttpServer(answer);
+  const { key, cert } = secure ? certificate(t, secure) : {};
+  const server = secure
+    ? createHttpsServer({ key: readFileSync(key), cert: readFileSync(cert) }, answer)
+    : createHttpServer(answer);
   await new Promise((resolve, reject) => server.once("error", reject).listen(0, "127.0.0.1", resolve));
   atEnd(
     t,
