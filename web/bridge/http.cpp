@@ -44,19 +44,25 @@ constexpr std::size_t longestMessage = 65536;
 class Counted
 {
 public:
-    explicit Counted(Service& service) : m_service(&service) { service.socketOpened(); }
-    Counted(Counted&& other) noexcept : m_service(std::exchange(other.m_service, nullptr)) {}
+    explicit Counted(std::shared_ptr<SocketCount> sockets) : m_sockets(std::move(sockets))
+    {
+        ++m_sockets->count;
+    }
+    Counted(Counted&&) noexcept = default;
     ~Counted()
     {
-        if (m_service)
-            m_service->socketClosed();
+        if (!m_sockets)
+            return;
+        --m_sockets->count;
+        if (m_sockets->whenClosed)
+            m_sockets->whenClosed();
     }
     Counted(const Counted&) = delete;
     Counted& operator=(const Counted&) = delete;
     Counted& operator=(Counted&&) = delete;
 
 private:
-    Service* m_service;
+    std::shared_ptr<SocketCount> m_sockets;
 };
 
 template <typename Stream>
@@ -170,7 +176,7 @@ class HttpClient : public std::enable_shared_from_this<HttpClient<Stream>>
 {
 public:
     HttpClient(Service& service, Stream stream)
-        : m_service(service), m_counted(service), m_stream(std::move(stream)),
+        : m_service(service), m_counted(service.sockets()), m_stream(std::move(stream)),
           m_buffer(longestHeader + longestMessage)
     {
         m_parser.header_limit(longestHeader);

@@ -107,10 +107,19 @@ Service::Service(asio::io_context& context, const Options& options)
         {"/scribera-pad.js", "text/javascript; charset=utf-8", contentOf("scribera-pad.js")},
         {"/example", "text/html; charset=utf-8", contentOf("example.html")},
     };
+    m_sockets->whenClosed = [this] {
+        for (Listener& listener : m_listeners)
+            accept(listener);
+    };
     m_signals.async_wait([this](const error_code& error, int) {
         if (!error)
             stop();
     });
+}
+
+Service::~Service()
+{
+    m_sockets->whenClosed = nullptr;
 }
 
 void Service::listen()
@@ -202,7 +211,7 @@ const Page* Service::pageAt(std::string_view target) const
 
 void Service::accept(Listener& listener)
 {
-    if (listener.isAccepting || m_isStopping || m_sockets >= m_mostSockets)
+    if (listener.isAccepting || m_isStopping || m_sockets->count >= m_mostSockets)
         return;
     listener.isAccepting = true;
     listener.acceptor.async_accept([this, &listener](const error_code& error, tcp::socket socket) {
@@ -228,18 +237,6 @@ void Service::serve(tcp::socket socket)
     error_code ignored;
     socket.set_option(tcp::no_delay(true), ignored);
     serveHttp(*this, std::move(socket));
-}
-
-void Service::socketOpened()
-{
-    ++m_sockets;
-}
-
-void Service::socketClosed()
-{
-    --m_sockets;
-    for (Listener& listener : m_listeners)
-        accept(listener);
 }
 
 bool Service::hasRoom() const
@@ -287,7 +284,6 @@ std::shared_ptr<PadSession> Service::newSession(const Open& open, const std::str
 
 void Service::stop()
 {
-    constexpr auto patience = 7s; // longer than a worker has
     if (std::exchange(m_isStopping, true))
         return;
     for (Listener& listener : m_listeners) {
@@ -300,20 +296,26 @@ void Service::stop()
     for (const std::weak_ptr<Connection>& one : m_connections)
         if (const std::shared_ptr<Connection> connection = one.lock())
             connection->closeSoon(CloseCode::GoingAway);
-    // The context has nothing to do once all of them are gone.
-    m_stopTimer.expires_after(patience);
-    m_stopTimer.async_wait([this](const error_code& error) {
+    stopOnceAllAreGone(0);
+}
+
+void Service::stopOnceAllAreGone(int looks)
+{
+    constexpr auto interval = 20ms;
+    constexpr auto patience = 8s; // longer than a worker has
+    const bool areGone = std::all_of(m_sessions.begin(), m_sessions.end(),
+                                     [](const auto& session) { return session->isEnded(); }) &&
+                         std::all_of(m_connections.begin(), m_connections.end(),
+                                     [](const auto& one) { return one.expired(); });
+    if (areGone || looks == patience / interval) {
+        m_context.stop();
+        return;
+    }
+    m_stopTimer.expires_after(interval);
+    m_stopTimer.async_wait([this, looks](const error_code& error) {
         if (!error)
-            m_context.stop();
+            stopOnceAllAreGone(looks + 1);
     });
-    const auto left = std::make_shared<std::size_t>(m_sessions.size());
-    for (const std::shared_ptr<PadSession>& session : std::vector(m_sessions))
-        session->whenEnded([this, left] {
-            if (--*left == 0)
-                m_stopTimer.expires_after(1s);
-        });
-    if (*left == 0 || m_sessions.empty())
-        m_stopTimer.expires_after(1s);
 }
 
 } // namespace bridge

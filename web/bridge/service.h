@@ -11,6 +11,7 @@
 #include <boost/asio/steady_timer.hpp>
 
 #include <cstddef>
+#include <functional>
 #include <list>
 #include <memory>
 #include <string>
@@ -27,11 +28,22 @@ struct Page
     std::string content;
 };
 
+// How many sockets are open, so that there are descriptors left. It outlives the service with those that are
+// left.
+struct SocketCount
+{
+    std::size_t count = 0;
+    std::function<void()> whenClosed;
+};
+
 class Service : public Pads
 {
 public:
     // Throws std::exception with what is missing.
     Service(boost::asio::io_context& context, const Options& options);
+    ~Service() override;
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
 
     // From then on. Throws std::exception.
     void listen();
@@ -48,9 +60,7 @@ public:
     // Connections with a WebSocket.
     bool hasRoom() const;
     void add(const std::shared_ptr<Connection>& connection);
-    // Sockets, with and without: counted so that there are descriptors left.
-    void socketOpened();
-    void socketClosed();
+    const std::shared_ptr<SocketCount>& sockets() const { return m_sockets; }
 
 private:
     struct Listener
@@ -70,6 +80,7 @@ private:
     void accept(Listener& listener);
     void serve(boost::asio::ip::tcp::socket socket);
     void stop();
+    void stopOnceAllAreGone(int looks);
     void forgetEnded();
 
     boost::asio::io_context& m_context;
@@ -82,7 +93,7 @@ private:
     std::vector<std::shared_ptr<PadSession>>
         m_sessions; // those that have or had a process that has not ended
     std::vector<std::weak_ptr<Connection>> m_connections;
-    std::size_t m_sockets = 0;
+    std::shared_ptr<SocketCount> m_sockets = std::make_shared<SocketCount>();
     std::size_t m_mostSockets = 0;
     boost::asio::signal_set m_signals;
     boost::asio::steady_timer m_stopTimer;
