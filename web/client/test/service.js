@@ -51,7 +51,7 @@ export class Service {
   async start(port = 0) {
     this.http = createServer((request, response) => {
       response.writeHead(this.refuses ? 403 : 200, { "Content-Type": "application/json" });
-      response.end('{"service":"scribera-bridge","version":"3.1.0","protocol":"scribera-pad.1"}');
+      response.end('{"service":"scribera-bridge","version":"9.9.9","protocol":"scribera-pad.1"}');
     });
     this.sockets = new WebSocketServer({ noServer: true, handleProtocols: () => "scribera-pad.1" });
     this.http.on("upgrade", (request, socket, head) => {
