@@ -59,7 +59,10 @@ for (const kind of kinds)
       await holds(page, () => document.querySelector("scribera-pad")?.value);
       assert.equal(await page.$eval("scribera-pad", ({ pad }) => pad.model), "T580");
       await page.click("form button");
-      await holds(page, () => document.querySelector("img").naturalWidth > 0);
+      await holds(
+        page,
+        () => !document.querySelector("section").hidden && document.querySelector("img").naturalWidth > 0,
+      );
       const ink = await page.$eval("pre", ({ textContent }) => textContent);
       assert.equal(pointsOf(ink).length, await page.$eval("scribera-pad", ({ pad }) => pad.count));
       assert.deepEqual(page.faults, []);

@@ -76,7 +76,7 @@ async function connect(url, WebSocket, signal) {
   }
 }
 
-// A browser tells a page only that a connection failed. What else can be asked tells why.
+// A browser tells a page only that a connection failed.
 async function whyNot(url, isForbidden, cause) {
   const { protocol, host, hostname } = new URL(url);
   const because = (type, message) => new PadError(type, message, { cause });
@@ -126,7 +126,7 @@ async function localNetworkPermission() {
 }
 
 export class Pad extends EventTarget {
-  #numbers = []; // five for each point: an array of numbers alone takes no more memory than they
+  #numbers = []; // five for each point
   #stroke = 0;
   #pens = [{ from: 0, width: 3, color: "#000000", pressure: true }];
   #waiting = new Set();
@@ -296,7 +296,7 @@ class ServicePad extends Pad {
   #clears = 0;
   #isAskingForKeys = false;
   #isClosing = false;
-  #held; // notifications
+  #held; // messages
   #error; // why the pad is closed
   token;
 
@@ -349,25 +349,26 @@ class ServicePad extends Pad {
   #release() {
     const held = this.#held ?? [];
     this.#held = undefined;
-    for (const [method, params] of held) this.#hear(method, params);
+    for (const take of held) take();
   }
 
-  // Notifications wait until the session is known and there is somebody to hear them.
+  // What belongs to the session waits until that is known, and somebody there to hear it.
   async #connect(signal) {
     const socket = (this.#latest = await connect(this.#url, this.#WebSocket, signal));
     let picture; // the answer that its bytes belong to
     this.#held = [];
     socket.onclose = ({ code }) => this.#lost(socket, code);
     socket.onmessage = ({ data }) => {
-      if (typeof data === "string") {
-        const { id, method, params, result, error } = JSON.parse(data);
+      const isText = typeof data === "string";
+      const { id, method, params, result, error } = isText ? JSON.parse(data) : picture;
+      const take = () => {
         if (method) this.#hear(method, params);
         else if (error) this.#settle(id, undefined, errorOf(error));
-        else if ("bytes" in result) picture = { id, type: result.type };
-        else this.#settle(id, result);
-      } else {
-        this.#settle(picture.id, { blob: new Blob([data], { type: picture.type }) });
-      }
+        else this.#settle(id, isText ? result : { blob: new Blob([data], { type: result.type }) });
+      };
+      if (isText && result && "bytes" in result) picture = { id, result };
+      else if (this.#held && (method || socket === this.#socket)) this.#held.push(take);
+      else take();
     };
     return socket;
   }
@@ -402,9 +403,7 @@ class ServicePad extends Pad {
   }
 
   #hear(method, params) {
-    if (this.#held) {
-      this.#held.push([method, params]);
-    } else if (method === "points") {
+    if (method === "points") {
       params.points.slice(Math.max(0, this.count - params.from)).forEach((point) => this._addPoint(...point));
     } else if (method === "key") {
       this.dispatchEvent(new PadEvent(params.key));

@@ -89,6 +89,23 @@ test("points that come with the answer to open reach a listener that is added af
   assert.equal(seen, 5);
 });
 
+test("a key that is told with the answer to open comes behind the points before it", async () => {
+  service.answers.open = (_, client) => {
+    setImmediate(() => service.notify("points", { from: 0, points: fivePoints }, [client]));
+    return session();
+  };
+  service.answers.wait = { key: "confirm" };
+  const realTimeout = globalThis.setTimeout;
+  globalThis.setTimeout = (action, pause, ...values) => realTimeout(action, pause ?? 50, ...values); // a slow machine
+  try {
+    const pad = await open();
+    assert.equal(await pad.wait(), "confirm");
+    assert.equal(pad.count, 5);
+  } finally {
+    globalThis.setTimeout = realTimeout;
+  }
+});
+
 test("points that are sent twice count once", async () => {
   const pad = await open();
   service.notify("points", { from: 0, points: fivePoints.slice(0, 3) });
