@@ -123,6 +123,12 @@ def send_frame(one: socket.socket, text: str) -> None:
     one.sendall(struct.pack(">BBH", 0x81, 0x80 | 126, len(text)) + bytes(4) + text.encode())
 
 
+def assert_growth(service: Service, before: int, limit: int) -> None:
+    """The runtimes of sanitizers keep what was given back."""
+    if not os.environ.get("SCRIBERA_SANITIZER"):
+        assert service.memory() - before < limit
+
+
 def test_a_reader_that_does_not_read(start: Start, tmp_path: Path) -> None:
     """Pictures are not made ahead for whoever does not take them, and points are kept once."""
     stroke = [(0, 500, 500, 900, 0), *[(5, 500 + step, 600, 900, 1) for step in range(2000)], (5, 600, 600, 0, 2)]
@@ -137,7 +143,7 @@ def test_a_reader_that_does_not_read(start: Start, tmp_path: Path) -> None:
         other.open("K420")
         other.until(lambda: len(other.points) > 20_000)
     picture = 2000 * 2000 * 4
-    assert service.memory() - before < 4 * picture
+    assert_growth(service, before, 4 * picture)
     one.close()
 
 
@@ -151,7 +157,7 @@ def test_many_points(start: Start, tmp_path: Path) -> None:
         page.open()
         page.until(lambda: len(page.points) >= many)
         total = page.ask("points", **{"from": 0, "count": 1})["total"]
-        assert service.memory() - before < 1.5 * 16 * total + 2**22
+        assert_growth(service, before, 24 * total + 2**22)
 
 
 @pytest.mark.parametrize("frame", [b"\x81\x05hello", b"\xf1\x80" + bytes(4), b"\x83\x80" + bytes(4),
