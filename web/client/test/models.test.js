@@ -27,7 +27,8 @@ test("the models are those of the library", () => {
   assert.deepEqual(Object.keys(models), family);
 });
 
-test("the version is the library's", () => {
-  const version = read("CMakeLists.txt").match(/project\(scriberasdk VERSION (\S+)/)[1];
-  assert.equal(JSON.parse(read("web/client/package.json")).version, version);
+test("the version follows the protocol's", () => {
+  const [protocol] = read("web/client/scribera-pad.js").match(/(?<="scribera-pad\.)\d+(?=")/);
+  assert.equal(JSON.parse(read("web/client/package.json")).version.split(".")[0], protocol);
+  assert.ok(read("web/PROTOCOL.md").includes(`\`scribera-pad.${protocol}\``));
 });

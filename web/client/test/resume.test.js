@@ -46,7 +46,7 @@ afterEach(async () => {
 
 function goTo(href, type) {
   globalThis.location = { href, hostname: "127.0.0.1" };
-  performance.getEntriesByType = () => [{ type }];
+  Object.defineProperty(performance, "getEntriesByType", { value: () => [{ type }], configurable: true });
 }
 
 // The page goes, and what it has stored stays.
