@@ -182,16 +182,19 @@ TEST_P(Points, ManySamplesWhileTheHostReadsAndClearsAreNeverTorn)
                            : i % 1000 == 999 ? PenUp
                                              : PenMove});
     }
-    sim().queue(samples);
     std::atomic<bool> done{false};
+    std::atomic<long long> reads = 0;
+    std::atomic<int> clears = 0;
     std::thread waiter([&] {
-        sim().WaitIdle(120000);
+        // A busy machine may give the host no turn while the pen writes.
+        do {
+            sim().queue(samples);
+            sim().WaitIdle(120000);
+        } while (reads <= 1000 || clears <= 3);
         done = true;
     });
     const std::regex timeForm(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3})");
-    long long reads = 0;
     int torn = 0;
-    int clears = 0;
     while (!done) {
         for (int i = 0; i < 200 && !done; ++i) {
             const int count = pad().points();
@@ -215,8 +218,6 @@ TEST_P(Points, ManySamplesWhileTheHostReadsAndClearsAreNeverTorn)
     }
     waiter.join();
     EXPECT_EQ(torn, 0) << "of " << reads;
-    EXPECT_GT(reads, 1000);
-    EXPECT_GT(clears, 3);
 }
 
 TEST_P(Points, ReadIndicesStayValidWhileTheListGrows)
