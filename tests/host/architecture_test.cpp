@@ -70,6 +70,7 @@ const std::vector<Row>& table()
         {"tools/pad",
          {"include", "src/export", "src/model", "drivers/pen", "drivers/simulator", "tools"},
          true},
+        {"web/bridge", {"include", "src/model", "tools", "tools/pad"}},
         {"examples", {"include"}, true},
         {"docs", {"include"}, true},
         {"bench",
@@ -78,7 +79,7 @@ const std::vector<Row>& table()
          true},
         {"fuzz",
          {"include", "src/ink", "src/model", "drivers/pen", "drivers/simulator",
-          "drivers/simulator/virtualpad"}},
+          "drivers/simulator/virtualpad", "web/bridge"}},
         {"tests",
          {"include", "src/model", "drivers/pen", "drivers/simulator", "drivers/simulator/virtualpad",
           "examples", "tools/pad", "tests/host"},
@@ -167,7 +168,8 @@ std::string targetOf(const std::string& from, const std::string& name)
                                                 "tests",
                                                 "fuzz",
                                                 "examples/qt-host",
-                                                "tools/pad"};
+                                                "tools/pad",
+                                                "web/bridge"};
     const auto existing = [&](const fs::path& folder) -> std::string {
         const fs::path path = (folder / name).lexically_normal();
         return fs::is_regular_file(tree() / path) ? path.string() : std::string();

@@ -1,4 +1,5 @@
 // scribera-bridge: lets pages in a browser take signatures from the pads of this machine.
+#include "http.h"
 #include "log.h"
 #include "service.h"
 
@@ -15,7 +16,7 @@ namespace {
 int serve(const bridge::Options& options)
 {
     boost::asio::io_context context(1);
-    bridge::Service service(context, options);
+    bridge::Service service(context, options, bridge::serveHttp);
     service.listen();
     if (std::printf("%s\n", service.address().c_str()) < 0 || std::fflush(stdout) != 0) {
         bridge::log("standard output cannot be written");

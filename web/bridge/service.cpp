@@ -1,6 +1,5 @@
 #include "service.h"
 
-#include "http.h"
 #include "log.h"
 #include "token.h"
 
@@ -79,8 +78,8 @@ bool isOwnProcess(const char* variable)
 
 } // namespace
 
-Service::Service(asio::io_context& context, const Options& options)
-    : m_context(context), m_options(options), m_mostSockets(roomForSockets()),
+Service::Service(asio::io_context& context, const Options& options, Serve serve)
+    : m_context(context), m_options(options), m_serve(serve), m_mostSockets(roomForSockets()),
       m_signals(context, SIGINT, SIGTERM), m_stopTimer(context)
 {
     m_setting.workerProgram = workerProgram();
@@ -236,7 +235,7 @@ void Service::serve(tcp::socket socket)
 {
     error_code ignored;
     socket.set_option(tcp::no_delay(true), ignored);
-    serveHttp(*this, std::move(socket));
+    m_serve(*this, std::move(socket));
 }
 
 bool Service::hasRoom() const

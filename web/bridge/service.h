@@ -39,8 +39,11 @@ struct SocketCount
 class Service : public Pads
 {
 public:
+    // Takes over a socket on which a client has come.
+    using Serve = void (*)(Service& service, boost::asio::ip::tcp::socket socket);
+
     // Throws std::exception with what is missing.
-    Service(boost::asio::io_context& context, const Options& options);
+    Service(boost::asio::io_context& context, const Options& options, Serve serve);
     ~Service() override;
     Service(const Service&) = delete;
     Service& operator=(const Service&) = delete;
@@ -85,6 +88,7 @@ private:
 
     boost::asio::io_context& m_context;
     const Options m_options;
+    const Serve m_serve;
     PadSession::Setting m_setting;
     std::optional<boost::asio::ssl::context> m_tls;
     std::vector<Page> m_pages;

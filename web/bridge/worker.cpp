@@ -1,8 +1,8 @@
 // scribera-bridge-worker: the process that has one pad open, for scribera-bridge.
-#include "driver.h"
 #include "failures.h"
 #include "link.h"
-#include "session.h"
+#include "pad/driver.h"
+#include "pad/session.h"
 
 #include <scriberasdk.h>
 
