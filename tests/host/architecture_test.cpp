@@ -70,7 +70,7 @@ const std::vector<Row>& table()
         {"tools/pad",
          {"include", "src/export", "src/model", "drivers/pen", "drivers/simulator", "tools"},
          true},
-        {"web/bridge", {"include", "src/model", "tools", "tools/pad"}},
+        {"web/bridge", {"include", "tools", "tools/pad"}},
         {"examples", {"include"}, true},
         {"docs", {"include"}, true},
         {"bench",

@@ -1,7 +1,7 @@
 // What a client asks for. Nothing of it is used before it was checked here.
 #pragma once
 
-#include "link.h"
+#include "worker_link.h"
 
 #include <cstdint>
 #include <optional>

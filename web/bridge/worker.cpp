@@ -1,8 +1,8 @@
 // scribera-bridge-worker: the process that has one pad open, for scribera-bridge.
 #include "failures.h"
-#include "link.h"
 #include "pad/driver.h"
 #include "pad/session.h"
+#include "worker_link.h"
 
 #include <scriberasdk.h>
 

@@ -1,7 +1,7 @@
 // The process that has one pad open, as the service sees it. All on the service's one thread.
 #pragma once
 
-#include "link.h"
+#include "worker_link.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
