@@ -1,11 +1,9 @@
 // The certificate that seals a document, with its private key.
 #pragma once
 
-#include <openssl/evp.h>
-#include <openssl/x509.h>
+#include "crypto.h"
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,16 +28,9 @@ public:
     std::string sign(const std::vector<std::string_view>& parts) const;
 
 private:
-    struct Free
-    {
-        void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
-        void operator()(X509* certificate) const { X509_free(certificate); }
-        void operator()(STACK_OF(X509) * certificates) const { sk_X509_pop_free(certificates, X509_free); }
-    };
-
-    std::unique_ptr<EVP_PKEY, Free> m_key;
-    std::unique_ptr<X509, Free> m_certificate;
-    std::unique_ptr<STACK_OF(X509), Free> m_issuers;
+    Owned<EVP_PKEY> m_key;
+    Owned<X509> m_certificate;
+    Certificates m_issuers; // those that the file brings
 };
 
 } // namespace sign
