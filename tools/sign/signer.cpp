@@ -27,7 +27,8 @@ struct Pkcs12
     Pkcs12(const Pkcs12&) = delete;
     Pkcs12& operator=(const Pkcs12&) = delete;
 
-    bool parse(const std::string& password, EVP_PKEY** key, X509** certificate, STACK_OF(X509) * *issuers)
+    bool parse(const std::string& password, EVP_PKEY** key, X509** certificate,
+               STACK_OF(X509) * *issuers) const
     {
         return PKCS12_parse(file, password.c_str(), key, certificate, issuers) == 1;
     }
