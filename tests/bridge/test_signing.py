@@ -63,10 +63,24 @@ def test_points_are_those_of_the_ink(start: Start) -> None:
         page.ask("wait", timeout=60_000)
         ink = base64.b64decode(page.ask("ink")["ink"], validate=True)
         stored = [struct.unpack("<HhhBxqq", ink[at : at + 24]) for at in range(0, len(ink) - 1, 24)]
-        assert [tuple(point[:3]) + (point[4],) for point in page.points] == [record[:4] for record in stored]
+        assert [(*point[:3], int(point[4] == 1)) for point in page.points] == [record[:4] for record in stored]
         times = [point[3] for point in page.points]
         assert times == sorted(times)
         assert before * 1000 - 1000 <= times[0] and times[-1] <= time.time() * 1000 + 1000
+
+
+def test_a_key_under_the_pen_ends_the_stroke(start: Start, tmp_path: Path) -> None:
+    strokes = [(0, 500, 500, 900, 0), (5, 600, 600, 900, 1), (10, 0, 0, 0, 4), (15, 700, 700, 900, 0),
+               (20, 800, 800, 900, 1), (25, 800, 800, 0, 2), (30, 900, 900, 900, 0), (35, 950, 950, 900, 1),
+               (40, 950, 950, 0, 2)]
+    with start(**signing(key="cancel", SCRIBERA_SIM_RECORDING=recording(tmp_path, strokes))).client() as page:
+        page.open()
+        assert page.ask("wait", timeout=60_000) == {"key": "cancel"}
+        assert [(x, mark) for x, _, _, _, mark in page.points] == [
+            (500, 2), (600, 0), (700, 2), (800, 0), (800, 1), (900, 2), (950, 0), (950, 1),
+        ]
+        ink = base64.b64decode(page.ask("ink")["ink"], validate=True)
+        assert [ink[at + 6] for at in range(0, len(ink) - 1, 24)] == [0, 0, 0, 0, 1, 0, 0, 1]
 
 
 def test_gives_points_again(start: Start) -> None:

@@ -28,7 +28,7 @@ void append(std::string& text, std::int64_t number)
     text.append(digits.data(), end);
 }
 
-// "[[x,y,pressure,time,end],...]"
+// "[[x,y,pressure,time,mark],...]"
 void appendPoints(std::string& text, const std::deque<InkPoint>& points, std::uint64_t from,
                   std::uint64_t end)
 {
@@ -42,7 +42,7 @@ void appendPoints(std::string& text, const std::deque<InkPoint>& points, std::ui
             append(text, number);
             text += ',';
         }
-        text += point.isEnd != 0 ? "1]" : "0]";
+        text += point.mark == Mark::Begin ? "2]" : point.mark == Mark::End ? "1]" : "0]";
     }
     text += ']';
 }

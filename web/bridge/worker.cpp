@@ -240,7 +240,9 @@ private:
             point.x = static_cast<std::uint16_t>(event.x);
             point.y = static_cast<std::int16_t>(event.y);
             point.pressure = static_cast<std::int16_t>(event.pressure);
-            point.isEnd = event.what == PadEvent::What::Up ? 1 : 0;
+            point.mark = event.what == PadEvent::What::Down ? Mark::Begin
+                         : event.what == PadEvent::What::Up ? Mark::End
+                                                            : Mark::None;
             point.time = (event.nanoseconds + m_sinceEpoch) / 1'000'000;
             m_waiting.push_back(point);
             if (m_waiting.size() == mostPoints)

@@ -95,12 +95,19 @@ struct PictureRecord
     std::int32_t isTransparent = 0;
 };
 
+enum class Mark : std::uint16_t
+{
+    None,
+    End,  // the pen left the pad
+    Begin // the first of a stroke; a key ends one without a point
+};
+
 struct InkPoint
 {
     std::uint16_t x = 0;
     std::int16_t y = 0;
     std::int16_t pressure = 0;
-    std::uint16_t isEnd = 0;
+    Mark mark = Mark::None;
     std::int64_t time = 0; // milliseconds since 1970
 };
 

@@ -34,12 +34,16 @@ export class PadError extends Error {
   readonly type: PadErrorType;
 }
 
-/** Position and pressure as the pad counts them, milliseconds since 1970, and whether the pen left the pad. */
+/**
+ * Position and pressure as the pad counts them, milliseconds since 1970, whether it is the first of a stroke, and
+ * whether the pen left the pad: a stroke that a key of the pad has ended has no such point.
+ */
 export interface Point {
   x: number;
   y: number;
   pressure: number;
   time: number;
+  begin: boolean;
   end: boolean;
 }
 

@@ -171,8 +171,8 @@ export class Pad extends EventTarget {
   }
 
   #at(index) {
-    const [x, y, pressure, time, end] = this.#numbers.slice(5 * index, 5 * index + 5);
-    return { x, y, pressure, time, end: end === 1 };
+    const [x, y, pressure, time, mark] = this.#numbers.slice(5 * index, 5 * index + 5);
+    return { x, y, pressure, time, begin: mark === 2, end: mark === 1 };
   }
 
   async wait({ timeout = LONGEST_WAIT, signal } = {}) {
@@ -211,11 +211,12 @@ export class Pad extends EventTarget {
     for (const { reject } of this.#waiting) reject(error);
   }
 
-  _addPoint(x, y, pressure, time, end) {
-    this.#numbers.push(x, y, pressure, time, end);
-    const stroke = this.#stroke;
-    this.#stroke += end;
-    this.dispatchEvent(new PadEvent("point", { index: this.count - 1, x, y, pressure, time, stroke, end: end === 1 }));
+  _addPoint(...numbers) {
+    const index = this.count;
+    this.#numbers.push(...numbers);
+    const point = this.#at(index);
+    if (point.begin && index) ++this.#stroke;
+    this.dispatchEvent(new PadEvent("point", { index, stroke: this.#stroke, ...point }));
   }
 
   _forgetPoints() {
@@ -249,21 +250,19 @@ export class Pad extends EventTarget {
       (within(y - top, height) * this.size[1]) / height,
     ];
     let pen = this.#pens.findLastIndex(({ from: first }) => first <= from);
-    let last = from > 0 ? this.#at(from - 1) : { end: true };
-    for (let index = from; index < this.count; ++index) {
+    for (let index = from || 1; index < this.count; ++index) {
       while (this.#pens[pen + 1]?.from <= index) ++pen;
       const point = this.#at(index);
-      if (!last.end && !point.end) {
+      if (!point.begin && !point.end) {
         const { width: wide, color, pressure } = this.#pens[pen];
         yield [
-          ...onCanvas(last),
+          ...onCanvas(this.#at(index - 1)),
           ...onCanvas(point),
           // the library's pens without a width draw one pixel
           pressure ? point.pressure * pressureScale(this.model, wide, this.pressureLevels) || 1 : wide,
           color,
         ];
       }
-      last = point;
     }
   }
 
@@ -605,7 +604,7 @@ class PagePad extends Pad {
       event.preventDefault();
       this.#pointer = event.pointerId;
       this.#surface.setPointerCapture(event.pointerId);
-      this.#write(event);
+      this.#write(event, 2);
     } else if (event.pointerId !== this.#pointer) {
       return;
     } else if (type === "pointermove") {
@@ -626,7 +625,7 @@ class PagePad extends Pad {
     return Math.max(this.#last.time ?? 0, Math.floor(performance.timeOrigin + timeStamp));
   }
 
-  #write(event) {
+  #write(event, mark = 0) {
     const { left, top, width, height } = this.#surface.getBoundingClientRect();
     const { area } = this;
     // the pad unit that lies nearest to the pixel
@@ -636,7 +635,7 @@ class PagePad extends Pad {
       area.top + nearest(event.clientY - top, height, area.height),
       this.#pressureOf(event),
       this.#timeOf(event),
-      0,
+      mark,
     );
   }
 

@@ -5,10 +5,10 @@ import { Pad, PadError } from "../scribera-pad.js";
 import { Refusal, Service, TOKEN, next, session } from "./service.js";
 
 const fivePoints = [
-  [100, 200, 300, 1700000000000, 0],
+  [100, 200, 300, 1700000000000, 2],
   [110, 210, 310, 1700000000005, 0],
   [110, 210, 310, 1700000000010, 1],
-  [500, 600, 306, 1700000000015, 0],
+  [500, 600, 306, 1700000000015, 2],
   [505, 600, 306, 1700000000020, 0],
 ];
 
@@ -74,7 +74,30 @@ test("each point is an event, with its stroke", async () => {
     [3, 500, 600, 306, 1700000000015, 1, false],
     [4, 505, 600, 306, 1700000000020, 1, false],
   ]);
-  assert.deepEqual(pad.points(3, 1), [{ x: 500, y: 600, pressure: 306, time: 1700000000015, end: false }]);
+  assert.deepEqual(pad.points(3, 1), [
+    { x: 500, y: 600, pressure: 306, time: 1700000000015, begin: true, end: false },
+  ]);
+});
+
+test("a stroke that a key of the pad has ended is not joined to the next one", async () => {
+  const pad = await open();
+  const strokes = [];
+  pad.addEventListener("point", ({ stroke }) => strokes.push(stroke));
+  service.notify("points", { from: 0, points: [...fivePoints.slice(0, 2), ...fivePoints.slice(3)] });
+  while (pad.count < 4) await next(pad, "point");
+  assert.deepEqual(strokes, [0, 0, 1, 1]);
+  const whole = [...pad._lines()];
+  assert.equal(whole.length, 2);
+  assert.deepEqual([...pad._lines(1), ...pad._lines(2)], [...whole, whole[1]]);
+});
+
+test("what is left of a stroke after a clear is one", async () => {
+  const pad = await open();
+  const strokes = [];
+  pad.addEventListener("point", ({ stroke }) => strokes.push(stroke));
+  service.notify("points", { from: 0, points: fivePoints.slice(1) });
+  while (pad.count < 4) await next(pad, "point");
+  assert.deepEqual(strokes, [0, 0, 1, 1]);
 });
 
 test("points that come with the answer to open reach a listener that is added after it", async () => {
@@ -112,7 +135,7 @@ test("points that are sent twice count once", async () => {
   service.notify("points", { from: 1, points: fivePoints.slice(1) });
   while (pad.count < 5) await next(pad, "point");
   assert.deepEqual(
-    pad.points().map(({ x, y, pressure, time, end }) => [x, y, pressure, time, Number(end)]),
+    pad.points().map(({ x, y, pressure, time, begin, end }) => [x, y, pressure, time, 2 * begin + end]),
     fivePoints,
   );
 });
@@ -132,7 +155,7 @@ test("a long signature is kept whole", async () => {
       ]),
     });
   while (pad.count < count) await next(pad, "point");
-  assert.deepEqual(pad.points(12_345, 1), [{ x: 545, y: 7, pressure: 300, time: 1700000012345, end: false }]);
+  assert.deepEqual(pad.points(12_345, 1), [{ x: 545, y: 7, pressure: 300, time: 1700000012345, begin: false, end: false }]);
   assert.equal(pad.points().length, count);
 });
 

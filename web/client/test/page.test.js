@@ -114,8 +114,11 @@ test("one pointer writes at a time, and with the first button", async () => {
   assert.equal(pad.count, 1);
   surface.send("pointercancel", { pointerId: 7 });
   assert.deepEqual(
-    pad.points().map(({ end }) => end),
-    [false, true],
+    pad.points().map(({ begin, end }) => [begin, end]),
+    [
+      [true, false],
+      [false, true],
+    ],
   );
   assert.deepEqual(surface.captured, [7]);
 });
