@@ -3,6 +3,7 @@
 #include "refusal.h"
 
 #include <openssl/err.h>
+#include <openssl/x509v3.h>
 
 #include <climits>
 
@@ -68,6 +69,11 @@ std::string keyFault(EVP_PKEY* key)
     default:
         return "its key is neither RSA nor EC";
     }
+}
+
+bool maySign(X509* certificate)
+{
+    return (X509_get_key_usage(certificate) & (X509v3_KU_DIGITAL_SIGNATURE | X509v3_KU_NON_REPUDIATION)) != 0;
 }
 
 std::string nameOf(const X509_NAME* name)

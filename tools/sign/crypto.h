@@ -43,6 +43,9 @@ std::string cryptoError();
 // Why a key is not used: it is neither RSA nor EC, or too weak. Empty when it is used.
 std::string keyFault(EVP_PKEY* key);
 
+// Without a statement in the certificate every use is allowed.
+bool maySign(X509* certificate);
+
 // A certificate's subject or issuer: its common name, or all of it where it has none. UTF-8.
 std::string nameOf(const X509_NAME* name);
 

@@ -124,6 +124,8 @@ std::string unsealInk(std::string_view sealed, std::string_view document, std::s
         throw Refusal{"the sealed ink is not in a form that this version knows"};
     if (size > document.size() || hexadecimal(digestOf(EVP_sha256(), {document.substr(0, size)})) != digest)
         throw Refusal{"the sealed ink was made for another document"};
+    if (document.find("%%EOF", size) != std::string_view::npos)
+        throw Refusal{"the sealed ink was made for an earlier revision of the document"};
     return std::string(text);
 }
 

@@ -15,8 +15,8 @@ constexpr char sealedInkKey[] = "/SCRB_SealedInk";
 // that it goes into. Throws Refusal.
 std::string sealInk(std::string_view ink, std::string_view document, std::string_view certificate);
 
-// The ink text. The document is the whole file: what is bound is its beginning.
-// Throws Refusal: for another key, for changed bytes, for another document.
+// The ink text. The document is the file up to where the sealed ink stands: no revision may end between that
+// and what the ink is bound to. Throws Refusal: for another key, for changed bytes, for another document.
 std::string unsealInk(std::string_view sealed, std::string_view document, std::string_view privateKey,
                       const std::string& password);
 

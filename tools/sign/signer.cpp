@@ -5,7 +5,6 @@
 #include <openssl/err.h>
 #include <openssl/pkcs12.h>
 #include <openssl/provider.h>
-#include <openssl/x509v3.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -55,8 +54,7 @@ std::string certificateFault(X509* certificate)
         return "it is not valid yet";
     if (X509_cmp_current_time(X509_get0_notAfter(certificate)) <= 0)
         return "it has expired";
-    // Without a statement every use is allowed.
-    if ((X509_get_key_usage(certificate) & (X509v3_KU_DIGITAL_SIGNATURE | X509v3_KU_NON_REPUDIATION)) == 0)
+    if (!maySign(certificate))
         return "it is not meant for signatures";
     return {};
 }
