@@ -31,7 +31,8 @@ void check(const Open& open)
 void check(const Resume& resume)
 {
     require(resume.token.size() == 43, "a token has its length");
-    require(resume.clears <= largestInteger && resume.points <= largestInteger, "counts are exact");
+    for (const std::uint64_t count : {resume.clears, resume.points, resume.keys})
+        require(count <= largestInteger, "counts are exact");
 }
 
 void check(const PenRecord& pen)

@@ -204,10 +204,12 @@ class Client:
     def open(self, model: str = "K210", width: int = 800, height: int = 485) -> dict[str, Any]:
         return self.ask("open", model=model, width=width, height=height)
 
-    def resume(self, token: str, clears: int | None = None, points: int | None = None) -> dict[str, Any]:
+    def resume(
+        self, token: str, clears: int | None = None, points: int | None = None, keys: int = 0
+    ) -> dict[str, Any]:
         session = self.ask(
             "resume", token=token, clears=self.clears if clears is None else clears,
-            points=len(self.points) if points is None else points,
+            points=len(self.points) if points is None else points, keys=keys,
         )
         if session["clears"] != self.clears:
             self.points = []

@@ -5,11 +5,12 @@ from __future__ import annotations
 import os
 import signal
 import time
+from pathlib import Path
 
 import pytest
 
 from conftest import Start
-from service import PAGE, Client, Refused, Service, signing
+from service import PAGE, Client, Refused, Service, recording, signing
 
 ENDLESS = signing(name="flowing", SCRIBERA_SIM_LOOP="1", SCRIBERA_SIM_RATE="1", SCRIBERA_SIM_START_MS="0")
 
@@ -68,6 +69,55 @@ def test_more_points_than_there_are(service: Service) -> None:
         before.drop()
         with service.client() as after:
             assert after.resume(token, clears=7, points=2**53 - 1)["points"] == 0
+
+
+def test_a_key_is_not_lost_with_its_connection(start: Start) -> None:
+    service = start(**signing())
+    with service.client() as before:
+        token = before.open()["token"]
+        assert before.ask("wait", timeout=60_000) == {"key": "confirm"}
+        before.drop()
+    with service.client() as after:
+        session = after.resume(token)
+        assert after.until_news("key") == {"key": "confirm", "keys": 1}
+        assert len(after.points) == session["points"], "the key comes behind the points before it"
+        assert after.ask("wait", timeout=0) == {"key": "confirm"}
+        after.drop()
+    with service.client() as knowing:
+        knowing.resume(token, keys=1)
+        assert knowing.ask("wait", timeout=0) == {"key": "timeout"}
+        assert not knowing.news, "what is known is not told again"
+
+
+def test_a_key_that_nobody_was_told_is_told_later(start: Start) -> None:
+    service = start(**signing(SCRIBERA_SIM_START_MS="500"))
+    with service.client() as before:
+        token = before.open()["token"]
+        before.drop()
+    with service.client() as after:
+        after.resume(token)
+        assert after.until_news("key") == {"key": "confirm", "keys": 1}
+        after.ask("clear")
+        after.drop()
+    with service.client() as other:
+        other.resume(token, clears=0)
+        assert other.ask("wait", timeout=0) == {"key": "timeout"}
+        assert not other.news, "a clear forgets it"
+
+
+def test_a_key_is_known_of_its_signature_alone(start: Start, tmp_path: Path) -> None:
+    stroke = [(0, 500, 500, 900, 0), (5, 600, 600, 900, 1), (10, 600, 600, 0, 2)]
+    service = start(**signing(key="cancel", SCRIBERA_SIM_RECORDING=recording(tmp_path, stroke), SCRIBERA_SIM_LOOP="1"))
+    with service.client() as before:
+        token = before.open()["token"]
+        before.ask("wait", timeout=60_000)
+        before.ask("clear")
+        assert before.ask("wait", timeout=60_000) == {"key": "cancel"}
+        before.drop()
+    with service.client() as after:
+        after.clears = 1
+        after.resume(token, clears=0, keys=1000)
+        assert after.until_news("key")["key"] == "cancel"
 
 
 def test_takes_over(start: Start) -> None:

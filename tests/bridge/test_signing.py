@@ -49,7 +49,7 @@ def test_takes_a_signature(start: Start) -> None:
         assert not session["hasFingerprint"]
         assert page.ask("wait", timeout=60_000) == {"key": "confirm"}
         assert len(page.points) == samples_of("initials")
-        assert page.news == [("key", {"key": "confirm"})]
+        assert page.news == [("key", {"key": "confirm", "keys": 1})]
         media_type, png = page.picture("image", format="png", dpi=300, clip=[10, 10])
         assert media_type == "image/png" and png_size(png)[0] < 800
         assert page.ask("svg")["svg"].startswith("<?xml")
@@ -150,7 +150,7 @@ def test_clear_begins_anew(start: Start, tmp_path: Path) -> None:
 def test_a_key_is_told_once(start: Start) -> None:
     with start(SCRIBERA_SIM_KEY="cancel", SCRIBERA_SIM_START_MS="0").client() as page:
         page.open()
-        assert page.until_news("key") == {"key": "cancel"}
+        assert page.until_news("key") == {"key": "cancel", "keys": 1}
         assert page.ask("wait", timeout=0) == {"key": "cancel"}
         assert page.ask("wait", timeout=0) == {"key": "timeout"}
 

@@ -284,8 +284,13 @@ void Connection::serve(std::uint64_t id, const Resume& wanted)
         return;
     }
     const InkStore& ink = *session->ink();
-    own(session, wanted.clears == ink.clears && wanted.points <= ink.points.size() ? wanted.points : 0);
+    const bool isSameInk = wanted.clears == ink.clears;
+    own(session, isSameInk && wanted.points <= ink.points.size() ? wanted.points : 0);
     tellSession(id);
+    if ((isSameInk ? wanted.keys : 0) < ink.keys) {
+        session->giveKeyBack();
+        tellKey();
+    }
 }
 
 void Connection::serve(std::uint64_t id, const Close&)
@@ -440,9 +445,16 @@ void Connection::pointsCame()
         writeNext();
 }
 
-void Connection::keyCame(bool isConfirm)
+void Connection::tellKey()
 {
-    put({notification("key", {{"key", keyName(isConfirm)}}), {}, m_ink->points.size()});
+    put({notification("key", {{"key", keyName(m_ink->isConfirm)}, {"keys", m_ink->keys}}),
+         {},
+         m_ink->pointsBeforeKey});
+}
+
+void Connection::keyCame()
+{
+    tellKey();
     if (m_wait)
         if (const std::optional<bool> key = m_session->takeKey())
             answerWait(keyName(*key));

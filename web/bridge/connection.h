@@ -66,7 +66,7 @@ private:
     };
 
     void pointsCame() override;
-    void keyCame(bool isConfirm) override;
+    void keyCame() override;
     void cleared() override;
     void sessionOver(const char* reason, const char* message) override;
 
@@ -96,6 +96,7 @@ private:
     void order(std::uint64_t id, Order kind, const void* record, std::size_t bytes, Answer answer);
 
     void tellSession(std::uint64_t id);
+    void tellKey();
     void tellPicture(std::uint64_t id, const char* type, std::string content);
     void answer(std::uint64_t id, const std::string& result);
     void refuse(std::optional<std::uint64_t> id, int code, std::string_view message);

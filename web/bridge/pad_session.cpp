@@ -124,9 +124,19 @@ void PadSession::keyCame(std::uint64_t clears, bool isConfirm)
     clearsCame(clears);
     if (clears != m_ink->clears)
         return;
-    m_key = isConfirm;
+    ++m_ink->keys;
+    m_ink->isConfirm = isConfirm;
+    m_ink->pointsBeforeKey = m_ink->points.size();
+    m_isKeyTaken = false;
     if (m_owner)
-        m_owner->keyCame(isConfirm);
+        m_owner->keyCame();
+}
+
+std::optional<bool> PadSession::takeKey()
+{
+    if (m_ink->keys == 0 || std::exchange(m_isKeyTaken, true))
+        return std::nullopt;
+    return m_ink->isConfirm;
 }
 
 void PadSession::clearsCame(std::uint64_t clears)
@@ -136,7 +146,7 @@ void PadSession::clearsCame(std::uint64_t clears)
     m_ink->clears = clears;
     m_ink->points.clear();
     m_ink->points.shrink_to_fit();
-    m_key.reset();
+    m_ink->keys = 0;
     if (m_owner)
         m_owner->cleared();
 }

@@ -16,11 +16,14 @@
 
 namespace bridge {
 
-// The points of a session since the last clear, kept once whoever reads them.
+// What came from the pad since the last clear, kept once whoever reads it.
 struct InkStore
 {
     std::deque<InkPoint> points;
     std::uint64_t clears = 0;
+    std::uint64_t keys = 0; // that were used; of the last one:
+    bool isConfirm = false;
+    std::uint64_t pointsBeforeKey = 0;
 };
 
 class PadSession : public std::enable_shared_from_this<PadSession>, private WorkerProcess::Listener
@@ -32,7 +35,7 @@ public:
     public:
         virtual ~Owner() = default;
         virtual void pointsCame() = 0;
-        virtual void keyCame(bool isConfirm) = 0;
+        virtual void keyCame() = 0;
         virtual void cleared() = 0;
         // Reason and message of the notification. The session is not the owner's any more.
         virtual void sessionOver(const char* reason, const char* message) = 0;
@@ -73,7 +76,10 @@ public:
     void leave(const Owner& owner);
 
     void order(Order kind, const void* record, std::size_t bytes, WorkerProcess::Handler handler);
-    std::optional<bool> takeKey() { return std::exchange(m_key, std::nullopt); }
+    // Whether the last key is the confirm key; nothing when there is none or it was taken.
+    std::optional<bool> takeKey();
+    // An owner that knows fewer keys than were used did not get the last one: it can be taken again.
+    void giveKeyBack() { m_isKeyTaken = false; }
 
     void end(const char* reason, const char* message);
     // Without telling the owner.
@@ -102,7 +108,7 @@ private:
     State m_state = State::Opening;
     OpenedRecord m_opened;
     std::shared_ptr<InkStore> m_ink = std::make_shared<InkStore>();
-    std::optional<bool> m_key; // used and not taken: whether it is the confirm key
+    bool m_isKeyTaken = false;
     std::shared_ptr<WorkerProcess> m_worker;
     Owner* m_owner = nullptr;
     boost::asio::steady_timer m_leftTimer;

@@ -147,6 +147,7 @@ Resume readResume(Parameters& parameters)
     resume.token = token;
     resume.clears = parameters.integer("clears", 0, largestInteger);
     resume.points = parameters.integer("points", 0, largestInteger);
+    resume.keys = parameters.integer("keys", 0, largestInteger);
     return resume;
 }
 

@@ -32,6 +32,7 @@ struct Resume
     std::string token; // not checked
     std::uint64_t clears = 0;
     std::uint64_t points = 0;
+    std::uint64_t keys = 0;
 };
 
 struct Close

@@ -188,7 +188,7 @@ export class Pad extends EventTarget {
       timer = setTimeout(resolve, Math.min(timeout, LONGEST_WAIT), "timeout");
     });
     try {
-      this._listenForKeys();
+      this._check();
       return await abortable(told, signal);
     } finally {
       clearTimeout(timer);
@@ -199,10 +199,6 @@ export class Pad extends EventTarget {
   press(key) {
     if (key !== "confirm" && key !== "cancel") throw invalid('a key is "confirm" or "cancel"');
     this.dispatchEvent(new PadEvent(key));
-    this._useKey(key);
-  }
-
-  _useKey(key) {
     if (this.#waiting.size === 0) this.#key = key;
     for (const { resolve } of this.#waiting) resolve(key);
   }
@@ -293,7 +289,7 @@ class ServicePad extends Pad {
   #asked = new Map(); // requests without an answer, by their id
   #nextId = 0;
   #clears = 0;
-  #isAskingForKeys = false;
+  #keys = 0; // that were used since the last clear
   #isClosing = false;
   #held; // messages
   #error; // why the pad is closed
@@ -331,7 +327,10 @@ class ServicePad extends Pad {
     const kept = token ? { token, isOurs: true } : this.#recall(model, size);
     let session;
     try {
-      if (kept) session = await this.#askOn(socket, "resume", { token: kept.token, clears: 0, points: 0 });
+      if (kept) {
+        ({ token: this.token, clears: this.#clears = 0, keys: this.#keys = 0 } = kept);
+        session = await this.#askToResume(socket);
+      }
       if (kept?.pen) this._setPen(kept.pen);
       if (kept && !kept.isOurs) {
         await this.#askOn(socket, "close");
@@ -391,8 +390,14 @@ class ServicePad extends Pad {
     return new Promise((resolve, reject) => this.#asked.set(request.id, Object.assign(request, { resolve, reject })));
   }
 
+  #askToResume(socket) {
+    const { token, count: points } = this;
+    return this.#askOn(socket, "resume", { token, clears: this.#clears, points, keys: this.#keys });
+  }
+
   #adopt(socket, { token, model, canvas, area, pressureLevels, hasFingerprint, clears }) {
     this.#socket = socket;
+    if (token !== this.token || clears !== this.#clears) this.#keys = 0;
     this.#clears = clears;
     Object.assign(this, { token, model, area, pressureLevels, hasFingerprint });
     this.size = [canvas.width, canvas.height];
@@ -405,9 +410,12 @@ class ServicePad extends Pad {
     if (method === "points") {
       params.points.slice(Math.max(0, this.count - params.from)).forEach((point) => this._addPoint(...point));
     } else if (method === "key") {
-      this.dispatchEvent(new PadEvent(params.key));
+      this.#keys = params.keys;
+      this.#remember();
+      this.press(params.key);
     } else if (method === "cleared") {
       this.#clears = params.clears;
+      this.#keys = 0;
       this._forgetPoints();
     } else if (method === "closed" && params.reason !== "service-stops") {
       // a service that stops may be started again
@@ -415,17 +423,8 @@ class ServicePad extends Pad {
     }
   }
 
-  // The service is asked once, whoever waits here: a key that it has told is not kept there any more.
-  _listenForKeys() {
+  _check() {
     if (this.#error) throw this.#error;
-    if (this.#isAskingForKeys) return;
-    this.#isAskingForKeys = true;
-    this.#ask("wait", { timeout: LONGEST_WAIT })
-      .finally(() => (this.#isAskingForKeys = false))
-      .then(
-        ({ key }) => key !== "timeout" && this._useKey(key),
-        (error) => this._failWaiting(error),
-      );
   }
 
   async clear() {
@@ -471,7 +470,8 @@ class ServicePad extends Pad {
   // For the page that is loaded again in the middle of a signature; an event says that this one goes.
   #remember = (event) => {
     const { token, size, _pen: pen } = this;
-    storage()?.setItem(this.#place(), JSON.stringify({ token, pen, page: pageWith(size), isLeft: Boolean(event) }));
+    const known = { token, pen, clears: this.#clears, keys: this.#keys };
+    storage()?.setItem(this.#place(), JSON.stringify({ ...known, page: pageWith(size), isLeft: Boolean(event) }));
   };
 
   // Another page of the tab closes what was left open: its signature is another one.
@@ -530,8 +530,7 @@ class ServicePad extends Pad {
     let session;
     let lost;
     try {
-      const { token, count: points } = this;
-      session = await this.#askOn(socket, "resume", { token, clears: this.#clears, points });
+      session = await this.#askToResume(socket);
     } catch (error) {
       if (error.type !== "unknown-token") throw error;
       const [width, height] = this.size;
@@ -545,7 +544,7 @@ class ServicePad extends Pad {
     if (isAnew) this._forgetPoints();
     for (const request of this.#asked.values()) {
       if (request.method === "clear" && isAnew) this.#settle(request.id, {});
-      else if (lost && request.socket && !["wait", "pen"].includes(request.method))
+      else if (lost && request.socket && request.method !== "pen")
         this.#settle(request.id, undefined, lost);
       else send(socket, Object.assign(request, { socket }));
     }
@@ -646,26 +645,22 @@ class PagePad extends Pad {
     return Math.max(1, Math.min(Math.round(part), levels));
   }
 
-  #check() {
+  _check() {
     if (this.#isClosed) throw closed();
   }
 
   #checkInk() {
-    this.#check();
+    this._check();
     if (this.count === 0) throw noInk();
   }
 
-  _listenForKeys() {
-    this.#check();
-  }
-
   async clear() {
-    this.#check();
+    this._check();
     this._forgetPoints();
   }
 
   async pen(pen) {
-    this.#check();
+    this._check();
     const { width, color, pressure } = { ...this._pen, ...given(pen) };
     if (!Number.isInteger(width) || width < 1 || width > 10) throw invalid("width is a number from 1 to 10");
     if (!/^#[0-9a-f]{6}$/i.test(color)) throw invalid('color is "#rrggbb"');
@@ -715,12 +710,12 @@ class PagePad extends Pad {
   }
 
   async device() {
-    this.#check();
+    this._check();
     return { pad: null, pen: null, version: null };
   }
 
   async fingerprint() {
-    this.#check();
+    this._check();
     throw new PadError("no-fingerprint", "there is no fingerprint reader on the page");
   }
 

@@ -114,10 +114,12 @@ test("points that come with the answer to open reach a listener that is added af
 
 test("a key that is told with the answer to open comes behind the points before it", async () => {
   service.answers.open = (_, client) => {
-    setImmediate(() => service.notify("points", { from: 0, points: fivePoints }, [client]));
+    setImmediate(() => {
+      service.notify("points", { from: 0, points: fivePoints }, [client]);
+      service.notify("key", { key: "confirm", keys: 1 }, [client]);
+    });
     return session();
   };
-  service.answers.wait = { key: "confirm" };
   const realTimeout = globalThis.setTimeout;
   globalThis.setTimeout = (action, pause, ...values) => realTimeout(action, pause ?? 50, ...values); // a slow machine
   try {
@@ -178,20 +180,18 @@ test("clear wipes the points when the service says so", async () => {
 
 test("wait gives the key", async () => {
   const pad = await open();
-  service.answers.wait = { key: "confirm" };
-  assert.equal(await pad.wait({ timeout: 60_000 }), "confirm");
+  const key = pad.wait({ timeout: 60_000 });
+  service.notify("key", { key: "confirm", keys: 1 });
+  assert.equal(await key, "confirm");
 });
 
 test("wait ends with its time, and the next one gets the key that comes later", async () => {
   const pad = await open();
-  let answer;
-  service.answers.wait = () => new Promise((resolve) => (answer = resolve));
   assert.equal(await pad.wait({ timeout: 0 }), "timeout");
-  const key = pad.wait();
-  while (!answer) await new Promise(setImmediate);
-  answer({ key: "cancel" });
-  assert.equal(await key, "cancel");
-  assert.equal(service.methods().filter((method) => method === "wait").length, 1);
+  service.notify("key", { key: "cancel", keys: 1 });
+  await next(pad, "cancel");
+  assert.equal(await pad.wait(), "cancel");
+  assert.equal(await pad.wait({ timeout: 0 }), "timeout");
 });
 
 test("a key that nobody waits for is kept until the signature is wiped", async () => {
@@ -206,9 +206,9 @@ test("a key that nobody waits for is kept until the signature is wiped", async (
 
 test("keys are events", async () => {
   const pad = await open();
-  service.notify("key", { key: "cancel" });
+  service.notify("key", { key: "cancel", keys: 1 });
   await next(pad, "cancel");
-  service.notify("key", { key: "confirm" });
+  service.notify("key", { key: "confirm", keys: 2 });
   await next(pad, "confirm");
 });
 

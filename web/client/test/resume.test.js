@@ -96,20 +96,71 @@ test("a connection that breaks is made again, and no point is lost", async () =>
     points.map(([x], index) => [index, x]),
   );
   assert.deepEqual(states, ["reconnecting", "open"]);
-  assert.deepEqual(service.requests.at(-1), ["resume", { token: TOKEN, clears: 0, points: 2 }]);
+  assert.deepEqual(service.requests.at(-1), ["resume", { token: TOKEN, clears: 0, points: 2, keys: 0 }]);
 });
 
 test("what was asked before the connection broke is answered after it", async () => {
   const pad = await open();
-  const key = pad.wait();
   const ink = pad.ink();
   await until(() => service.methods().includes("ink"));
   resumeWith([]);
   service.answers.ink = { ink: "AAAA" };
-  service.answers.wait = { key: "confirm" };
   service.drop();
   assert.equal(await ink, "AAAA");
-  assert.equal(await key, "confirm");
+});
+
+const resumes = () => service.requests.filter(([method]) => method === "resume").map(([, { keys }]) => keys);
+
+test("a key that was told while the connection broke is told again, and no key twice", async () => {
+  const pad = await open();
+  const keys = [];
+  for (const key of ["confirm", "cancel"]) pad.addEventListener(key, () => keys.push(key));
+  const key = pad.wait();
+  service.answers.resume = ({ keys: known }, client) => {
+    if (known === 0) setImmediate(() => service.notify("key", { key: "cancel", keys: 1 }, [client]));
+    return session();
+  };
+  for (let times = 1; times <= 2; ++times) {
+    service.drop();
+    await until(() => resumes().length === times && pad.state === "open");
+    assert.equal(await key, "cancel");
+  }
+  assert.deepEqual(keys, ["cancel"]);
+  assert.deepEqual(resumes(), [0, 1]);
+  assert.equal(await pad.wait({ timeout: 0 }), "timeout");
+});
+
+test("keys are counted from the last clear on", async () => {
+  const pad = await open();
+  service.notify("key", { key: "cancel", keys: 1 });
+  await next(pad, "cancel");
+  service.notify("cleared", { clears: 1 });
+  await next(pad, "clear");
+  resumeWith([], { clears: 1 });
+  service.drop();
+  await until(() => resumes().length === 1 && pad.state === "open");
+  service.notify("key", { key: "cancel", keys: 1 });
+  await next(pad, "cancel");
+  resumeWith([], { clears: 2 });
+  service.drop();
+  await until(() => resumes().length === 2 && pad.state === "open");
+  service.drop();
+  await until(() => resumes().length === 3 && pad.state === "open");
+  assert.deepEqual(resumes(), [0, 1, 0]);
+});
+
+test("a page that is loaded again is not told a key that it has seen", async () => {
+  const pad = await open();
+  service.notify("cleared", { clears: 1 });
+  service.notify("key", { key: "confirm", keys: 1 });
+  await next(pad, "confirm");
+  for (let times = 1; times <= 2; ++times) {
+    await leave({ crashes: true });
+    goTo("http://127.0.0.1/contract", "reload");
+    resumeWith(points, { clears: 1 });
+    await open();
+    assert.deepEqual(service.requests, [["resume", { token: TOKEN, clears: 1, points: 0, keys: 1 }]]);
+  }
 });
 
 test("a signature that was wiped while the connection was away begins again", async () => {
@@ -132,7 +183,7 @@ test("a service that was started again gives a new session, and tells what is lo
   await pad.pen({ width: 5 });
   service.notify("points", { from: 0, points });
   await until(() => pad.count === 6);
-  const key = pad.wait();
+  pad.press("cancel");
   const picture = pad.image();
   picture.catch(() => {});
   await until(() => service.methods().includes("image"));
@@ -148,18 +199,15 @@ test("a service that was started again gives a new session, and tells what is lo
   assert.equal(error.type, "session-lost");
   assert.equal(lost.length, 6);
   await assert.rejects(picture, { type: "session-lost" });
-  await until(() => service.methods().includes("wait"));
   assert.deepEqual(service.requests, [
-    ["resume", { token: TOKEN, clears: 0, points: 6 }],
+    ["resume", { token: TOKEN, clears: 0, points: 6, keys: 0 }],
     ["open", { model: "K210", width: 800, height: 400 }],
     ["pen", { width: 5, color: "#000000", pressure: true }],
-    ["wait", { timeout: 3600000 }],
   ]);
   assert.equal(pad.count, 0);
   assert.equal(pad.token, "u".repeat(43));
   assert.equal(pad.state, "open");
-  pad.press("confirm");
-  assert.equal(await key, "confirm");
+  assert.equal(await pad.wait({ timeout: 0 }), "timeout", "keys of the signature that is lost");
 });
 
 test("a service that is away for a while is found again", async () => {
@@ -184,7 +232,7 @@ for (const crashes of [false, true])
     resumeWith(points);
     const pad = await open();
     await until(() => pad.count === 6);
-    assert.deepEqual(service.requests, [["resume", { token: TOKEN, clears: 0, points: 0 }]]);
+    assert.deepEqual(service.requests, [["resume", { token: TOKEN, clears: 0, points: 0, keys: 0 }]]);
     assert.deepEqual(
       [...pad._lines()].map((line) => line.at(-1)),
       Array(5).fill("#0000ff"),
