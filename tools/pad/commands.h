@@ -34,6 +34,6 @@ void addRecordOptions(QCommandLineParser& parser);
 int recordPad(const QCommandLineParser& parser, const QString& file);
 
 void addSignOptions(QCommandLineParser& parser);
-int sign(const QCommandLineParser& parser, const QString& file);
+int signOnPad(const QCommandLineParser& parser, const QString& file);
 
 int examine(const QCommandLineParser& parser, const QString& file);

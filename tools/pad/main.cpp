@@ -27,7 +27,7 @@ constexpr Command commands[] = {
      addWatchOptions, watchPad},
     {"record", "Write what the pen does as a recording, which the simulated pad plays.", "FILE",
      addRecordOptions, recordPad},
-    {"sign", "Take one signature and save it as files.", nullptr, addSignOptions, sign},
+    {"sign", "Take one signature and save it as files.", nullptr, addSignOptions, signOnPad},
     {"doctor", "Look through everything that a signature needs, and say what to do.", nullptr, addPadOptions,
      examine},
 };

@@ -120,7 +120,7 @@ void addSignOptions(QCommandLineParser& parser)
     });
 }
 
-int sign(const QCommandLineParser& parser, const QString&)
+int signOnPad(const QCommandLineParser& parser, const QString&)
 {
     const CPadModel& model = modelOption(parser);
     const Driver driver = driverOption(parser);

@@ -1,0 +1,387 @@
+#include "document.h"
+
+#include "refusal.h"
+
+#include <qpdf/QPDFExc.hh>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <set>
+#include <utility>
+
+namespace sign {
+
+namespace {
+
+// Deeper trees are loops or attacks.
+constexpr std::size_t deepest = 100;
+constexpr double farthest = 1e7;
+
+bool isWarningOfNoMatter(const QPDFExc& warning)
+{
+    // Whoever counts wrongly there has still told where everything is.
+    return warning.getMessageDetail().find("reported number of objects") != std::string::npos;
+}
+
+Refusal damaged(const std::string& what)
+{
+    return {"the document is damaged: " + what};
+}
+
+bool isSignature(QPDFObjectHandle value)
+{
+    return value.isDictionary() && value.hasKey("/Contents");
+}
+
+// Its transformation with this name; null without one.
+QPDFObjectHandle transformation(QPDFObjectHandle signature, const std::string& method)
+{
+    QPDFObjectHandle references = signature.getKeyIfDict("/Reference");
+    if (!references.isArray())
+        return QPDFObjectHandle::newNull();
+    for (QPDFObjectHandle reference : references.aitems())
+        if (reference.isDictionary() && reference.getKey("/TransformMethod").isNameAndEquals(method)) {
+            QPDFObjectHandle parameters = reference.getKey("/TransformParams");
+            return parameters.isDictionary() ? parameters : QPDFObjectHandle::newDictionary();
+        }
+    return QPDFObjectHandle::newNull();
+}
+
+bool isListed(QPDFObjectHandle names, const std::string& field)
+{
+    if (!names.isArray())
+        return false;
+    for (QPDFObjectHandle name : names.aitems()) {
+        if (!name.isString())
+            continue;
+        const std::string listed = name.getUTF8Value();
+        if (field == listed || field.starts_with(listed + "."))
+            return true;
+    }
+    return false;
+}
+
+void refuseWhereLocked(QPDFObjectHandle lock, const Change& change)
+{
+    QPDFObjectHandle action = lock.getKey("/Action");
+    const bool isIn = isListed(lock.getKey("/Fields"), change.field);
+    if (action.isNameAndEquals("/All") || (action.isNameAndEquals("/Include") && isIn) ||
+        (action.isNameAndEquals("/Exclude") && !isIn))
+        throw Refusal{"a signature of the document locks the field " + change.field};
+}
+
+void refuseWhereCertified(QPDFObjectHandle parameters, const Change& change)
+{
+    QPDFObjectHandle level = parameters.getKey("/P");
+    const long long allowed = level.isInteger() ? level.getIntValue() : 2;
+    if (allowed <= 1)
+        throw Refusal{"the document is certified: it must not be changed any more"};
+    if (allowed == 2 && change.kind != Change::Kind::SignField)
+        throw Refusal{
+            "the document is certified: fields that it has may be filled and signed, nothing may be added"};
+}
+
+} // namespace
+
+double Page::width() const
+{
+    return (rotation % 180 == 0 ? visible.width() : visible.height()) * unit;
+}
+
+double Page::height() const
+{
+    return (rotation % 180 == 0 ? visible.height() : visible.width()) * unit;
+}
+
+Rectangle Page::toPage(const Place& place) const
+{
+    const double left = place.left / unit;
+    const double right = place.right() / unit;
+    const double top = place.top / unit;
+    const double bottom = place.bottom() / unit;
+    switch (rotation) {
+    case 90:
+        return {visible.left + top, visible.bottom + left, visible.left + bottom, visible.bottom + right};
+    case 180:
+        return {visible.right - right, visible.bottom + top, visible.right - left, visible.bottom + bottom};
+    case 270:
+        return {visible.right - bottom, visible.top - right, visible.right - top, visible.top - left};
+    default:
+        return {visible.left + left, visible.top - bottom, visible.left + right, visible.top - top};
+    }
+}
+
+Place Page::toPlace(const Rectangle& at) const
+{
+    double left = at.left - visible.left;
+    double top = visible.top - at.top;
+    switch (rotation) {
+    case 90:
+        left = at.bottom - visible.bottom;
+        top = at.left - visible.left;
+        break;
+    case 180:
+        left = visible.right - at.right;
+        top = at.bottom - visible.bottom;
+        break;
+    case 270:
+        left = visible.top - at.top;
+        top = visible.right - at.right;
+        break;
+    default:
+        break;
+    }
+    const bool isLying = rotation % 180 != 0;
+    return {left * unit, top * unit, (isLying ? at.height() : at.width()) * unit,
+            (isLying ? at.width() : at.height()) * unit};
+}
+
+Document::Document(std::string_view bytes, const std::string& password)
+    : m_bytes(bytes), m_file(QPDF::create())
+{
+    if (!bytes.starts_with("%PDF-"))
+        throw Refusal{bytes.substr(0, 1024).find("%PDF-") == std::string_view::npos
+                          ? "it is no PDF document"
+                          : "something stands before the PDF document"};
+    m_file->setSuppressWarnings(true);
+    // What is repaired here would be another document than the one that others see.
+    m_file->setAttemptRecovery(false);
+    try {
+        m_file->processMemoryFile("document", bytes.data(), bytes.size(), password.c_str());
+    } catch (const QPDFExc& error) {
+        if (error.getErrorCode() == qpdf_e_password)
+            throw Refusal{password.empty() ? "the document needs a password"
+                                           : "the password does not open the document"};
+        throw error.getErrorCode() == qpdf_e_unsupported ? Refusal{error.getMessageDetail()}
+                                                         : damaged(error.getMessageDetail());
+    }
+    for (const QPDFExc& warning : m_file->getWarnings())
+        if (!isWarningOfNoMatter(warning))
+            throw damaged(warning.getMessageDetail());
+    if (!catalog().isIndirect())
+        throw damaged("its catalog is no object of its own");
+}
+
+void Document::refuseDamage()
+{
+    for (const QPDFExc& warning : m_file->getWarnings())
+        throw damaged(warning.getMessageDetail());
+}
+
+QPDFObjectHandle Document::catalog()
+{
+    QPDFObjectHandle root = m_file->getTrailer().getKey("/Root");
+    if (!root.isDictionary())
+        throw damaged("it has no catalog");
+    return root;
+}
+
+QPDFObjectHandle Document::form()
+{
+    QPDFObjectHandle form = catalog().getKey("/AcroForm");
+    return form.isDictionary() ? form : QPDFObjectHandle::newNull();
+}
+
+// Not by qpdf's own list, which repairs the tree.
+const std::vector<QPDFObjectHandle>& Document::pages()
+{
+    if (!m_pages.empty())
+        return m_pages;
+    std::set<QPDFObjGen> seen;
+    struct Step
+    {
+        std::vector<QPDFObjectHandle> kids;
+        std::size_t next = 0;
+    };
+    std::vector<Step> path = {{{catalog().getKey("/Pages")}}};
+    while (!path.empty()) {
+        Step& step = path.back();
+        if (step.next == step.kids.size()) {
+            path.pop_back();
+            continue;
+        }
+        QPDFObjectHandle node = step.kids[step.next++];
+        if (!node.isIndirect() || !node.isDictionary() || !seen.insert(node.getObjGen()).second ||
+            path.size() > deepest)
+            throw damaged("its page tree is wrong");
+        QPDFObjectHandle kids = node.getKey("/Kids");
+        if (kids.isArray())
+            path.push_back({kids.getArrayAsVector()});
+        else
+            m_pages.push_back(node);
+    }
+    refuseDamage();
+    if (m_pages.empty())
+        throw damaged("it has no pages");
+    return m_pages;
+}
+
+Page Document::page(int number)
+{
+    if (number < 1 || number > pageCount())
+        throw Refusal{"there is no page " + std::to_string(number) + ": the document has " +
+                      std::to_string(pageCount())};
+    Page page;
+    page.object = pages()[static_cast<std::size_t>(number) - 1];
+    const Rectangle media =
+        rectangleOf(inheritedValue(page.object, "/MediaBox")).value_or(Rectangle{0, 0, 612, 792});
+    const Rectangle crop = rectangleOf(inheritedValue(page.object, "/CropBox")).value_or(media);
+    page.visible = {std::max(media.left, crop.left), std::max(media.bottom, crop.bottom),
+                    std::min(media.right, crop.right), std::min(media.top, crop.top)};
+    if (page.visible.width() <= 0 || page.visible.height() <= 0)
+        page.visible = media;
+    QPDFObjectHandle rotation = inheritedValue(page.object, "/Rotate");
+    if (rotation.isInteger() && rotation.getIntValue() % 90 == 0)
+        page.rotation = static_cast<int>((rotation.getIntValue() % 360 + 360) % 360);
+    QPDFObjectHandle unit = page.object.getKey("/UserUnit");
+    if (unit.isNumber() && unit.getNumericValue() > 0 && unit.getNumericValue() < farthest)
+        page.unit = unit.getNumericValue();
+    refuseDamage();
+    return page;
+}
+
+std::vector<SignatureField> Document::signatureFields()
+{
+    std::vector<SignatureField> fields;
+    std::set<QPDFObjGen> seen;
+    const std::function<void(QPDFObjectHandle, std::string, bool, std::size_t)> visit =
+        [&](QPDFObjectHandle node, std::string name, bool isSignatures, std::size_t depth) {
+            if (!node.isIndirect() || !node.isDictionary() || !seen.insert(node.getObjGen()).second ||
+                depth > deepest)
+                throw damaged("its form fields are wrong");
+            if (QPDFObjectHandle own = node.getKey("/T"); own.isString())
+                name += (name.empty() ? "" : ".") + own.getUTF8Value();
+            if (QPDFObjectHandle type = node.getKey("/FT"); type.isName())
+                isSignatures = type.isNameAndEquals("/Sig");
+            QPDFObjectHandle kids = node.getKey("/Kids");
+            SignatureField field{name, node, QPDFObjectHandle::newNull(), 0, {}, false};
+            if (kids.isArray() && kids.getArrayNItems() > 0) {
+                QPDFObjectHandle first = kids.getArrayItem(0);
+                const bool haveNames = first.isDictionary() && first.hasKey("/T");
+                if (haveNames || !isSignatures) {
+                    for (QPDFObjectHandle kid : kids.aitems())
+                        visit(kid, name, isSignatures, depth + 1);
+                    return;
+                }
+                field.widget = first;
+            } else if (node.getKey("/Subtype").isNameAndEquals("/Widget")) {
+                field.widget = node;
+            }
+            if (!isSignatures)
+                return;
+            field.isSigned = isSignature(node.getKey("/V"));
+            fields.push_back(std::move(field));
+        };
+    if (QPDFObjectHandle tops = form().getKeyIfDict("/Fields"); tops.isArray())
+        for (QPDFObjectHandle top : tops.aitems())
+            visit(top, {}, false, 0);
+    for (std::size_t number = 1; !fields.empty() && number <= pages().size(); ++number) {
+        QPDFObjectHandle annotations = QPDFObjectHandle(pages()[number - 1]).getKey("/Annots");
+        if (!annotations.isArray())
+            continue;
+        for (QPDFObjectHandle annotation : annotations.aitems())
+            for (SignatureField& field : fields)
+                if (annotation.isIndirect() && annotation.isSameObjectAs(field.widget)) {
+                    field.page = static_cast<int>(number);
+                    const std::optional<Rectangle> rectangle = rectangleOf(field.widget.getKey("/Rect"));
+                    if (rectangle)
+                        field.place = page(field.page).toPlace(*rectangle);
+                }
+    }
+    refuseDamage();
+    return fields;
+}
+
+SignatureField Document::fieldToSign(const std::string& name)
+{
+    std::vector<SignatureField> fields = signatureFields();
+    const auto found = std::find_if(fields.begin(), fields.end(),
+                                    [&](const SignatureField& field) { return field.name == name; });
+    if (found == fields.end())
+        throw Refusal{"there is no signature field " + name};
+    SignatureField field = *found;
+    if (field.isSigned)
+        throw Refusal{"the field " + name + " is signed"};
+    if (field.page == 0 || field.place.width < 1 || field.place.height < 1)
+        throw Refusal{"the field " + name + " has no room on a page"};
+    QPDFObjectHandle flags = inheritedValue(field.object, "/Ff");
+    if (flags.isInteger() && (flags.getIntValue() & 1) != 0)
+        throw Refusal{"the field " + name + " is read-only"};
+    QPDFObjectHandle demands = field.object.getKey("/SV");
+    QPDFObjectHandle demanded = demands.getKeyIfDict("/Ff");
+    if (demanded.isInteger() && demanded.getIntValue() != 0)
+        throw Refusal{"the field " + name +
+                      " demands a signature of a certain kind, which cannot be promised"};
+    refuseDamage();
+    return field;
+}
+
+std::string Document::newFieldName()
+{
+    std::set<std::string> taken;
+    if (QPDFObjectHandle tops = form().getKeyIfDict("/Fields"); tops.isArray())
+        for (QPDFObjectHandle top : tops.aitems())
+            if (QPDFObjectHandle name = top.getKeyIfDict("/T"); name.isString())
+                taken.insert(name.getUTF8Value());
+    int number = 1;
+    while (taken.contains("Signature" + std::to_string(number)))
+        ++number;
+    return "Signature" + std::to_string(number);
+}
+
+void Document::refuseUnlessAllowed(const Change& change)
+{
+    using Kind = Change::Kind;
+    const bool isField = change.kind != Kind::Mark;
+    if (isField && !form().getKeyIfDict("/XFA").isNull())
+        throw Refusal{"the document is an XFA form, which cannot be signed here"};
+    std::vector<QPDFObjectHandle> signatures;
+    if (QPDFObjectHandle certifying = catalog().getKey("/Perms").getKeyIfDict("/DocMDP");
+        certifying.isDictionary())
+        signatures.push_back(certifying);
+    for (const SignatureField& field : signatureFields())
+        if (field.isSigned)
+            signatures.push_back(QPDFObjectHandle(field.object).getKey("/V"));
+    for (QPDFObjectHandle& signature : signatures) {
+        if (QPDFObjectHandle certified = transformation(signature, "/DocMDP"); certified.isDictionary())
+            refuseWhereCertified(certified, change);
+        if (QPDFObjectHandle locked = transformation(signature, "/FieldMDP");
+            isField && locked.isDictionary())
+            refuseWhereLocked(locked, change);
+    }
+    if (m_file->isEncrypted() && !m_file->ownerPasswordMatched()) {
+        const bool isAllowed = change.kind == Kind::SignField
+                                   ? m_file->allowModifyForm() || m_file->allowModifyAnnotation()
+                                   : m_file->allowModifyAnnotation() &&
+                                         (change.kind == Kind::Mark || m_file->allowModifyOther());
+        if (!isAllowed)
+            throw Refusal{"the owner of the document does not allow this; the owner's password would"};
+    }
+    refuseDamage();
+}
+
+QPDFObjectHandle inheritedValue(QPDFObjectHandle node, const std::string& key)
+{
+    for (std::size_t depth = 0; depth < deepest && node.isDictionary(); ++depth) {
+        if (node.hasKey(key))
+            return node.getKey(key);
+        node = node.getKey("/Parent");
+    }
+    return QPDFObjectHandle::newNull();
+}
+
+std::optional<Rectangle> rectangleOf(QPDFObjectHandle array)
+{
+    if (!array.isRectangle())
+        return std::nullopt;
+    const QPDFObjectHandle::Rectangle corners = array.getArrayAsRectangle();
+    const auto [left, right] = std::minmax(corners.llx, corners.urx);
+    const auto [bottom, top] = std::minmax(corners.lly, corners.ury);
+    const double largest = std::max({std::abs(left), std::abs(right), std::abs(bottom), std::abs(top)});
+    if (!(largest < farthest))
+        return std::nullopt;
+    return Rectangle{left, bottom, right, top};
+}
+
+} // namespace sign

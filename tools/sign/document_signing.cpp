@@ -1,0 +1,221 @@
+#include "document_signing.h"
+
+#include "numbers.h"
+#include "refusal.h"
+#include "sealed_ink.h"
+
+#include <array>
+#include <cstdlib>
+#include <utility>
+
+namespace sign {
+
+namespace {
+
+// Of annotations: they are printed, and stay as they are.
+constexpr int printed = 4;
+constexpr int locked = 128;
+// Of forms: there are signatures, and whoever saves has to append.
+constexpr int signaturesExist = 1;
+constexpr int appendOnly = 2;
+
+QPDFObjectHandle text(const std::string& utf8)
+{
+    return QPDFObjectHandle::newUnicodeString(utf8);
+}
+
+std::string pdfTime(std::time_t time)
+{
+    std::tm local{};
+    localtime_r(&time, &local);
+    std::array<char, 32> date{};
+    std::strftime(date.data(), date.size(), "D:%Y%m%d%H%M%S", &local);
+    const long minutes = std::abs(local.tm_gmtoff) / 60;
+    const auto twoDigits = [](long number) { return std::to_string(100 + number).substr(1) + '\''; };
+    return date.data() + std::string(local.tm_gmtoff < 0 ? "-" : "+") + twoDigits(minutes / 60) +
+           twoDigits(minutes % 60);
+}
+
+QPDFObjectHandle rectangle(const Rectangle& corners)
+{
+    QPDFObjectHandle array = QPDFObjectHandle::newArray();
+    for (const double number : {corners.left, corners.bottom, corners.right, corners.top})
+        array.appendItem(QPDFObjectHandle::parse(decimal(number, 4)));
+    return array;
+}
+
+QPDFObjectHandle signatureDictionary(const Statement& statement)
+{
+    QPDFObjectHandle signature =
+        QPDFObjectHandle::parse("<< /Type /Sig /Filter /Adobe.PPKLite /SubFilter /ETSI.CAdES.detached >>");
+    signature.replaceKey("/M", QPDFObjectHandle::newString(pdfTime(statement.time)));
+    for (const auto& [key, value] :
+         {std::pair("/Name", &statement.name), std::pair("/Reason", &statement.reason),
+          std::pair("/Location", &statement.location)})
+        if (!value->empty())
+            signature.replaceKey(key, text(*value));
+    return signature;
+}
+
+// A field may say what its signature locks; the signature repeats it.
+void lockFields(QPDFObjectHandle signature, QPDFObjectHandle lock, QPDFObjectHandle catalog)
+{
+    QPDFObjectHandle parameters = QPDFObjectHandle::parse("<< /Type /TransformParams /V /1.2 >>");
+    for (const char* const key : {"/Action", "/Fields"})
+        if (lock.hasKey(key))
+            parameters.replaceKey(key, lock.getKey(key));
+    QPDFObjectHandle reference = QPDFObjectHandle::parse("<< /Type /SigRef /TransformMethod /FieldMDP >>");
+    reference.replaceKey("/TransformParams", parameters);
+    reference.replaceKey("/Data", catalog);
+    QPDFObjectHandle references = QPDFObjectHandle::newArray();
+    references.appendItem(reference);
+    signature.replaceKey("/Reference", references);
+}
+
+// The object itself, not a reference to it.
+QPDFObjectHandle copy(QPDFObjectHandle object)
+{
+    return object.shallowCopy();
+}
+
+} // namespace
+
+DocumentSigning::DocumentSigning(Document& document, const Spot& spot, bool isSealed,
+                                 double areaHeightByWidth, std::vector<std::string> lines)
+    : m_document(document), m_isSealed(isSealed), m_isNew(spot.field.empty()), m_pageNumber(spot.page)
+{
+    using Kind = Change::Kind;
+    if (!m_isNew) {
+        if (!isSealed)
+            throw Refusal{"without a certificate there is no seal to fill the field " + spot.field + " with"};
+        m_field = document.fieldToSign(spot.field);
+        m_pageNumber = m_field.page;
+    } else if (isSealed) {
+        m_field.name = document.newFieldName();
+    }
+    document.refuseUnlessAllowed(
+        {!m_isNew ? Kind::SignField : (isSealed ? Kind::NewField : Kind::Mark), m_field.name});
+    m_page = document.page(m_pageNumber);
+    m_layout = m_isNew ? Layout::at(m_page, spot.corner, areaHeightByWidth, std::move(lines))
+                       : Layout::in(m_page, m_field.place, std::move(lines));
+}
+
+std::string DocumentSigning::revision(const Ink& ink, const Statement& statement,
+                                      const std::optional<Seal>& seal, const InkSealing& sealInk)
+{
+    Revision revision(m_document);
+    const Appearance appearance = m_layout->appearance(ink);
+    const QPDFObjGen form = revision.newObject();
+    revision.addStream(form, appearance.dictionary, appearance.data);
+
+    QPDFObjectHandle sealedInk;
+    if (sealInk) {
+        const QPDFObjGen stream = revision.newObject();
+        revision.addStream(stream, QPDFObjectHandle::newDictionary(), sealInk(m_document.bytes()));
+        sealedInk = revision.reference(stream);
+    }
+
+    QPDFObjectHandle widget = m_isNew ? QPDFObjectHandle::newDictionary() : copy(m_field.widget);
+    QPDFObjectHandle shown = QPDFObjectHandle::newDictionary();
+    shown.replaceKey("/N", revision.reference(form));
+    widget.replaceKey("/AP", shown);
+    widget.removeKey("/AS");
+    QPDFObjectHandle flags = widget.getKey("/F");
+    const long long before = flags.isInteger() ? flags.getIntValue() : 0;
+    widget.replaceKey("/F", QPDFObjectHandle::newInteger(before | printed | locked));
+    if (m_isNew) {
+        widget.replaceKey("/Type", QPDFObjectHandle::newName("/Annot"));
+        widget.replaceKey("/Rect", rectangle(m_page.toPage(appearance.place)));
+        widget.replaceKey("/P", m_page.object);
+    }
+    const QPDFObjGen annotation = m_isNew ? revision.newObject() : m_field.widget.getObjGen();
+
+    if (!m_isSealed) {
+        widget.replaceKey("/Subtype", QPDFObjectHandle::newName("/Stamp"));
+        widget.replaceKey("/M", QPDFObjectHandle::newString(pdfTime(statement.time)));
+        if (!statement.name.empty())
+            widget.replaceKey("/T", text(statement.name));
+        if (!statement.reason.empty())
+            widget.replaceKey("/Contents", text(statement.reason));
+        if (sealInk)
+            widget.replaceKey(sealedInkKey, sealedInk);
+        revision.add(annotation, widget);
+        addToPage(revision, annotation);
+        revision.end();
+        m_document.refuseDamage();
+        return revision.bytes();
+    }
+
+    QPDFObjectHandle signature = signatureDictionary(statement);
+    if (sealInk)
+        signature.replaceKey(sealedInkKey, sealedInk);
+    if (!m_isNew)
+        if (QPDFObjectHandle lock = m_field.object.getKey("/Lock"); lock.isDictionary())
+            lockFields(signature, lock, m_document.catalog());
+    const QPDFObjGen value = revision.newObject();
+    revision.addSignature(value, signature, seal->reservedSize);
+
+    const bool isField = m_isNew || m_field.object.isSameObjectAs(m_field.widget);
+    QPDFObjectHandle field = isField ? widget : copy(m_field.object);
+    field.replaceKey("/V", revision.reference(value));
+    if (m_isNew) {
+        field.replaceKey("/Subtype", QPDFObjectHandle::newName("/Widget"));
+        field.replaceKey("/FT", QPDFObjectHandle::newName("/Sig"));
+        field.replaceKey("/T", text(m_field.name));
+        addToPage(revision, annotation);
+    }
+    revision.add(annotation, widget);
+    if (!isField)
+        revision.add(m_field.object.getObjGen(), field);
+    addToForm(revision, annotation);
+    revision.end();
+    m_document.refuseDamage();
+    revision.putSignature(seal->sign(revision.signedParts()));
+    return revision.bytes();
+}
+
+void DocumentSigning::addToPage(Revision& revision, QPDFObjGen annotation)
+{
+    QPDFObjectHandle annotations = m_page.object.getKey("/Annots");
+    QPDFObjectHandle more = annotations.isArray() ? copy(annotations) : QPDFObjectHandle::newArray();
+    more.appendItem(revision.reference(annotation));
+    if (annotations.isArray() && annotations.isIndirect()) {
+        revision.add(annotations.getObjGen(), more);
+        return;
+    }
+    QPDFObjectHandle page = copy(m_page.object);
+    page.replaceKey("/Annots", more);
+    revision.add(m_page.object.getObjGen(), page);
+}
+
+void DocumentSigning::noteSignatures(QPDFObjectHandle form) const
+{
+    QPDFObjectHandle flags = form.getKey("/SigFlags");
+    const long long before = flags.isInteger() ? flags.getIntValue() : 0;
+    form.replaceKey("/SigFlags", QPDFObjectHandle::newInteger(before | signaturesExist | appendOnly));
+}
+
+void DocumentSigning::addToForm(Revision& revision, QPDFObjGen field)
+{
+    QPDFObjectHandle before = m_document.form();
+    QPDFObjectHandle form = before.isDictionary() ? copy(before) : QPDFObjectHandle::newDictionary();
+    noteSignatures(form);
+    if (m_isNew) {
+        QPDFObjectHandle fields = form.getKey("/Fields");
+        QPDFObjectHandle more = fields.isArray() ? copy(fields) : QPDFObjectHandle::newArray();
+        more.appendItem(revision.reference(field));
+        if (fields.isArray() && fields.isIndirect())
+            revision.add(fields.getObjGen(), more);
+        else
+            form.replaceKey("/Fields", more);
+    }
+    if (before.isDictionary() && before.isIndirect()) {
+        revision.add(before.getObjGen(), form);
+        return;
+    }
+    QPDFObjectHandle catalog = copy(m_document.catalog());
+    catalog.replaceKey("/AcroForm", form);
+    revision.add(m_document.catalog().getObjGen(), catalog);
+}
+
+} // namespace sign

@@ -1,0 +1,73 @@
+// One signature for a document, from the wish to the appended revision.
+#pragma once
+
+#include "appearance.h"
+#include "document.h"
+#include "revision.h"
+
+#include <ctime>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sign {
+
+// Where the signature goes: into a field, or to a place on a page.
+struct Spot
+{
+    std::string field; // empty: a new one
+    int page = 1;      // from 1
+    Place corner;      // its height is not used
+};
+
+// What the signature says of itself, UTF-8; what is empty is left out.
+struct Statement
+{
+    std::string name;
+    std::string reason;
+    std::string location;
+    std::time_t time = 0;
+};
+
+// What is sealed in the end; without a seal there is only a mark.
+struct Seal
+{
+    std::size_t reservedSize;
+    std::function<std::string(const std::vector<std::string_view>& parts)> sign;
+};
+
+// Seals the ink for somebody; given the document before.
+using InkSealing = std::function<std::string(std::string_view document)>;
+
+class DocumentSigning
+{
+public:
+    // Whether the document may be signed there is checked here, so that nobody signs in vain. The lines
+    // stand below the signature. Throws Refusal.
+    DocumentSigning(Document& document, const Spot& spot, bool isSealed, double areaHeightByWidth,
+                    std::vector<std::string> lines);
+
+    // What follows the document's bytes. Throws Refusal.
+    std::string revision(const Ink& ink, const Statement& statement, const std::optional<Seal>& seal,
+                         const InkSealing& sealInk);
+
+    const std::string& field() const { return m_field.name; } // empty: none
+    int page() const { return m_pageNumber; }
+
+private:
+    void addToPage(Revision& revision, QPDFObjGen annotation);
+    void addToForm(Revision& revision, QPDFObjGen field);
+    void noteSignatures(QPDFObjectHandle form) const;
+
+    Document& m_document;
+    bool m_isSealed;
+    bool m_isNew; // field or annotation
+    SignatureField m_field;
+    int m_pageNumber;
+    Page m_page;
+    std::optional<Layout> m_layout;
+};
+
+} // namespace sign

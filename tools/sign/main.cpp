@@ -1,0 +1,120 @@
+// scribera-sign: puts a signature into a PDF document and seals it.
+#include "ending.h"
+#include "failures.h"
+#include "interrupts.h"
+#include "program.h"
+#include "refusal.h"
+#include "sign_commands.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cstdlib>
+#include <exception>
+#include <iterator>
+
+namespace {
+
+constexpr char programName[] = "scribera-sign";
+
+struct SignCommand
+{
+    const char* name; // empty: what is done where none is named
+    const char* summary;
+    void (*addOptions)(QCommandLineParser& parser);
+    int (*run)(const QCommandLineParser& parser, const QString& document);
+};
+
+constexpr SignCommand signing = {"", "Put a signature into a PDF document.", addSigningOptions, signDocument};
+
+constexpr SignCommand commands[] = {
+    {"fields", "The document's signature fields: pages, places, whether they are signed.", addFieldOptions,
+     listFields},
+};
+
+QString generalHelp(const QString& options)
+{
+    return QStringLiteral("Usage: scribera-sign DOCUMENT -o FILE [options]\n"
+                          "       scribera-sign COMMAND [options] DOCUMENT\n"
+                          "Puts a handwritten signature into a PDF document and seals it with a "
+                          "certificate.\n\n") +
+           listOf(commands) + QStringLiteral("\n") + options +
+           QStringLiteral(
+               "\n'scribera-sign COMMAND --help' tells its options; --version the version.\n"
+               "Exit code: 0 done, 1 failure, 2 wrong usage, 3 cancelled, 4 nobody confirmed in time, 5 "
+               "nothing written on the pad. Ctrl-C drops what was begun and ends by the signal.\n");
+}
+
+// Without the usage, which the parser does not know.
+QString optionsOf(const QCommandLineParser& parser)
+{
+    const QString text = parser.helpText();
+    const int start = text.indexOf(QStringLiteral("Options:"));
+    const int end = text.indexOf(QStringLiteral("\nArguments:"));
+    return text.mid(start, end - start);
+}
+
+int runCommand(const SignCommand& command, const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QLatin1String(command.summary));
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("This text."));
+    parser.addOption(help);
+    command.addOptions(parser);
+    const QString name = QLatin1String(command.name);
+    if (!name.isEmpty())
+        parser.addPositionalArgument(name, QLatin1String(command.summary), name);
+    parser.addPositionalArgument(QStringLiteral("document"), QStringLiteral("PDF document."),
+                                 QStringLiteral("DOCUMENT"));
+    if (!parser.parse(arguments))
+        throw UsageError{parser.errorText()};
+    if (parser.isSet(help))
+        return printHelp(name.isEmpty() ? generalHelp(optionsOf(parser)) : parser.helpText());
+    const QStringList files = parser.positionalArguments().mid(name.isEmpty() ? 0 : 1);
+    if (files.isEmpty())
+        throw UsageError{QStringLiteral("no document named")};
+    if (files.size() > 1)
+        throw UsageError{QStringLiteral("unexpected: ") + files.last()};
+    try {
+        return command.run(parser, files.first());
+    } catch (const sign::Refusal& refusal) {
+        throw Failure{files.first() + QStringLiteral(": ") + QString::fromStdString(refusal.reason)};
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) { // of what reads the document
+        throw Failure{files.first() + QStringLiteral(": cannot be used: ") + QString::fromUtf8(error.what())};
+    }
+}
+
+int run(const QStringList& arguments)
+{
+    const QString first = arguments.value(1);
+    if (first == QLatin1String("--version") || first == QLatin1String("-v"))
+        return printHelp(QStringLiteral("scribera-sign " SCRIBERA_VERSION "\n"));
+    const auto* const command =
+        std::find_if(std::begin(commands), std::end(commands),
+                     [&first](const SignCommand& row) { return first == QLatin1String(row.name); });
+    try {
+        return runCommand(command == std::end(commands) ? signing : *command, arguments);
+    } catch (const Ending& ending) {
+        print(stderr, QStringLiteral("scribera-sign: %1\n").arg(ending.sentence));
+        return ending.code;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // An idle pad shall cost no processor time.
+    setenv("SCRIBERA_WORKERS", "wait", 0);
+    catchInterrupts();
+    try {
+        const QCoreApplication application(argc, argv);
+        QCoreApplication::setApplicationName(QLatin1String(programName));
+        return exitCodeOf(programName, run, QCoreApplication::arguments());
+    } catch (const Interrupted& interrupted) {
+        return endBy(interrupted);
+    }
+}

@@ -1,0 +1,135 @@
+#include "output_file.h"
+
+#include "failures.h"
+#include "interrupts.h"
+#include "leftovers.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+QString reasonOf(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
+Failure cannotWrite(const QString& path, const QString& reason)
+{
+    return {path + QStringLiteral(": cannot be written: ") + reason};
+}
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
+    ~Descriptor() { close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int get() const { return m_descriptor; }
+    bool close() { return m_descriptor < 0 || ::close(std::exchange(m_descriptor, -1)) == 0; }
+
+private:
+    int m_descriptor;
+};
+
+bool writeAll(int descriptor, std::string_view bytes)
+{
+    constexpr std::size_t block = std::size_t{1} << 22; // so that Ctrl-C is seen
+    while (!bytes.empty()) {
+        throwIfInterrupted();
+        const ssize_t written = ::write(descriptor, bytes.data(), std::min(bytes.size(), block));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+mode_t newFileMode()
+{
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+} // namespace
+
+OutputFile::OutputFile(const QString& path, const QString& input) : m_path(path)
+{
+    std::error_code error;
+    m_target = std::filesystem::weakly_canonical(QFile::encodeName(path).toStdString(), error).string();
+    if (error)
+        throw cannotWrite(path, reasonOf(error.value()));
+    const std::string folder = std::filesystem::path(m_target).parent_path().string();
+    struct stat target = {};
+    struct stat source = {};
+    if (stat(m_target.c_str(), &target) == 0) {
+        if (!S_ISREG(target.st_mode))
+            throw cannotWrite(path, QStringLiteral("it is no regular file"));
+        if (stat(QFile::encodeName(input).constData(), &source) == 0 && source.st_dev == target.st_dev &&
+            source.st_ino == target.st_ino)
+            throw cannotWrite(path, QStringLiteral("it is the document itself, which stays as it is"));
+        if (access(m_target.c_str(), W_OK) != 0)
+            throw cannotWrite(path, reasonOf(errno));
+    }
+    if (access(folder.c_str(), W_OK | X_OK) != 0)
+        throw cannotWrite(path, reasonOf(errno));
+}
+
+void OutputFile::write(const std::vector<std::string_view>& parts) const
+{
+    std::string draft = (std::filesystem::path(m_target).parent_path() / ".scribera-sign.XXXXXX").string();
+    Descriptor file(mkostemp(draft.data(), O_CLOEXEC));
+    if (file.get() < 0)
+        throw cannotWrite(m_path, reasonOf(errno));
+    const Leftover leftover(draft);
+    struct stat older = {};
+    const mode_t mode = stat(m_target.c_str(), &older) == 0 ? older.st_mode & 0777 : newFileMode();
+    const bool isWritten = std::all_of(parts.begin(), parts.end(),
+                                       [&](std::string_view part) { return writeAll(file.get(), part); }) &&
+                           fchmod(file.get(), mode) == 0 && fsync(file.get()) == 0 && file.close();
+    if (!isWritten)
+        throw cannotWrite(m_path, reasonOf(errno));
+    throwIfInterrupted();
+    if (rename(draft.c_str(), m_target.c_str()) != 0)
+        throw cannotWrite(m_path, reasonOf(errno));
+}
+
+std::string readDocument(const QString& path)
+{
+    const auto fail = [&path](const QString& reason) {
+        return Failure{path + QStringLiteral(": cannot be read: ") + reason};
+    };
+    const Descriptor file(open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status = {};
+    if (file.get() < 0 || fstat(file.get(), &status) != 0)
+        throw fail(reasonOf(errno));
+    if (!S_ISREG(status.st_mode))
+        throw fail(QStringLiteral("it is no regular file"));
+    std::string content(static_cast<std::size_t>(status.st_size), '\0');
+    std::size_t size = 0;
+    while (size < content.size()) {
+        throwIfInterrupted();
+        const ssize_t count = read(file.get(), content.data() + size, content.size() - size);
+        if (count < 0 && errno != EINTR)
+            throw fail(reasonOf(errno));
+        if (count == 0)
+            break;
+        size += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    content.resize(size);
+    return content;
+}

@@ -1,0 +1,25 @@
+// A document that is to appear whole or not at all.
+#pragma once
+
+#include <QString>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+class OutputFile
+{
+public:
+    // Throws Failure when the file clearly cannot be written or is the input, so that nobody signs in vain.
+    OutputFile(const QString& path, const QString& input);
+
+    // Under another name in the same folder first. Throws Failure, and Interrupted.
+    void write(const std::vector<std::string_view>& parts) const;
+
+private:
+    QString m_path;       // as it was given
+    std::string m_target; // where links lead to
+};
+
+// Throws Failure for what is no regular file or cannot be read.
+std::string readDocument(const QString& path);

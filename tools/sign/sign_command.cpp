@@ -1,0 +1,227 @@
+// scribera-sign without a command: signs.
+#include "document.h"
+#include "document_signing.h"
+#include "failures.h"
+#include "ink/inkstream.h"
+#include "ink_drawing.h"
+#include "inkfile.h"
+#include "numbers.h"
+#include "optionvalues.h"
+#include "output_file.h"
+#include "program.h"
+#include "refusal.h"
+#include "sealed_ink.h"
+#include "sign_commands.h"
+#include "signer.h"
+
+#include <QDateTime>
+#include <QFile>
+
+#include <array>
+#include <memory>
+#include <optional>
+
+namespace {
+
+constexpr double largestPage = 1e6; // points
+
+double points(const QString& text)
+{
+    bool isNumber = false;
+    const double number = text.toDouble(&isNumber);
+    return isNumber && number >= 0 && number < largestPage ? number : -1;
+}
+
+QString value(const QCommandLineParser& parser, const char* option)
+{
+    return parser.value(QLatin1String(option));
+}
+
+bool isSet(const QCommandLineParser& parser, const char* option)
+{
+    return parser.isSet(QLatin1String(option));
+}
+
+sign::Spot spotOption(const QCommandLineParser& parser)
+{
+    sign::Spot spot;
+    if (isSet(parser, "field") == isSet(parser, "at"))
+        throw UsageError{QStringLiteral("one of --at and --field says where the signature goes")};
+    if (isSet(parser, "field")) {
+        spot.field = value(parser, "field").toStdString();
+        if (spot.field.empty() || isSet(parser, "page") || isSet(parser, "width"))
+            throw UsageError{QStringLiteral("--field is a field's name, and has its own page and width")};
+        return spot;
+    }
+    spot.page = positiveNumber(value(parser, "page"), 10'000'000);
+    if (spot.page == 0)
+        throw UsageError{wrongValue(parser, "page", "the number of a page")};
+    const QStringList corner = value(parser, "at").split(QLatin1Char(','));
+    spot.corner.left = corner.size() == 2 ? points(corner[0]) : -1;
+    spot.corner.top = corner.size() == 2 ? points(corner[1]) : -1;
+    if (spot.corner.left < 0 || spot.corner.top < 0)
+        throw UsageError{wrongValue(parser, "at", "X,Y in points from the page's upper left corner")};
+    spot.corner.width = points(value(parser, "width"));
+    if (spot.corner.width <= 0)
+        throw UsageError{wrongValue(parser, "width", "a width in points")};
+    return spot;
+}
+
+// What belongs to a certificate is checked before anybody signs.
+struct Keys
+{
+    std::unique_ptr<sign::Signer> signer;
+    std::string inkCertificate;
+};
+
+Keys keyOptions(const QCommandLineParser& parser)
+{
+    Keys keys;
+    const auto naming = [](const QString& file, const auto& work) {
+        try {
+            return work();
+        } catch (const sign::Refusal& refusal) {
+            throw Failure{file + QStringLiteral(": ") + QString::fromStdString(refusal.reason)};
+        }
+    };
+    if (isSet(parser, "certificate")) {
+        const QString file = value(parser, "certificate");
+        const std::string content = readDocument(file);
+        const std::string password = passwordOption(parser, "password-file");
+        keys.signer = naming(file, [&] { return std::make_unique<sign::Signer>(content, password); });
+    } else if (isSet(parser, "password-file")) {
+        throw UsageError{QStringLiteral("--password-file is of --certificate")};
+    }
+    if (isSet(parser, "seal-ink")) {
+        const QString file = value(parser, "seal-ink");
+        keys.inkCertificate = readDocument(file);
+        naming(file, [&] { return sign::sealInk("", "", keys.inkCertificate); });
+    }
+    return keys;
+}
+
+std::string utf8Option(const QCommandLineParser& parser, const char* option)
+{
+    return value(parser, option).toStdString();
+}
+
+std::vector<std::string> linesOption(const QCommandLineParser& parser, const sign::Statement& statement)
+{
+    std::vector<std::string> lines;
+    if (!isSet(parser, "show"))
+        return lines;
+    for (const QString& line : value(parser, "show").split(QLatin1Char(','))) {
+        if (line == QLatin1String("name"))
+            lines.push_back(statement.name);
+        else if (line == QLatin1String("date"))
+            lines.push_back(QDateTime::fromSecsSinceEpoch(statement.time)
+                                .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss t"))
+                                .toStdString());
+        else if (line == QLatin1String("reason"))
+            lines.push_back(statement.reason);
+        else
+            throw UsageError{wrongValue(parser, "show", "of name, date and reason, separated by commas")};
+        if (lines.back().empty())
+            throw UsageError{QStringLiteral("--show %1 needs --%1").arg(line)};
+    }
+    return lines;
+}
+
+} // namespace
+
+void addDocumentPasswordOption(QCommandLineParser& parser)
+{
+    parser.addOption({QStringLiteral("document-password-file"),
+                      QStringLiteral("File whose first line opens the document."), QStringLiteral("file")});
+}
+
+std::string documentPassword(const QCommandLineParser& parser)
+{
+    return passwordOption(parser, "document-password-file");
+}
+
+std::string passwordOption(const QCommandLineParser& parser, const char* option)
+{
+    if (!isSet(parser, option))
+        return {};
+    std::string text = readDocument(value(parser, option));
+    text.resize(std::min(text.find_first_of("\r\n"), text.size()));
+    return text;
+}
+
+void addSigningOptions(QCommandLineParser& parser)
+{
+    const auto add = [&parser](const char* name, const char* description, const char* valueName,
+                               const char* byDefault = "") {
+        parser.addOption({QLatin1String(name), QLatin1String(description), QLatin1String(valueName),
+                          QLatin1String(byDefault)});
+    };
+    parser.addOption({{QStringLiteral("o"), QStringLiteral("output")},
+                      QStringLiteral("The signed document."),
+                      QStringLiteral("file")});
+    add("page", "Page of --at, from 1, default 1.", "number", "1");
+    add("at", "Upper left corner of the signature, in points from that of the page.", "X,Y");
+    add("width", "Room for the ink in points, default 180. What is written on all of the pad fills it.",
+        "points", "180");
+    add("field", "Signature field that is filled.", "name");
+    add("ink", "Ink packet stream to draw; - is standard input.", "file");
+    parser.addOption({QStringLiteral("model"), QStringLiteral("The pad that --ink is from, default K210."),
+                      QStringLiteral("model"), QStringLiteral("K210")});
+    add("pen-width", "1 to 10, default 3; strokes follow it and the pressure.", "width", "3");
+    add("colour", "Of the ink as #rrggbb or by name, default black.", "colour", "black");
+    add("show", "Lines below the ink: name, date, reason, separated by commas.", "lines");
+    add("certificate", "PKCS#12 file whose key seals the document. Without one it is only marked.", "file");
+    add("password-file", "File whose first line opens the certificate's.", "file");
+    add("name", "Who signs, default what the certificate says.", "name");
+    add("reason", "Why.", "text");
+    add("location", "Where.", "text");
+    add("seal-ink", "Certificate in PEM whose key alone shall read the ink in the document.", "file");
+    addDocumentPasswordOption(parser);
+}
+
+int signDocument(const QCommandLineParser& parser, const QString& path)
+{
+    const QString output = value(parser, "output");
+    if (output.isEmpty())
+        throw UsageError{QStringLiteral("--output is missing")};
+    if (!isSet(parser, "ink"))
+        throw UsageError{QStringLiteral("--ink is missing")};
+    const sign::Spot spot = spotOption(parser);
+    const InkPen pen{modelOption(parser), penWidthOption(parser, "pen-width"), colorOption(parser, "colour")};
+    const OutputFile target(output, path);
+    const Keys keys = keyOptions(parser);
+
+    sign::Statement statement{utf8Option(parser, "name"), utf8Option(parser, "reason"),
+                              utf8Option(parser, "location"), std::time(nullptr)};
+    if (statement.name.empty() && keys.signer)
+        statement.name = keys.signer->name();
+    const std::string bytes = readDocument(path);
+    sign::Document document(bytes, documentPassword(parser));
+    sign::DocumentSigning signing(document, spot, keys.signer != nullptr,
+                                  static_cast<double>(pen.pad.m_nAreaHeight) / pen.pad.m_nAreaWidth,
+                                  linesOption(parser, statement));
+
+    const CInkSnapshot ink = readInk(value(parser, "ink"));
+    std::optional<sign::Seal> seal;
+    if (keys.signer)
+        seal = {keys.signer->reservedSize(),
+                [&](const std::vector<std::string_view>& parts) { return keys.signer->sign(parts); }};
+    sign::InkSealing sealInk;
+    if (!keys.inkCertificate.empty())
+        sealInk = [&](std::string_view before) {
+            return sign::sealInk(PackInkStream(ink).toBase64().toStdString(), before, keys.inkCertificate);
+        };
+    const std::string revision = signing.revision(drawnInk(ink, pen), statement, seal, sealInk);
+    target.write({bytes, revision});
+
+    QString text = QStringLiteral("%1: page %2").arg(output).arg(signing.page());
+    if (keys.signer)
+        text +=
+            QStringLiteral(", field %1, sealed by %2\n")
+                .arg(QString::fromStdString(signing.field()), QString::fromStdString(keys.signer->name()));
+    else
+        text +=
+            QStringLiteral(", marked. This is no seal: without --certificate nothing shows later changes.\n");
+    print(stdout, text);
+    return Done;
+}

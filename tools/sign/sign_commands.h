@@ -1,0 +1,20 @@
+// The commands of scribera-sign, each in a file of its own. They throw UsageError, Failure and sign::Refusal.
+#pragma once
+
+#include <QCommandLineParser>
+#include <QString>
+
+#include <string>
+
+// For every command that opens a document.
+void addDocumentPasswordOption(QCommandLineParser& parser);
+std::string documentPassword(const QCommandLineParser& parser);
+
+// The first line of the file that the option names; empty without the option. Throws Failure.
+std::string passwordOption(const QCommandLineParser& parser, const char* option);
+
+void addSigningOptions(QCommandLineParser& parser);
+int signDocument(const QCommandLineParser& parser, const QString& document);
+
+void addFieldOptions(QCommandLineParser& parser);
+int listFields(const QCommandLineParser& parser, const QString& document);
