@@ -4,19 +4,17 @@
 #include "peer.h"
 #include "service.h"
 #include "token.h"
+#include "web_socket.h"
 
-#include <boost/asio/ssl/stream.hpp>
-#include <boost/beast/core.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http.hpp>
-#include <boost/beast/ssl.hpp>
-#include <boost/beast/websocket.hpp>
-#include <boost/beast/websocket/ssl.hpp>
+#include <boost/beast/websocket/rfc6455.hpp>
 
 #include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
-#include <type_traits>
+#include <string_view>
 #include <utility>
 
 namespace bridge {
@@ -29,153 +27,15 @@ namespace websocket = beast::websocket;
 using boost::system::error_code;
 using namespace std::chrono_literals;
 
-using Plain = beast::tcp_stream;
-using Secure = beast::ssl_stream<beast::tcp_stream>;
-using HttpRequest = http::request<http::empty_body>;
 using HttpResponse = http::response<http::string_body>;
 
-constexpr char subprotocol[] = "scribera-pad.1";
-constexpr auto handshakePatience = 10s;
-constexpr auto pingInterval = 15s;
+constexpr auto requestPatience = 10s;
 constexpr std::uint32_t longestHeader = 8192;
-constexpr std::size_t longestMessage = 65536;
 
-// Counts a socket as long as it is there.
-class Counted
+class HttpClient : public std::enable_shared_from_this<HttpClient>
 {
 public:
-    explicit Counted(std::shared_ptr<SocketCount> sockets) : m_sockets(std::move(sockets))
-    {
-        ++m_sockets->count;
-    }
-    Counted(Counted&&) noexcept = default;
-    ~Counted()
-    {
-        if (!m_sockets)
-            return;
-        --m_sockets->count;
-        if (m_sockets->whenClosed)
-            m_sockets->whenClosed();
-    }
-    Counted(const Counted&) = delete;
-    Counted& operator=(const Counted&) = delete;
-    Counted& operator=(Counted&&) = delete;
-
-private:
-    std::shared_ptr<SocketCount> m_sockets;
-};
-
-template <typename Stream>
-class SocketConnection final : public Connection
-{
-public:
-    SocketConnection(Service& service, Counted counted, Stream stream, std::string origin)
-        : Connection(service.context(), service, std::move(origin)), m_counted(std::move(counted)),
-          m_socket(std::move(stream)), m_aliveTimer(service.context())
-    {
-    }
-
-    void start(const HttpRequest& request)
-    {
-        beast::get_lowest_layer(m_socket).expires_never(); // the WebSocket has timers of its own
-        websocket::stream_base::timeout timeout{};
-        timeout.handshake_timeout = handshakePatience;
-        timeout.idle_timeout = websocket::stream_base::none(); // which would not count what the client takes
-        m_socket.set_option(timeout);
-        m_socket.control_callback([this](websocket::frame_type, beast::string_view) { m_isActive = true; });
-        m_socket.set_option(websocket::stream_base::decorator([](websocket::response_type& response) {
-            response.set(http::field::sec_websocket_protocol, subprotocol);
-            response.set(http::field::server, "scribera-bridge");
-        }));
-        m_socket.read_message_max(longestMessage);
-        m_socket.write_buffer_bytes(longestMessage);
-        m_socket.async_accept(request, [self = self()](const error_code& error) {
-            if (error) {
-                self->end();
-                return;
-            }
-            self->watch();
-            self->read();
-        });
-    }
-
-private:
-    std::shared_ptr<SocketConnection> self()
-    {
-        return std::static_pointer_cast<SocketConnection>(this->shared_from_this());
-    }
-
-    void read()
-    {
-        m_socket.async_read(m_buffer, [self = self()](const error_code& error, std::size_t) {
-            if (error) {
-                self->end();
-                return;
-            }
-            self->m_isActive = true;
-            const asio::const_buffer data = self->m_buffer.cdata();
-            self->received({static_cast<const char*>(data.data()), data.size()}, self->m_socket.got_text());
-            self->m_buffer.consume(self->m_buffer.size());
-            self->read();
-        });
-    }
-
-    void write(const std::string& bytes, bool isText) override
-    {
-        m_socket.text(isText);
-        m_socket.async_write(asio::buffer(bytes), [self = self()](const error_code& error, std::size_t) {
-            if (error) {
-                self->end();
-                return;
-            }
-            self->m_isActive = true;
-            self->written();
-        });
-    }
-
-    void close(CloseCode code) override
-    {
-        m_socket.async_close(static_cast<websocket::close_code>(code),
-                             [self = self()](const error_code&) { self->end(); });
-    }
-
-    void end()
-    {
-        m_aliveTimer.cancel();
-        lost();
-    }
-
-    // A client that neither sends nor takes anything is asked whether it is there, and left when it does not
-    // answer.
-    void watch()
-    {
-        m_aliveTimer.expires_after(pingInterval);
-        m_aliveTimer.async_wait([self = self()](const error_code& error) {
-            if (error)
-                return;
-            if (!std::exchange(self->m_isActive, false)) {
-                beast::get_lowest_layer(self->m_socket).close(); // ends what is under way
-                return;
-            }
-            if (!std::exchange(self->m_isAsking, true))
-                self->m_socket.async_ping({}, [self](const error_code&) { self->m_isAsking = false; });
-            self->watch();
-        });
-    }
-
-    Counted m_counted;
-    websocket::stream<Stream> m_socket;
-    beast::flat_buffer m_buffer{longestMessage + 1024};
-    asio::steady_timer m_aliveTimer;
-    bool m_isActive = true;
-    bool m_isAsking = false;
-};
-
-template <typename Stream>
-class HttpClient : public std::enable_shared_from_this<HttpClient<Stream>>
-{
-public:
-    HttpClient(Service& service, Stream stream)
+    HttpClient(Service& service, ClientStream stream)
         : m_service(service), m_counted(service.sockets()), m_stream(std::move(stream)),
           m_buffer(longestHeader + longestMessage)
     {
@@ -185,23 +45,18 @@ public:
 
     void start()
     {
-        beast::get_lowest_layer(m_stream).expires_after(handshakePatience); // for all of it
-        if constexpr (std::is_same_v<Stream, Secure>)
-            m_stream.async_handshake(asio::ssl::stream_base::server,
-                                     [self = this->shared_from_this()](const error_code& error) {
-                                         if (!error)
-                                             self->read();
-                                     });
-        else
-            read();
+        m_stream.expireAfter(requestPatience); // for all of it
+        m_stream.start([self = shared_from_this()](const error_code& error) {
+            if (!error)
+                self->read();
+        });
     }
 
 private:
     void read()
     {
         http::async_read(
-            m_stream, m_buffer, m_parser,
-            [self = this->shared_from_this()](const error_code& error, std::size_t) {
+            m_stream, m_buffer, m_parser, [self = shared_from_this()](const error_code& error, std::size_t) {
                 if (!error)
                     self->handle();
                 else if (error != http::error::end_of_stream &&
@@ -218,7 +73,7 @@ private:
         const std::optional<std::string_view> origin = header(http::field::origin);
         const std::optional<std::string_view> host = header(http::field::host);
         m_isHead = request.method() == http::verb::head;
-        if (!isOwnUsers(beast::get_lowest_layer(m_stream).socket())) {
+        if (!isOwnUsers(m_stream.socket())) {
             log("refused: a client of another user");
             refuse(http::status::forbidden, "the service is another user's");
             return;
@@ -286,11 +141,8 @@ private:
             refuse(http::status::bad_request, "a client waits for the answer to its upgrade");
             return;
         }
-        const auto connection = std::make_shared<SocketConnection<Stream>>(m_service, std::move(m_counted),
-                                                                           std::move(m_stream), m_origin);
-        m_service.add(connection);
-        connection->start(request);
-        // This object goes; the request has been read by then.
+        // This object goes, and with it the request, which has been read by then.
+        serveWebSocket(m_service, std::move(m_counted), std::move(m_stream), m_origin, request);
     }
 
     void tell(const Page& page)
@@ -353,7 +205,7 @@ private:
     {
         const auto kept = std::make_shared<HttpResponse>(std::move(response));
         kept->prepare_payload();
-        const auto done = [self = this->shared_from_this(), kept](const error_code& error, std::size_t) {
+        const auto done = [self = shared_from_this(), kept](const error_code& error, std::size_t) {
             if (!error)
                 self->finish();
         };
@@ -370,12 +222,12 @@ private:
     void finish()
     {
         error_code ignored;
-        beast::get_lowest_layer(m_stream).socket().shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
+        m_stream.socket().shutdown(asio::socket_base::shutdown_send, ignored);
     }
 
     Service& m_service;
     Counted m_counted;
-    Stream m_stream;
+    ClientStream m_stream;
     beast::flat_buffer m_buffer;
     http::request_parser<http::empty_body> m_parser;
     std::string m_origin; // allowed; empty without one
@@ -384,12 +236,9 @@ private:
 
 } // namespace
 
-void serveHttp(Service& service, asio::ip::tcp::socket socket)
+void serveHttp(Service& service, ClientStream::Socket socket)
 {
-    if (service.isSecure())
-        std::make_shared<HttpClient<Secure>>(service, Secure(std::move(socket), service.tls()))->start();
-    else
-        std::make_shared<HttpClient<Plain>>(service, Plain(std::move(socket)))->start();
+    std::make_shared<HttpClient>(service, ClientStream(std::move(socket), service.tls()))->start();
 }
 
 } // namespace bridge

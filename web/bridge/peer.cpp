@@ -39,7 +39,7 @@ std::string inTable(const tcp::endpoint& endpoint)
 
 } // namespace
 
-bool isOwnUsers(const tcp::socket& socket)
+bool isOwnUsers(const ClientStream::Socket& socket)
 {
     boost::system::error_code error;
     const tcp::endpoint theirs = socket.remote_endpoint(error);

@@ -213,7 +213,7 @@ void Service::accept(Listener& listener)
     if (listener.isAccepting || m_isStopping || m_sockets->count >= m_mostSockets)
         return;
     listener.isAccepting = true;
-    listener.acceptor.async_accept([this, &listener](const error_code& error, tcp::socket socket) {
+    const auto came = [this, &listener](const error_code& error, ClientStream::Socket socket) {
         listener.isAccepting = false;
         if (m_isStopping)
             return;
@@ -228,10 +228,11 @@ void Service::accept(Listener& listener)
             if (!stopped)
                 accept(listener);
         });
-    });
+    };
+    listener.acceptor.async_accept(m_context.get_executor(), came);
 }
 
-void Service::serve(tcp::socket socket)
+void Service::serve(ClientStream::Socket socket)
 {
     error_code ignored;
     socket.set_option(tcp::no_delay(true), ignored);

@@ -1,6 +1,7 @@
 // The service: who listens, who is let in, and who has which pad.
 #pragma once
 
+#include "client_stream.h"
 #include "connection.h"
 #include "options.h"
 
@@ -40,7 +41,7 @@ class Service : public Pads
 {
 public:
     // Takes over a socket on which a client has come.
-    using Serve = void (*)(Service& service, boost::asio::ip::tcp::socket socket);
+    using Serve = void (*)(Service& service, ClientStream::Socket socket);
 
     // Throws std::exception with what is missing.
     Service(boost::asio::io_context& context, const Options& options, Serve serve);
@@ -56,7 +57,7 @@ public:
     const Options& options() const { return m_options; }
     unsigned short port() const { return m_port; }
     bool isSecure() const { return m_tls.has_value(); }
-    boost::asio::ssl::context& tls() { return *m_tls; }
+    boost::asio::ssl::context* tls() { return m_tls ? &*m_tls : nullptr; } // null without TLS
     boost::asio::io_context& context() { return m_context; }
     const Page* pageAt(std::string_view target) const;
 
@@ -81,7 +82,7 @@ private:
     bool adoptSockets();
     bool openSockets();
     void accept(Listener& listener);
-    void serve(boost::asio::ip::tcp::socket socket);
+    void serve(ClientStream::Socket socket);
     void stop();
     void stopOnceAllAreGone(int looks);
     void forgetEnded();
