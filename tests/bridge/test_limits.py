@@ -120,7 +120,15 @@ def slow_page(service: Service) -> socket.socket:
 
 
 def send_frame(one: socket.socket, text: str) -> None:
-    one.sendall(struct.pack(">BBH", 0x81, 0x80 | 126, len(text)) + bytes(4) + text.encode())
+    size = bytes([0x80 | len(text)]) if len(text) < 126 else struct.pack(">BH", 0x80 | 126, len(text))
+    one.sendall(b"\x81" + size + bytes(4) + text.encode())
+
+
+def received_until(one: socket.socket, text: bytes) -> bool:
+    received = b""
+    while text not in received[-2**20:] and (part := one.recv(2**20)):
+        received += part
+    return text in received[-2**20:]
 
 
 def assert_growth(service: Service, before: int, limit: int) -> None:
@@ -144,6 +152,7 @@ def test_a_reader_that_does_not_read(start: Start, tmp_path: Path) -> None:
         other.until(lambda: len(other.points) > 20_000)
     picture = 2000 * 2000 * 4
     assert_growth(service, before, 4 * picture)
+    assert received_until(one, b'"id":3,'), "it is served as far as it reads"
     one.close()
 
 
