@@ -30,6 +30,9 @@ constexpr SignCommand signing = {"", "Put a signature into a PDF document.", add
 constexpr SignCommand commands[] = {
     {"fields", "The document's signature fields: pages, places, whether they are signed.", addFieldOptions,
      listFields},
+    {"verify", "What each signature covers, who made it, and whether it is valid.", addVerifyOptions,
+     verifyDocument},
+    {"unseal", "Write the ink that was sealed for the holder of a key.", addUnsealOptions, unsealInkOf},
 };
 
 QString generalHelp(const QString& options)

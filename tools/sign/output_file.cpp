@@ -70,7 +70,10 @@ mode_t newFileMode()
 OutputFile::OutputFile(const QString& path, const QString& input) : m_path(path)
 {
     std::error_code error;
-    m_target = std::filesystem::weakly_canonical(QFile::encodeName(path).toStdString(), error).string();
+    // A name alone stays one where there is no such file yet.
+    m_target = std::filesystem::weakly_canonical(
+                   std::filesystem::current_path() / QFile::encodeName(path).toStdString(), error)
+                   .string();
     if (error)
         throw cannotWrite(path, reasonOf(error.value()));
     const std::string folder = std::filesystem::path(m_target).parent_path().string();

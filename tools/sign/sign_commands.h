@@ -18,3 +18,9 @@ int signDocument(const QCommandLineParser& parser, const QString& document);
 
 void addFieldOptions(QCommandLineParser& parser);
 int listFields(const QCommandLineParser& parser, const QString& document);
+
+void addVerifyOptions(QCommandLineParser& parser);
+int verifyDocument(const QCommandLineParser& parser, const QString& document);
+
+void addUnsealOptions(QCommandLineParser& parser);
+int unsealInkOf(const QCommandLineParser& parser, const QString& document);

@@ -1,6 +1,8 @@
 // What the signatures of a document say, and whether that is true.
 #pragma once
 
+#include "document.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -27,7 +29,20 @@ struct SignatureReport
 
 // Each signature, in the order of what they cover. Trusted certificates in PEM, empty when nobody asks.
 // Throws Refusal when the file cannot be read as a PDF.
-std::vector<SignatureReport> verifySignatures(std::string_view document, const std::string& password,
-                                              std::string_view trusted);
+std::vector<SignatureReport> verifySignatures(Document& document, std::string_view trusted);
+
+// Whether the document as it stands is what was signed: there are signatures, all are valid and none is
+// distrusted, and nothing was appended after the last.
+bool isWholeAndValid(const std::vector<SignatureReport>& reports);
+
+struct SealedInk
+{
+    std::string bytes;
+    std::size_t offset = 0; // where it stands in the file
+};
+
+// Of the field's signature, or without a name of the only place that has any. Throws Refusal: for none or
+// several, for a signature that is not valid.
+SealedInk sealedInkOf(Document& document, const std::string& field);
 
 } // namespace sign

@@ -1,0 +1,46 @@
+// scribera-sign unseal: the ink that only the holder of a key can read.
+#include "document.h"
+#include "failures.h"
+#include "output_file.h"
+#include "program.h"
+#include "sealed_ink.h"
+#include "sign_commands.h"
+#include "targetfile.h"
+#include "verifier.h"
+
+#include <string_view>
+
+void addUnsealOptions(QCommandLineParser& parser)
+{
+    parser.addOptions({
+        {QStringLiteral("key"),
+         QStringLiteral("Private key in PEM, of the certificate that the ink was sealed for."),
+         QStringLiteral("file")},
+        {QStringLiteral("password-file"), QStringLiteral("File whose first line is the password of the key."),
+         QStringLiteral("file")},
+        {{QStringLiteral("o"), QStringLiteral("output")},
+         QStringLiteral("File for the ink."),
+         QStringLiteral("file")},
+        {QStringLiteral("field"),
+         QStringLiteral("Of several signatures with sealed ink, the one of this field."),
+         QStringLiteral("name")},
+    });
+    addDocumentPasswordOption(parser);
+}
+
+int unsealInkOf(const QCommandLineParser& parser, const QString& file)
+{
+    for (const char* option : {"key", "output"})
+        if (!parser.isSet(QLatin1String(option)))
+            throw UsageError{QStringLiteral("--%1 is missing").arg(QLatin1String(option))};
+    const TargetFile target(parser.value(QStringLiteral("output")));
+    const std::string bytes = readDocument(file);
+    const std::string key = readDocument(parser.value(QStringLiteral("key")));
+    sign::Document document(bytes, documentPassword(parser));
+    const sign::SealedInk sealed =
+        sign::sealedInkOf(document, parser.value(QStringLiteral("field")).toStdString());
+    const std::string ink = sign::unsealInk(sealed.bytes, std::string_view(bytes).substr(0, sealed.offset),
+                                            key, passwordOption(parser, "password-file"));
+    target.write(QByteArray::fromStdString(ink));
+    return Done;
+}
