@@ -18,6 +18,11 @@ bool isStandardStream(const QString& path)
     return path == QLatin1String("-");
 }
 
+QString nameOf(const QString& path)
+{
+    return isStandardStream(path) ? QStringLiteral("standard input") : path;
+}
+
 // In blocks, because a pipe does not tell how much is coming.
 QByteArray readWhole(QFile& file, const QString& name)
 {
@@ -36,15 +41,23 @@ QByteArray readWhole(QFile& file, const QString& name)
 
 } // namespace
 
+QByteArray readInkText(const QString& path)
+{
+    QFile file(path);
+    if (!(isStandardStream(path) ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly)))
+        throw Failure{nameOf(path) + QStringLiteral(": cannot be opened: ") + file.errorString()};
+    return readWhole(file, nameOf(path));
+}
+
+CInkSnapshot inkOf(const QByteArray& text, const QString& path)
+{
+    CInkPointList points;
+    if (const std::optional<CInkStreamFault> fault = ReadInkStreamText(text, points))
+        throw Failure{QStringLiteral("%1:%2: ").arg(nameOf(path)).arg(fault->m_nOffset) + fault->m_strReason};
+    return points.Snapshot();
+}
+
 CInkSnapshot readInk(const QString& path)
 {
-    const bool fromStandardInput = isStandardStream(path);
-    const QString name = fromStandardInput ? QStringLiteral("standard input") : path;
-    QFile file(path);
-    if (!(fromStandardInput ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly)))
-        throw Failure{name + QStringLiteral(": cannot be opened: ") + file.errorString()};
-    CInkPointList points;
-    if (const std::optional<CInkStreamFault> fault = ReadInkStreamText(readWhole(file, name), points))
-        throw Failure{QStringLiteral("%1:%2: ").arg(name).arg(fault->m_nOffset) + fault->m_strReason};
-    return points.Snapshot();
+    return inkOf(readInkText(path), path);
 }

@@ -115,7 +115,7 @@ Signing::State Signing::proceed()
     // The pen may come down while everything is taken: then once more, with what it has written.
     if (!m_isConfirming || m_strokes.isPenDown())
         return State::Going;
-    return !m_strokes.hasInk() || m_files.take(m_session) ? State::Confirmed : State::Going;
+    return !m_strokes.hasInk() || m_take(m_session) ? State::Confirmed : State::Going;
 }
 
 void Signing::clear()

@@ -9,6 +9,7 @@
 #include <QByteArray>
 #include <QStringList>
 
+#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -55,6 +56,10 @@ private:
     QString m_fault;
 };
 
+// Takes what is on the pad into memory. Any thread, also in a callback; throws nothing. False when the pen
+// has written meanwhile, so that what was taken may be of several moments.
+using Taking = std::function<bool(const Session& session)>;
+
 // From the open pad to the decision of the person.
 class Signing
 {
@@ -66,7 +71,7 @@ public:
         Cancelled
     };
 
-    Signing(Session& session, SignatureFiles& files) : m_session(session), m_files(files) {}
+    Signing(Session& session, const Taking& take) : m_session(session), m_take(take) {}
 
     // Takes in what has happened at the pad.
     State proceed();
@@ -79,7 +84,7 @@ public:
 
 private:
     Session& m_session;
-    SignatureFiles& m_files;
+    const Taking& m_take;
     Strokes m_strokes;
     bool m_isConfirming = false;
 };

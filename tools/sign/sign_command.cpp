@@ -2,9 +2,9 @@
 #include "document.h"
 #include "document_signing.h"
 #include "failures.h"
-#include "ink/inkstream.h"
 #include "ink_drawing.h"
 #include "inkfile.h"
+#include "inkpad.h"
 #include "numbers.h"
 #include "optionvalues.h"
 #include "output_file.h"
@@ -13,12 +13,15 @@
 #include "sealed_ink.h"
 #include "sign_commands.h"
 #include "signer.h"
+#include "taking.h"
+#include "waiting.h"
 
 #include <QDateTime>
 #include <QFile>
 
-#include <array>
+#include <ctime>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 namespace {
@@ -127,6 +130,69 @@ std::vector<std::string> linesOption(const QCommandLineParser& parser, const sig
     return lines;
 }
 
+// Where the ink comes from.
+struct Source
+{
+    InkPen pen;
+    std::optional<Driver> driver; // of a pad; without one there is a file
+    std::optional<int> timeout;
+};
+
+Source sourceOption(const QCommandLineParser& parser)
+{
+    const bool isFromPad = isSet(parser, "pad");
+    if (isFromPad == isSet(parser, "ink"))
+        throw UsageError{QStringLiteral("one of --pad and --ink says where the ink comes from")};
+    for (const char* const option : {"driver", "timeout"})
+        if (!isFromPad && isSet(parser, option))
+            throw UsageError{QStringLiteral("--%1 is of --pad").arg(QLatin1String(option))};
+    if (isFromPad && isSet(parser, "model"))
+        throw UsageError{QStringLiteral("--model is of --ink; --pad names the pad itself")};
+    const CPadModel* const pad = isFromPad ? padNamed(value(parser, "pad")) : &modelOption(parser);
+    if (!pad)
+        throw UsageError{wrongValue(parser, "pad", "one of ") + padNames().join(QStringLiteral(", "))};
+    Source source{{*pad, penWidthOption(parser, "pen-width"), colorOption(parser, "colour")}, {}, {}};
+    if (isFromPad) {
+        source.driver = driverOption(parser);
+        source.timeout = secondsOption(parser, "timeout");
+    }
+    return source;
+}
+
+// The ink text that a pad hands over, whichever thread it comes on.
+class TakenInk
+{
+public:
+    bool take(const Session& session) noexcept
+    {
+        const std::lock_guard guard(m_taking);
+        try {
+            const int points = session.points();
+            m_text = session.ink() + '\n';
+            return session.points() == points;
+        } catch (const std::exception&) {
+            m_text.clear();
+            return true;
+        }
+    }
+    // Once the pad is closed.
+    const QByteArray& text() const { return m_text; }
+
+private:
+    std::mutex m_taking; // held while something is taken, which changes what follows
+    QByteArray m_text;
+};
+
+QByteArray takenInk(const Source& source)
+{
+    constexpr int height = 400;
+    TakenInk ink;
+    takeSignature(source.pen.pad, *source.driver, canvasFor(source.pen.pad, height),
+                  {source.pen.width, source.pen.colour}, Deadline(source.timeout), nullptr,
+                  [&ink](const Session& session) { return ink.take(session); });
+    return ink.text();
+}
+
 } // namespace
 
 void addDocumentPasswordOption(QCommandLineParser& parser)
@@ -164,6 +230,9 @@ void addSigningOptions(QCommandLineParser& parser)
     add("width", "Room for the ink in points, default 180. What is written on all of the pad fills it.",
         "points", "180");
     add("field", "Signature field that is filled.", "name");
+    add("pad", "Sign now, on this pad.", "model");
+    addDriverOption(parser);
+    add("timeout", "Wait no longer than this for the signature.", "seconds");
     add("ink", "Ink packet stream to draw; - is standard input.", "file");
     parser.addOption({QStringLiteral("model"), QStringLiteral("The pad that --ink is from, default K210."),
                       QStringLiteral("model"), QStringLiteral("K210")});
@@ -184,10 +253,9 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
     const QString output = value(parser, "output");
     if (output.isEmpty())
         throw UsageError{QStringLiteral("--output is missing")};
-    if (!isSet(parser, "ink"))
-        throw UsageError{QStringLiteral("--ink is missing")};
     const sign::Spot spot = spotOption(parser);
-    const InkPen pen{modelOption(parser), penWidthOption(parser, "pen-width"), colorOption(parser, "colour")};
+    const Source source = sourceOption(parser);
+    const CPadModel& pad = source.pen.pad;
     const OutputFile target(output, path);
     const Keys keys = keyOptions(parser);
 
@@ -198,10 +266,12 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
     const std::string bytes = readDocument(path);
     sign::Document document(bytes, documentPassword(parser));
     sign::DocumentSigning signing(document, spot, keys.signer != nullptr,
-                                  static_cast<double>(pen.pad.m_nAreaHeight) / pen.pad.m_nAreaWidth,
+                                  static_cast<double>(pad.m_nAreaHeight) / pad.m_nAreaWidth,
                                   linesOption(parser, statement));
 
-    const CInkSnapshot ink = readInk(value(parser, "ink"));
+    const QString inkPath = value(parser, "ink");
+    const QByteArray inkText = source.driver ? takenInk(source) : readInkText(inkPath);
+    const CInkSnapshot points = inkOf(inkText, source.driver ? value(parser, "pad") : inkPath);
     std::optional<sign::Seal> seal;
     if (keys.signer)
         seal = {keys.signer->reservedSize(),
@@ -209,9 +279,9 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
     sign::InkSealing sealInk;
     if (!keys.inkCertificate.empty())
         sealInk = [&](std::string_view before) {
-            return sign::sealInk(PackInkStream(ink).toBase64().toStdString(), before, keys.inkCertificate);
+            return sign::sealInk(inkText.toStdString(), before, keys.inkCertificate);
         };
-    const std::string revision = signing.revision(drawnInk(ink, pen), statement, seal, sealInk);
+    const std::string revision = signing.revision(drawnInk(points, source.pen), statement, seal, sealInk);
     target.write({bytes, revision});
 
     QString text = QStringLiteral("%1: page %2").arg(output).arg(signing.page());
