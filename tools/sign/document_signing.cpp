@@ -128,7 +128,7 @@ std::string DocumentSigning::revision(const Ink& ink, const Statement& statement
         widget.replaceKey("/Rect", rectangle(m_page.toPage(appearance.place)));
         widget.replaceKey("/P", m_page.object);
     }
-    const QPDFObjGen annotation = m_isNew ? revision.newObject() : m_field.widget.getObjGen();
+    m_annotation = m_isNew ? revision.newObject() : m_field.widget.getObjGen();
 
     if (!m_isSealed) {
         widget.replaceKey("/Subtype", QPDFObjectHandle::newName("/Stamp"));
@@ -139,8 +139,8 @@ std::string DocumentSigning::revision(const Ink& ink, const Statement& statement
             widget.replaceKey("/Contents", text(statement.reason));
         if (sealInk)
             widget.replaceKey(sealedInkKey, sealedInk);
-        revision.add(annotation, widget);
-        addToPage(revision, annotation);
+        revision.add(m_annotation, widget);
+        addToPage(revision);
         revision.end();
         m_document.refuseDamage();
         return revision.bytes();
@@ -162,23 +162,23 @@ std::string DocumentSigning::revision(const Ink& ink, const Statement& statement
         field.replaceKey("/Subtype", QPDFObjectHandle::newName("/Widget"));
         field.replaceKey("/FT", QPDFObjectHandle::newName("/Sig"));
         field.replaceKey("/T", text(m_field.name));
-        addToPage(revision, annotation);
+        addToPage(revision);
     }
-    revision.add(annotation, widget);
+    revision.add(m_annotation, widget);
     if (!isField)
         revision.add(m_field.object.getObjGen(), field);
-    addToForm(revision, annotation);
+    addToForm(revision);
     revision.end();
     m_document.refuseDamage();
     revision.putSignature(seal->sign(revision.signedParts()));
     return revision.bytes();
 }
 
-void DocumentSigning::addToPage(Revision& revision, QPDFObjGen annotation)
+void DocumentSigning::addToPage(Revision& revision)
 {
     QPDFObjectHandle annotations = m_page.object.getKey("/Annots");
     QPDFObjectHandle more = annotations.isArray() ? copy(annotations) : QPDFObjectHandle::newArray();
-    more.appendItem(revision.reference(annotation));
+    more.appendItem(revision.reference(m_annotation));
     if (annotations.isArray() && annotations.isIndirect()) {
         revision.add(annotations.getObjGen(), more);
         return;
@@ -195,7 +195,7 @@ void DocumentSigning::noteSignatures(QPDFObjectHandle form) const
     form.replaceKey("/SigFlags", QPDFObjectHandle::newInteger(before | signaturesExist | appendOnly));
 }
 
-void DocumentSigning::addToForm(Revision& revision, QPDFObjGen field)
+void DocumentSigning::addToForm(Revision& revision)
 {
     QPDFObjectHandle before = m_document.form();
     QPDFObjectHandle form = before.isDictionary() ? copy(before) : QPDFObjectHandle::newDictionary();
@@ -203,7 +203,7 @@ void DocumentSigning::addToForm(Revision& revision, QPDFObjGen field)
     if (m_isNew) {
         QPDFObjectHandle fields = form.getKey("/Fields");
         QPDFObjectHandle more = fields.isArray() ? copy(fields) : QPDFObjectHandle::newArray();
-        more.appendItem(revision.reference(field));
+        more.appendItem(revision.reference(m_annotation));
         if (fields.isArray() && fields.isIndirect())
             revision.add(fields.getObjGen(), more);
         else
@@ -216,6 +216,27 @@ void DocumentSigning::addToForm(Revision& revision, QPDFObjGen field)
     QPDFObjectHandle catalog = copy(m_document.catalog());
     catalog.replaceKey("/AcroForm", form);
     revision.add(m_document.catalog().getObjGen(), catalog);
+}
+
+void DocumentSigning::refuseUnlessIn(const std::string& file, const std::string& password) const
+{
+    QPDF written;
+    written.setSuppressWarnings(true);
+    written.setAttemptRecovery(false);
+    written.processFile(file.c_str(), password.c_str());
+    QPDFObjectHandle annotations = written.getObject(m_page.object.getObjGen()).getKey("/Annots");
+    bool isThere = false;
+    if (annotations.isArray())
+        for (QPDFObjectHandle annotation : annotations.aitems())
+            isThere = isThere || (annotation.getObjGen() == m_annotation && annotation.isDictionary() &&
+                                  annotation.getKey("/AP").getKeyIfDict("/N").isStream());
+    if (isThere && m_isSealed) {
+        QPDFObjectHandle field = written.getObject(m_isNew ? m_annotation : m_field.object.getObjGen());
+        QPDFObjectHandle contents = field.getKey("/V").getKeyIfDict("/Contents");
+        isThere = contents.isString() && contents.getStringValue().starts_with('0'); // a sequence in DER
+    }
+    if (!isThere)
+        throw Refusal{"the signature cannot be found again: the document contradicts itself"};
 }
 
 } // namespace sign

@@ -53,12 +53,15 @@ public:
     std::string revision(const Ink& ink, const Statement& statement, const std::optional<Seal>& seal,
                          const InkSealing& sealInk);
 
+    // Reads what was written as others will. Throws Refusal when it is not the document with that signature.
+    void refuseUnlessIn(const std::string& file, const std::string& password) const;
+
     const std::string& field() const { return m_field.name; } // empty: none
     int page() const { return m_pageNumber; }
 
 private:
-    void addToPage(Revision& revision, QPDFObjGen annotation);
-    void addToForm(Revision& revision, QPDFObjGen field);
+    void addToPage(Revision& revision);
+    void addToForm(Revision& revision);
     void noteSignatures(QPDFObjectHandle form) const;
 
     Document& m_document;
@@ -68,6 +71,7 @@ private:
     int m_pageNumber;
     Page m_page;
     std::optional<Layout> m_layout;
+    QPDFObjGen m_annotation; // once there is a revision
 };
 
 } // namespace sign

@@ -57,6 +57,15 @@ QString optionsOf(const QCommandLineParser& parser)
     return text.mid(start, end - start);
 }
 
+// What a document says of itself may be quoted there.
+Failure failureOf(const QString& document, QString reason)
+{
+    for (QChar& character : reason)
+        if (!character.isPrint())
+            character = QLatin1Char('?');
+    return {document + QStringLiteral(": ") + reason};
+}
+
 int runCommand(const SignCommand& command, const QStringList& arguments)
 {
     QCommandLineParser parser;
@@ -82,11 +91,11 @@ int runCommand(const SignCommand& command, const QStringList& arguments)
     try {
         return command.run(parser, files.first());
     } catch (const sign::Refusal& refusal) {
-        throw Failure{files.first() + QStringLiteral(": ") + QString::fromStdString(refusal.reason)};
+        throw failureOf(files.first(), QString::fromStdString(refusal.reason));
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) { // of what reads the document
-        throw Failure{files.first() + QStringLiteral(": cannot be used: ") + QString::fromUtf8(error.what())};
+        throw failureOf(files.first(), QStringLiteral("cannot be used: ") + QString::fromUtf8(error.what()));
     }
 }
 

@@ -92,7 +92,8 @@ OutputFile::OutputFile(const QString& path, const QString& input) : m_path(path)
         throw cannotWrite(path, reasonOf(errno));
 }
 
-void OutputFile::write(const std::vector<std::string_view>& parts) const
+void OutputFile::write(const std::vector<std::string_view>& parts,
+                       const std::function<void(const std::string& draft)>& check) const
 {
     std::string draft = (std::filesystem::path(m_target).parent_path() / ".scribera-sign.XXXXXX").string();
     Descriptor file(mkostemp(draft.data(), O_CLOEXEC));
@@ -106,6 +107,7 @@ void OutputFile::write(const std::vector<std::string_view>& parts) const
                            fchmod(file.get(), mode) == 0 && fsync(file.get()) == 0 && file.close();
     if (!isWritten)
         throw cannotWrite(m_path, reasonOf(errno));
+    check(draft);
     throwIfInterrupted();
     if (rename(draft.c_str(), m_target.c_str()) != 0)
         throw cannotWrite(m_path, reasonOf(errno));

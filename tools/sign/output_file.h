@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,8 +14,10 @@ public:
     // Throws Failure when the file clearly cannot be written or is the input, so that nobody signs in vain.
     OutputFile(const QString& path, const QString& input);
 
-    // Under another name in the same folder first. Throws Failure, and Interrupted.
-    void write(const std::vector<std::string_view>& parts) const;
+    // Under another name in the same folder first, where the check may still refuse it. Throws what that
+    // throws, Failure and Interrupted.
+    void write(const std::vector<std::string_view>& parts,
+               const std::function<void(const std::string& draft)>& check) const;
 
 private:
     QString m_path;       // as it was given
