@@ -66,7 +66,15 @@ configure_file(packaging/scribera-demo.in ${PROJECT_BINARY_DIR}/packaging/scribe
 install(PROGRAMS ${PROJECT_BINARY_DIR}/packaging/scribera-demo DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 # Manual pages, and completion of command lines.
 install(DIRECTORY packaging/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} COMPONENT tools
-    PATTERN scribera-bridge.1 EXCLUDE)
+    PATTERN scribera-bridge.1 EXCLUDE PATTERN "scribera-sign*" EXCLUDE)
+
+if(SCRIBERA_BUILD_SIGN)
+    install(TARGETS scribera-sign RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT sign)
+    set_target_properties(scribera-sign PROPERTIES INSTALL_RPATH "\$ORIGIN/${SCRIBERA_LIBRARY_OF_PROGRAMS}")
+    install(FILES packaging/share/man/man1/scribera-sign.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT sign)
+    install(FILES packaging/share/bash-completion/completions/scribera-sign
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT sign)
+endif()
 
 if(SCRIBERA_BUILD_BRIDGE)
     install(TARGETS scribera-bridge RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT bridge)

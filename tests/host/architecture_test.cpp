@@ -70,6 +70,7 @@ const std::vector<Row>& table()
         {"tools/pad",
          {"include", "src/export", "src/model", "drivers/pen", "drivers/simulator", "tools"},
          true},
+        {"tools/sign", {"src/pen", "src/ink", "src/model", "tools", "tools/pad"}},
         {"web/bridge", {"include", "tools", "tools/pad"}},
         {"examples", {"include"}, true},
         {"docs", {"include"}, true},
@@ -79,7 +80,7 @@ const std::vector<Row>& table()
          true},
         {"fuzz",
          {"include", "src/ink", "src/model", "drivers/pen", "drivers/simulator",
-          "drivers/simulator/virtualpad", "web/bridge"}},
+          "drivers/simulator/virtualpad", "tools/sign", "web/bridge"}},
         {"tests",
          {"include", "src/model", "drivers/pen", "drivers/simulator", "drivers/simulator/virtualpad",
           "examples", "tools/pad", "tests/host"},
@@ -169,6 +170,7 @@ std::string targetOf(const std::string& from, const std::string& name)
                                                 "fuzz",
                                                 "examples/qt-host",
                                                 "tools/pad",
+                                                "tools/sign",
                                                 "web/bridge"};
     const auto existing = [&](const fs::path& folder) -> std::string {
         const fs::path path = (folder / name).lexically_normal();

@@ -55,6 +55,9 @@ def main() -> None:
     if not commands:
         faults.append("--help names no command")
     compare(name, offered(completion, name, ""), commands | {"--help", "--version"})
+    if "\nOptions:" in general:  # of what the program does without a command
+        told = set(re.findall(OPTION, general[general.index("\nOptions:") :].split("\n\n")[0]))
+        compare(f"{name} without a command", offered(completion, name, "file", "-"), told)
     for command in sorted(commands):
         text = help_of(program, command)
         told = set(re.findall(OPTION, text[text.index("Options:") :].split("\nArguments:")[0]))

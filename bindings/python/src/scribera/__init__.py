@@ -14,8 +14,10 @@ The package calls the shared library ``libscriberasdk.so.1``, which is part of t
 this package; :class:`Pad` tells where it and the pad's driver are looked for.
 """
 
+from ._documents import sign_pdf
 from ._errors import (
     CallbackThreadError,
+    DocumentError,
     DriverError,
     InvalidParametersError,
     LibraryError,
@@ -37,6 +39,7 @@ __all__ = [
     "FAMILIES",
     "CallbackThreadError",
     "DecodedPoint",
+    "DocumentError",
     "DriverError",
     "Family",
     "ImageType",
@@ -58,4 +61,5 @@ __all__ = [
     "enable_log",
     "let_workers_wait",
     "read_ink",
+    "sign_pdf",
 ]

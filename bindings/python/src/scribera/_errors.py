@@ -50,5 +50,9 @@ class DriverError(ScriberaError):
     """The pad's driver reported a failure; ``result`` is its own code."""
 
 
+class DocumentError(ScriberaError):
+    """A document was not signed; the message has the reason, ``result`` is the program's exit code."""
+
+
 class PadTimeoutError(ScriberaError, TimeoutError):
     """No key was used in time."""
