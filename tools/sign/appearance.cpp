@@ -22,6 +22,7 @@ constexpr double smallestFont = 3; // below that nobody reads it
 constexpr double leading = 1.2;    // from line to line, of the font's size
 constexpr double descent = 0.25;   // below the line, of the font's size
 constexpr double leastInkHeight = 4;
+constexpr double leastInkWidth = 20;
 // Beyond what the whole writing area would be: a dot shall not become a blot.
 constexpr double largestEnlargement = 3;
 
@@ -136,12 +137,33 @@ Layout Layout::at(const Page& page, const Place& corner, double areaHeightByWidt
     return layout;
 }
 
+Layout Layout::behind(const Page& page, const TextEnd& text, double width, double areaHeightByWidth,
+                      std::vector<std::string> lines)
+{
+    constexpr double gap = 0.5; // of the font's size
+    const double left = text.right + gap * text.size;
+    Layout layout;
+    layout.m_rotation = page.rotation;
+    layout.m_anchor = Anchor::Line;
+    layout.m_room.left = left;
+    layout.m_room.width = std::min(width, page.width() - left);
+    if (left < 0 || layout.m_room.width < leastInkWidth)
+        throw Refusal{"there is no room for a signature behind the text"};
+    layout.setLines(std::move(lines), largestFont);
+    const double inkHeight = std::min(layout.m_room.width * areaHeightByWidth, text.baseline);
+    layout.m_room.top = text.baseline - inkHeight;
+    layout.m_room.height = inkHeight + layout.m_textHeight;
+    if (inkHeight < leastInkHeight || layout.m_room.bottom() > page.height())
+        throw Refusal{"there is no room for a signature behind the text"};
+    return layout;
+}
+
 Layout Layout::in(const Page& page, const Place& field, std::vector<std::string> lines)
 {
     Layout layout;
     layout.m_rotation = page.rotation;
     layout.m_room = field;
-    layout.m_isCentred = true;
+    layout.m_anchor = Anchor::Middle;
     // At least half of the field is for the ink.
     const double count = static_cast<double>(std::max<std::size_t>(lines.size(), 1));
     layout.setLines(std::move(lines), std::min(largestFont, field.height / 2 / count / leading));
@@ -178,10 +200,12 @@ Appearance Layout::appearance(const Ink& ink) const
     appearance.place = m_room;
     double left = 0;
     double top = 0;
-    if (m_isCentred) {
+    if (m_anchor == Anchor::Middle) {
         left = (m_room.width - inkWidth) / 2;
         top = (inkRoom - inkHeight) / 2;
     } else {
+        if (m_anchor == Anchor::Line)
+            appearance.place.top += inkRoom - inkHeight;
         appearance.place.height = inkHeight + m_textHeight;
         if (m_lines.empty())
             appearance.place.width = inkWidth;

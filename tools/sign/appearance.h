@@ -2,6 +2,7 @@
 #pragma once
 
 #include "document.h"
+#include "page_text.h"
 
 #include <qpdf/QPDFObjectHandle.hh>
 
@@ -46,6 +47,9 @@ public:
     // there is none, and for text that the font does not have.
     static Layout at(const Page& page, const Place& corner, double areaHeightByWidth,
                      std::vector<std::string> lines);
+    // The ink stands on the end of a line of text, its lines below it. Otherwise the same.
+    static Layout behind(const Page& page, const TextEnd& text, double width, double areaHeightByWidth,
+                         std::vector<std::string> lines);
     // In the middle of a field, as large as it fits.
     static Layout in(const Page& page, const Place& field, std::vector<std::string> lines);
 
@@ -53,12 +57,19 @@ public:
     Appearance appearance(const Ink& ink) const;
 
 private:
+    enum class Anchor
+    {
+        Corner, // the upper left one of the room
+        Line,   // that the ink stands on: the room's lower edge, but for the text
+        Middle, // of the room, all of which the signature takes
+    };
+
     Layout() = default;
     void setLines(std::vector<std::string> lines, double largestSize);
 
     int m_rotation = 0;
-    Place m_room;                     // for ink and text
-    bool m_isCentred = false;         // and fills all of the room
+    Place m_room; // for ink and text
+    Anchor m_anchor = Anchor::Corner;
     std::vector<std::string> m_lines; // in the font's encoding
     double m_fontSize = 0;
     double m_textHeight = 0;

@@ -95,9 +95,18 @@ DocumentSigning::DocumentSigning(Document& document, const Spot& spot, bool isSe
     }
     document.refuseUnlessAllowed(
         {!m_isNew ? Kind::SignField : (isSealed ? Kind::NewField : Kind::Mark), m_field.name});
+    std::optional<TextEnd> text;
+    if (!spot.after.empty()) {
+        text = findText(document, spot.after, spot.page);
+        m_pageNumber = text->page;
+    }
     m_page = document.page(m_pageNumber);
-    m_layout = m_isNew ? Layout::at(m_page, spot.corner, areaHeightByWidth, std::move(lines))
-                       : Layout::in(m_page, m_field.place, std::move(lines));
+    if (text)
+        m_layout = Layout::behind(m_page, *text, spot.corner.width, areaHeightByWidth, std::move(lines));
+    else if (m_isNew)
+        m_layout = Layout::at(m_page, spot.corner, areaHeightByWidth, std::move(lines));
+    else
+        m_layout = Layout::in(m_page, m_field.place, std::move(lines));
 }
 
 std::string DocumentSigning::revision(const Ink& ink, const Statement& statement,
@@ -158,6 +167,8 @@ std::string DocumentSigning::revision(const Ink& ink, const Statement& statement
     const bool isField = m_isNew || m_field.object.isSameObjectAs(m_field.widget);
     QPDFObjectHandle field = isField ? widget : copy(m_field.object);
     field.replaceKey("/V", revision.reference(value));
+    if (!isField) // Poppler looks for the value there
+        widget.replaceKey("/V", revision.reference(value));
     if (m_isNew) {
         field.replaceKey("/Subtype", QPDFObjectHandle::newName("/Widget"));
         field.replaceKey("/FT", QPDFObjectHandle::newName("/Sig"));

@@ -14,12 +14,13 @@
 
 namespace sign {
 
-// Where the signature goes: into a field, or to a place on a page.
+// Where the signature goes: into a field, behind a text, or to a place on a page.
 struct Spot
 {
     std::string field; // empty: a new one
-    int page = 1;      // from 1
-    Place corner;      // its height is not used
+    std::string after; // empty: to the corner
+    int page = 0;      // from 1; 0 for any that has the text
+    Place corner;      // its height is not used, and behind a text only its width
 };
 
 // What the signature says of itself, UTF-8; what is empty is left out.

@@ -48,25 +48,33 @@ bool isSet(const QCommandLineParser& parser, const char* option)
 sign::Spot spotOption(const QCommandLineParser& parser)
 {
     sign::Spot spot;
-    if (isSet(parser, "field") == isSet(parser, "at"))
-        throw UsageError{QStringLiteral("one of --at and --field says where the signature goes")};
+    if (isSet(parser, "field") + isSet(parser, "at") + isSet(parser, "after") != 1)
+        throw UsageError{QStringLiteral("one of --at, --after and --field says where the signature goes")};
     if (isSet(parser, "field")) {
         spot.field = value(parser, "field").toStdString();
         if (spot.field.empty() || isSet(parser, "page") || isSet(parser, "width"))
             throw UsageError{QStringLiteral("--field is a field's name, and has its own page and width")};
         return spot;
     }
-    spot.page = positiveNumber(value(parser, "page"), 10'000'000);
-    if (spot.page == 0)
-        throw UsageError{wrongValue(parser, "page", "the number of a page")};
+    spot.corner.width = points(value(parser, "width"));
+    if (spot.corner.width <= 0)
+        throw UsageError{wrongValue(parser, "width", "a width in points")};
+    spot.after = value(parser, "after").toStdString();
+    if (isSet(parser, "page") || isSet(parser, "at")) {
+        spot.page = positiveNumber(value(parser, "page"), 10'000'000);
+        if (spot.page == 0)
+            throw UsageError{wrongValue(parser, "page", "the number of a page")};
+    }
+    if (isSet(parser, "after")) {
+        if (spot.after.empty())
+            throw UsageError{QStringLiteral("--after is empty")};
+        return spot;
+    }
     const QStringList corner = value(parser, "at").split(QLatin1Char(','));
     spot.corner.left = corner.size() == 2 ? points(corner[0]) : -1;
     spot.corner.top = corner.size() == 2 ? points(corner[1]) : -1;
     if (spot.corner.left < 0 || spot.corner.top < 0)
         throw UsageError{wrongValue(parser, "at", "X,Y in points from the page's upper left corner")};
-    spot.corner.width = points(value(parser, "width"));
-    if (spot.corner.width <= 0)
-        throw UsageError{wrongValue(parser, "width", "a width in points")};
     return spot;
 }
 
@@ -225,10 +233,11 @@ void addSigningOptions(QCommandLineParser& parser)
     parser.addOption({{QStringLiteral("o"), QStringLiteral("output")},
                       QStringLiteral("The signed document."),
                       QStringLiteral("file")});
-    add("page", "Page of --at, from 1, default 1.", "number", "1");
+    add("page", "From 1. Default 1 with --at, all with --after.", "number", "1");
     add("at", "Upper left corner of the signature, in points from that of the page.", "X,Y");
     add("width", "Room for the ink in points, default 180. What is written on all of the pad fills it.",
         "points", "180");
+    add("after", "Text behind which the signature stands, on its line. It must be there once.", "text");
     add("field", "Signature field that is filled.", "name");
     add("pad", "Sign now, on this pad.", "model");
     addDriverOption(parser);

@@ -1,0 +1,42 @@
+// What the characters of a document's fonts mean and how wide they are.
+#pragma once
+
+#include <qpdf/QPDFObjectHandle.hh>
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sign {
+
+class Font
+{
+public:
+    struct Character
+    {
+        std::string text;      // UTF-8; empty when nobody knows
+        double width = 0;      // of a font of size 1
+        bool hasWidth = false; // that is known
+        bool isSpace = false;  // to which the word spacing is added
+    };
+
+    explicit Font(QPDFObjectHandle font);
+
+    std::vector<Character> charactersOf(std::string_view text) const;
+
+private:
+    void readSimple(QPDFObjectHandle font);
+    void readComposite(QPDFObjectHandle font);
+    void readMeanings(QPDFObjectHandle stream);
+
+    std::size_t m_codeSize = 1;
+    bool m_isReadable = true; // the codes mean what they seem to
+    double m_scale = 0.001;   // of the widths
+    double m_otherWidth = -1; // of characters without one; below 0 unknown
+    std::map<unsigned, double> m_widths;
+    std::map<unsigned, std::string> m_meanings;
+};
+
+} // namespace sign
