@@ -20,8 +20,9 @@ def sign_pdf(
     output: StrPath,
     *,
     ink: bytes | str,
-    page: int = 1,
+    page: int | None = None,
     at: tuple[float, float] | None = None,
+    after: str | None = None,
     width: float | None = None,
     field: str | None = None,
     model: str = "K210",
@@ -41,8 +42,9 @@ def sign_pdf(
 
     ``ink`` is the ink packet stream, bytes of :meth:`Pad.ink` or text of :meth:`Pad.ink_text`, of a pad of
     this ``model``. It goes to ``at``, in points from the upper left corner of the page as it is seen, with room
-    for so much ``width``, or into the signature field of that name. ``show`` names lines below the ink:
-    "name", "date", "reason".
+    for so much ``width``; behind the text ``after``, which has to be there once; or into the signature field of
+    that name. The ``page`` is by default the first with ``at`` and any with ``after``. ``show`` names lines
+    below the ink: "name", "date", "reason".
 
     ``certificate`` is a PKCS#12 file, whose key seals the document so that every later change shows; without
     one the document is only marked. ``seal_ink`` is a certificate in PEM: the ink goes into the document so
@@ -52,14 +54,16 @@ def sign_pdf(
     ``PATH``. Raises :class:`InvalidParametersError` for what the program does not understand, and
     :class:`DocumentError` with its reason for what it refuses.
     """
-    if (at is None) == (field is None):
-        raise InvalidParametersError("one of at and field says where the signature goes")
+    if [at, after, field].count(None) != 2:
+        raise InvalidParametersError("one of at, after and field says where the signature goes")
     command = [os.fspath(program or os.environ.get("SCRIBERA_SIGN") or "scribera-sign")]
     command += ["--output", os.fspath(output), "--ink", "-", "--model", model]
     command += ["--pen-width", str(pen_width), "--colour", pen_color]
     if at is not None:
-        command += ["--page", str(page), "--at", f"{at[0]:g},{at[1]:g}"]
+        command += ["--at", f"{at[0]:g},{at[1]:g}"]
     options = {
+        "--page": None if page is None else str(page),
+        "--after": after,
         "--width": None if width is None else f"{width:g}",
         "--field": field,
         "--show": ",".join(show) or None,
