@@ -1,6 +1,6 @@
 // Writes the corpora from which the fuzzers start: small images in the forms that their readers tell apart,
 // headers that promise more than follows, ink packet streams whole and broken, recordings, conversations with
-// the virtual pad, sequences of calls.
+// the virtual pad, sequences of calls, clients of the service.
 
 #include "padlink.h"
 #include "scriberasdk.h"
@@ -547,6 +547,63 @@ Seeds penEvents()
     return seeds;
 }
 
+// A client's frame. Its mask is zero, so that the engine sees what it says.
+QByteArray frame(int first, const QByteArray& payload)
+{
+    QByteArray head = byte(first);
+    if (payload.size() < 126)
+        head += byte(0x80 | payload.size());
+    else
+        head += byte(0x80 | 126) + byte(payload.size() >> 8) + byte(payload.size() & 0xff);
+    return head + QByteArray(4, 0) + payload;
+}
+
+Seeds clientsOfTheService()
+{
+    constexpr int text = 0x81;
+    constexpr int firstPart = 0x01;
+    constexpr int lastPart = 0x80;
+    constexpr int binary = 0x82;
+    constexpr int closing = 0x88;
+    constexpr int ping = 0x89;
+    constexpr int pong = 0x8a;
+    const QByteArray asRequest = byte(0);
+    const QByteArray asSocket = byte(1);
+    const QByteArray inPieces = byte(3);
+    const auto request = [](const char* method, const char* params) {
+        return QByteArray(R"({"jsonrpc":"2.0","id":1,"method":")") + method + R"(","params":)" + params + '}';
+    };
+    const QByteArray open = request("open", R"({"model":"K210","width":800,"height":400})");
+    const QByteArray image = request("image", R"({"format":"png","dpi":300,"clip":[10,10]})");
+    const QByteArray goodbye = frame(closing, byte(0x03) + byte(0xe8) + "bye");
+    return {
+        {"health", asRequest + "GET /health HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n"},
+        {"example", asRequest + "GET /example?a=b HTTP/1.1\r\nHost: localhost\r\n\r\n"},
+        {"head", asRequest + "HEAD /scribera-pad.js HTTP/1.0\r\nHost: [::1]\r\nOrigin: null\r\n\r\n"},
+        {"body", asRequest + "POST /health HTTP/1.1\r\nHost: localhost\r\nContent-Length: 4\r\n\r\nbody"},
+        {"chunks",
+         asRequest + "GET / HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nbody\r\n0\r\n\r\n"},
+        {"path", asRequest + "GET /../../%2e%2e/etc/passwd HTTP/1.1\r\nHost: localhost\r\n\r\n"},
+        {"long-header", asRequest + "GET /health HTTP/1.1\r\nHost: " + QByteArray(6000, 'a') + "\r\n\r\n"},
+        {"no-request", asRequest + "\x16\x03\x01"},
+        {"open", asSocket + frame(text, open) + goodbye},
+        {"image", inPieces + frame(text, open) + frame(text, image)},
+        {"parts",
+         asSocket + frame(firstPart, open.left(20)) + frame(ping, "now") + frame(lastPart, open.mid(20))},
+        {"wait", asSocket + frame(text, request("wait", R"({"timeout":1000})")) + frame(pong, "")},
+        {"resume",
+         asSocket + frame(text, request("resume", R"({"token":")") + QByteArray(43, 'A') + R"("}})")},
+        {"binary", asSocket + frame(binary, QByteArray(300, 1))},
+        {"reserved", asSocket + frame(0xf1, "a")},
+        {"unmasked", asSocket + QByteArray::fromHex("8105") + "hello"},
+        {"endless", asSocket + QByteArray::fromHex("81ff") + QByteArray(8, '\x7f') + QByteArray(4, 0)},
+        {"not-text", asSocket + frame(text, "\xc3\x28")},
+        {"long-ping", asSocket + frame(ping, QByteArray(200, 'p'))},
+        {"half-close", asSocket + frame(closing, byte(3))},
+        {"many", asSocket + frame(text, "[]").repeated(250)},
+    };
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -567,5 +624,6 @@ int main(int argc, char** argv)
     write(corpora, "recording", recordings());
     write(corpora, "api", calls());
     write(corpora, "pen_events", penEvents());
+    write(corpora, "bridge_socket", clientsOfTheService());
     return 0;
 }

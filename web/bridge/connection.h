@@ -51,6 +51,7 @@ protected:
     void received(std::string_view message, bool isText);
     void written();
     void lost();
+    bool isClosing() const { return m_closing.has_value(); }
 
     // To the socket, one at a time; written() answers. The bytes stay until then.
     virtual void write(const std::string& bytes, bool isText) = 0;

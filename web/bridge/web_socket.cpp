@@ -72,7 +72,10 @@ private:
             const asio::const_buffer data = self->m_buffer.cdata();
             self->received({static_cast<const char*>(data.data()), data.size()}, self->m_socket.got_text());
             self->m_buffer.consume(self->m_buffer.size());
-            self->read();
+            // The closing reads on by itself, and a read beside it, when it fails, waits for it and it for
+            // the read.
+            if (!self->isClosing())
+                self->read();
         });
     }
 
