@@ -203,6 +203,7 @@ def test_a_worker_that_hangs_is_ended(start: Start) -> None:
         number = page.send("image", format="png")
         os.kill(worker, signal.SIGSTOP)
         assert page.until_news("closed")["reason"] == "worker-failed"
+        assert "failed: it hangs" in service.log(), "it was not waited for in vain"
         page.until(lambda: number in page.answers)
         page.points = []
         page.open()

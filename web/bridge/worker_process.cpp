@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -29,9 +30,12 @@ namespace {
 using boost::system::error_code;
 using namespace std::chrono_literals;
 
-constexpr auto aliveInterval = 1s;
-constexpr int mostUnanswered = 3;
+// A thread of the worker's does nothing but listen and answer. One that waits for a processor or a disk is
+// given time, one that sleeps over a question will not wake up.
+constexpr auto aliveInterval = 250ms;
+constexpr int mostAsleep = 2;
 constexpr auto orderPatience = 10s;
+constexpr int mostUnanswered = orderPatience / aliveInterval;
 constexpr auto picturePatience = 60s;
 constexpr auto endPatience = 6s;
 constexpr std::size_t longestAnswer = std::size_t{256} << 20;
@@ -224,6 +228,12 @@ void WorkerProcess::askWhetherAlive()
     m_aliveTimer.async_wait([self = shared_from_this()](const error_code& error) {
         if (error || self->m_isOver)
             return;
+        self->m_asleep =
+            self->m_isListening && self->m_unanswered > 0 && self->isAsleep() ? self->m_asleep + 1 : 0;
+        if (self->m_asleep == mostAsleep) {
+            self->fail("it hangs");
+            return;
+        }
         if (self->m_unanswered == mostUnanswered) {
             self->fail("it does not answer");
             return;
@@ -232,6 +242,29 @@ void WorkerProcess::askWhetherAlive()
         self->send(Order::Alive, nullptr, 0);
         self->askWhetherAlive();
     });
+}
+
+// Whether it has told nothing that is still to be read, and none of its threads can go on. False where the
+// system does not say.
+bool WorkerProcess::isAsleep() const
+{
+    error_code error;
+    if (m_socket.available(error) > 0 || error)
+        return false;
+    int threads = 0;
+    for (std::filesystem::directory_iterator thread("/proc/" + std::to_string(m_process) + "/task", error),
+         end;
+         !error && thread != end; thread.increment(error)) {
+        std::ifstream file(thread->path() / "stat");
+        std::string line;
+        std::getline(file, line);
+        const std::size_t name = line.rfind(") "); // which may hold anything
+        if (name == std::string::npos || line.compare(name, 3, ") R") == 0 ||
+            line.compare(name, 3, ") D") == 0)
+            return false;
+        ++threads;
+    }
+    return !error && threads > 0;
 }
 
 void WorkerProcess::send(Order kind, const void* record, std::size_t bytes)
@@ -296,6 +329,7 @@ bool WorkerProcess::body(Record& record) const
 
 void WorkerProcess::take()
 {
+    m_isListening = true;
     switch (static_cast<News>(m_head.kind)) {
     case News::Part:
         if (m_pending.empty() || m_parts.size() + m_body.size() > longestAnswer)

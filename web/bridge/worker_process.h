@@ -71,6 +71,7 @@ private:
     void send(Order kind, const void* record, std::size_t bytes);
     void write();
     void askWhetherAlive();
+    bool isAsleep() const;
     void watchOrder();
     void awaitEnd();
     void removeFolder() const;
@@ -87,7 +88,9 @@ private:
     pid_t m_process = -1;
     std::string m_folder; // where it has its temporary files
     bool m_isOver = false;
-    int m_unanswered = 0; // questions whether it is alive
+    bool m_isListening = false; // it has started
+    int m_unanswered = 0;       // questions whether it is alive
+    int m_asleep = 0;           // how often in a row it slept over one
 
     Head m_head;
     std::vector<char> m_body;
