@@ -547,6 +547,42 @@ Seeds penEvents()
     return seeds;
 }
 
+QByteArray request(const char* method, const QByteArray& params)
+{
+    return QByteArray(R"({"jsonrpc":"2.0","id":1,"method":")") + method + R"(","params":)" + params + '}';
+}
+
+QByteArray resume(const QByteArray& counts)
+{
+    return request("resume", R"({"token":")" + QByteArray(43, 'A') + "\"," + counts + '}');
+}
+
+// One of each method, what is none, origins and hosts.
+Seeds requestsOfPages()
+{
+    return {
+        {"open", request("open", R"({"model":"K210","width":800,"height":485})")},
+        {"resume", resume(R"("clears":1,"points":2,"keys":3)")},
+        {"close", request("close", "{}")},
+        {"clear", request("clear", "{}")},
+        {"pen", request("pen", R"({"width":3,"color":"#00ffAB","pressure":true})")},
+        {"points", request("points", R"({"from":0,"count":100})")},
+        {"wait", request("wait", R"({"timeout":1000})")},
+        {"image", request("image", R"({"format":"png","dpi":150,"clip":[10,10],"transparent":true})")},
+        {"svg", request("svg", R"({"clip":[1,0]})")},
+        {"ink", request("ink", "{}")},
+        {"device", request("device", "{}")},
+        {"fingerprint", request("fingerprint", R"({"format":"bmp"})")},
+        {"batch", '[' + request("close", "{}") + ']'},
+        {"large", R"({"jsonrpc":"2.0","id":9007199254740992,"method":"close"})"},
+        {"deep", QByteArray(R"({"a":)").repeated(10) + '1' + QByteArray(10, '}')},
+        {"origin", "https://counter.bank.example:8443"},
+        {"local", "http://localhost:80"},
+        {"host", "127.0.0.1:17283"},
+        {"host6", "[::1]:17283"},
+    };
+}
+
 // A client's frame. Its mask is zero, so that the engine sees what it says.
 QByteArray frame(int first, const QByteArray& payload)
 {
@@ -570,9 +606,6 @@ Seeds clientsOfTheService()
     const QByteArray asRequest = byte(0);
     const QByteArray asSocket = byte(1);
     const QByteArray inPieces = byte(3);
-    const auto request = [](const char* method, const char* params) {
-        return QByteArray(R"({"jsonrpc":"2.0","id":1,"method":")") + method + R"(","params":)" + params + '}';
-    };
     const QByteArray open = request("open", R"({"model":"K210","width":800,"height":400})");
     const QByteArray image = request("image", R"({"format":"png","dpi":300,"clip":[10,10]})");
     const QByteArray goodbye = frame(closing, byte(0x03) + byte(0xe8) + "bye");
@@ -591,8 +624,7 @@ Seeds clientsOfTheService()
         {"parts",
          asSocket + frame(firstPart, open.left(20)) + frame(ping, "now") + frame(lastPart, open.mid(20))},
         {"wait", asSocket + frame(text, request("wait", R"({"timeout":1000})")) + frame(pong, "")},
-        {"resume",
-         asSocket + frame(text, request("resume", R"({"token":")") + QByteArray(43, 'A') + R"("}})")},
+        {"resume", asSocket + frame(text, resume(R"("clears":0,"points":0,"keys":0)"))},
         {"binary", asSocket + frame(binary, QByteArray(300, 1))},
         {"reserved", asSocket + frame(0xf1, "a")},
         {"unmasked", asSocket + QByteArray::fromHex("8105") + "hello"},
@@ -624,6 +656,7 @@ int main(int argc, char** argv)
     write(corpora, "recording", recordings());
     write(corpora, "api", calls());
     write(corpora, "pen_events", penEvents());
+    write(corpora, "bridge_request", requestsOfPages());
     write(corpora, "bridge_socket", clientsOfTheService());
     return 0;
 }
