@@ -3,8 +3,7 @@
 
 #include "document.h"
 #include "page_text.h"
-
-#include <qpdf/QPDFObjectHandle.hh>
+#include "qpdf.h"
 
 #include <array>
 #include <string>

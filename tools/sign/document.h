@@ -1,8 +1,7 @@
 // A PDF document as far as signing needs it: pages, signature fields, what may still be changed.
 #pragma once
 
-#include <qpdf/QPDF.hh>
-#include <qpdf/QPDFObjectHandle.hh>
+#include "qpdf.h"
 
 #include <cstddef>
 #include <memory>

@@ -1,7 +1,7 @@
 // Encrypts what is added to an encrypted document with the document's own key.
 #pragma once
 
-#include <qpdf/QPDF.hh>
+#include "qpdf.h"
 
 #include <string>
 #include <string_view>

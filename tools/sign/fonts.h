@@ -1,7 +1,7 @@
 // What the characters of a document's fonts mean and how wide they are.
 #pragma once
 
-#include <qpdf/QPDFObjectHandle.hh>
+#include "qpdf.h"
 
 #include <cstddef>
 #include <map>

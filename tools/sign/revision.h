@@ -4,9 +4,7 @@
 
 #include "document.h"
 #include "document_cipher.h"
-
-#include <qpdf/QPDFObjGen.hh>
-#include <qpdf/QPDFObjectHandle.hh>
+#include "qpdf.h"
 
 #include <cstddef>
 #include <map>
