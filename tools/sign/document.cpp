@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <map>
 #include <set>
 #include <utility>
 
@@ -241,56 +242,73 @@ Page Document::page(int number)
     return page;
 }
 
-std::vector<SignatureField> Document::signatureFields()
+std::vector<FormField> Document::fields()
 {
-    std::vector<SignatureField> fields;
+    std::vector<FormField> fields;
     std::set<QPDFObjGen> seen;
-    const std::function<void(QPDFObjectHandle, std::string, bool, std::size_t)> visit =
-        [&](QPDFObjectHandle node, std::string name, bool isSignatures, std::size_t depth) {
+    const std::function<void(QPDFObjectHandle, std::string, std::string, std::size_t)> visit =
+        [&](QPDFObjectHandle node, std::string name, std::string type, std::size_t depth) {
             if (!node.isIndirect() || !node.isDictionary() || !seen.insert(node.getObjGen()).second ||
                 depth > deepest)
                 throw damaged("its form fields are wrong");
             if (QPDFObjectHandle own = node.getKey("/T"); own.isString())
                 name += (name.empty() ? "" : ".") + own.getUTF8Value();
-            if (QPDFObjectHandle type = node.getKey("/FT"); type.isName())
-                isSignatures = type.isNameAndEquals("/Sig");
+            if (QPDFObjectHandle own = node.getKey("/FT"); own.isName())
+                type = own.getName();
+            FormField field{name, type, node, {}};
             QPDFObjectHandle kids = node.getKey("/Kids");
-            SignatureField field{name, node, QPDFObjectHandle::newNull(), 0, {}, false};
             if (kids.isArray() && kids.getArrayNItems() > 0) {
-                QPDFObjectHandle first = kids.getArrayItem(0);
-                const bool haveNames = first.isDictionary() && first.hasKey("/T");
-                if (haveNames || !isSignatures) {
-                    for (QPDFObjectHandle kid : kids.aitems())
-                        visit(kid, name, isSignatures, depth + 1);
+                field.widgets = kids.getArrayAsVector();
+                QPDFObjectHandle first = field.widgets.front();
+                if (type.empty() || (first.isDictionary() && first.hasKey("/T"))) {
+                    for (const QPDFObjectHandle& kid : field.widgets)
+                        visit(kid, name, type, depth + 1);
                     return;
                 }
-                field.widget = first;
             } else if (node.getKey("/Subtype").isNameAndEquals("/Widget")) {
-                field.widget = node;
+                field.widgets.push_back(node);
             }
-            if (!isSignatures)
-                return;
-            field.isSigned = isSignature(node.getKey("/V"));
             fields.push_back(std::move(field));
         };
     if (QPDFObjectHandle tops = form().getKeyIfDict("/Fields"); tops.isArray())
-        for (QPDFObjectHandle top : tops.aitems())
-            visit(top, {}, false, 0);
-    for (std::size_t number = 1; !fields.empty() && number <= pages().size(); ++number) {
+        for (const QPDFObjectHandle& top : tops.aitems())
+            visit(top, {}, {}, 0);
+    refuseDamage();
+    return fields;
+}
+
+std::vector<SignatureField> Document::signatureFields()
+{
+    std::vector<SignatureField> signatures;
+    std::map<QPDFObjGen, std::size_t> widgets;
+    for (FormField& field : fields()) {
+        if (field.type != "/Sig")
+            continue;
+        SignatureField signature{field.name, field.object, QPDFObjectHandle::newNull(), 0, {}, false};
+        if (!field.widgets.empty() && field.widgets.front().isIndirect() &&
+            field.widgets.front().isDictionary()) {
+            signature.widget = field.widgets.front();
+            widgets.emplace(signature.widget.getObjGen(), signatures.size());
+        }
+        signature.isSigned = isSignature(field.object.getKey("/V"));
+        signatures.push_back(std::move(signature));
+    }
+    for (std::size_t number = 1; !widgets.empty() && number <= pages().size(); ++number) {
         QPDFObjectHandle annotations = QPDFObjectHandle(pages()[number - 1]).getKey("/Annots");
         if (!annotations.isArray())
             continue;
-        for (QPDFObjectHandle annotation : annotations.aitems())
-            for (SignatureField& field : fields)
-                if (annotation.isIndirect() && annotation.isSameObjectAs(field.widget)) {
-                    field.page = static_cast<int>(number);
-                    const std::optional<Rectangle> rectangle = rectangleOf(field.widget.getKey("/Rect"));
-                    if (rectangle)
-                        field.place = page(field.page).toPlace(*rectangle);
-                }
+        for (QPDFObjectHandle annotation : annotations.aitems()) {
+            const auto found = widgets.find(annotation.getObjGen());
+            if (!annotation.isIndirect() || found == widgets.end())
+                continue;
+            SignatureField& field = signatures[found->second];
+            field.page = static_cast<int>(number);
+            if (const std::optional<Rectangle> rectangle = rectangleOf(field.widget.getKey("/Rect")))
+                field.place = page(field.page).toPlace(*rectangle);
+        }
     }
     refuseDamage();
-    return fields;
+    return signatures;
 }
 
 SignatureField Document::fieldToSign(const std::string& name)

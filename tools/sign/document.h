@@ -50,11 +50,19 @@ struct Page
     Place toPlace(const Rectangle& rectangle) const;
 };
 
-struct SignatureField
+struct FormField
 {
     std::string name; // with those of its parents, UTF-8
+    std::string type; // as PDF has it: "/Tx" for text, for instance
     QPDFObjectHandle object;
-    QPDFObjectHandle widget; // what is seen of it, often the same object; null when nothing is
+    std::vector<QPDFObjectHandle> widgets; // what is seen of it, often the same object
+};
+
+struct SignatureField
+{
+    std::string name;
+    QPDFObjectHandle object;
+    QPDFObjectHandle widget; // the first; null without one
     int page = 0;            // from 1; 0 when it is on none
     Place place;
     bool isSigned = false;
@@ -91,6 +99,7 @@ public:
     // From 1. Throws Refusal when there is no such page.
     Page page(int number);
 
+    std::vector<FormField> fields();
     std::vector<SignatureField> signatureFields();
     // That can be signed.
     SignatureField fieldToSign(const std::string& name);

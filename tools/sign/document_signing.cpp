@@ -1,5 +1,6 @@
 #include "document_signing.h"
 
+#include "drawn_fields.h"
 #include "numbers.h"
 #include "refusal.h"
 #include "sealed_ink.h"
@@ -95,6 +96,7 @@ DocumentSigning::DocumentSigning(Document& document, const Spot& spot, bool isSe
     }
     document.refuseUnlessAllowed(
         {!m_isNew ? Kind::SignField : (isSealed ? Kind::NewField : Kind::Mark), m_field.name});
+    m_drawsFields = isSealed && needsDrawnFields(document);
     std::optional<TextEnd> text;
     if (!spot.after.empty()) {
         text = findText(document, spot.after, spot.page);
@@ -199,18 +201,15 @@ void DocumentSigning::addToPage(Revision& revision)
     revision.add(m_page.object.getObjGen(), page);
 }
 
-void DocumentSigning::noteSignatures(QPDFObjectHandle form) const
-{
-    QPDFObjectHandle flags = form.getKey("/SigFlags");
-    const long long before = flags.isInteger() ? flags.getIntValue() : 0;
-    form.replaceKey("/SigFlags", QPDFObjectHandle::newInteger(before | signaturesExist | appendOnly));
-}
-
 void DocumentSigning::addToForm(Revision& revision)
 {
     QPDFObjectHandle before = m_document.form();
     QPDFObjectHandle form = before.isDictionary() ? copy(before) : QPDFObjectHandle::newDictionary();
-    noteSignatures(form);
+    QPDFObjectHandle flags = form.getKey("/SigFlags");
+    const long long flagsBefore = flags.isInteger() ? flags.getIntValue() : 0;
+    form.replaceKey("/SigFlags", QPDFObjectHandle::newInteger(flagsBefore | signaturesExist | appendOnly));
+    if (m_drawsFields)
+        form.replaceKey("/NeedAppearances", QPDFObjectHandle::newBool(false));
     if (m_isNew) {
         QPDFObjectHandle fields = form.getKey("/Fields");
         QPDFObjectHandle more = fields.isArray() ? copy(fields) : QPDFObjectHandle::newArray();

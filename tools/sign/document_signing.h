@@ -63,11 +63,11 @@ public:
 private:
     void addToPage(Revision& revision);
     void addToForm(Revision& revision);
-    void noteSignatures(QPDFObjectHandle form) const;
 
     Document& m_document;
     bool m_isSealed;
     bool m_isNew; // field or annotation
+    bool m_drawsFields = false;
     SignatureField m_field;
     int m_pageNumber;
     Page m_page;

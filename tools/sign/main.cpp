@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iterator>
@@ -122,6 +123,7 @@ int main(int argc, char** argv)
     // An idle pad shall cost no processor time.
     setenv("SCRIBERA_WORKERS", "wait", 0);
     catchInterrupts();
+    std::signal(SIGXFSZ, SIG_IGN); // a limit to files shows as an output that cannot be written
     try {
         const QCoreApplication application(argc, argv);
         QCoreApplication::setApplicationName(QLatin1String(programName));

@@ -250,14 +250,6 @@ bool isBlank(char c)
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 
-std::string withoutBlanks(std::string text)
-{
-    for (std::size_t hard = text.find("\xc2\xa0"); hard != std::string::npos; hard = text.find("\xc2\xa0"))
-        text.erase(hard, 2);
-    text.erase(std::remove_if(text.begin(), text.end(), isBlank), text.end());
-    return text;
-}
-
 // Whether the characters are one after another, as people read them.
 bool isOneLine(const std::vector<Glyph>& glyphs, std::size_t first, std::size_t last)
 {
@@ -282,6 +274,26 @@ std::vector<Glyph> textOf(const Page& page)
     ContentReader reader(reading, inheritedValue(object, "/Resources"), {}, 0);
     object.parsePageContents(&reader);
     return std::move(reading.glyphs);
+}
+
+std::string withoutBlanks(std::string text)
+{
+    for (std::size_t hard = text.find("\xc2\xa0"); hard != std::string::npos; hard = text.find("\xc2\xa0"))
+        text.erase(hard, 2);
+    text.erase(std::remove_if(text.begin(), text.end(), isBlank), text.end());
+    return text;
+}
+
+std::string textOfForm(QPDFObjectHandle form)
+{
+    const Page page;
+    Reading reading{page, {}, {}, {}, 0};
+    ContentReader reader(reading, form.getDict().getKey("/Resources"), {}, 0);
+    QPDFObjectHandle::parseContentStream(form, &reader);
+    std::string text;
+    for (const Glyph& glyph : reading.glyphs)
+        text += withoutBlanks(glyph.text);
+    return text;
 }
 
 TextEnd findText(Document& document, const std::string& text, int onlyPage)

@@ -23,6 +23,12 @@ struct Glyph
 // In the order in which the page draws it. Throws Refusal for a page that takes too long.
 std::vector<Glyph> textOf(const Page& page);
 
+// What a form says, without blanks, such as the appearance of a field. Empty where nobody knows.
+std::string textOfForm(QPDFObjectHandle form);
+
+// A text without what separates words.
+std::string withoutBlanks(std::string text);
+
 // Where a text ends that people see from left to right.
 struct TextEnd
 {

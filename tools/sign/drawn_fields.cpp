@@ -1,0 +1,41 @@
+#include "drawn_fields.h"
+
+#include "page_text.h"
+#include "refusal.h"
+
+namespace sign {
+
+namespace {
+
+std::string filledIn(QPDFObjectHandle field)
+{
+    QPDFObjectHandle value = inheritedValue(field, "/V");
+    return value.isString() ? withoutBlanks(value.getUTF8Value()) : std::string();
+}
+
+bool isDrawn(const FormField& field, QPDFObjectHandle widget)
+{
+    QPDFObjectHandle drawn = widget.getKeyIfDict("/AP").getKeyIfDict("/N");
+    if (field.type != "/Tx" && field.type != "/Ch") // a button has a drawing for each state
+        return drawn.isStream() || drawn.isDictionary();
+    const std::string text = filledIn(field.object);
+    return drawn.isStream() ? textOfForm(drawn) == text : text.empty();
+}
+
+} // namespace
+
+bool needsDrawnFields(Document& document)
+{
+    QPDFObjectHandle isAsked = document.form().getKeyIfDict("/NeedAppearances");
+    if (!isAsked.isBool() || !isAsked.getBoolValue())
+        return false;
+    for (const FormField& field : document.fields())
+        for (const QPDFObjectHandle& widget : field.widgets)
+            if (field.type != "/Sig" && !isDrawn(field, widget))
+                throw Refusal{"the field " + field.name +
+                              " is not drawn as it is filled, which the form leaves to readers"};
+    document.refuseDamage();
+    return true;
+}
+
+} // namespace sign
