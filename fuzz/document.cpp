@@ -92,10 +92,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
         } catch (const Refusal& refusal) {
             require(!refusal.reason.empty(), "a refusal has a reason");
         }
-        checkSigned(document, {{}, 1, {20, 30, 100, 0}}, true, valid);
-        checkSigned(document, {{}, 1, {20, 30, 100, 0}}, false, valid);
+        const Place corner{20, 30, 100, 0};
+        checkSigned(document, {"", "", 1, corner}, true, valid);
+        checkSigned(document, {"", "", 1, corner}, false, valid);
+        checkSigned(document, {"", "Signature:", 0, corner}, true, valid);
         for (const SignatureField& field : document.signatureFields())
-            checkSigned(document, {field.name, 1, {}}, true, valid);
+            checkSigned(document, {field.name, "", 0, {}}, true, valid);
     } catch (const Refusal& refusal) {
         require(!refusal.reason.empty(), "a refusal has a reason");
     } catch (const std::bad_alloc&) {
