@@ -86,24 +86,6 @@ def test_a_thousand_connections(service: Service) -> None:
     assert status(service, "/health") == 200
 
 
-def test_a_client_that_is_gone_without_a_word(service: Service) -> None:
-    one = slow_page(service)
-    received = b""
-    while part := one.recv(4096):
-        received += part
-    assert received == b"\x89\x00", "it was asked whether it is there"
-
-
-def test_connections_that_say_nothing(service: Service) -> None:
-    sockets = [socket.create_connection(("127.0.0.1", service.port), timeout=60) for _ in range(200)]
-    sockets[0].sendall(b"GET /pad HTTP/1.1\r\nHost:")
-    with service.client() as page:
-        assert page.open()
-    assert sockets[0].recv(1) == b"", "it is closed in the end"
-    for one in sockets:
-        one.close()
-
-
 def slow_page(service: Service) -> socket.socket:
     """A WebSocket by hand, with a small window, which reads when it is told to."""
     one = socket.socket()

@@ -181,10 +181,9 @@ def test_a_killed_worker_costs_its_session_alone(start: Start) -> None:
         other.open("K420")
         waiting = page.send("wait", timeout=60_000)
         page.until(lambda: len(page.points) >= 50)
-        began = time.monotonic()
         os.kill(worker, signal.SIGKILL)
         assert page.until_news("closed")["reason"] == "worker-failed"
-        assert time.monotonic() - began < 1
+        assert "failed: it has hung up" in service.log(), "its end is seen, no time is waited for"
         with pytest.raises(Refused) as refused:
             page.answer(waiting)
         assert refused.value.type == "worker-failed"
