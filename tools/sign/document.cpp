@@ -3,6 +3,7 @@
 #include "refusal.h"
 
 #include <qpdf/QPDFExc.hh>
+#include <qpdf/QUtil.hh>
 
 #include <algorithm>
 #include <cmath>
@@ -35,18 +36,18 @@ bool isSignature(QPDFObjectHandle value)
     return value.isDictionary() && value.hasKey("/Contents");
 }
 
-// Its transformation with this name; null without one.
-QPDFObjectHandle transformation(QPDFObjectHandle signature, const std::string& method)
+// What its transformations with this name are told.
+std::vector<QPDFObjectHandle> transformations(QPDFObjectHandle signature, const std::string& method)
 {
+    std::vector<QPDFObjectHandle> parameters;
     QPDFObjectHandle references = signature.getKeyIfDict("/Reference");
-    if (!references.isArray())
-        return QPDFObjectHandle::newNull();
-    for (QPDFObjectHandle reference : references.aitems())
-        if (reference.isDictionary() && reference.getKey("/TransformMethod").isNameAndEquals(method)) {
-            QPDFObjectHandle parameters = reference.getKey("/TransformParams");
-            return parameters.isDictionary() ? parameters : QPDFObjectHandle::newDictionary();
-        }
-    return QPDFObjectHandle::newNull();
+    if (references.isArray())
+        for (QPDFObjectHandle reference : references.aitems())
+            if (reference.isDictionary() && reference.getKey("/TransformMethod").isNameAndEquals(method)) {
+                QPDFObjectHandle told = reference.getKey("/TransformParams");
+                parameters.push_back(told.isDictionary() ? told : QPDFObjectHandle::newDictionary());
+            }
+    return parameters;
 }
 
 bool isListed(QPDFObjectHandle names, const std::string& field)
@@ -138,30 +139,41 @@ Place Page::toPlace(const Rectangle& at) const
             (isLying ? at.width() : at.height()) * unit};
 }
 
-Document::Document(std::string_view bytes, const std::string& password)
-    : m_bytes(bytes), m_file(QPDF::create())
+Document::Document(std::string_view bytes, const std::string& password) : m_bytes(bytes)
 {
     if (!bytes.starts_with("%PDF-"))
         throw Refusal{bytes.substr(0, 1024).find("%PDF-") == std::string_view::npos
                           ? "it is no PDF document"
                           : "something stands before the PDF document"};
-    m_file->setSuppressWarnings(true);
-    // What is repaired here would be another document than the one that others see.
-    m_file->setAttemptRecovery(false);
-    try {
-        m_file->processMemoryFile("document", bytes.data(), bytes.size(), password.c_str());
-    } catch (const QPDFExc& error) {
-        if (error.getErrorCode() == qpdf_e_password)
-            throw Refusal{password.empty() ? "the document needs a password"
-                                           : "the password does not open the document"};
-        throw error.getErrorCode() == qpdf_e_unsupported ? Refusal{error.getMessageDetail()}
-                                                         : damaged(error.getMessageDetail());
-    }
+    // Older documents have passwords in other encodings.
+    const std::vector<std::string> passwords = QUtil::possible_repaired_encodings(password);
+    if (std::none_of(passwords.begin(), passwords.end(),
+                     [this](const std::string& candidate) { return opensBy(candidate); }))
+        throw Refusal{password.empty() ? "the document needs a password"
+                                       : "the password does not open the document"};
     for (const QPDFExc& warning : m_file->getWarnings())
         if (!isWarningOfNoMatter(warning))
             throw damaged(warning.getMessageDetail());
     if (!catalog().isIndirect())
         throw damaged("its catalog is no object of its own");
+}
+
+bool Document::opensBy(const std::string& password)
+{
+    m_file = QPDF::create();
+    m_file->setSuppressWarnings(true);
+    // What is repaired here would be another document than the one that others see.
+    m_file->setAttemptRecovery(false);
+    try {
+        m_file->processMemoryFile("document", m_bytes.data(), m_bytes.size(), password.c_str());
+    } catch (const QPDFExc& error) {
+        if (error.getErrorCode() == qpdf_e_password)
+            return false;
+        throw error.getErrorCode() == qpdf_e_unsupported ? Refusal{error.getMessageDetail()}
+                                                         : damaged(error.getMessageDetail());
+    }
+    m_password = password;
+    return true;
 }
 
 void Document::refuseDamage()
@@ -361,12 +373,12 @@ void Document::refuseUnlessAllowed(const Change& change)
     for (const SignatureField& field : signatureFields())
         if (field.isSigned)
             signatures.push_back(QPDFObjectHandle(field.object).getKey("/V"));
-    for (QPDFObjectHandle& signature : signatures) {
-        if (QPDFObjectHandle certified = transformation(signature, "/DocMDP"); certified.isDictionary())
+    for (const QPDFObjectHandle& signature : signatures) {
+        for (const QPDFObjectHandle& certified : transformations(signature, "/DocMDP"))
             refuseWhereCertified(certified, change);
-        if (QPDFObjectHandle locked = transformation(signature, "/FieldMDP");
-            isField && locked.isDictionary())
-            refuseWhereLocked(locked, change);
+        if (isField)
+            for (const QPDFObjectHandle& locked : transformations(signature, "/FieldMDP"))
+                refuseWhereLocked(locked, change);
     }
     if (m_file->isEncrypted() && !m_file->ownerPasswordMatched()) {
         const bool isAllowed = change.kind == Kind::SignField

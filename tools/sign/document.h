@@ -90,6 +90,8 @@ public:
     Document(std::string_view bytes, const std::string& password);
 
     std::string_view bytes() const { return m_bytes; }
+    // In the encoding in which it opens the document.
+    const std::string& password() const { return m_password; }
     QPDF& file() { return *m_file; }
     QPDFObjectHandle catalog();
     // Null where there is none.
@@ -113,9 +115,11 @@ public:
     void refuseDamage();
 
 private:
+    bool opensBy(const std::string& password);
     const std::vector<QPDFObjectHandle>& pages();
 
     std::string_view m_bytes;
+    std::string m_password;
     std::shared_ptr<QPDF> m_file;
     std::vector<QPDFObjectHandle> m_pages; // once asked for
 };

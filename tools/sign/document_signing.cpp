@@ -58,18 +58,31 @@ QPDFObjectHandle signatureDictionary(const Statement& statement)
     return signature;
 }
 
+QPDFObjectHandle transformation(const char* method, QPDFObjectHandle parameters, QPDFObjectHandle catalog)
+{
+    parameters.replaceKey("/Type", QPDFObjectHandle::newName("/TransformParams"));
+    parameters.replaceKey("/V", QPDFObjectHandle::newName("/1.2"));
+    QPDFObjectHandle reference = QPDFObjectHandle::parse("<< /Type /SigRef >>");
+    reference.replaceKey("/TransformMethod", QPDFObjectHandle::newName(method));
+    reference.replaceKey("/TransformParams", parameters);
+    reference.replaceKey("/Data", catalog);
+    return reference;
+}
+
 // A field may say what its signature locks; the signature repeats it.
 void lockFields(QPDFObjectHandle signature, QPDFObjectHandle lock, QPDFObjectHandle catalog)
 {
-    QPDFObjectHandle parameters = QPDFObjectHandle::parse("<< /Type /TransformParams /V /1.2 >>");
+    QPDFObjectHandle fields = QPDFObjectHandle::newDictionary();
     for (const char* const key : {"/Action", "/Fields"})
         if (lock.hasKey(key))
-            parameters.replaceKey(key, lock.getKey(key));
-    QPDFObjectHandle reference = QPDFObjectHandle::parse("<< /Type /SigRef /TransformMethod /FieldMDP >>");
-    reference.replaceKey("/TransformParams", parameters);
-    reference.replaceKey("/Data", catalog);
+            fields.replaceKey(key, lock.getKey(key));
     QPDFObjectHandle references = QPDFObjectHandle::newArray();
-    references.appendItem(reference);
+    references.appendItem(transformation("/FieldMDP", fields, catalog));
+    if (lock.hasKey("/P")) {
+        QPDFObjectHandle changes = QPDFObjectHandle::newDictionary();
+        changes.replaceKey("/P", lock.getKey("/P"));
+        references.appendItem(transformation("/DocMDP", changes, catalog));
+    }
     signature.replaceKey("/Reference", references);
 }
 
@@ -228,12 +241,12 @@ void DocumentSigning::addToForm(Revision& revision)
     revision.add(m_document.catalog().getObjGen(), catalog);
 }
 
-void DocumentSigning::refuseUnlessIn(const std::string& file, const std::string& password) const
+void DocumentSigning::refuseUnlessIn(const std::string& file) const
 {
     QPDF written;
     written.setSuppressWarnings(true);
     written.setAttemptRecovery(false);
-    written.processFile(file.c_str(), password.c_str());
+    written.processFile(file.c_str(), m_document.password().c_str());
     QPDFObjectHandle annotations = written.getObject(m_page.object.getObjGen()).getKey("/Annots");
     bool isThere = false;
     if (annotations.isArray())

@@ -55,7 +55,7 @@ public:
                          const InkSealing& sealInk);
 
     // Reads what was written as others will. Throws Refusal when it is not the document with that signature.
-    void refuseUnlessIn(const std::string& file, const std::string& password) const;
+    void refuseUnlessIn(const std::string& file) const;
 
     const std::string& field() const { return m_field.name; } // empty: none
     int page() const { return m_pageNumber; }

@@ -273,8 +273,7 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
     if (statement.name.empty() && keys.signer)
         statement.name = keys.signer->name();
     const std::string bytes = readDocument(path);
-    const std::string password = documentPassword(parser);
-    sign::Document document(bytes, password);
+    sign::Document document(bytes, documentPassword(parser));
     sign::DocumentSigning signing(document, spot, keys.signer != nullptr,
                                   static_cast<double>(pad.m_nAreaHeight) / pad.m_nAreaWidth,
                                   linesOption(parser, statement));
@@ -292,8 +291,7 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
             return sign::sealInk(inkText.toStdString(), before, keys.inkCertificate);
         };
     const std::string revision = signing.revision(drawnInk(points, source.pen), statement, seal, sealInk);
-    target.write({bytes, revision},
-                 [&](const std::string& draft) { signing.refuseUnlessIn(draft, password); });
+    target.write({bytes, revision}, [&](const std::string& draft) { signing.refuseUnlessIn(draft); });
 
     QString text = QStringLiteral("%1: page %2").arg(output).arg(signing.page());
     if (keys.signer)
