@@ -5,6 +5,7 @@ import test from "node:test";
 
 import { serveApplication, start } from "./support/application.mjs";
 import { launch, named, open } from "./support/browsers.mjs";
+import { unusedPort } from "./support/processes.mjs";
 import { startService } from "./support/service.mjs";
 
 const host = "contracts.example";
@@ -22,6 +23,11 @@ async function assertHasPad(page, service) {
   const { token, message } = await start(page, { ...pad, url: service.pad });
   assert.match(token ?? message, /^[\w-]{43}$/);
   await page.evaluate(() => window.pad.close());
+}
+
+async function assertMissesService(page) {
+  const { type, message } = await start(page, { ...pad, url: `ws://127.0.0.1:${await unusedPort()}/pad` });
+  assert.equal(type, "no-service", message);
 }
 
 async function assertMissesPermission(page, service, help) {
@@ -48,6 +54,7 @@ test("In chromium, as a site of the internet", async (t) => {
     const page = await open(browser, addresses.https);
     await permit(page, "granted");
     await assertHasPad(page, service);
+    await assertMissesService(page);
   });
   await t.test("a page on https that is denied is told how it is allowed", async () => {
     const page = await open(browser, addresses.https);
@@ -64,17 +71,43 @@ test("In chromium, as a site of the internet", async (t) => {
     const page = await open(browser, addresses.http);
     await assertMissesPermission(page, service, /serve it on https/);
   });
-  await t.test("a frame of another site gets a pad with the permission of the page that lets it", async () => {
-    const page = await open(browser, addresses.https);
-    await permit(page, "granted");
-    await page.evaluate((src) => {
-      const frame = Object.assign(document.createElement("iframe"), { src });
-      frame.allow = "local-network-access; loopback-network";
-      document.body.replaceChildren(frame);
-      return new Promise((resolve) => frame.addEventListener("load", resolve));
-    }, `https://${places[1]}/`);
-    await assertHasPad(page.frames().at(-1), service);
+});
+
+test("In chromium, in a frame of another site, of a page on https that is permitted", async (t) => {
+  const site = await serveApplication(t, { secure: host });
+  const [page, framed] = [host, `frames.${host}`].map((name) => `https://${name}:${site.port}`);
+  const service = await startService(t, { origins: [framed] });
+  const browser = await launch(t, "chromium", {
+    flags: [
+      `--host-resolver-rules=MAP ${host} 127.0.0.1,MAP frames.${host} 127.0.0.1`,
+      `--ip-address-space-overrides=127.0.0.1:${site.port}=public`,
+    ],
+    settings: { loopback_network: { [`${page},*`]: { setting: 1 } } },
   });
+  const frameWith = async (allow) => {
+    const outer = await browser.newPage();
+    await outer.goto(page);
+    await outer.evaluate(
+      (values) => {
+        const frame = Object.assign(document.createElement("iframe"), values);
+        document.body.replaceChildren(frame);
+        return new Promise((resolve) => frame.addEventListener("load", resolve));
+      },
+      { src: framed, allow },
+    );
+    return outer.frames().at(-1);
+  };
+
+  for (const allow of ["local-network-access; loopback-network", "loopback-network"])
+    await t.test(`the script gets a pad with allow="${allow}"`, async () => {
+      const frame = await frameWith(allow);
+      await assertHasPad(frame, service);
+      await assertMissesService(frame);
+    });
+  for (const allow of ["", "loopback-network 'none'"])
+    await t.test(`the script gets none with allow="${allow}", and is told what helps`, async () => {
+      await assertMissesPermission(await frameWith(allow), service, /<iframe> needs allow="[^"]*loopback-network"/);
+    });
 });
 
 test("In firefox, as it comes, every page gets a pad", async (t) => {

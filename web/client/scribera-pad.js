@@ -102,8 +102,8 @@ async function whyNot(url, isForbidden, cause) {
     const policy =
       `let an administrator allow ${page.origin} by policy: LoopbackNetworkAllowedForUrls (Chromium, Chrome, Edge; ` +
       "before 146 LocalNetworkAccessAllowedForUrls), LocalNetworkAccess (Firefox)";
-    const state = await localNetworkPermission();
-    if (document.featurePolicy?.allowsFeature("local-network-access") === false)
+    const { name, state } = await localNetworkPermission();
+    if (document.featurePolicy?.allowsFeature(name) === false)
       return missing('its <iframe> needs allow="local-network-access; loopback-network"');
     if (state === "denied")
       return missing(isSecureContext ? `allow local access in its settings, or ${policy}` : "serve it on https");
@@ -118,11 +118,12 @@ const isLoopback = (name) => /^(localhost|.*\.localhost|127(\.\d+){3}|\[::1\])$/
 async function localNetworkPermission() {
   for (const name of ["loopback-network", "local-network-access"]) {
     try {
-      return (await navigator.permissions.query({ name })).state;
+      return { name, state: (await navigator.permissions.query({ name })).state };
     } catch {
       // a name that this browser does not know
     }
   }
+  return {};
 }
 
 export class Pad extends EventTarget {

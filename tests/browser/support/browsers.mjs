@@ -1,5 +1,6 @@
 // The browsers of this system, headless, each with a profile of its own.
 
+import { mkdirSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 
 import puppeteer from "puppeteer-core";
@@ -17,9 +18,15 @@ const quiet = [
   "--no-first-run",
 ];
 
-// `flags` are Chromium's, `prefs` Firefox's. Ends with the test.
-export async function launch(t, kind, { flags = [], prefs = {} } = {}) {
+// `flags` are Chromium's, `prefs` Firefox's. With `settings`, a user of Chromium has chosen these for sites before: what
+// DevTools sets holds for frames, too, whatever their page lets them. Ends with the test.
+export async function launch(t, kind, { flags = [], prefs = {}, settings } = {}) {
   const where = folder(t);
+  if (settings) {
+    mkdirSync(join(where, "profile", "Default"), { recursive: true });
+    const preferences = { profile: { content_settings: { exceptions: settings } } };
+    writeFileSync(join(where, "profile", "Default", "Preferences"), JSON.stringify(preferences));
+  }
   const options = {
     acceptInsecureCerts: true, // the tests' certificates
     userDataDir: join(where, "profile"),
