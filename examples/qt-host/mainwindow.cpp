@@ -1,5 +1,6 @@
 #include "mainwindow.h"
 
+#include "documentdialog.h"
 #include "livemeter.h"
 #include "previewdialog.h"
 #include "replayview.h"
@@ -83,6 +84,7 @@ MainWindow::MainWindow(const QString& model, QWidget* parent) : QWidget(parent)
     resize(1080, 660);
     setTabOrder(m_confirm, m_replay); // saving comes after signing
     setTabOrder(m_replay, m_save);
+    setTabOrder(m_save, m_document);
 
     connect(m_model, qOverload<int>(&QComboBox::currentIndexChanged), this, &MainWindow::openPad);
     connect(m_panel, &SignaturePanel::tryAgain, this, &MainWindow::openPad);
@@ -92,6 +94,8 @@ MainWindow::MainWindow(const QString& model, QWidget* parent) : QWidget(parent)
     connect(m_clear, &QPushButton::clicked, this,
             [this] { m_session.clear() ? startAgain(State::Waiting) : openPad(); });
     connect(m_save, &QPushButton::clicked, this, [this] { PreviewDialog(m_signature, this).exec(); });
+    connect(m_document, &QPushButton::clicked, this,
+            [this] { DocumentDialog(m_signature.ink, m_model->currentText(), m_pen, this).exec(); });
     connect(m_replay, &QPushButton::clicked, this,
             [this] { ReplayView(m_session.isOpen() ? m_session.inkText() : m_signature.ink, this).exec(); });
     connect(&m_session, &PadSession::pointStored, this,
@@ -257,11 +261,14 @@ QWidget* MainWindow::makeSettings()
     m_replay = button(tr("Repl&ay…"), "replay", tr("Shows how the signature was written; exports the ink"));
     QPushButton* const load = button(tr("&Load ink…"), "load", tr("Plays an ink packet stream from a file"));
     m_save = button(tr("&Save or copy…"), "save", tr("Preview, then BMP, JPEG, PNG, PDF, SVG or Base64"));
+    m_document = button(tr("Sign a &document…"), "signDocument",
+                        tr("Puts the signature into a PDF document, and seals it with a certificate"));
     auto* const players = new QHBoxLayout;
     players->addWidget(m_replay, 1);
     players->addWidget(load, 1);
     column->addLayout(players);
     column->addWidget(m_save);
+    column->addWidget(m_document);
     connect(load, &QPushButton::clicked, this, &MainWindow::loadInk);
     return side;
 }
@@ -327,6 +334,7 @@ void MainWindow::setState(State state)
     m_clear->setEnabled(isOpen || isConfirmed);
     m_replay->setEnabled(isInked || isConfirmed);
     m_save->setEnabled(isConfirmed);
+    m_document->setEnabled(isConfirmed);
     showPoints();
 }
 

@@ -75,6 +75,7 @@ private:
     QPushButton* m_clear = nullptr;
     QPushButton* m_save = nullptr;
     QPushButton* m_replay = nullptr;
+    QPushButton* m_document = nullptr;
     // Last, so that the pad is closed while the widgets that its signals reach are still there.
     PadSession m_session;
 };

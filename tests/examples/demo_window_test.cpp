@@ -1,6 +1,7 @@
 // The demo host's window from inside, with a person at the simulated pad.
 #include "support.h"
 
+#include "documentdialog.h"
 #include "mainwindow.h"
 #include "model/padmodel.h"
 #include "previewdialog.h"
@@ -16,7 +17,9 @@
 #include <QElapsedTimer>
 #include <QGraphicsView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPainter>
+#include <QProcess>
 #include <QPushButton>
 #include <QSlider>
 #include <QThread>
@@ -666,6 +669,66 @@ TEST_F(DemoWindowOnce, PreviewShowsAndCopiesEveryKind)
         }
     }
 }
+
+#ifdef SCRIBERA_SIGN_PROGRAM
+// One empty page.
+QByteArray document()
+{
+    QByteArray content = "%PDF-1.7\n";
+    QByteArray places;
+    int number = 0;
+    for (const char* object :
+         {"<< /Type /Catalog /Pages 2 0 R >>", "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+          "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 595 842] >>"}) {
+        places += QByteArray::number(content.size()).rightJustified(10, '0') + " 00000 n \n";
+        content += QByteArray::number(++number) + " 0 obj\n" + object + "\nendobj\n";
+    }
+    return content + "xref\n0 4\n0000000000 65535 f \n" + places +
+           "trailer << /Size 4 /Root 1 0 R >>\nstartxref\n" + QByteArray::number(content.size()) +
+           "\n%%EOF\n";
+}
+
+TEST_F(DemoWindowOnce, SignsADocument)
+{
+    qputenv("SCRIBERA_SIGN", SCRIBERA_SIGN_PROGRAM);
+    ASSERT_TRUE(open());
+    EXPECT_FALSE(find<QPushButton>("signDocument").isEnabled());
+    ASSERT_TRUE(signAndConfirm());
+    EXPECT_TRUE(find<QPushButton>("signDocument").isEnabled());
+    const int made = QProcess::execute(
+        "sh",
+        {"-c", "openssl req -x509 -newkey rsa:2048 -nodes -keyout own.key -out own.pem -subj /CN=Counter "
+               "2>/dev/null && openssl pkcs12 -export -inkey own.key -in own.pem -passout 'pass:a b' "
+               "-out own.p12"});
+    ASSERT_EQ(made, 0);
+    write("contract.pdf", document());
+
+    DocumentDialog dialog(window->signature().ink, m_model.name, {}, window.get());
+    const auto line = [&](const char* name) { return dialog.findChild<QLineEdit*>(name); };
+    auto& sign = *dialog.findChild<QPushButton*>("sign");
+    auto& result = *dialog.findChild<QLabel*>("result");
+    const auto signNow = [&] {
+        sign.click();
+        EXPECT_TRUE(waitUntil([&] { return sign.isEnabled(); }));
+        return result.text().toStdString();
+    };
+    EXPECT_FALSE(sign.isEnabled()) << "nothing is named";
+    line("document")->setText(path("contract.pdf"));
+    line("output")->setText(path("signed.pdf"));
+    line("certificate")->setText(path("own.p12"));
+    line("password")->setText("wrong");
+    EXPECT_NE(signNow().find("password"), std::string::npos) << result.text().toStdString();
+    EXPECT_FALSE(QFile::exists(path("signed.pdf")));
+    line("password")->setText("a b");
+    EXPECT_NE(signNow().find("sealed by Counter"), std::string::npos) << result.text().toStdString();
+    QFile signedFile(path("signed.pdf"));
+    ASSERT_TRUE(signedFile.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(signedFile.readAll().startsWith(document()));
+    EXPECT_EQ(
+        QProcess::execute(SCRIBERA_SIGN_PROGRAM, {"verify", path("signed.pdf"), "--trust", path("own.pem")}),
+        0);
+}
+#endif
 
 TEST_F(DemoWindowWithReader, FingerprintGoesIntoTheField)
 {
