@@ -121,13 +121,13 @@ QPDFObjectHandle turned(int rotation)
 } // namespace
 
 Layout Layout::at(const Page& page, const Place& corner, double areaHeightByWidth,
-                  std::vector<std::string> lines)
+                  const std::vector<std::string>& lines)
 {
     Layout layout;
     layout.m_rotation = page.rotation;
     layout.m_room = corner;
     layout.m_room.height = corner.width * areaHeightByWidth;
-    layout.setLines(std::move(lines), largestFont);
+    layout.setLines(lines, largestFont);
     layout.m_room.height = std::min(layout.m_room.height + layout.m_textHeight, page.height() - corner.top);
     constexpr double slack = 0.01;
     if (corner.left < 0 || corner.top < 0 || corner.right() > page.width() + slack ||
@@ -138,7 +138,7 @@ Layout Layout::at(const Page& page, const Place& corner, double areaHeightByWidt
 }
 
 Layout Layout::behind(const Page& page, const TextEnd& text, double width, double areaHeightByWidth,
-                      std::vector<std::string> lines)
+                      const std::vector<std::string>& lines)
 {
     constexpr double gap = 0.5; // of the font's size
     const double left = text.right + gap * text.size;
@@ -149,7 +149,7 @@ Layout Layout::behind(const Page& page, const TextEnd& text, double width, doubl
     layout.m_room.width = std::min(width, page.width() - left);
     if (left < 0 || layout.m_room.width < leastInkWidth)
         throw Refusal{"there is no room for a signature behind the text"};
-    layout.setLines(std::move(lines), largestFont);
+    layout.setLines(lines, largestFont);
     const double inkHeight = std::min(layout.m_room.width * areaHeightByWidth, text.baseline);
     layout.m_room.top = text.baseline - inkHeight;
     layout.m_room.height = inkHeight + layout.m_textHeight;
@@ -158,7 +158,7 @@ Layout Layout::behind(const Page& page, const TextEnd& text, double width, doubl
     return layout;
 }
 
-Layout Layout::in(const Page& page, const Place& field, std::vector<std::string> lines)
+Layout Layout::in(const Page& page, const Place& field, const std::vector<std::string>& lines)
 {
     Layout layout;
     layout.m_rotation = page.rotation;
@@ -166,11 +166,11 @@ Layout Layout::in(const Page& page, const Place& field, std::vector<std::string>
     layout.m_anchor = Anchor::Middle;
     // At least half of the field is for the ink.
     const double count = static_cast<double>(std::max<std::size_t>(lines.size(), 1));
-    layout.setLines(std::move(lines), std::min(largestFont, field.height / 2 / count / leading));
+    layout.setLines(lines, std::min(largestFont, field.height / 2 / count / leading));
     return layout;
 }
 
-void Layout::setLines(std::vector<std::string> lines, double largestSize)
+void Layout::setLines(const std::vector<std::string>& lines, double largestSize)
 {
     m_fontSize = largestSize;
     for (const std::string& line : lines) {

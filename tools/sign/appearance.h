@@ -45,12 +45,12 @@ public:
     // width in these proportions, or as there is room to the lower edge of the page. Throws Refusal when
     // there is none, and for text that the font does not have.
     static Layout at(const Page& page, const Place& corner, double areaHeightByWidth,
-                     std::vector<std::string> lines);
+                     const std::vector<std::string>& lines);
     // The ink stands on the end of a line of text, its lines below it. Otherwise the same.
     static Layout behind(const Page& page, const TextEnd& text, double width, double areaHeightByWidth,
-                         std::vector<std::string> lines);
+                         const std::vector<std::string>& lines);
     // In the middle of a field, as large as it fits.
-    static Layout in(const Page& page, const Place& field, std::vector<std::string> lines);
+    static Layout in(const Page& page, const Place& field, const std::vector<std::string>& lines);
 
     // The ink with its lines. Throws Refusal without any.
     Appearance appearance(const Ink& ink) const;
@@ -64,7 +64,7 @@ private:
     };
 
     Layout() = default;
-    void setLines(std::vector<std::string> lines, double largestSize);
+    void setLines(const std::vector<std::string>& lines, double largestSize);
 
     int m_rotation = 0;
     Place m_room; // for ink and text

@@ -309,7 +309,7 @@ std::vector<SignatureField> Document::signatureFields()
         QPDFObjectHandle annotations = QPDFObjectHandle(pages()[number - 1]).getKey("/Annots");
         if (!annotations.isArray())
             continue;
-        for (QPDFObjectHandle annotation : annotations.aitems()) {
+        for (const QPDFObjectHandle& annotation : annotations.aitems()) {
             const auto found = widgets.find(annotation.getObjGen());
             if (!annotation.isIndirect() || found == widgets.end())
                 continue;

@@ -58,7 +58,8 @@ QPDFObjectHandle signatureDictionary(const Statement& statement)
     return signature;
 }
 
-QPDFObjectHandle transformation(const char* method, QPDFObjectHandle parameters, QPDFObjectHandle catalog)
+QPDFObjectHandle transformation(const char* method, QPDFObjectHandle parameters,
+                                const QPDFObjectHandle& catalog)
 {
     parameters.replaceKey("/Type", QPDFObjectHandle::newName("/TransformParams"));
     parameters.replaceKey("/V", QPDFObjectHandle::newName("/1.2"));
@@ -70,7 +71,7 @@ QPDFObjectHandle transformation(const char* method, QPDFObjectHandle parameters,
 }
 
 // A field may say what its signature locks; the signature repeats it.
-void lockFields(QPDFObjectHandle signature, QPDFObjectHandle lock, QPDFObjectHandle catalog)
+void lockFields(QPDFObjectHandle signature, QPDFObjectHandle lock, const QPDFObjectHandle& catalog)
 {
     QPDFObjectHandle fields = QPDFObjectHandle::newDictionary();
     for (const char* const key : {"/Action", "/Fields"})
@@ -95,7 +96,7 @@ QPDFObjectHandle copy(QPDFObjectHandle object)
 } // namespace
 
 DocumentSigning::DocumentSigning(Document& document, const Spot& spot, bool isSealed,
-                                 double areaHeightByWidth, std::vector<std::string> lines)
+                                 double areaHeightByWidth, const std::vector<std::string>& lines)
     : m_document(document), m_isSealed(isSealed), m_isNew(spot.field.empty()), m_pageNumber(spot.page)
 {
     using Kind = Change::Kind;
@@ -117,11 +118,11 @@ DocumentSigning::DocumentSigning(Document& document, const Spot& spot, bool isSe
     }
     m_page = document.page(m_pageNumber);
     if (text)
-        m_layout = Layout::behind(m_page, *text, spot.corner.width, areaHeightByWidth, std::move(lines));
+        m_layout = Layout::behind(m_page, *text, spot.corner.width, areaHeightByWidth, lines);
     else if (m_isNew)
-        m_layout = Layout::at(m_page, spot.corner, areaHeightByWidth, std::move(lines));
+        m_layout = Layout::at(m_page, spot.corner, areaHeightByWidth, lines);
     else
-        m_layout = Layout::in(m_page, m_field.place, std::move(lines));
+        m_layout = Layout::in(m_page, m_field.place, lines);
 }
 
 std::string DocumentSigning::revision(const Ink& ink, const Statement& statement,

@@ -48,7 +48,7 @@ public:
     // Whether the document may be signed there is checked here, so that nobody signs in vain. The lines
     // stand below the signature. Throws Refusal.
     DocumentSigning(Document& document, const Spot& spot, bool isSealed, double areaHeightByWidth,
-                    std::vector<std::string> lines);
+                    const std::vector<std::string>& lines);
 
     // What follows the document's bytes. Throws Refusal.
     std::string revision(const Ink& ink, const Statement& statement, const std::optional<Seal>& seal,

@@ -7,7 +7,7 @@ namespace sign {
 
 namespace {
 
-std::string filledIn(QPDFObjectHandle field)
+std::string filledIn(const QPDFObjectHandle& field)
 {
     QPDFObjectHandle value = inheritedValue(field, "/V");
     return value.isString() ? withoutBlanks(value.getUTF8Value()) : std::string();

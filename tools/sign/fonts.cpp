@@ -290,7 +290,7 @@ void Font::readSimple(QPDFObjectHandle font)
     if (widths.isArray() && first.isInteger()) {
         m_otherWidth = number(font.getKey("/FontDescriptor").getKeyIfDict("/MissingWidth"), 0);
         long long at = first.getIntValue();
-        for (QPDFObjectHandle width : widths.aitems())
+        for (const QPDFObjectHandle& width : widths.aitems())
             m_widths[static_cast<unsigned>(at++ & 0xff)] = number(width, 0);
         return;
     }
@@ -319,11 +319,11 @@ void Font::readComposite(QPDFObjectHandle font)
         return;
     const std::vector<QPDFObjectHandle> items = widths.getArrayAsVector();
     for (std::size_t i = 0; i + 1 < items.size();) {
-        QPDFObjectHandle first = items[i];
+        const QPDFObjectHandle& first = items[i];
         QPDFObjectHandle next = items[i + 1];
         std::uint64_t code = codeIn(first);
         if (next.isArray()) {
-            for (QPDFObjectHandle width : next.aitems())
+            for (const QPDFObjectHandle& width : next.aitems())
                 m_widths[static_cast<unsigned>(code++)] = number(width, 0);
             i += 2;
         } else {
@@ -335,7 +335,7 @@ void Font::readComposite(QPDFObjectHandle font)
     }
 }
 
-void Font::readMeanings(QPDFObjectHandle stream)
+void Font::readMeanings(const QPDFObjectHandle& stream)
 {
     Meanings read;
     QPDFObjectHandle::parseContentStream(stream, &read);

@@ -29,7 +29,7 @@ public:
 private:
     void readSimple(QPDFObjectHandle font);
     void readComposite(QPDFObjectHandle font);
-    void readMeanings(QPDFObjectHandle stream);
+    void readMeanings(const QPDFObjectHandle& stream);
 
     std::size_t m_codeSize = 1;
     bool m_isReadable = true; // the codes mean what they seem to

@@ -48,8 +48,8 @@ struct Reading
 class ContentReader : public QPDFObjectHandle::ParserCallbacks
 {
 public:
-    ContentReader(Reading& reading, QPDFObjectHandle resources, State state, std::size_t depth)
-        : m_reading(reading), m_resources(std::move(resources)), m_state(std::move(state)), m_depth(depth)
+    ContentReader(Reading& reading, const QPDFObjectHandle& resources, const State& state, std::size_t depth)
+        : m_reading(reading), m_resources(resources), m_state(state), m_depth(depth)
     {
     }
 
@@ -157,7 +157,7 @@ private:
         m_text = m_line;
     }
 
-    void applyGraphicsState(QPDFObjectHandle name)
+    void applyGraphicsState(const QPDFObjectHandle& name)
     {
         QPDFObjectHandle font = resource("/ExtGState", name).getKeyIfDict("/Font");
         if (!font.isArray() || font.getArrayNItems() != 2 || !font.getArrayItem(1).isNumber())
@@ -205,7 +205,10 @@ private:
                              : QPDFObjectHandle::newNull();
     }
 
-    std::shared_ptr<const Font> fontNamed(QPDFObjectHandle name) { return fontOf(resource("/Font", name)); }
+    std::shared_ptr<const Font> fontNamed(const QPDFObjectHandle& name)
+    {
+        return fontOf(resource("/Font", name));
+    }
 
     std::shared_ptr<const Font> fontOf(QPDFObjectHandle font)
     {
@@ -219,7 +222,7 @@ private:
         return known;
     }
 
-    void drawForm(QPDFObjectHandle name)
+    void drawForm(const QPDFObjectHandle& name)
     {
         QPDFObjectHandle form = resource("/XObject", name);
         if (!form.isStream() || !form.getDict().getKey("/Subtype").isNameAndEquals("/Form") ||
@@ -229,7 +232,7 @@ private:
         if (QPDFObjectHandle own = form.getDict().getKey("/Matrix"); own.isMatrix())
             state.matrix.concat(QPDFMatrix(own.getArrayAsMatrix()));
         QPDFObjectHandle resources = form.getDict().getKey("/Resources");
-        ContentReader reader(m_reading, resources.isDictionary() ? resources : m_resources, std::move(state),
+        ContentReader reader(m_reading, resources.isDictionary() ? resources : m_resources, state,
                              m_depth + 1);
         QPDFObjectHandle::parseContentStream(form, &reader);
         m_reading.openForms.erase(form.getObjGen());

@@ -163,7 +163,7 @@ void Revision::add(QPDFObjGen number, QPDFObjectHandle object)
         m_bytes += " >>";
     } else {
         m_bytes += '[';
-        for (QPDFObjectHandle item : object.aitems()) {
+        for (const QPDFObjectHandle& item : object.aitems()) {
             m_bytes += ' ';
             write(item, number);
         }
@@ -172,7 +172,7 @@ void Revision::add(QPDFObjGen number, QPDFObjectHandle object)
     finish();
 }
 
-void Revision::addStream(QPDFObjGen number, QPDFObjectHandle dictionary, std::string_view data)
+void Revision::addStream(QPDFObjGen number, const QPDFObjectHandle& dictionary, std::string_view data)
 {
     const std::string written = m_cipher.ofStream(data, number);
     begin(number);
@@ -182,7 +182,7 @@ void Revision::addStream(QPDFObjGen number, QPDFObjectHandle dictionary, std::st
     finish();
 }
 
-void Revision::addSignature(QPDFObjGen number, QPDFObjectHandle dictionary, std::size_t reservedSize)
+void Revision::addSignature(QPDFObjGen number, const QPDFObjectHandle& dictionary, std::size_t reservedSize)
 {
     begin(number);
     m_bytes += "<<";
@@ -211,7 +211,7 @@ void Revision::write(QPDFObjectHandle object, std::optional<QPDFObjGen> owner)
         m_bytes += " >>";
     } else if (object.isArray()) {
         m_bytes += '[';
-        for (QPDFObjectHandle item : object.aitems()) {
+        for (const QPDFObjectHandle& item : object.aitems()) {
             m_bytes += ' ';
             write(item, owner);
         }

@@ -29,9 +29,9 @@ public:
     // A new object, or a changed one of the document. Each once.
     void add(QPDFObjGen number, QPDFObjectHandle object);
     // With these entries and its length.
-    void addStream(QPDFObjGen number, QPDFObjectHandle dictionary, std::string_view data);
+    void addStream(QPDFObjGen number, const QPDFObjectHandle& dictionary, std::string_view data);
     // With these entries, and room for a signature of so many bytes over everything else. At most one.
-    void addSignature(QPDFObjGen number, QPDFObjectHandle dictionary, std::size_t reservedSize);
+    void addSignature(QPDFObjGen number, const QPDFObjectHandle& dictionary, std::size_t reservedSize);
 
     // What follows the document's bytes. Nothing can be added any more.
     void end();
