@@ -519,6 +519,40 @@ def python_ink(bench: Bench) -> None:
     expect(sum(lengths[-strokes:]) == points, f"python_ink.py says: {output}")
 
 
+def contract(bench: Bench) -> bytes:
+    """A page with the words "Signature:" on it, and the program that signs it."""
+    content = (ROOT / "fuzz" / "corpus" / "document" / "plain").read_bytes()
+    (bench.folder / "contract.pdf").write_bytes(content)
+    program = Path(os.environ["SCRIBERA_SIGN"])
+    bench.environment |= {"SCRIBERA_SIGN": str(program), "PATH": f"{program.parent}:{os.environ['PATH']}"}
+    return content
+
+
+@case("sign_document.sh")
+def sign_document(bench: Bench) -> None:
+    bench.plug_in()
+    original = contract(bench)
+    output = bench.run(["sh", str(SAMPLES / "sign_document.sh")])
+    expect(output.endswith("The document is as it was signed.\n"), f"sign_document.sh says: {output}")
+    expect(bench.content("signed.pdf").startswith(original), "signed.pdf does not begin with contract.pdf")
+    expect("reason:      Current account agreement\n" in output, f"the reason is another one: {output}")
+
+
+@case("python_document.py")
+def python_document(bench: Bench) -> None:
+    bench.plug_in()
+    original = contract(bench)
+    bench.run(bench.script("python_sign.py"), ["sh", str(SAMPLES / "sign_document.sh")])
+    script = bench.script("python_document.py", "signed.pdf", "twice.pdf", "counter.p12")
+    expect_lines(bench.run([*script, "counter.password"]), "twice.pdf is signed")
+    verified = bench.run([os.environ["SCRIBERA_SIGN"], "verify", "twice.pdf", "--trust", "counter.pem"])
+    expect(verified.count("result:      valid") == 2, f"twice.pdf has other signatures: {verified}")
+    (bench.folder / "wrong").write_text("wrong")
+    refused = bench.run([*script, "wrong"], answer=1)
+    expect(refused.startswith("not signed: ") and "password" in refused, f"python_document.py says: {refused}")
+    expect(bench.content("twice.pdf").startswith(original), "twice.pdf does not begin with contract.pdf")
+
+
 def run_case(arguments: argparse.Namespace) -> None:
     bench = Bench(arguments)
     CASES[arguments.case].check(bench)
