@@ -132,6 +132,19 @@ def test_the_unit_leaves_little_open() -> None:
     assert told.returncode == 0 and "Overall exposure level" in told.stdout, told.stdout + told.stderr
 
 
+@pytest.mark.skipif(not UNIT, reason="the unit is needed")
+def test_the_unit_promises_nothing_that_a_users_manager_ignores() -> None:
+    assert UNIT
+    given = {line.split("=")[0] for line in Path(UNIT).read_text().splitlines() if "=" in line and line[0] != "#"}
+    of_the_system_alone = {
+        "DeviceAllow", "DevicePolicy", "DynamicUser", "IPAddressAllow", "IPAddressDeny", "MountAPIVFS",
+        "ProcSubset", "ProtectControlGroups", "ProtectProc", "RemoveIPC", "RestrictNetworkInterfaces", "RootDirectory",
+        "SocketBindDeny", "SupplementaryGroups", "User",
+    }
+    assert not given & of_the_system_alone
+    assert "PrivateUsers" in given, "others need it"
+
+
 LAUNCHER = """
 import os, socket, sys
 one = socket.socket(socket.AF_INET if sys.argv[1] != "unix" else socket.AF_UNIX)
