@@ -1,7 +1,10 @@
 // Writes the corpora from which the fuzzers start: small images in the forms that their readers tell apart,
 // headers that promise more than follows, ink packet streams whole and broken, recordings, conversations with
-// the virtual pad, sequences of calls, clients of the service.
+// the virtual pad, sequences of calls, clients of the service, documents.
 
+#ifdef SCRIBERA_SIGNS_DOCUMENTS
+#include "document_seeds.h"
+#endif
 #include "padlink.h"
 #include "scriberasdk.h"
 
@@ -658,5 +661,11 @@ int main(int argc, char** argv)
     write(corpora, "pen_events", penEvents());
     write(corpora, "bridge_request", requestsOfPages());
     write(corpora, "bridge_socket", clientsOfTheService());
+#ifdef SCRIBERA_SIGNS_DOCUMENTS
+    Seeds documents;
+    for (const auto& [name, content] : documentSeeds())
+        documents.push_back({QByteArray::fromStdString(name), QByteArray::fromStdString(content)});
+    write(corpora, "document", documents);
+#endif
     return 0;
 }
