@@ -1,8 +1,8 @@
 #include "appearance.h"
 
-#include "helvetica.h"
 #include "numbers.h"
 #include "refusal.h"
+#include "standard_fonts.h"
 
 #include <qpdf/Pl_Flate.hh>
 #include <qpdf/Pl_String.hh>
@@ -177,7 +177,8 @@ void Layout::setLines(const std::vector<std::string>& lines, double largestSize)
         std::string encoded;
         if (!QUtil::utf8_to_win_ansi(line, encoded))
             throw Refusal{"the line below the signature has characters that its font lacks: " + line};
-        m_fontSize = std::min(m_fontSize, m_room.width * 1000 / std::max(helveticaWidth(encoded), 1));
+        m_fontSize = std::min(m_fontSize, m_room.width * 1000 /
+                                              std::max(standardWidth("Helvetica", encoded).value_or(0), 1));
         m_lines.push_back(std::move(encoded));
     }
     if (!m_lines.empty() && m_fontSize < smallestFont)

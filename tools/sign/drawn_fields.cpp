@@ -10,7 +10,7 @@ namespace {
 std::string filledIn(const QPDFObjectHandle& field)
 {
     QPDFObjectHandle value = inheritedValue(field, "/V");
-    return value.isString() ? withoutBlanks(value.getUTF8Value()) : std::string();
+    return value.isString() ? lettersOf(value.getUTF8Value()) : std::string();
 }
 
 bool isDrawn(const FormField& field, QPDFObjectHandle widget)

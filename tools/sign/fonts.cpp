@@ -1,6 +1,6 @@
 #include "fonts.h"
 
-#include "helvetica.h"
+#include "standard_fonts.h"
 
 #include <qpdf/QUtil.hh>
 
@@ -130,8 +130,11 @@ constexpr GlyphName glyphNames[] = {
     {"uacute", 0xfa},
     {"ucircumflex", 0xfb},
     {"udieresis", 0xfc},
+    {"ff", 0xfb00},
     {"fi", 0xfb01},
     {"fl", 0xfb02},
+    {"ffi", 0xfb03},
+    {"ffl", 0xfb04},
 };
 
 std::string meaningOf(std::string_view glyph)
@@ -295,13 +298,12 @@ void Font::readSimple(QPDFObjectHandle font)
         return;
     }
     QPDFObjectHandle name = font.getKey("/BaseFont");
-    if (name.isNameAndEquals("/Helvetica") || name.isNameAndEquals("/Helvetica-Oblique")) {
-        for (const auto& [at, text] : m_meanings)
-            if (std::string encoded; QUtil::utf8_to_win_ansi(text, encoded) && encoded.size() == 1)
-                m_widths[at] = helveticaWidth(encoded);
-    } else if (name.isName() && name.getName().starts_with("/Courier")) {
-        m_otherWidth = 600;
-    }
+    if (!name.isName())
+        return;
+    for (const auto& [at, text] : m_meanings)
+        if (std::string encoded; QUtil::utf8_to_win_ansi(text, encoded) && encoded.size() == 1)
+            if (const auto width = standardWidth(std::string_view(name.getName()).substr(1), encoded))
+                m_widths[at] = *width;
 }
 
 void Font::readComposite(QPDFObjectHandle font)

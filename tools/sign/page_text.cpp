@@ -279,10 +279,15 @@ std::vector<Glyph> textOf(const Page& page)
     return std::move(reading.glyphs);
 }
 
-std::string withoutBlanks(std::string text)
+std::string lettersOf(std::string text)
 {
-    for (std::size_t hard = text.find("\xc2\xa0"); hard != std::string::npos; hard = text.find("\xc2\xa0"))
-        text.erase(hard, 2);
+    constexpr std::pair<std::string_view, std::string_view> others[] = {
+        {"\u00a0", ""},   {"\ufb00", "ff"},  {"\ufb01", "fi"},
+        {"\ufb02", "fl"}, {"\ufb03", "ffi"}, {"\ufb04", "ffl"},
+    };
+    for (const auto& [other, letters] : others)
+        for (std::size_t at = text.find(other); at != std::string::npos; at = text.find(other))
+            text.replace(at, other.size(), letters);
     text.erase(std::remove_if(text.begin(), text.end(), isBlank), text.end());
     return text;
 }
@@ -295,13 +300,13 @@ std::string textOfForm(QPDFObjectHandle form)
     QPDFObjectHandle::parseContentStream(form, &reader);
     std::string text;
     for (const Glyph& glyph : reading.glyphs)
-        text += withoutBlanks(glyph.text);
+        text += lettersOf(glyph.text);
     return text;
 }
 
 TextEnd findText(Document& document, const std::string& text, int onlyPage)
 {
-    const std::string wanted = withoutBlanks(text);
+    const std::string wanted = lettersOf(text);
     if (wanted.empty())
         throw Refusal{"an empty text is everywhere"};
     std::vector<TextEnd> found;
@@ -314,7 +319,7 @@ TextEnd findText(Document& document, const std::string& text, int onlyPage)
         std::vector<std::size_t> owners; // of each byte
         for (std::size_t index = 0; index < glyphs.size(); ++index) {
             isAllRead = isAllRead && !glyphs[index].text.empty();
-            all += withoutBlanks(glyphs[index].text);
+            all += lettersOf(glyphs[index].text);
             owners.resize(all.size(), index);
         }
         for (std::size_t at = all.find(wanted); at != std::string::npos; at = all.find(wanted, at + 1)) {

@@ -23,11 +23,11 @@ struct Glyph
 // In the order in which the page draws it. Throws Refusal for a page that takes too long.
 std::vector<Glyph> textOf(const Page& page);
 
-// What a form says, without blanks, such as the appearance of a field. Empty where nobody knows.
+// The letters of a form, such as the appearance of a field. Empty where nobody knows them.
 std::string textOfForm(QPDFObjectHandle form);
 
-// A text without what separates words.
-std::string withoutBlanks(std::string text);
+// Without what separates words, and with what stands for several letters in their place.
+std::string lettersOf(std::string text);
 
 // Where a text ends that people see from left to right.
 struct TextEnd
