@@ -129,7 +129,7 @@ def test_a_reader_that_does_not_read(start: Start, tmp_path: Path) -> None:
                                 "params": {"model": "K210", "width": 2000, "height": 2000}}))
     for number in range(2, 150):
         send_frame(one, json.dumps({"jsonrpc": "2.0", "id": number, "method": "image", "params": {"format": "bmp"}}))
-    with service.client() as other:
+    with service.client(is_flooded=True) as other:
         other.open("K420")
         other.until(lambda: len(other.points) > 20_000)
     picture = 2000 * 2000 * 4
@@ -144,7 +144,7 @@ def test_many_points(start: Start, tmp_path: Path) -> None:
     stroke = [(0, 500, 500, 900, 0), *[(5, 500 + step, 600, 900, 1) for step in range(2000)], (5, 600, 600, 0, 2)]
     service = start(**signing(SCRIBERA_SIM_RECORDING=recording(tmp_path, stroke), SCRIBERA_SIM_LOOP="1"))
     before = service.memory()
-    with service.client() as page:
+    with service.client(is_flooded=True) as page:
         page.open()
         page.until(lambda: len(page.points) >= many)
         total = page.ask("points", **{"from": 0, "count": 1})["total"]
