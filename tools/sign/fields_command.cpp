@@ -3,6 +3,7 @@
 #include "numbers.h"
 #include "output_file.h"
 #include "program.h"
+#include "quoted.h"
 #include "sign_commands.h"
 
 void addFieldOptions(QCommandLineParser& parser)
@@ -17,7 +18,7 @@ int listFields(const QCommandLineParser& parser, const QString& path)
     std::string text;
     for (const sign::SignatureField& field : document.signatureFields()) {
         const auto number = [](double value) { return sign::decimal(value, 1); };
-        text += field.name + ": ";
+        text += quoted(field.name).toStdString() + ": ";
         text += field.page == 0 ? "on no page"
                                 : "page " + std::to_string(field.page) + " at " + number(field.place.left) +
                                       ',' + number(field.place.top) + ", " + number(field.place.width) +

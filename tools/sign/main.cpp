@@ -3,6 +3,7 @@
 #include "failures.h"
 #include "interrupts.h"
 #include "program.h"
+#include "quoted.h"
 #include "refusal.h"
 #include "sign_commands.h"
 
@@ -59,12 +60,9 @@ QString optionsOf(const QCommandLineParser& parser)
 }
 
 // What a document says of itself may be quoted there.
-Failure failureOf(const QString& document, QString reason)
+Failure failureOf(const QString& document, const QString& reason)
 {
-    for (QChar& character : reason)
-        if (!character.isPrint())
-            character = QLatin1Char('?');
-    return {document + QStringLiteral(": ") + reason};
+    return {document + QStringLiteral(": ") + quoted(reason)};
 }
 
 int runCommand(const SignCommand& command, const QStringList& arguments)

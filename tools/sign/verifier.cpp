@@ -18,6 +18,9 @@ namespace sign {
 
 namespace {
 
+constexpr std::size_t fewSignatures = 50;
+constexpr std::size_t mostBytes = std::size_t{1} << 32; // that all signatures together cover
+
 // Why something is not valid. Of one signature, unlike a Refusal.
 struct Fault
 {
@@ -361,10 +364,14 @@ SealedInk sealedInkIn(QPDFObjectHandle holder, std::size_t limit)
 std::vector<SignatureReport> verifySignatures(Document& document, std::string_view trusted)
 {
     const Anchors anchors(trusted);
+    std::vector<SignatureField> fields = document.signatureFields();
+    std::erase_if(fields, [](const SignatureField& field) { return !field.isSigned; });
+    // Each may cover all of the file, and nobody waits for hours.
+    if (fields.size() > fewSignatures && fields.size() > mostBytes / document.bytes().size())
+        throw Refusal{"it has too many signatures to verify them all"};
     std::vector<SignatureReport> reports;
-    for (const SignatureField& field : document.signatureFields())
-        if (field.isSigned)
-            reports.push_back(reportOf(document, field, anchors));
+    for (const SignatureField& field : fields)
+        reports.push_back(reportOf(document, field, anchors));
     std::stable_sort(
         reports.begin(), reports.end(),
         [](const SignatureReport& one, const SignatureReport& other) { return one.end < other.end; });

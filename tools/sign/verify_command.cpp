@@ -3,6 +3,7 @@
 #include "output.h"
 #include "output_file.h"
 #include "program.h"
+#include "quoted.h"
 #include "sign_commands.h"
 #include "verifier.h"
 
@@ -15,16 +16,6 @@
 namespace {
 
 using sign::SignatureReport;
-
-// Anybody may have written it: nothing in it shall steer a terminal or make up a line.
-QString shown(const std::string& text)
-{
-    QString line = QString::fromStdString(text);
-    for (QChar& c : line)
-        if (!c.isPrint())
-            c = QLatin1Char(' ');
-    return line;
-}
 
 // What was signed, counted from 1: several signatures may be of the same revision.
 int revisionOf(const std::vector<SignatureReport>& reports, const SignatureReport& report)
@@ -46,9 +37,9 @@ QString verdict(const std::vector<SignatureReport>& reports, std::size_t size)
         return QStringLiteral("it has no signature");
     for (const SignatureReport& report : reports) {
         if (!report.fault.empty())
-            return QStringLiteral("signature %1 is not valid").arg(shown(report.field));
+            return QStringLiteral("signature %1 is not valid").arg(quoted(report.field));
         if (!report.distrust.empty())
-            return QStringLiteral("signature %1 is not trusted").arg(shown(report.field));
+            return QStringLiteral("signature %1 is not trusted").arg(quoted(report.field));
     }
     if (reports.back().isWholeFile)
         return {};
@@ -76,24 +67,25 @@ QString asText(const std::vector<SignatureReport>& reports, std::size_t size, bo
     };
     for (const SignatureReport& report : reports) {
         text += QStringLiteral("Signature %1%2\n")
-                    .arg(shown(report.field), report.page > 0 ? QStringLiteral(", page %1").arg(report.page)
-                                                              : QStringLiteral(", on no page"));
+                    .arg(quoted(report.field), report.page > 0 ? QStringLiteral(", page %1").arg(report.page)
+                                                               : QStringLiteral(", on no page"));
         const bool isValid = report.fault.empty();
         put("result:",
-            isValid ? QStringLiteral("valid") : QStringLiteral("NOT VALID: ") + shown(report.fault));
+            isValid ? QStringLiteral("valid") : QStringLiteral("NOT VALID: ") + quoted(report.fault));
         put("covers:", coverage(reports, report, size));
-        put("signer:", shown(report.signer));
-        put("issuer:", shown(report.issuer));
-        put("serial:", shown(report.serial));
+        put("signer:", quoted(report.signer));
+        put("issuer:", quoted(report.issuer));
+        put("serial:", quoted(report.serial));
         if (isTrustAsked && isValid)
-            put("trust:", report.distrust.empty() ? QStringLiteral("trusted")
-                                                  : QStringLiteral("NOT TRUSTED: ") + shown(report.distrust));
+            put("trust:", report.distrust.empty()
+                              ? QStringLiteral("trusted")
+                              : QStringLiteral("NOT TRUSTED: ") + quoted(report.distrust));
         else
             put("trust:", QStringLiteral("not checked"));
-        put("time:", shown(report.time));
-        put("name:", shown(report.name));
-        put("reason:", shown(report.reason));
-        put("location:", shown(report.location));
+        put("time:", quoted(report.time));
+        put("name:", quoted(report.name));
+        put("reason:", quoted(report.reason));
+        put("location:", quoted(report.location));
     }
     if (reports.empty())
         return QStringLiteral("THE DOCUMENT IS NOT SIGNED.\n");
