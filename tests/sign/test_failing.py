@@ -1,0 +1,223 @@
+"""What goes wrong around the program: no half file is left, and the input stays as it is."""
+
+from __future__ import annotations
+
+import os
+import signal
+import subprocess
+import time
+from pathlib import Path
+
+import pytest
+
+import writer
+from checks import run
+from tool import PATIENCE, PROGRAM, Place, Tool, environment, listing, one_line, playing
+
+PLACE = Place(1, 60, 250, 180)
+
+
+@pytest.fixture
+def original(tmp_path: Path) -> Path:
+    folder = tmp_path / "in"
+    folder.mkdir()
+    file = folder / "contract.pdf"
+    file.write_bytes(writer.document())
+    return file
+
+
+def with_small_disk(folder: Path, kilobytes: int, *command: str | Path) -> subprocess.CompletedProcess[str]:
+    """Runs it where the folder is a disk of that size, and lists what is on that afterwards."""
+    script = ('mount -t tmpfs -o size="$1"k tmpfs "$2" || exit 77; folder=$2; shift 2; "$@"; code=$?; '
+              'ls -A "$folder" >&3; exit $code')
+    listed = folder.parent / "listed"
+    with open(listed, "w") as third:
+        return run("unshare", "-rm", "bash", "-c", f"exec 3>&{third.fileno()}; {script}", "bash", str(kilobytes), folder,
+                   *command, env=environment(), pass_fds=(third.fileno(),))
+
+
+@pytest.mark.parametrize("kilobytes", [4, 20, 160])
+def test_a_full_disk(tool: Tool, tmp_path: Path, original: Path, kilobytes: int) -> None:
+    original.write_bytes(writer.by_qpdf(writer.document(pages=2000, nested=True), tmp_path))
+    size = original.stat().st_size // 1024
+    assert size > 160
+    disk = tmp_path / "disk"
+    disk.mkdir()
+    done = with_small_disk(disk, kilobytes, PROGRAM, original, "-o", disk / "signed.pdf", *PLACE.options, *tool.with_ink(),
+                           *tool.with_key("rsa"))
+    if done.returncode == 77:
+        pytest.skip("no disk of an own size can be mounted here")
+    assert done.returncode == 1 and "No space left on device" in one_line(done)
+    assert not (tmp_path / "listed").read_text()
+
+
+def test_a_disk_that_is_full_from_the_start(tool: Tool, tmp_path: Path, original: Path) -> None:
+    done = tool.sign(original, Path("/dev/full"), PLACE)
+    assert done.returncode == 1 and one_line(done)
+    assert Path("/dev/full").is_char_device()
+
+
+def test_limited_file_size(tool: Tool, tmp_path: Path, original: Path) -> None:
+    """Like a full disk, but with a signal."""
+    out = tmp_path / "out"
+    out.mkdir()
+    done = run("prlimit", "--fsize=5000", PROGRAM, original, "-o", out / "signed.pdf", *PLACE.options, *tool.with_ink(),
+               *tool.with_key("rsa"), env=environment())
+    assert done.returncode != 0
+    assert listing(out) == []
+
+
+@pytest.mark.skipif(os.geteuid() == 0 and not Path("/usr/bin/setpriv").exists(), reason="root may write everywhere")
+def test_a_folder_that_cannot_be_written(tool: Tool, tmp_path: Path, original: Path) -> None:
+    out = tmp_path / "out"
+    out.mkdir(mode=0o555)
+    command: list[str | Path] = [PROGRAM, original, "-o", out / "signed.pdf", *PLACE.options, *tool.with_ink(),
+                                 *tool.with_key("rsa")]
+    if os.geteuid() == 0:  # without what lets root do everything
+        command = ["setpriv", "--bounding-set=-all", "--inh-caps=-all", *command]
+    done = run(*command, env=environment())
+    assert done.returncode == 1 and "Permission denied" in one_line(done)
+    assert listing(out) == []
+
+
+def test_a_file_that_is_there_already(tool: Tool, tmp_path: Path, original: Path) -> None:
+    """It is replaced when all is done, and stays as it was when something goes wrong."""
+    target = tmp_path / "signed.pdf"
+    target.write_text("what was here before")
+    refused = tool.sign(original, target, Place(17, 60, 250, 180))
+    assert refused.returncode in (1, 2) and one_line(refused)
+    assert target.read_text() == "what was here before"
+    tool.checked(original, target, PLACE)
+
+
+def test_a_folder_that_is_not_there(tool: Tool, tmp_path: Path, original: Path) -> None:
+    done = tool.sign(original, tmp_path / "nowhere" / "signed.pdf", PLACE)
+    assert done.returncode == 1 and "No such file or directory" in one_line(done)
+    done = tool.sign(original, tmp_path, PLACE)
+    assert done.returncode == 1 and one_line(done)
+
+
+@pytest.mark.parametrize("way", ["same", "link", "hard link", "detour"])
+def test_the_output_is_the_input(tool: Tool, tmp_path: Path, original: Path, way: str) -> None:
+    """The input is never touched."""
+    before = original.read_bytes()
+    target = tmp_path / "other.pdf"
+    if way == "same":
+        target = original
+    elif way == "link":
+        target.symlink_to(original)
+    elif way == "hard link":
+        target.hardlink_to(original)
+    else:
+        target = original.parent / ".." / original.parent.name / original.name
+    there = listing(tmp_path)
+    done = tool.sign(original, target, PLACE)
+    assert original.read_bytes() == before
+    if way == "hard link" and done.returncode == 0:  # the name is another file now, the input is what it was
+        tool.check(before, target)
+        return
+    assert done.returncode in (1, 2) and one_line(done)
+    assert listing(tmp_path) == there
+
+
+def test_the_input_is_not_there(tool: Tool, tmp_path: Path) -> None:
+    for path, reason in ((tmp_path / "no.pdf", "No such file or directory"), (tmp_path, "no regular file")):
+        done = tool.sign(path, tmp_path / "signed.pdf", PLACE)
+        assert done.returncode == 1 and reason in one_line(done)
+    assert listing(tmp_path) == []
+
+
+def begun(command: list[str | Path], folder: Path, **variables: str) -> subprocess.Popen[str]:
+    return subprocess.Popen([str(part) for part in command], env=variables, cwd=folder, stdout=subprocess.PIPE,
+                            stderr=subprocess.PIPE, stdin=subprocess.DEVNULL, text=True)
+
+
+def with_pad(original: Path, out: Path, *key: str) -> list[str | Path]:
+    return [PROGRAM, original, "-o", out / "signed.pdf", *PLACE.options, "--pad", "K210", "--driver",
+            os.environ["SCRIBERA_DRIVER_LIBRARY"], *key]
+
+
+def test_signs_on_the_pad(tool: Tool, tmp_path: Path, original: Path) -> None:
+    out = tmp_path / "out"
+    out.mkdir()
+    done = run(*with_pad(original, out, *tool.with_key("rsa")), env=playing("initials.rec"))
+    assert done.returncode == 0, done.stderr
+    tool.check(original.read_bytes(), out / "signed.pdf")
+    assert listing(out) == ["signed.pdf"]
+
+
+@pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP])
+def test_interrupted_in_mid_signature(tool: Tool, tmp_path: Path, original: Path, number: signal.Signals) -> None:
+    out, private = tmp_path / "out", tmp_path / "private"
+    out.mkdir()
+    private.mkdir()
+    # Nobody confirms, so that it waits.
+    variables = playing("initials.rec", SCRIBERA_SIM_KEY="", TMPDIR=str(private), XDG_RUNTIME_DIR=str(private))
+    tool_process = begun(with_pad(original, out, *tool.with_key("rsa")), out, **variables)
+    try:
+        assert tool_process.stderr and "ign" in tool_process.stderr.readline()
+        tool_process.send_signal(number)
+        tool_process.communicate(timeout=PATIENCE)
+    finally:
+        tool_process.kill()
+    assert tool_process.returncode == -number
+    assert listing(out) == [] and listing(private) == []
+
+
+def test_interrupted_at_any_moment(tool: Tool, tmp_path: Path, original: Path) -> None:
+    """Whenever the signal comes, there is the whole file or none."""
+    out, private = tmp_path / "out", tmp_path / "private"
+    out.mkdir()
+    private.mkdir()
+    before = original.read_bytes()
+    start = time.monotonic()
+    command: list[str | Path] = [PROGRAM, original, "-o", out / "signed.pdf", *PLACE.options, *tool.with_ink(),
+                                 *tool.with_key("rsa")]
+    variables = environment(TMPDIR=str(private), XDG_RUNTIME_DIR=str(private))
+    assert run(*command, env=variables).returncode == 0
+    took = time.monotonic() - start
+    (out / "signed.pdf").unlink()
+    outcomes = set()
+    for step in range(40):
+        process = begun(command, out, **variables)
+        time.sleep(took * step / 32)
+        process.send_signal(signal.SIGINT)
+        process.communicate(timeout=PATIENCE)
+        outcomes.add(process.returncode)
+        assert process.returncode in (0, -signal.SIGINT)
+        assert listing(private) == []
+        assert listing(out) in ([], ["signed.pdf"])
+        if listing(out):
+            tool.check(before, out / "signed.pdf")
+            (out / "signed.pdf").unlink()
+        else:
+            assert process.returncode != 0
+    assert -signal.SIGINT in outcomes
+
+
+@pytest.mark.parametrize(("settings", "code"), [({"SCRIBERA_SIM_KEY": "cancel"}, 3),
+                                                 ({"SCRIBERA_SIM_MODEL": "SCT580"}, 1)])
+def test_no_signature_comes(tool: Tool, tmp_path: Path, original: Path, settings: dict[str, str], code: int) -> None:
+    out = tmp_path / "out"
+    out.mkdir()
+    done = run(*with_pad(original, out, *tool.with_key("rsa")), env={**playing("initials.rec"), **settings})
+    assert done.returncode == code, done.stderr
+    assert listing(out) == []
+
+
+def test_keys_are_nobodys_to_read(tool: Tool, tmp_path: Path, original: Path) -> None:
+    """While it waits for the pad, no file of its own is there that others could read."""
+    out, private = tmp_path / "out", tmp_path / "private"
+    out.mkdir()
+    private.mkdir()
+    variables = playing("initials.rec", SCRIBERA_SIM_KEY="", TMPDIR=str(private), XDG_RUNTIME_DIR=str(private))
+    process = begun(with_pad(original, out, *tool.with_key("rsa")), out, **variables)
+    try:
+        assert process.stderr and "ign" in process.stderr.readline()
+        for path in [*private.rglob("*"), *out.rglob("*")]:
+            mode = path.lstat().st_mode & 0o777
+            assert mode & 0o077 == 0 or any(parent.lstat().st_mode & 0o077 == 0 for parent in path.parents
+                                            if private in parent.parents), path
+    finally:
+        process.terminate()
+        process.communicate(timeout=PATIENCE)
