@@ -209,6 +209,15 @@ def test_a_worker_that_hangs_is_ended(start: Start) -> None:
         assert worker not in service.workers()
 
 
+def test_a_driver_that_crashes(start: Start) -> None:
+    service = start("--driver", os.environ["SCRIBERA_TROUBLED_DRIVER"], TROUBLED_DRIVER="crash")
+    with service.client() as page:
+        for _ in range(2):
+            with pytest.raises(Refused) as refused:
+                page.open()
+            assert refused.value.type == "worker-failed"
+
+
 def test_a_worker_that_cannot_start(start: Start) -> None:
     service = start(XDG_RUNTIME_DIR="/nowhere")
     with service.client() as page:

@@ -1,5 +1,6 @@
 // A driver that is in trouble, as TROUBLED_DRIVER in the environment says: "crash at load", "crash" or "hang"
-// at its start. Without that it starts, says so, and brings nothing.
+// at its start, "hang later" when it is asked for the pad's id a second time. Without that it starts, says
+// so, and brings nothing.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -21,6 +22,13 @@ void say(const char* what)
     std::fprintf(stderr, "%s\n", what);
 }
 
+[[noreturn]] void hang()
+{
+    say("hanging");
+    for (;;)
+        pause();
+}
+
 int writeText(char* buffer, int size, const char* text)
 {
     std::snprintf(buffer, static_cast<std::size_t>(size), "%s", text);
@@ -39,11 +47,8 @@ DRIVER_FUNCTION SCRDAPI_Initial(int, void (*)(int, int, int, int), void (*)(unsi
 {
     if (isIn("crash"))
         std::abort();
-    if (isIn("hang")) {
-        say("hanging");
-        for (;;)
-            pause();
-    }
+    if (isIn("hang"))
+        hang();
     say("started");
     return 0;
 }
@@ -70,6 +75,9 @@ DRIVER_FUNCTION SCRDAPI_GetDevicePenID(char* buffer, int size)
 
 DRIVER_FUNCTION SCRDAPI_GetDevicePadID(char* buffer, int size)
 {
+    static int asked = 0;
+    if (isIn("hang later") && ++asked > 1)
+        hang();
     return writeText(buffer, size, "pad");
 }
 

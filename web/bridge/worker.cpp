@@ -149,6 +149,9 @@ public:
         [[maybe_unused]] const ssize_t written = write(m_wakeUp, &one, sizeof one);
     }
 
+    // While the pad is looked at: one that does not return from it answers nothing any more.
+    void setLooking(bool isLooking) { m_lookingSince = isLooking ? Session::now() : notLooking; }
+
     // The next order, nothing when none came in time, an end when none will come.
     struct Next
     {
@@ -208,6 +211,9 @@ private:
             return false;
         if (message.kind == Order::Alive) {
             m_link.send(News::Alive);
+            const std::int64_t since = m_lookingSince;
+            if (since != notLooking && Session::now() - since > longestLook)
+                m_link.send(News::Lost);
             return true;
         }
         const std::lock_guard guard(m_lock);
@@ -268,12 +274,15 @@ private:
                Session::now();
     }
 
+    static constexpr std::int64_t notLooking = -1;
+    static constexpr std::int64_t longestLook = 10'000'000'000; // nanoseconds
     static constexpr std::size_t mostPoints = 4000;
     static_assert(sizeof(PointsRecord) + mostPoints * sizeof(InkPoint) <= longestNews);
 
     Link& m_link;
     int m_wakeUp;
-    std::mutex m_using; // held while the session is used
+    std::atomic<std::int64_t> m_lookingSince{notLooking}; // set by the main thread, read by the other one
+    std::mutex m_using;                                   // held while the session is used
     Session* m_session = nullptr;
     std::mutex m_lock; // of the orders and the end
     std::condition_variable m_come;
@@ -500,7 +509,9 @@ private:
         constexpr int patience = 4; // looks in a row without an answer
         if (!m_session)
             return;
+        m_listener.setLooking(true);
         m_missed = m_session->isAnswering() ? 0 : m_missed + 1;
+        m_listener.setLooking(false);
         if (m_missed == patience)
             m_link.send(News::Lost);
     }
