@@ -232,7 +232,7 @@ Image readImage(Parameters& parameters)
     picture.format = readFormat(parameters, true);
     if (const json::value* const dpi = parameters.find("dpi")) {
         const std::optional<std::uint64_t> dots = integerIn(*dpi, coarse, fine);
-        if (dots != coarse && dots != fine)
+        if (!dots || (*dots != coarse && *dots != fine))
             throw WrongParameter{"dpi has to be 150 or 300"};
         picture.dotsPerInch = static_cast<int>(*dots);
     }

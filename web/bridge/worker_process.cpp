@@ -22,8 +22,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace bridge {
 namespace {
 
@@ -71,6 +69,7 @@ std::vector<std::string> environmentWith(const std::string& folder)
 std::vector<char*> pointersTo(std::vector<std::string>& texts)
 {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts)
         pointers.push_back(text.data());
     pointers.push_back(nullptr);
@@ -106,7 +105,7 @@ WorkerProcess::~WorkerProcess()
 std::shared_ptr<WorkerProcess> WorkerProcess::start(boost::asio::io_context& context, Listener& listener,
                                                     const std::string& program, const std::string& driver)
 {
-    const std::shared_ptr<WorkerProcess> worker(new WorkerProcess(context));
+    std::shared_ptr<WorkerProcess> worker(new WorkerProcess(context));
     worker->m_folder = newFolder();
     worker->launch(program, driver);
     worker->m_listener = &listener;
