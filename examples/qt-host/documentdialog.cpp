@@ -117,7 +117,7 @@ DocumentDialog::~DocumentDialog()
 QString DocumentDialog::program()
 {
     const QString name = QStringLiteral("scribera-sign");
-    const QString chosen = qEnvironmentVariable("SCRIBERA_SIGN");
+    QString chosen = qEnvironmentVariable("SCRIBERA_SIGN");
     if (!chosen.isEmpty())
         return chosen;
     const QString own = QCoreApplication::applicationDirPath();

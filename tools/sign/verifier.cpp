@@ -281,7 +281,7 @@ std::string isoTime(const std::string& text)
     constexpr std::string_view separators = "--T::";
     std::size_t place = text.starts_with("D:") ? 2 : 0;
     const auto takeDigits = [&](std::size_t count) {
-        const std::string digits = text.substr(std::min(place, text.size()), count);
+        std::string digits = text.substr(std::min(place, text.size()), count);
         if (digits.size() != count || !std::all_of(digits.begin(), digits.end(), isDigit))
             return std::string();
         place += count;
@@ -370,6 +370,7 @@ std::vector<SignatureReport> verifySignatures(Document& document, std::string_vi
     if (fields.size() > fewSignatures && fields.size() > mostBytes / document.bytes().size())
         throw Refusal{"it has too many signatures to verify them all"};
     std::vector<SignatureReport> reports;
+    reports.reserve(fields.size());
     for (const SignatureField& field : fields)
         reports.push_back(reportOf(document, field, anchors));
     std::stable_sort(
@@ -390,7 +391,7 @@ bool isWholeAndValid(const std::vector<SignatureReport>& reports)
 SealedInk sealedInkOf(Document& document, const std::string& field)
 {
     std::optional<SealedInk> found;
-    const auto put = [&](QPDFObjectHandle holder, std::size_t limit) {
+    const auto put = [&](const QPDFObjectHandle& holder, std::size_t limit) {
         if (found)
             throw Refusal{"there is sealed ink in several places; name the field"};
         found = sealedInkIn(holder, limit);
