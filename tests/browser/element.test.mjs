@@ -1,11 +1,14 @@
 // The element <scribera-pad> with a pad behind the service.
 
 import assert from "node:assert/strict";
+import { writeFileSync } from "node:fs";
+import { join } from "node:path";
 import test from "node:test";
 
 import { sentFile, serveApplication } from "./support/application.mjs";
 import { holds, kinds, launch, open } from "./support/browsers.mjs";
 import { likeness } from "./support/ink.mjs";
+import { folder } from "./support/processes.mjs";
 import { startService } from "./support/service.mjs";
 
 const size = [800, 400];
@@ -46,6 +49,26 @@ for (const kind of kinds)
         await page.$eval("scribera-pad", (element) => element.close());
         assert.deepEqual(page.faults, []);
       }
+    });
+
+    await t.test("it joins a stroke that a key has ended to no other, as the library's picture", async (t) => {
+      const samples = join(folder(t), "key.rec");
+      const strokes = [[400, 400, 0], [900, 400, 1], [0, 0, 4], [2000, 1400, 0], [2400, 1400, 1], [2400, 1400, 2]];
+      const lines = strokes.map(([x, y, status], index) => [5 * index, x, y, 900, status].join(" "));
+      const head = ["# scribera recording 1", "model: SCK210", "area: 160 220 2360 1430", "max-pressure: 2048"];
+      writeFileSync(samples, [...head, ...lines, ""].join("\n"));
+      const service = await startService(t, { key: "confirm", env: { SCRIBERA_SIM_RECORDING: samples } });
+      const site = await serveApplication(t, {
+        element: `model="K210" width="${size[0]}" height="${size[1]}" pen-width="10" url="${service.pad}"`,
+      });
+      const page = await open(browser, site.origin);
+      await isConfirmed(page);
+      await isDrawn(page);
+      assert.equal(await page.$eval("scribera-pad", ({ pad }) => pad.count), strokes.length - 1);
+      const surface = await page.$("scribera-pad >>> canvas");
+      const alike = likeness(await surface.screenshot(), await pictureOf(page));
+      assert.ok(alike.near >= 0.995 && alike.darkness <= 0.02, JSON.stringify(alike));
+      assert.deepEqual(page.faults, []);
     });
 
     await t.test("it has the pixels of a fine screen", async (t) => {
