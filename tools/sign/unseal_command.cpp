@@ -41,6 +41,6 @@ int unsealInkOf(const QCommandLineParser& parser, const QString& file)
         sign::sealedInkOf(document, parser.value(QStringLiteral("field")).toStdString());
     const std::string ink = sign::unsealInk(sealed.bytes, std::string_view(bytes).substr(0, sealed.offset),
                                             key, passwordOption(parser, "password-file"));
-    target.write(QByteArray::fromStdString(ink + '\n'));
+    target.write(QByteArray::fromStdString(ink));
     return Done;
 }
