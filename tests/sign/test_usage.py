@@ -239,6 +239,47 @@ def test_passwords_of_certificates(tool: Tool, tmp_path: Path, original: Path) -
     assert tool.run(*common, "--certificate", tool.keys.p12("ec", "empty", ""), stdin=-3).returncode == 0
 
 
+def test_certificate_files_with_old_ciphers(tool: Tool, tmp_path: Path, original: Path) -> None:
+    """Many programs still write them."""
+    old, signed = tmp_path / "old.p12", tmp_path / "signed.pdf"
+    made = run("openssl", "pkcs12", "-export", "-legacy", "-inkey", tool.keys.key("rsa", "rsa"), "-in",
+               tool.keys.certificate("rsa", "rsa"), "-out", old, "-passout", f"pass:{tool.keys.password}")
+    assert made.returncode == 0, made.stderr
+    done = tool.run(original, "-o", signed, *PLACE.options, *tool.with_ink(), "--certificate", old, "--password-file",
+                    tool.keys.password_file)
+    assert done.returncode == 0, done.stderr
+    assert tool.run("verify", signed, "--trust", tool.keys.authority).returncode == 0
+
+
+def test_certificates_in_between(tool: Tool, tmp_path: Path, original: Path) -> None:
+    """They go into the signature, so that who trusts the root alone finds the way."""
+
+    def openssl(*arguments: str | Path) -> None:
+        done = run("openssl", *arguments, cwd=tmp_path)
+        assert done.returncode == 0, done.stderr
+
+    def below(name: str, issuer: Path, issuers_key: Path, extensions: str) -> tuple[Path, Path]:
+        (tmp_path / f"{name}.ext").write_text(extensions)
+        key = tool.keys.key(name, "ec")
+        openssl("req", "-new", "-key", key, "-subj", f"/CN={name}", "-out", f"{name}.csr")
+        openssl("x509", "-req", "-in", f"{name}.csr", "-CA", issuer, "-CAkey", issuers_key, "-days", "20", "-extfile",
+                f"{name}.ext", "-out", f"{name}.pem")
+        return tmp_path / f"{name}.pem", key
+
+    between, key = below("between", tool.keys.authority, tool.keys.folder / "root.key",
+                         "basicConstraints=critical,CA:TRUE\nkeyUsage=critical,keyCertSign\n")
+    last, last_key = below("last", between, key, "basicConstraints=CA:FALSE\nkeyUsage=critical,nonRepudiation\n")
+    for chain, code in (((between,), 0), ((), 1)):
+        file, signed = tmp_path / f"{code}.p12", tmp_path / f"{code}.pdf"
+        more = [option for one in chain for option in ("-certfile", one)]
+        openssl("pkcs12", "-export", "-inkey", last_key, "-in", last, *more, "-out", file, "-passout", "pass:")
+        done = tool.run(original, "-o", signed, *PLACE.options, *tool.with_ink(), "--certificate", file)
+        assert done.returncode == 0, done.stderr
+        assert tool.run("verify", signed, "--trust", tool.keys.authority).returncode == code
+        assert tool.run("verify", signed, "--trust", last).returncode == 0
+        assert tool.run("verify", signed, "--trust", tool.keys.stranger).returncode == 1
+
+
 def test_passwords_of_documents(tool: Tool, tmp_path: Path) -> None:
     original, signed, file = tmp_path / "original.pdf", tmp_path / "signed.pdf", tmp_path / "password"
     original.write_bytes(encrypted("256", user=PASSWORD)(tmp_path))
