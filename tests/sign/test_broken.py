@@ -19,7 +19,6 @@ from tool import IS_FULL_LENGTH, IS_SANITIZED, Place, Tool, listing, one_line
 from writer import Pdf, document, form
 
 PLACE = Place(1, 60, 250, 180)
-LONGEST = 10 * (10 if IS_SANITIZED else 1)  # seconds
 COUNT = 10_000 if IS_FULL_LENGTH else 60 if IS_SANITIZED else 240
 
 
@@ -72,11 +71,57 @@ def deep_pages(pdf: Pdf) -> None:
     pdf.objects[6] = pdf.objects[6].replace(b"/Parent 2 0 R", b"/Parent %d 0 R" % (last + height))
 
 
-def bomb(pdf: Pdf) -> None:
-    """A page of 300 megabytes of blanks in 300 kilobytes."""
+def packed(piece: bytes, megabytes: int) -> bytes:
+    """The same again and again."""
     packer = zlib.compressobj(1)
-    data = b"".join(packer.compress(b" " * 1_000_000) for _ in range(300)) + packer.flush()
-    pdf.objects[7] = b"<< /Length %d /Filter /FlateDecode >>\nstream\n" % len(data) + data + b"\nendstream"
+    block = piece * (1_000_000 // len(piece))
+    return b"".join(packer.compress(block) for _ in range(megabytes)) + packer.flush()
+
+
+def bomb(piece: bytes, megabytes: int = 300) -> Callable[[], bytes]:
+    """A page that is small in the file."""
+    data = packed(piece, megabytes)
+    content = b"<< /Length %d /Filter /FlateDecode >>\nstream\n" % len(data) + data + b"\nendstream"
+    return lambda: document(change=lambda pdf: pdf.objects.update({7: content}))
+
+
+def objects_in_a_bomb() -> bytes:
+    content = document(structure="objects")
+    at = content.rindex(b"/Type /ObjStm")
+    start = content.rindex(b"<<", 0, at)
+    end = content.index(b"endstream", at) + 9
+    data = packed(b"1 0 ", 300)
+    bomb = b"<< /Type /ObjStm /N 7 /First 40 /Length %d /Filter /FlateDecode >>\nstream\n" % len(data) + data + b"\nendstream"
+    return moved(content, start, end, bomb)
+
+
+def references_in_a_bomb() -> bytes:
+    """A cross-reference of a hundred million entries."""
+    content = document(structure="stream")
+    at = content.rindex(b"/Type /XRef")
+    start = content.rindex(b"<<", 0, at)
+    end = content.index(b"endstream", at) + 9
+    data = packed(b"\1\0\0\0\x0f\0\0" * 10, 300)
+    bomb = (b"<< /Type /XRef /W [1 4 2] /Size 100000000 /Root 1 0 R /Length %d /Filter /FlateDecode >>\nstream\n" % len(data)
+            + data + b"\nendstream")
+    return content[:start] + bomb + content[end:]
+
+
+def moved(content: bytes, start: int, end: int, other: bytes) -> bytes:
+    """Something else in a place before the last cross-reference."""
+    last = int(content[content.rindex(b"startxref") + 9 :].split()[0])
+    after = content[:start] + other + content[end:]
+    at = after.rindex(b"startxref")
+    return after[:at] + b"startxref\n%d\n%%%%EOF\n" % (last + len(other) - (end - start))
+
+
+def many_fields(pdf: Pdf) -> None:
+    numbers = range(100, 20_100)
+    for number in numbers:
+        pdf.objects[number] = b"<< /Type /Annot /Subtype /Widget /FT /Sig /T (F%d) /Rect [9 9 90 90] /P 6 0 R >>" % number
+    all_of_them = writer.references(list(numbers)).encode()
+    pdf.objects[1] = pdf.objects[1].replace(b"/Catalog", b"/Catalog /AcroForm << /Fields [" + all_of_them + b"] >>")
+    pdf.objects[6] = pdf.objects[6].replace(b"/Contents", b"/Annots [" + all_of_them + b"] /Contents")
 
 
 def previous_in_circles() -> bytes:
@@ -125,7 +170,10 @@ HOSTILE: dict[str, Callable[[], bytes]] = {
     "revisions-in-circles": previous_in_circles,
     "deep-arrays": deep,
     "deep-pages": lambda: document(change=deep_pages),
-    "a-bomb": lambda: document(change=bomb),
+    "a-bomb": bomb(b" "),
+    "objects-in-a-bomb": objects_in_a_bomb,
+    "references-in-a-bomb": references_in_a_bomb,
+    "many-fields": lambda: document(change=many_fields),
     "huge-object-number": altered(a=(b"/Size 8", b"/Size 2147483647")),
     "objects-that-overflow": lambda: writer.appended(document(), {2147483646: b"null"}),
     "damaged-encryption": lambda: document(structure="table", trailer=b" /Encrypt << /Filter /Standard /V 5 /R 6 /O () /U () /P -1 >> "),
@@ -135,7 +183,7 @@ HOSTILE: dict[str, Callable[[], bytes]] = {
 
 def check_outcome(tool: Tool, original: Path, out: Path, *arguments: str | Path) -> int:
     """No crash, no hang; one clear line and no file, or a file that is right."""
-    told = tool.run(*arguments, timeout=LONGEST)
+    told = tool.run_briefly(*arguments)
     assert told.returncode in (0, 1), (told.returncode, told.stderr)
     if told.returncode == 1 and "verify" not in arguments:
         assert told.stderr.startswith("scribera-sign: ") and told.stderr.count("\n") == 1, told.stderr
@@ -166,6 +214,26 @@ def test_hostile_document(tool: Tool, tmp_path: Path, name: str) -> None:
     original, out = tmp_path / "original.pdf", tmp_path / "out"
     original.write_bytes(HOSTILE[name]())
     try_all(tool, original, out)
+
+
+BOMBS = {
+    "blanks": bomb(b" "),
+    "text": bomb(b"BT /F1 9 Tf (x) Tj ET "),
+    "text-that-is-read": bomb(b"BT /F1 9 Tf (x) Tj ET ", 50),
+    "arrays": bomb(b"["),
+    "arrays-that-are-read": bomb(b"[", 60),
+    "numbers": bomb(b"1 ", 60),
+}
+
+
+@pytest.mark.skipif(IS_SANITIZED, reason="takes minutes")
+@pytest.mark.parametrize("name", BOMBS)
+def test_looking_for_text_in_a_bomb(tool: Tool, tmp_path: Path, name: str) -> None:
+    original, out = tmp_path / "original.pdf", tmp_path / "out"
+    original.write_bytes(BOMBS[name]())
+    out.mkdir()
+    check_outcome(tool, original, out, original, "-o", out / "signed.pdf", "--after", writer.TEXT, "--width", "100",
+                  *tool.with_ink(), *tool.with_key("ec"))
 
 
 def mutated(content: bytes, chance: random.Random) -> bytes:

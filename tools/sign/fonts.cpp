@@ -250,14 +250,14 @@ unsigned codeIn(QPDFObjectHandle value)
 
 } // namespace
 
-Font::Font(QPDFObjectHandle font)
+Font::Font(QPDFObjectHandle font, Contents& contents)
 {
     if (font.getKey("/Subtype").isNameAndEquals("/Type0"))
         readComposite(font);
     else
         readSimple(font);
     if (QPDFObjectHandle meanings = font.getKey("/ToUnicode"); meanings.isStream())
-        readMeanings(meanings);
+        readMeanings(meanings, contents);
 }
 
 void Font::readSimple(QPDFObjectHandle font)
@@ -337,10 +337,10 @@ void Font::readComposite(QPDFObjectHandle font)
     }
 }
 
-void Font::readMeanings(const QPDFObjectHandle& stream)
+void Font::readMeanings(const QPDFObjectHandle& stream, Contents& contents)
 {
     Meanings read;
-    QPDFObjectHandle::parseContentStream(stream, &read);
+    contents.parse(stream, read);
     if (m_codeSize == 2 && read.codeSize != 0 && read.codeSize != 2)
         m_isReadable = false;
     for (auto& [code, meaning] : read.meanings)

@@ -1,7 +1,7 @@
 // What the characters of a document's fonts mean and how wide they are.
 #pragma once
 
-#include "qpdf.h"
+#include "contents.h"
 
 #include <cstddef>
 #include <map>
@@ -22,14 +22,14 @@ public:
         bool isSpace = false;  // to which the word spacing is added
     };
 
-    explicit Font(QPDFObjectHandle font);
+    Font(QPDFObjectHandle font, Contents& contents);
 
     std::vector<Character> charactersOf(std::string_view text) const;
 
 private:
     void readSimple(QPDFObjectHandle font);
     void readComposite(QPDFObjectHandle font);
-    void readMeanings(const QPDFObjectHandle& stream);
+    void readMeanings(const QPDFObjectHandle& stream, Contents& contents);
 
     std::size_t m_codeSize = 1;
     bool m_isReadable = true; // the codes mean what they seem to

@@ -1,5 +1,6 @@
 #include "page_text.h"
 
+#include "contents.h"
 #include "fonts.h"
 #include "refusal.h"
 
@@ -17,7 +18,6 @@ namespace sign {
 namespace {
 
 // Nobody writes pages with more.
-constexpr std::size_t mostOperators = 20'000'000;
 constexpr std::size_t mostGlyphs = 5'000'000;
 constexpr std::size_t mostOperands = 4096;
 constexpr std::size_t deepestForm = 12;
@@ -39,10 +39,10 @@ struct State
 struct Reading
 {
     const Page& page;
+    Contents& contents;
     std::vector<Glyph> glyphs;
     std::map<QPDFObjGen, std::shared_ptr<const Font>> fonts; // by their objects
     std::set<QPDFObjGen> openForms;
-    std::size_t operators = 0;
 };
 
 class ContentReader : public QPDFObjectHandle::ParserCallbacks
@@ -55,13 +55,12 @@ public:
 
     void handleObject(QPDFObjectHandle object, std::size_t, std::size_t) override
     {
+        m_reading.contents.countObject();
         if (!object.isOperator()) {
             if (m_operands.size() < mostOperands)
                 m_operands.push_back(object);
             return;
         }
-        if (++m_reading.operators > mostOperators)
-            throw Refusal{"the page has too much on it to be searched"};
         apply(object.getOperatorValue());
         m_operands.clear();
     }
@@ -215,10 +214,10 @@ private:
         if (!font.isDictionary())
             return {};
         if (!font.isIndirect())
-            return std::make_shared<Font>(font);
+            return std::make_shared<Font>(font, m_reading.contents);
         std::shared_ptr<const Font>& known = m_reading.fonts[font.getObjGen()];
         if (!known)
-            known = std::make_shared<Font>(font);
+            known = std::make_shared<Font>(font, m_reading.contents);
         return known;
     }
 
@@ -234,7 +233,7 @@ private:
         QPDFObjectHandle resources = form.getDict().getKey("/Resources");
         ContentReader reader(m_reading, resources.isDictionary() ? resources : m_resources, state,
                              m_depth + 1);
-        QPDFObjectHandle::parseContentStream(form, &reader);
+        m_reading.contents.parse(form, reader);
         m_reading.openForms.erase(form.getObjGen());
     }
 
@@ -270,12 +269,12 @@ bool isOneLine(const std::vector<Glyph>& glyphs, std::size_t first, std::size_t 
 
 } // namespace
 
-std::vector<Glyph> textOf(const Page& page)
+std::vector<Glyph> textOf(const Page& page, Contents& contents)
 {
-    Reading reading{page, {}, {}, {}, 0};
+    Reading reading{page, contents, {}, {}, {}};
     QPDFObjectHandle object = page.object;
     ContentReader reader(reading, inheritedValue(object, "/Resources"), {}, 0);
-    object.parsePageContents(&reader);
+    contents.parse(object.getKey("/Contents"), reader);
     return std::move(reading.glyphs);
 }
 
@@ -292,12 +291,12 @@ std::string lettersOf(std::string text)
     return text;
 }
 
-std::string textOfForm(QPDFObjectHandle form)
+std::string textOfForm(QPDFObjectHandle form, Contents& contents)
 {
     const Page page;
-    Reading reading{page, {}, {}, {}, 0};
+    Reading reading{page, contents, {}, {}, {}};
     ContentReader reader(reading, form.getDict().getKey("/Resources"), {}, 0);
-    QPDFObjectHandle::parseContentStream(form, &reader);
+    contents.parse(form, reader);
     std::string text;
     for (const Glyph& glyph : reading.glyphs)
         text += lettersOf(glyph.text);
@@ -310,11 +309,12 @@ TextEnd findText(Document& document, const std::string& text, int onlyPage)
     if (wanted.empty())
         throw Refusal{"an empty text is everywhere"};
     std::vector<TextEnd> found;
+    Contents contents;
     bool isAllRead = true;
     bool isElsewise = false; // drawn upwards, for instance
     for (int number = onlyPage == 0 ? 1 : onlyPage;
          number <= (onlyPage == 0 ? document.pageCount() : onlyPage); ++number) {
-        const std::vector<Glyph> glyphs = textOf(document.page(number));
+        const std::vector<Glyph> glyphs = textOf(document.page(number), contents);
         std::string all;
         std::vector<std::size_t> owners; // of each byte
         for (std::size_t index = 0; index < glyphs.size(); ++index) {

@@ -1,6 +1,7 @@
 // The text of a page, as far as its fonts tell what their characters mean and how wide they are.
 #pragma once
 
+#include "contents.h"
 #include "document.h"
 
 #include <string>
@@ -20,11 +21,11 @@ struct Glyph
     bool hasWidth;   // and so an end
 };
 
-// In the order in which the page draws it. Throws Refusal for a page that takes too long.
-std::vector<Glyph> textOf(const Page& page);
+// In the order in which the page draws it.
+std::vector<Glyph> textOf(const Page& page, Contents& contents);
 
 // The letters of a form, such as the appearance of a field. Empty where nobody knows them.
-std::string textOfForm(QPDFObjectHandle form);
+std::string textOfForm(QPDFObjectHandle form, Contents& contents);
 
 // Without what separates words, and with what stands for several letters in their place.
 std::string lettersOf(std::string text);
