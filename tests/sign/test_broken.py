@@ -5,6 +5,7 @@ from __future__ import annotations
 import json
 import os
 import random
+import subprocess
 import zlib
 from collections.abc import Callable
 from concurrent.futures import ThreadPoolExecutor
@@ -15,7 +16,7 @@ import pytest
 import forging
 import writer
 from keys import Keys
-from tool import IS_FULL_LENGTH, IS_SANITIZED, Place, Tool, listing, one_line
+from tool import IS_FULL_LENGTH, IS_SANITIZED, PROGRAM, Place, Tool, environment, listing, one_line
 from writer import Pdf, document, form
 
 PLACE = Place(1, 60, 250, 180)
@@ -124,6 +125,16 @@ def many_fields(pdf: Pdf) -> None:
     pdf.objects[6] = pdf.objects[6].replace(b"/Contents", b"/Annots [" + all_of_them + b"] /Contents")
 
 
+def references_in_a_larger_bomb() -> bytes:
+    """Three gigabytes in three megabytes."""
+    packer = zlib.compressobj(9, zlib.DEFLATED, -zlib.MAX_WBITS)
+    block = packer.compress(bytes(1_000_000)) + packer.flush(zlib.Z_FULL_FLUSH)
+    data = b"\x78\xda" + block * 3000 + b"\x03\0" + bytes(4)
+    before = document(structure="stream")
+    head = b"20 0 obj\n<< /Type /XRef /Root 1 0 R /Size 21 /W [1 4 2] /Filter /FlateDecode /Length %d >>\nstream\n" % len(data)
+    return before + head + data + b"\nendstream\nendobj\nstartxref\n%d\n%%%%EOF\n" % len(before)
+
+
 def previous_in_circles() -> bytes:
     content = writer.appended(document(), {4: b"null"})
     at = content.rindex(b"xref\n", 0, content.rindex(b"startxref"))
@@ -224,6 +235,19 @@ BOMBS = {
     "arrays-that-are-read": bomb(b"[", 60),
     "numbers": bomb(b"1 ", 60),
 }
+
+
+@pytest.mark.skipif(IS_SANITIZED, reason="memory is not limited there")
+def test_memory_for_a_bomb(tool: Tool, tmp_path: Path) -> None:
+    original = tmp_path / "original.pdf"
+    original.write_bytes(references_in_a_larger_bomb())
+    with subprocess.Popen([PROGRAM, "fields", original], env=environment(), stderr=subprocess.PIPE, text=True) as process:
+        assert process.stderr
+        reason = process.stderr.read()
+        usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(usage[1])
+    assert process.returncode == 1 and reason.startswith("scribera-sign: "), reason
+    assert usage[2].ru_maxrss < 1_200_000  # kilobytes
 
 
 @pytest.mark.skipif(IS_SANITIZED, reason="takes minutes")

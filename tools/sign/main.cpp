@@ -8,12 +8,15 @@
 #include "sign_commands.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iterator>
+
+#include <sys/resource.h>
 
 namespace {
 
@@ -65,6 +68,24 @@ Failure failureOf(const QString& document, const QString& reason)
     return {document + QStringLiteral(": ") + quoted(reason)};
 }
 
+// A few kilobytes of a hostile document may stand for gigabytes. They end as "not enough memory", not with
+// the machine's other programs.
+void limitMemory(const QString& document)
+{
+#if !defined(SCRIBERA_SANITIZED) // whose own memory is counted, too
+    constexpr rlim_t anyDocument = rlim_t{1} << 30;
+    constexpr rlim_t timesItsSize = 8;
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_DATA, &limit) != 0)
+        return;
+    const rlim_t wanted = anyDocument + timesItsSize * static_cast<rlim_t>(QFileInfo(document).size());
+    limit.rlim_cur = std::min(limit.rlim_cur, wanted);
+    setrlimit(RLIMIT_DATA, &limit);
+#else
+    static_cast<void>(document);
+#endif
+}
+
 int runCommand(const SignCommand& command, const QStringList& arguments)
 {
     QCommandLineParser parser;
@@ -87,6 +108,7 @@ int runCommand(const SignCommand& command, const QStringList& arguments)
         throw UsageError{QStringLiteral("no document named")};
     if (files.size() > 1)
         throw UsageError{QStringLiteral("unexpected: ") + files.last()};
+    limitMemory(files.first());
     try {
         return command.run(parser, files.first());
     } catch (const sign::Refusal& refusal) {
