@@ -14,7 +14,7 @@ from simulator import MODELS, WITH_SCREEN, WITHOUT_SCREEN, Simulator, diagonal
 
 def test_all_exceptions_have_one_base() -> None:
     kinds = [kind for _, kind in inspect.getmembers(scribera, inspect.isclass) if issubclass(kind, Exception)]
-    assert len(kinds) == 11 and all(issubclass(kind, ScriberaError) for kind in kinds)
+    assert len(kinds) == 12 and all(issubclass(kind, ScriberaError) for kind in kinds)
     assert issubclass(scribera.InvalidParametersError, ValueError)
     assert issubclass(scribera.PadTimeoutError, TimeoutError)
     assert issubclass(scribera.LibraryError, OSError)
