@@ -38,7 +38,8 @@ protected:
         {
             Session session(model, {SCRIBERA_DRIVER_LIBRARY, Driver::Kind::Simulated}, window.canvasParent(),
                             canvas);
-            Signing signing(session, files);
+            const Taking take = [&files](const Session& open) { return files.take(open); };
+            Signing signing(session, take);
             QTimer person;
             QObject::connect(&person, &QTimer::timeout, [&] { act(window, signing); });
             person.start(10);
