@@ -198,3 +198,77 @@ def test_forged(tool: Tool, tmp_path: Path, name: str) -> None:
     assert as_json.returncode == 1
     if as_json.stdout:
         json.loads(as_json.stdout)
+
+
+def value_in_an_object_stream(keys: Keys) -> bytes:
+    """A later revision packs another dictionary, in which the signature is as far from the start as in the file."""
+    content = signed(keys)
+    whole = content.replace(between(content), PLACE)
+    gap = honest_ranges(whole)[1]
+    at = content.index(b"/ByteRange [")
+    ranges = content[at : content.index(b"]", at) + 1]
+    packed = b"%d 0 << /Type /Sig /SubFilter /ETSI.CAdES.detached /Name (The president) " % forging.VALUE + ranges
+    packed = packed.ljust(gap - len(b"/Contents ")) + b"/Contents " + between(content) + b" >>"
+    first = len(b"%d 0 " % forging.VALUE)
+    stream, table = 30, 31
+    body = content + b"%d 0 obj\n" % stream + writer.stream(packed, f"/Type /ObjStm /N 1 /First {first}") + b"\nendobj\n"
+    rows = [(2, stream, 0), (1, len(content), 0), (1, len(body), 0)]
+    data = b"".join(kind.to_bytes(1, "big") + where.to_bytes(4, "big") + b"\0" for kind, where, _ in rows)
+    previous = int(content[content.rindex(b"startxref") + 9 :].split()[0])
+    entries = (f"/Type /XRef /W [1 4 1] /Index [{forging.VALUE} 1 {stream} 2] /Size {table + 1} /Root 1 0 R "
+               f"/Prev {previous}")
+    return body + b"%d 0 obj\n" % table + writer.stream(data, entries) + b"\nendobj\nstartxref\n%d\n%%%%EOF\n" % len(body)
+
+
+def value_in_two_fields(keys: Keys) -> bytes:
+    content = signed(keys)
+    start = content.rindex(b"\n1 0 obj\n") + len(b"\n1 0 obj\n")
+    root = content[start : content.index(b"\nendobj", start)]
+    field = b"<< /FT /Sig /T (I owe you everything) /V %d 0 R >>" % forging.VALUE
+    return writer.appended(content, {1: root.replace(b"/Fields [", b"/Fields [30 0 R "), 30: field})
+
+
+def reason_replaced(keys: Keys) -> bytes:
+    """What is signed refers to what says why."""
+    source = writer.appended(writer.document(), {30: b"(I have seen it)"})
+    return writer.appended(signed(keys, source, value_entries=b"/Reason 30 0 R"), {30: b"(I owe you everything)"})
+
+
+@pytest.mark.parametrize("make", [value_in_an_object_stream, value_in_two_fields, reason_replaced])
+def test_nobody_else_speaks_for_the_signer(tool: Tool, tmp_path: Path, make: Make) -> None:
+    """Not even when somebody signs all of it afterwards."""
+    file, again = tmp_path / "forged.pdf", tmp_path / "signed.pdf"
+    file.write_bytes(make(tool.keys))
+    done = tool.sign(file, again, Place(1, 60, 250, 180), "ec")
+    assert done.returncode == 0, done.stderr
+    code, told = said(tool, again, "--trust", tool.keys.authority)
+    assert code == 1 and told[-1]["valid"] and not any(one["valid"] for one in told[:-1]), told
+
+
+CERTIFYING = b"/Reference [<< /Type /SigRef /TransformMethod /DocMDP /TransformParams << /P %d /V /1.2 >> >>]"
+
+
+@pytest.mark.parametrize("level", [1, 2])
+def test_certified_against_every_change(tool: Tool, tmp_path: Path, level: int) -> None:
+    file = tmp_path / "certified.pdf"
+    content = signed(tool.keys, value_entries=CERTIFYING % level)
+    file.write_bytes(content)
+    assert said(tool, file)[0] == 0
+    # Signed by somebody who does not care.
+    file.write_bytes(signed_again(tool.keys, content))
+    code, told = said(tool, file)
+    assert [one["valid"] for one in told] == [level > 1, True] and code == (1 if level == 1 else 0), told
+
+
+def signed_again(keys: Keys, content: bytes) -> bytes:
+    """With another field and value."""
+    start = content.rindex(b"\n1 0 obj\n") + len(b"\n1 0 obj\n")
+    root = content[start : content.index(b"\nendobj", start)]
+    whole = writer.appended(content, {
+        1: root.replace(b"/Fields [", b"/Fields [30 0 R "),
+        30: b"<< /FT /Sig /T (Another) /V 31 0 R >>",
+        31: b"<< /Type /Sig /SubFilter /ETSI.CAdES.detached /ByteRange " + forging.RANGES + b" /Contents " + PLACE + b" >>",
+    })
+    ranges = honest_ranges(whole)
+    whole = forging.fill(whole, ranges)
+    return forging.put(whole, forging.cms(keys, whole[: ranges[1]] + whole[ranges[2] :], "ec"))

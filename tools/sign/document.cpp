@@ -73,10 +73,16 @@ void refuseWhereLocked(QPDFObjectHandle lock, const Change& change)
         throw Refusal{"a signature of the document locks the field " + change.field};
 }
 
-void refuseWhereCertified(QPDFObjectHandle parameters, const Change& change)
+// 1: nothing, 2: filling and signing, 3: annotations, too.
+long long allowedLevel(QPDFObjectHandle parameters)
 {
     QPDFObjectHandle level = parameters.getKey("/P");
-    const long long allowed = level.isInteger() ? level.getIntValue() : 2;
+    return level.isInteger() ? level.getIntValue() : 2;
+}
+
+void refuseWhereCertified(const QPDFObjectHandle& parameters, const Change& change)
+{
+    const long long allowed = allowedLevel(parameters);
     if (allowed <= 1)
         throw Refusal{"the document is certified: it must not be changed any more"};
     if (allowed == 2 && change.kind != Change::Kind::SignField)
@@ -389,6 +395,13 @@ void Document::refuseUnlessAllowed(const Change& change)
             throw Refusal{"the owner of the document does not allow this; the owner's password would"};
     }
     refuseDamage();
+}
+
+bool forbidsEveryChange(QPDFObjectHandle signature)
+{
+    const std::vector<QPDFObjectHandle> certified = transformations(signature, "/DocMDP");
+    return std::any_of(certified.begin(), certified.end(),
+                       [](const QPDFObjectHandle& parameters) { return allowedLevel(parameters) <= 1; });
 }
 
 QPDFObjectHandle inheritedValue(QPDFObjectHandle node, const std::string& key)

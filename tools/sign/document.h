@@ -124,6 +124,9 @@ private:
     std::vector<QPDFObjectHandle> m_pages; // once asked for
 };
 
+// Whether a signature certifies the document against whatever comes after it.
+bool forbidsEveryChange(QPDFObjectHandle signature);
+
 // A value that a page may have from the nodes above it; null without one.
 QPDFObjectHandle inheritedValue(QPDFObjectHandle page, const std::string& key);
 

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -310,8 +311,55 @@ std::string isoTime(const std::string& text)
     return iso + sign + hours + ':' + (minutes.empty() ? "00" : minutes);
 }
 
-void check(std::string_view file, QPDFObjectHandle signature, const Anchors& anchors, SignatureReport& report)
+// That of the field itself where the signature is none of its own.
+QPDFObjGen signatureObject(QPDFObjectHandle field)
 {
+    QPDFObjectHandle signature = field.getKey("/V");
+    return (signature.isIndirect() ? signature : field).getObjGen();
+}
+
+// Where the document's objects stand, as its newest revision has it.
+class Places
+{
+public:
+    explicit Places(Document& document) : m_references(document.file().getXRefTable()) {}
+
+    // In the file itself, below the limit.
+    bool isPlain(QPDFObjGen object, std::size_t limit) const
+    {
+        const auto found = m_references.find(object);
+        return found != m_references.end() && found->second.getType() == 1 &&
+               static_cast<std::size_t>(found->second.getOffset()) < limit;
+    }
+    // So that no later revision has put it in the place of another.
+    bool isBelow(QPDFObjGen object, std::size_t limit) const
+    {
+        const auto found = m_references.find(object);
+        const bool isNested = found != m_references.end() && found->second.getType() == 2;
+        return isPlain(isNested ? QPDFObjGen(found->second.getObjStreamNumber(), 0) : object, limit);
+    }
+
+private:
+    std::map<QPDFObjGen, QPDFXRefEntry> m_references;
+};
+
+// The dictionary around the gap is the one that is read here, and what it refers to is covered. Otherwise a
+// later revision could have another one speak for the signer.
+void checkDictionary(const Coverage& coverage, QPDFObjGen object, QPDFObjectHandle signature,
+                     const Places& places)
+{
+    if (!places.isPlain(object, coverage.gap) || signature.getKey("/Contents").isIndirect())
+        throw Fault{"what it says stands apart from it"};
+    for (const char* const key : {"/ByteRange", "/M", "/Name", "/Reason", "/Location"})
+        if (QPDFObjectHandle said = signature.getKey(key);
+            said.isIndirect() && !places.isBelow(said.getObjGen(), coverage.end))
+            throw Fault{"what it says was changed after it"};
+}
+
+void check(std::string_view file, QPDFObjectHandle field, const Places& places, const Anchors& anchors,
+           SignatureReport& report)
+{
+    QPDFObjectHandle signature = field.getKey("/V");
     if (!signature.isDictionary())
         throw Fault{"it is no dictionary"};
     report.time = isoTime(textOf(signature, "/M"));
@@ -330,17 +378,21 @@ void check(std::string_view file, QPDFObjectHandle signature, const Anchors& anc
     report.end = coverage.end;
     report.isWholeFile = coverage.end == file.size();
     checkGap(file, coverage, contents);
+    checkDictionary(coverage, signatureObject(field), signature, places);
     checkCms(contents.getStringValue(), coverage.parts(file), isCades, anchors, report);
+    if (!report.isWholeFile && forbidsEveryChange(signature))
+        throw Fault{"the document was changed although it is certified against every change"};
 }
 
-SignatureReport reportOf(Document& document, const SignatureField& field, const Anchors& anchors)
+SignatureReport reportOf(Document& document, const SignatureField& field, const Places& places,
+                         const Anchors& anchors)
 {
     ERR_clear_error();
     SignatureReport report;
     report.field = field.name;
     report.page = field.page;
     try {
-        check(document.bytes(), QPDFObjectHandle(field.object).getKey("/V"), anchors, report);
+        check(document.bytes(), field.object, places, anchors, report);
     } catch (const Fault& fault) {
         report.fault = fault.reason;
     }
@@ -369,10 +421,17 @@ std::vector<SignatureReport> verifySignatures(Document& document, std::string_vi
     // Each may cover all of the file, and nobody waits for hours.
     if (fields.size() > fewSignatures && fields.size() > mostBytes / document.bytes().size())
         throw Refusal{"it has too many signatures to verify them all"};
+    const Places places(document);
+    std::map<QPDFObjGen, int> owners; // of each signature
+    for (const SignatureField& field : fields)
+        ++owners[signatureObject(field.object)];
     std::vector<SignatureReport> reports;
     reports.reserve(fields.size());
-    for (const SignatureField& field : fields)
-        reports.push_back(reportOf(document, field, anchors));
+    for (const SignatureField& field : fields) {
+        reports.push_back(reportOf(document, field, places, anchors));
+        if (reports.back().fault.empty() && owners[signatureObject(field.object)] > 1)
+            reports.back().fault = "it is in several fields";
+    }
     std::stable_sort(
         reports.begin(), reports.end(),
         [](const SignatureReport& one, const SignatureReport& other) { return one.end < other.end; });
@@ -390,6 +449,7 @@ bool isWholeAndValid(const std::vector<SignatureReport>& reports)
 
 SealedInk sealedInkOf(Document& document, const std::string& field)
 {
+    const Places places(document);
     std::optional<SealedInk> found;
     const auto put = [&](const QPDFObjectHandle& holder, std::size_t limit) {
         if (found)
@@ -401,7 +461,7 @@ SealedInk sealedInkOf(Document& document, const std::string& field)
         if (!candidate.isSigned || !signature.hasKey(sealedInkKey) ||
             (!field.empty() && candidate.name != field))
             continue;
-        const SignatureReport report = reportOf(document, candidate, Anchors({}));
+        const SignatureReport report = reportOf(document, candidate, places, Anchors({}));
         if (!report.fault.empty())
             throw Refusal{"the signature " + report.field + " is not valid: " + report.fault};
         put(signature, report.end);
