@@ -1,6 +1,6 @@
 // Writes the corpora from which the fuzzers start: small images in the forms that their readers tell apart,
-// headers that promise more than follows, ink packet streams whole and broken, recordings, conversations with
-// the virtual pad, sequences of calls, clients of the service, documents.
+// headers that promise more than follows, ink packet streams whole and broken, signature records, recordings,
+// conversations with the virtual pad, sequences of calls, clients of the service, documents.
 
 #ifdef SCRIBERA_SIGNS_DOCUMENTS
 #include "document_seeds.h"
@@ -498,6 +498,34 @@ Seeds calls()
     return seeds;
 }
 
+// Records of both forms of signature time series, by the layout that docs/ink-formats.md describes.
+Seeds signatureRecords()
+{
+    const QByteArray head("SDI\0 10", 8);
+    const auto hex = [](const char* digits) { return QByteArray::fromHex(digits); };
+    const QByteArray ours = head + hex("c160 80a200 80a200 808000 00 00 00");
+    const QByteArray points = hex("00 000002 83e87ffe0000010201 83e87ffe0005010200");
+    return {
+        {"full", ours + points},
+        {"no-points", ours + hex("00 000000")},
+        {"too-many", ours + hex("00 ffffff 83e87ffe0000010201")},
+        {"cut", (ours + points).chopped(3)},
+        {"followed", ours + points + hex("00")},
+        {"steps", head + hex("c0e0 00 00 80a000 00 00 00 00 000002 80018002000100070180038004ffff000801")},
+        {"statistics",
+         head + hex("e141 f880008001800280038004 00 00 808800 00 00 00 80 000002 80018002ffff00020007"
+                    "ffff 80038004000000080000ffff 0003616263")},
+        {"all-channels", head + hex("ffff") + hex("fc").append(10, '\x11') + hex("00").repeated(15) +
+                             hex("00 00 000001") + QByteArray(31, '\x80')},
+        {"x-alone", head + hex("8000 00 00 00 000001 8001")},
+        {"linear", head + hex("c000 02 00 00 00 000001 80018001")},
+        {"scaled-away", head + hex("c100 00 00 800000 00 00 000002 800180010001 80018001ffff")},
+        {"edition", QByteArray("SDI\0 20", 8) + hex("c000")},
+        {"compact", hex("8080004001 81800a4001 82810a0000 00ffffff02")},
+        {"compact-cut", hex("8080004001 8180")},
+    };
+}
+
 // A device, its mounting, and a signature on it.
 Seeds penEvents()
 {
@@ -654,6 +682,7 @@ int main(int argc, char** argv)
     write(corpora, "decode_ink", streams());
     write(corpora, "decode_text", texts());
     write(corpora, "ink_reader", inkTexts());
+    write(corpora, "iso_signature", signatureRecords());
     write(corpora, "link", conversations());
     write(corpora, "driver_link", padsOfDrivers());
     write(corpora, "recording", recordings());

@@ -10,21 +10,13 @@
 
 namespace {
 
-// Some seven million points: hours of writing.
-constexpr qint64 LargestText = qint64{256} << 20;
-
 bool isStandardStream(const QString& path)
 {
     return path == QLatin1String("-");
 }
 
-QString nameOf(const QString& path)
-{
-    return isStandardStream(path) ? QStringLiteral("standard input") : path;
-}
-
 // In blocks, because a pipe does not tell how much is coming.
-QByteArray readWhole(QFile& file, const QString& name)
+QByteArray readWhole(QFile& file, const QString& name, int mebibytes)
 {
     QByteArray content;
     for (;;) {
@@ -34,30 +26,36 @@ QByteArray readWhole(QFile& file, const QString& name)
         if (block.isEmpty())
             return content;
         content += block;
-        if (content.size() > LargestText)
-            throw Failure{name + QStringLiteral(": is larger than 256 MiB")};
+        if (content.size() > qint64{mebibytes} << 20)
+            throw Failure{QStringLiteral("%1: is larger than %2 MiB").arg(name).arg(mebibytes)};
     }
 }
 
 } // namespace
 
-QByteArray readInkText(const QString& path)
+QString inputName(const QString& path)
+{
+    return isStandardStream(path) ? QStringLiteral("standard input") : path;
+}
+
+QByteArray readInput(const QString& path, int mebibytes)
 {
     QFile file(path);
     if (!(isStandardStream(path) ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly)))
-        throw Failure{nameOf(path) + QStringLiteral(": cannot be opened: ") + file.errorString()};
-    return readWhole(file, nameOf(path));
+        throw Failure{inputName(path) + QStringLiteral(": cannot be opened: ") + file.errorString()};
+    return readWhole(file, inputName(path), mebibytes);
 }
 
 CInkSnapshot inkOf(const QByteArray& text, const QString& path)
 {
     CInkPointList points;
     if (const std::optional<CInkStreamFault> fault = ReadInkStreamText(text, points))
-        throw Failure{QStringLiteral("%1:%2: ").arg(nameOf(path)).arg(fault->m_nOffset) + fault->m_strReason};
+        throw Failure{QStringLiteral("%1:%2: ").arg(inputName(path)).arg(fault->m_nOffset) +
+                      fault->m_strReason};
     return points.Snapshot();
 }
 
 CInkSnapshot readInk(const QString& path)
 {
-    return inkOf(readInkText(path), path);
+    return inkOf(readInput(path), path);
 }

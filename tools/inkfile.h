@@ -1,4 +1,4 @@
-// The ink packet stream that comes in.
+// What comes in: files, and the ink packet stream.
 #pragma once
 
 #include "ink/inkpoints.h"
@@ -6,8 +6,14 @@
 #include <QByteArray>
 #include <QString>
 
-// The text of a whole ink packet stream; "-" is standard input. Throws Failure.
-QByteArray readInkText(const QString& path);
+// As faults of a file name it; "-" is standard input.
+QString inputName(const QString& path);
+
+// In mebibytes: some seven million points of a stream, hours of writing.
+constexpr int LargestInput = 256;
+
+// All of a file; "-" is standard input. Throws Failure, also for one that is larger.
+QByteArray readInput(const QString& path, int mebibytes = LargestInput);
 
 // The points of such a text, which came from there. Throws Failure.
 CInkSnapshot inkOf(const QByteArray& text, const QString& path);

@@ -2,6 +2,8 @@
 
 #include "export/svgdrawing.h"
 #include "failures.h"
+#include "incoming.h"
+#include "ink/inkstream.h"
 #include "inksummary.h"
 #include "pen/pensetup.h"
 #include "simulator/recording.h"
@@ -87,4 +89,38 @@ QByteArray toRecording(const CInkSnapshot& ink, const CPadModel& pad)
         strokeIsOpen = point.ucStatus == kStatusOnStroke;
     }
     return QByteArray::fromStdString(simulator::formatRecording(recording));
+}
+
+CInkSnapshot fromRecording(const QByteArray& text, const QString& name)
+{
+    simulator::Recording recording;
+    std::string error;
+    if (!simulator::parseRecording({text.constData(), static_cast<std::size_t>(text.size())},
+                                   name.toStdString(), recording, error))
+        throw Failure{QString::fromStdString(error)};
+    IncomingInk ink(name, IncomingInk::Places::Points);
+    std::size_t number = 0;
+    for (const simulator::RecordedSample& sample : recording.samples) {
+        ++number;
+        if (sample.status == simulator::CancelKey || sample.status == simulator::ConfirmKey)
+            continue;
+        if (sample.status < simulator::PenDown || sample.status > simulator::PenUp)
+            ink.refuse(number, QStringLiteral("status %1 is none of a pen or a key").arg(sample.status));
+        IncomingPoint point;
+        point.x = sample.x;
+        point.y = sample.y;
+        point.pressure = sample.pressure;
+        point.status = sample.status == simulator::PenUp ? kStatusStrokeEnd : kStatusOnStroke;
+        point.tick = sample.milliseconds;
+        ink.append(point, number);
+    }
+    return ink.ink();
+}
+
+QByteArray toStreamText(const CInkSnapshot& ink)
+{
+    const QByteArray stream = PackInkStream(ink);
+    if (stream.isEmpty())
+        throw Failure{QStringLiteral("there are more points than a stream can hold")};
+    return stream.toBase64();
 }

@@ -26,3 +26,9 @@ QByteArray toSvg(const CInkSnapshot& ink, const Drawing& drawing);
 
 // A recording for the simulated pad.
 QByteArray toRecording(const CInkSnapshot& ink, const CPadModel& pad);
+
+// What the pen of a recording wrote, from the input of that name.
+CInkSnapshot fromRecording(const QByteArray& text, const QString& name);
+
+// The stream itself, as the library hands it over.
+QByteArray toStreamText(const CInkSnapshot& ink);

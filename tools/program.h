@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 
@@ -43,10 +44,13 @@ const Command& commandNamed(const Command (&commands)[Count], const QString& nam
 template <typename Command, std::size_t Count>
 QString listOf(const Command (&commands)[Count])
 {
+    int longest = 13;
+    for (const Command& command : commands)
+        longest = std::max(longest, QLatin1String(command.name).size());
     QString text = QStringLiteral("Commands:\n");
     for (const Command& command : commands)
         text += QStringLiteral("  %1 %2\n")
-                    .arg(QLatin1String(command.name), -13)
+                    .arg(QLatin1String(command.name), -longest)
                     .arg(QLatin1String(command.summary));
     return text;
 }

@@ -1,9 +1,11 @@
-// scribera-ink: looks into an ink packet stream and turns it into other forms.
+// scribera-ink: looks into an ink packet stream and turns it into other forms, and these into it.
 
 #include "inkfile.h"
+#include "inkml.h"
 #include "inkpad.h"
 #include "inktables.h"
 #include "inkto.h"
+#include "isosignature.h"
 #include "optionvalues.h"
 #include "output.h"
 #include "program.h"
@@ -11,10 +13,12 @@
 #include <QCoreApplication>
 
 #include <functional>
+#include <optional>
 
 namespace {
 
-using Conversion = std::function<QByteArray(const CInkSnapshot&)>;
+// From the input of that path to what is written.
+using Conversion = std::function<QByteArray(const QString& path)>;
 
 struct Command
 {
@@ -25,15 +29,61 @@ struct Command
     Conversion (*prepare)(const QCommandLineParser& parser);
 };
 
+// Documents are several times as large in memory as they are in a file.
+constexpr int LargestDocument = 64; // MiB
+
 void addModelOption(QCommandLineParser& parser)
 {
     parser.addOption(
         {QStringLiteral("model"),
-         QStringLiteral(
-             "The pad that the points are from, needed because a stream does not name it: %1; the pads' own "
-             "names, such as SCK210, too.")
+         QStringLiteral("The pad: %1; the pads' own names, such as SCK210, too. Streams do not name it.")
              .arg(padNames().join(QStringLiteral(", "))),
          QStringLiteral("model")});
+}
+
+// Null when it is not named.
+const CPadModel* optionalModel(const QCommandLineParser& parser)
+{
+    return parser.isSet(QStringLiteral("model")) ? &modelOption(parser) : nullptr;
+}
+
+void addResolutionOption(QCommandLineParser& parser)
+{
+    parser.addOption({QStringLiteral("units-per-mm"),
+                      QStringLiteral("Pad units in a millimetre, which neither streams nor pads tell."),
+                      QStringLiteral("number")});
+}
+
+std::optional<double> resolutionOption(const QCommandLineParser& parser)
+{
+    const char* const name = "units-per-mm";
+    if (!parser.isSet(QLatin1String(name)))
+        return std::nullopt;
+    const double number = parser.value(QLatin1String(name)).toDouble();
+    if (!(number >= 0.1 && number <= 10000))
+        throw UsageError{wrongValue(parser, name, "a number of 0.1 to 10000")};
+    return number;
+}
+
+void addIsoOptions(QCommandLineParser& parser)
+{
+    parser.addOption({QStringLiteral("compact"),
+                      QStringLiteral("The compact form, in shares of the pad that --model names.")});
+    addModelOption(parser);
+}
+
+bool isCompact(const QCommandLineParser& parser)
+{
+    const bool compact = parser.isSet(QStringLiteral("compact"));
+    if (!compact && parser.isSet(QStringLiteral("model")))
+        throw UsageError{QStringLiteral("--model belongs to --compact")};
+    return compact;
+}
+
+void addIsoWritingOptions(QCommandLineParser& parser)
+{
+    addIsoOptions(parser);
+    addResolutionOption(parser);
 }
 
 void addDrawingOptions(QCommandLineParser& parser)
@@ -53,24 +103,72 @@ void addDrawingOptions(QCommandLineParser& parser)
     });
 }
 
-Conversion prepareSvg(const QCommandLineParser& parser)
-{
-    const Drawing drawing{modelOption(parser), sizeOption(parser, 32767), penWidthOption(parser, "pen-width"),
-                          colorOption(parser, "color"), dpiOption(parser)};
-    return [drawing](const CInkSnapshot& ink) { return toSvg(ink, drawing); };
-}
-
-Conversion prepareRecording(const QCommandLineParser& parser)
-{
-    return [&pad = modelOption(parser)](const CInkSnapshot& ink) { return toRecording(ink, pad); };
-}
-
 void addNoOptions(QCommandLineParser&) {}
+
+// What is made of a stream.
+template <typename TConvert>
+Conversion fromStream(TConvert convert)
+{
+    return [convert](const QString& path) { return convert(readInk(path)); };
+}
+
+// The stream that is made of something else.
+template <typename TConvert>
+Conversion toStream(int mebibytes, TConvert convert)
+{
+    return [mebibytes, convert](const QString& path) {
+        return toStreamText(convert(readInput(path, mebibytes), inputName(path)));
+    };
+}
 
 template <QByteArray (*convert)(const CInkSnapshot&)>
 Conversion prepareAsItIs(const QCommandLineParser&)
 {
-    return convert;
+    return fromStream(convert);
+}
+
+template <CInkSnapshot (*convert)(const QByteArray&, const QString&), int mebibytes>
+Conversion prepareReading(const QCommandLineParser&)
+{
+    return toStream(mebibytes, convert);
+}
+
+Conversion prepareSvg(const QCommandLineParser& parser)
+{
+    const Drawing drawing{modelOption(parser), sizeOption(parser, 32767), penWidthOption(parser, "pen-width"),
+                          colorOption(parser, "color"), dpiOption(parser)};
+    return fromStream([drawing](const CInkSnapshot& ink) { return toSvg(ink, drawing); });
+}
+
+Conversion prepareRecording(const QCommandLineParser& parser)
+{
+    return fromStream(
+        [&pad = modelOption(parser)](const CInkSnapshot& ink) { return toRecording(ink, pad); });
+}
+
+Conversion prepareInkMl(const QCommandLineParser& parser)
+{
+    return fromStream([pad = optionalModel(parser)](const CInkSnapshot& ink) { return toInkMl(ink, pad); });
+}
+
+Conversion prepareIso(const QCommandLineParser& parser)
+{
+    const std::optional<double> resolution = resolutionOption(parser);
+    if (!isCompact(parser))
+        return fromStream([resolution](const CInkSnapshot& ink) { return toIsoSignature(ink, resolution); });
+    if (resolution)
+        throw UsageError{QStringLiteral("--units-per-mm does not go with --compact")};
+    return fromStream(
+        [&pad = modelOption(parser)](const CInkSnapshot& ink) { return toCompactIsoSignature(ink, pad); });
+}
+
+Conversion prepareIsoReading(const QCommandLineParser& parser)
+{
+    if (!isCompact(parser))
+        return toStream(LargestInput, fromIsoSignature);
+    return toStream(LargestInput, [&pad = modelOption(parser)](const QByteArray& bytes, const QString& name) {
+        return fromCompactIsoSignature(bytes, name, pad);
+    });
 }
 
 constexpr Command Commands[] = {
@@ -80,13 +178,25 @@ constexpr Command Commands[] = {
     {"to-csv", "The points as comma-separated values.", addNoOptions, prepareAsItIs<toCsv>},
     {"to-svg", "The strokes as the library saves them: SVG.", addDrawingOptions, prepareSvg},
     {"to-recording", "A recording that the simulated pad plays.", addModelOption, prepareRecording},
+    {"to-inkml", "The points in the Ink Markup Language of the W3C.", addModelOption, prepareInkMl},
+    {"to-iso19794-7", "The points as signature time series of ISO/IEC 19794-7:2007.", addIsoWritingOptions,
+     prepareIso},
+    {"from-json", "The stream of what to-json wrote.", addNoOptions,
+     prepareReading<fromJson, LargestDocument>},
+    {"from-csv", "The stream of what to-csv wrote.", addNoOptions, prepareReading<fromCsv, LargestInput>},
+    {"from-recording", "The stream of a recording.", addNoOptions,
+     prepareReading<fromRecording, LargestInput>},
+    {"from-inkml", "The stream of a document in the Ink Markup Language.", addNoOptions,
+     prepareReading<fromInkMl, LargestDocument>},
+    {"from-iso19794-7", "The stream of signature time series of ISO/IEC 19794-7:2007.", addIsoOptions,
+     prepareIsoReading},
 };
 
 QString generalHelp()
 {
     return QStringLiteral("Usage: scribera-ink COMMAND [options] [FILE]\n"
-                          "Reads an ink packet stream: the Base64 text in which the library hands over the "
-                          "points of a signature.\n\n") +
+                          "Reads an ink packet stream, the Base64 text in which the library hands over the "
+                          "points of a signature, or with from-... writes one.\n\n") +
            listOf(Commands) +
            QStringLiteral("\nFILE is a file, or - or nothing for standard input.\n"
                           "'scribera-ink COMMAND --help' tells the options; --version the version.\n"
@@ -125,8 +235,7 @@ int run(const QStringList& arguments)
     if (files.size() > 1)
         throw UsageError{QStringLiteral("more than one file")};
     const Conversion convert = command.prepare(parser);
-    const CInkSnapshot ink = readInk(files.value(0, QStringLiteral("-")));
-    writeOutput(convert(ink), parser.value(output));
+    writeOutput(convert(files.value(0, QStringLiteral("-"))), parser.value(output));
     return Done;
 }
 

@@ -11,7 +11,9 @@ class InkUsageTest : public InkToolTest
 {
 };
 
-const QStringList CommandNames = {"info", "to-json", "to-csv", "to-svg", "to-recording"};
+const QStringList CommandNames = {"info",         "to-json",        "to-csv",        "to-svg",
+                                  "to-recording", "to-inkml",       "to-iso19794-7", "from-json",
+                                  "from-csv",     "from-recording", "from-inkml",    "from-iso19794-7"};
 
 void expectWrongUsage(const QStringList& arguments, const std::string& reason)
 {
@@ -42,7 +44,11 @@ TEST_F(InkUsageTest, HelpOfACommandNamesItsOptions)
         const QByteArray help = outputOf({command, "--help"}, "not a stream, and not read");
         EXPECT_TRUE(help.contains(command.toLatin1()));
         EXPECT_TRUE(help.contains("--output"));
-        const bool takesModel = command == "to-svg" || command == "to-recording";
+        const bool isIso = command.endsWith("iso19794-7");
+        const bool takesModel =
+            isIso || command == "to-svg" || command == "to-recording" || command == "to-inkml";
+        EXPECT_EQ(help.contains("--compact"), isIso);
+        EXPECT_EQ(help.contains("--units-per-mm"), command == "to-iso19794-7");
         EXPECT_EQ(help.contains("--model"), takesModel);
         EXPECT_EQ(help.contains("K421B"), takesModel);
         for (const char* option : {"--size", "--pen-width", "--color", "--dpi"})
@@ -70,6 +76,13 @@ TEST_F(InkUsageTest, WrongOptions)
     expectWrongUsage({"info", "--model", "K210"}, "Unknown option 'model'.");
     expectWrongUsage({"to-csv", "-o"}, "Missing value after '-o'.");
     expectWrongUsage({"to-csv", "a", "b"}, "more than one file");
+    expectWrongUsage({"to-iso19794-7", "--compact"}, "--model is missing");
+    expectWrongUsage({"from-iso19794-7", "--model", "K210"}, "--model belongs to --compact");
+    expectWrongUsage({"to-iso19794-7", "--compact", "--model", "K210", "--units-per-mm", "5"},
+                     "--units-per-mm does not go with --compact");
+    for (const QString number : {"0", "-1", "many", "nan", "10001"})
+        expectWrongUsage({"to-iso19794-7", "--units-per-mm", number},
+                         "--units-per-mm " + number.toStdString() + " is not a number of 0.1 to 10000");
 }
 
 TEST_F(InkUsageTest, TheModelHasToBeNamed)

@@ -279,7 +279,7 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
                                   linesOption(parser, statement));
 
     const QString inkPath = value(parser, "ink");
-    const QByteArray inkText = source.driver ? takenInk(source) : readInkText(inkPath);
+    const QByteArray inkText = source.driver ? takenInk(source) : readInput(inkPath);
     const CInkSnapshot points = inkOf(inkText, source.driver ? value(parser, "pad") : inkPath);
     std::optional<sign::Seal> seal;
     if (keys.signer)

@@ -1,0 +1,467 @@
+// The forms that ink can have: there and back, by others' programs, broken ones.
+
+#include "failures.h"
+#include "inkml.h"
+#include "inktables.h"
+#include "inkto.h"
+#include "isosignature.h"
+#include "model/padmodel.h"
+#include "signatures.h"
+#include "support.h"
+
+#include <QDir>
+#include <QProcess>
+
+#include <array>
+#include <functional>
+
+namespace {
+
+constexpr std::uint64_t Signatures = 500;
+
+const CPadModel& padOf(std::uint64_t seed)
+{
+    return *AllPads()[seed % AllPads().size()];
+}
+
+std::vector<CInkSnapshot> recordedSignatures()
+{
+    std::vector<CInkSnapshot> signatures;
+    const QDir folder(QStringLiteral(SCRIBERA_RECORDINGS));
+    for (const QString& file : folder.entryList({QStringLiteral("*.rec")}, QDir::Files))
+        signatures.push_back(recordedSignature(folder.filePath(file)));
+    EXPECT_GE(signatures.size(), 3U);
+    return signatures;
+}
+
+// Runs the check with 500 random signatures, each of a pad of its own, and with the recordings, which are all
+// of one.
+void forEachSignature(const std::function<void(const CInkSnapshot&, const CPadModel&)>& check)
+{
+    for (std::uint64_t seed = 0; seed < Signatures && !testing::Test::HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        check(randomSignature(padOf(seed), seed), padOf(seed));
+    }
+    for (const CInkSnapshot& ink : recordedSignatures())
+        check(ink, g_PadT580);
+}
+
+void forEachSetOfPoints(const std::function<void(const CInkSnapshot&)>& check)
+{
+    for (std::uint64_t seed = 0; seed < Signatures && !testing::Test::HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        check(randomPoints(seed));
+    }
+    forEachSignature([&check](const CInkSnapshot& ink, const CPadModel&) { check(ink); });
+}
+
+std::string refusal(const std::function<CInkSnapshot(const QByteArray&, const QString&)>& read,
+                    const QByteArray& text)
+{
+    try {
+        read(text, QStringLiteral("input"));
+    } catch (const Failure& failure) {
+        return failure.reason.toStdString();
+    }
+    return "nothing was refused";
+}
+
+std::string csvOf(const CInkSnapshot& ink)
+{
+    QByteArray csv = toCsv(ink);
+    csv.remove(0, csv.indexOf('\n') + 1);
+    return csv.toStdString();
+}
+
+class InkFormatsTest : public InkToolTest
+{
+};
+
+} // namespace
+
+TEST_F(InkFormatsTest, CsvKeepsEverything)
+{
+    forEachSetOfPoints(
+        [](const CInkSnapshot& ink) { EXPECT_EQ(difference(fromCsv(toCsv(ink), {}), ink), ""); });
+}
+
+TEST_F(InkFormatsTest, JsonKeepsEverything)
+{
+    forEachSetOfPoints(
+        [](const CInkSnapshot& ink) { EXPECT_EQ(difference(fromJson(toJson(ink), {}), ink), ""); });
+}
+
+TEST_F(InkFormatsTest, InkMlKeepsEverything)
+{
+    forEachSetOfPoints([](const CInkSnapshot& ink) {
+        EXPECT_EQ(difference(fromInkMl(toInkMl(ink, nullptr), QStringLiteral("input")), ink), "");
+    });
+}
+
+TEST_F(InkFormatsTest, RecordingsKeepAllButClockAndDate)
+{
+    forEachSignature([](const CInkSnapshot& ink, const CPadModel& pad) {
+        EXPECT_EQ(difference(fromRecording(toRecording(ink, pad), {}), ink), "");
+    });
+}
+
+TEST_F(InkFormatsTest, FullSignatureRecordsKeepAllButClockAndDate)
+{
+    forEachSignature([](const CInkSnapshot& ink, const CPadModel&) {
+        EXPECT_EQ(difference(fromIsoSignature(toIsoSignature(ink, std::nullopt), {}), ink), "");
+        EXPECT_EQ(difference(fromIsoSignature(toIsoSignature(ink, 196.85), {}), ink), "");
+    });
+}
+
+TEST_F(InkFormatsTest, CompactSignatureRecordsKeepTheNearestOfTheirSteps)
+{
+    forEachSignature([](const CInkSnapshot& ink, const CPadModel& pad) {
+        const QByteArray bytes = toCompactIsoSignature(ink, pad);
+        const CInkSnapshot read = fromCompactIsoSignature(bytes, {}, pad);
+        EXPECT_EQ(toCompactIsoSignature(read, pad), bytes);
+        ASSERT_EQ(read.Count(), ink.Count());
+        const auto within = [](int one, int other, double range) { return std::abs(one - other) <= range; };
+        for (std::size_t index = 0; index < ink.Count(); ++index) {
+            const _POINTDATA& point = read.At(index);
+            const _POINTDATA& written = ink.At(index);
+            ASSERT_TRUE(within(point.usX, written.usX, pad.m_nAreaWidth / 512.0 + 1)) << index;
+            ASSERT_TRUE(within(point.sY, written.sY, pad.m_nAreaHeight / 512.0 + 1)) << index;
+            ASSERT_TRUE(within(point.sPressure, written.sPressure, pad.m_nInitialMaxPressure / 510.0 + 1));
+            ASSERT_EQ(point.ucStatus, written.ucStatus) << index;
+            if (index == 0)
+                continue;
+            const std::int64_t step = written.llTick - ink.At(index - 1).llTick;
+            ASSERT_EQ(point.llTick - read.At(index - 1).llTick, std::min<std::int64_t>(step, 255)) << index;
+        }
+    });
+}
+
+TEST_F(InkFormatsTest, InkMlIsWhatTheSchemaAllows)
+{
+    QStringList files;
+    const auto add = [&](const CInkSnapshot& ink, const CPadModel* pad) {
+        files += write(std::to_string(files.size()).c_str(), toInkMl(ink, pad));
+    };
+    for (std::uint64_t seed = 0; seed < Signatures; ++seed) {
+        add(randomSignature(padOf(seed), seed), &padOf(seed));
+        add(randomPoints(seed), nullptr);
+    }
+    for (const CInkSnapshot& ink : recordedSignatures())
+        add(ink, &g_PadT580);
+    const auto validate = [](const QStringList& documents) {
+        QProcess checker;
+        checker.setProcessChannelMode(QProcess::MergedChannels);
+        checker.start(QStringLiteral("xmllint"),
+                      QStringList{QStringLiteral("--noout"), QStringLiteral("--relaxng"),
+                                  QStringLiteral(SCRIBERA_INKML_SCHEMA)} +
+                          documents);
+        EXPECT_TRUE(checker.waitForFinished(-1)) << checker.errorString().toStdString();
+        EXPECT_EQ(checker.exitStatus(), QProcess::NormalExit);
+        return checker.exitCode() == 0 ? std::string() : checker.readAll().right(2000).toStdString();
+    };
+    EXPECT_EQ(validate(files), "");
+
+    // The schema does not allow anything else.
+    const QByteArray good = contentOf(files.first());
+    const std::array<std::pair<const char*, const char*>, 5> changes = {
+        {{"<traceFormat>", "<traceFormat frame=\"1\">"},
+         {"name=\"X\"", "nome=\"X\""},
+         {" T 0 ", " TT- 0 "},
+         {"<timestamp xml:id=\"start\"", "<timestamp"},
+         {"http://www.w3.org/2003/InkML", "http://www.w3.org/2003/Ink"}}};
+    for (const auto& [from, to] : changes) {
+        QByteArray bad = good;
+        ASSERT_NE(bad.replace(from, to), good) << from;
+        EXPECT_NE(validate({write("bad", bad)}), "") << from;
+    }
+}
+
+TEST_F(InkFormatsTest, TheToolGoesEveryWay)
+{
+    const QByteArray stream = toStreamText(recordedSignatures().front());
+    const QString file = write("signature.ink", stream);
+    const std::vector<std::pair<QString, QStringList>> forms = {
+        {"json", {}},
+        {"csv", {}},
+        {"inkml", {"--model", "T580"}},
+        {"recording", {"--model", "T580"}},
+        {"iso19794-7", {"--units-per-mm", "200"}},
+    };
+    for (const auto& [form, options] : forms) {
+        SCOPED_TRACE(form.toStdString());
+        const QByteArray written = outputOf(QStringList{"to-" + form, file} + options, {});
+        EXPECT_EQ(outputOf({"from-" + form}, written), stream);
+        EXPECT_EQ(outputOf({"from-" + form, write("written", written)}, {}), stream);
+    }
+    const QStringList compact = {"--compact", "--model", "T580"};
+    const QByteArray bytes = outputOf(QStringList{"to-iso19794-7", file} + compact, {});
+    EXPECT_EQ(bytes, toCompactIsoSignature(recordedSignatures().front(), g_PadT580));
+    EXPECT_EQ(outputOf(QStringList{"to-iso19794-7"} + compact,
+                       outputOf(QStringList{"from-iso19794-7"} + compact, bytes)),
+              bytes);
+}
+
+TEST_F(InkFormatsTest, KeysOfARecordingAreNoInk)
+{
+    const QByteArray recording = "# scribera recording 1\nmodel: SCK210\narea: 160 220 2360 1430\n"
+                                 "max-pressure: 2048\n0 500 400 7 0\n5 501 402 9 1\n10 501 402 9 2\n"
+                                 "500 3 1 1 4\n";
+    EXPECT_EQ(csvOf(fromRecording(recording, {})), "500,400,7,0,0,0\n501,402,9,0,5,0\n501,402,9,1,10,0\n");
+    QByteArray other = recording;
+    EXPECT_EQ(refusal(fromRecording, other.replace("9 1\n", "9 7\n")),
+              "input: point 2: status 7 is none of a pen or a key");
+    other = recording;
+    EXPECT_EQ(refusal(fromRecording, other.replace("5 501", "5 70000")),
+              "input: point 2: x 70000 is not within 0 to 65535");
+    EXPECT_EQ(refusal(fromRecording, "nothing"), "input:1: the first line is not '# scribera recording 1'");
+}
+
+TEST_F(InkFormatsTest, CsvThatIsNone)
+{
+    const QByteArray header = "x,y,pressure,status,tick,seconds\n";
+    EXPECT_EQ(csvOf(fromCsv("x,y,pressure,status,tick,seconds\r\n1,-2,3,0,4,5\r\n", {})), "1,-2,3,0,4,5\n");
+    EXPECT_EQ(refusal(fromCsv, ""), "input:1: is not the header line x,y,pressure,status,tick,seconds");
+    for (const char* line : {"", "1,2,3,0,4", "1,2,3,0,4,5,", "1,2,3,0,4,5 ", "1,2,3,0,4,x", "1;2;3;0;4;5",
+                             "1,2,3,0,4,9223372036854775808", "+1,2,3,0,4,5", "1.0,2,3,0,4,5"})
+        EXPECT_EQ(refusal(fromCsv, header + "1,2,3,0,4,5\n" + line + "\n"),
+                  "input:3: is not six whole numbers with commas between them")
+            << line;
+    EXPECT_EQ(refusal(fromCsv, header + "65536,2,3,0,4,5"), "input:2: x 65536 is not within 0 to 65535");
+    EXPECT_EQ(refusal(fromCsv, header + "1,40000,3,0,4,5"), "input:2: y 40000 is not within -32768 to 32767");
+    EXPECT_EQ(refusal(fromCsv, header + "1,2,-32769,0,4,5"),
+              "input:2: pressure -32769 is not within -32768 to 32767");
+    EXPECT_EQ(refusal(fromCsv, header + "1,2,3,2,4,5"), "input:2: status 2 is not within 0 to 1");
+    EXPECT_EQ(refusal(fromCsv, header + "1,2,3,0,4,5\n1,2,3,0,3,5"),
+              "input:3: time 3 is before the previous point's, 4");
+}
+
+TEST_F(InkFormatsTest, JsonThatIsNone)
+{
+    const auto points = [](const QByteArray& list) { return "{\"points\":" + list + "}"; };
+    EXPECT_EQ(refusal(fromJson, "{"), "input:1: unterminated object");
+    for (const QByteArray& none : {QByteArray("[]"), QByteArray("{}"), points("7"), points("{}")})
+        EXPECT_EQ(refusal(fromJson, none), "input: has no list of points") << none.toStdString();
+    for (const char* x : {"1.5", "\"1\"", "null", "1e-3", "9223372036854775808"})
+        EXPECT_EQ(refusal(fromJson, points("[{\"x\":" + QByteArray(x) + "}]")),
+                  "input: point 1: x is not a whole number")
+            << x;
+    EXPECT_EQ(refusal(fromJson, points("[7]")), "input: point 1: x is not a whole number");
+    EXPECT_NE(refusal(fromJson, QByteArray(100'000, '[')), "nothing was refused");
+}
+
+namespace {
+
+QByteArray inkMl(const QByteArray& content)
+{
+    return "<ink xmlns=\"http://www.w3.org/2003/InkML\">" + content + "</ink>";
+}
+
+std::string ofInkMl(const QByteArray& content)
+{
+    return csvOf(fromInkMl(inkMl(content), QStringLiteral("input")));
+}
+
+} // namespace
+
+TEST_F(InkFormatsTest, InkMlOfTheFewestWords)
+{
+    // Strokes end where traces do, points are 5 ms apart and pressed alike.
+    EXPECT_EQ(ofInkMl("<trace>10 0, 9 14.4,\n8 -28.5</trace><trace>130 155</trace>"),
+              "10,0,1024,0,0,0\n9,14,1024,0,5,0\n8,-29,1024,0,10,0\n8,-29,1024,1,10,0\n"
+              "130,155,1024,0,15,0\n130,155,1024,1,15,0\n");
+    EXPECT_EQ(ofInkMl(""), "");
+    EXPECT_EQ(ofInkMl("<trace/><trace> </trace>"), "");
+}
+
+TEST_F(InkFormatsTest, InkMlWithDifferences)
+{
+    // Velocities from the second point on, accelerations from the third.
+    EXPECT_EQ(ofInkMl("<trace>1125 18432,'23'43,\"7\"-8,3-5,7 -3,!5!*,*?</trace>"),
+              "1125,18432,1024,0,0,0\n1148,18475,1024,0,5,0\n1178,18510,1024,0,10,0\n"
+              "1211,18540,1024,0,15,0\n1251,18567,1024,0,20,0\n5,18567,1024,0,25,0\n5,18567,1024,0,30,0\n"
+              "5,18567,1024,1,30,0\n");
+    EXPECT_EQ(ofInkMl("<trace>#F #-1A,'1'1,**</trace>"),
+              "15,-26,1024,0,0,0\n16,-25,1024,0,5,0\n17,-24,1024,0,10,0\n17,-24,1024,1,10,0\n");
+}
+
+TEST_F(InkFormatsTest, InkMlWithChannelsOfItsOwn)
+{
+    EXPECT_EQ(
+        ofInkMl("<definitions><timestamp xml:id='when' timeString='2023-11-14T22:13:20Z'/>"
+                "<timestamp xml:id='later' timestampRef='#when' timeOffset='1500'/>"
+                "<inkSource xml:id='pad'><traceFormat>"
+                "<channel name='T' type='integer' units='ms' respectTo='#later'/>"
+                "<channel name='OTx'/><channel name='Y'/><channel name='X'/>"
+                "<intermittentChannels><channel name='F'/><channel name='S' type='boolean' default='F'/>"
+                "</intermittentChannels></traceFormat></inkSource></definitions>"
+                "<context xml:id='c' inkSourceRef='#pad'/>"
+                "<trace>10 0 2 1 500 T,300 0 4 3 600,700 0 6 5 600 F</trace>"),
+        "1,2,500,0,10,1700000001\n3,4,600,0,300,1700000001\n5,6,600,1,700,1700000002\n");
+}
+
+TEST_F(InkFormatsTest, InkMlWithContextsAndGroups)
+{
+    EXPECT_EQ(
+        ofInkMl("<definitions><context xml:id='yx'><traceFormat><channel name='Y'/><channel name='X'/>"
+                "</traceFormat></context></definitions>"
+                "<annotation type='note'>x</annotation><annotationXML><a xmlns='b'><c/></a></annotationXML>"
+                "<traceGroup contextRef='#yx'><trace>1 2</trace><traceGroup><trace>3 4</trace></traceGroup>"
+                "</traceGroup><trace>5 6</trace><trace contextRef='#yx'>7 8</trace>"
+                "<trace type='penUp'>9 9</trace>"),
+        "2,1,1024,0,0,0\n2,1,1024,1,0,0\n4,3,1024,0,5,0\n4,3,1024,1,5,0\n"
+        "5,6,1024,0,10,0\n5,6,1024,1,10,0\n8,7,1024,0,15,0\n8,7,1024,1,15,0\n");
+    EXPECT_EQ(ofInkMl("<trace xml:id='a' continuation='begin'>1 1</trace>"
+                      "<trace continuation='middle' priorRef='#a'>2 2</trace>"
+                      "<trace continuation='end' priorRef='#a'>3 3</trace>"),
+              "1,1,1024,0,0,0\n2,2,1024,0,5,0\n3,3,1024,0,10,0\n3,3,1024,1,10,0\n");
+}
+
+TEST_F(InkFormatsTest, InkMlThatIsNone)
+{
+    const auto of = [](const QByteArray& content) { return refusal(fromInkMl, inkMl(content)); };
+    EXPECT_EQ(refusal(fromInkMl, "<ink/>"), "input:1: is not an InkML document");
+    EXPECT_EQ(refusal(fromInkMl, "<svg xmlns='http://www.w3.org/2003/InkML'/>"),
+              "input:1: is not an InkML document");
+    EXPECT_EQ(refusal(fromInkMl, "<!DOCTYPE ink [<!ENTITY a 'aaaa'>]>" + inkMl("<trace>&a;</trace>")),
+              "input:1: has a document type, which is not read");
+    EXPECT_EQ(refusal(fromInkMl, ""), "input:1: Premature end of document.");
+    EXPECT_EQ(refusal(fromInkMl, inkMl("\n<trace>1 2</trace>").chopped(3)),
+              "input:2: Premature end of document.");
+    EXPECT_EQ(of("<trace>1 2</trace>") + of("<trace>&b;</trace>"),
+              "nothing was refusedinput:1: Entity 'b' not declared.");
+    EXPECT_EQ(of("<trace>1 2,3</trace>"), "input: point 2: has 1 of the 2 values");
+    EXPECT_EQ(of("<trace>1 2,</trace><trace>1 2 3</trace>"), "input: point 2: has more than the 2 values");
+    EXPECT_EQ(of("<trace>1 2,,3 4</trace>"), "input: point 2: has 0 of the 2 values");
+    for (const char* none : {"x", "-", "inf", "nan", "1e", "--1", "+1", "#", "0x1", "'", ";", "\xc3\xa4"})
+        EXPECT_TRUE(of("<trace>1 " + QByteArray(none) + "</trace>").starts_with("input: point 1: ")) << none;
+    EXPECT_EQ(of("<trace>1 99999999999999999999999</trace>"),
+              "input: point 1: a value does not fit into 64 bits");
+    EXPECT_EQ(of("<trace>1 2,'40000 0,*0</trace>"), "input: point 3: x 80001 is not within 0 to 65535");
+    EXPECT_EQ(of("<trace contextRef='#none'>1 2</trace>"),
+              "input:1: reference #none leads to nothing above it");
+    EXPECT_EQ(of("<context><traceFormat><channel name='X'/></traceFormat></context>"),
+              "input:1: the trace format has no channels X and Y");
+    EXPECT_EQ(of(QByteArray("<traceGroup>").repeated(100) + QByteArray("</traceGroup>").repeated(100)),
+              "input:1: groups lie deeper than 64");
+    EXPECT_EQ(of("<context><traceFormat>" + QByteArray("<channel name='X'/>").repeated(5000) +
+                 "</traceFormat></context>"),
+              "input:1: has too many channels");
+    const QByteArray timed = "<context><traceFormat><channel name='X'/><channel name='Y'/><channel name='T'/>"
+                             "</traceFormat></context><trace>1 2 5,1 2 4</trace>";
+    EXPECT_EQ(of(timed), "input: point 2: time 4 is before the previous point's, 5");
+}
+
+TEST_F(InkFormatsTest, AFullSignatureRecordByteForByte)
+{
+    const QByteArray bytes = outputOf({"to-iso19794-7", "--units-per-mm", "20"},
+                                      textOf({{1000, -2, 258, 0, 77, 9}, {1000, -2, 258, 1, 82, 9}}));
+    EXPECT_EQ(bytes.toHex().toStdString(), "53444900"
+                                           "20313000"
+                                           "c160"
+                                           "80a200"
+                                           "80a200"
+                                           "808000"
+                                           "00"
+                                           "00"
+                                           "00"
+                                           "00"
+                                           "000002"
+                                           "83e87ffe0000010201"
+                                           "83e87ffe0005010200");
+}
+
+TEST_F(InkFormatsTest, WhatAFullSignatureRecordCannotHold)
+{
+    const auto refused = [](const std::vector<Point>& points) {
+        const Outcome outcome = runInk({"to-iso19794-7"}, textOf(points));
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.output, QByteArray());
+        return outcome.error.toStdString();
+    };
+    EXPECT_EQ(refused({{1, 1, 1, 0, 0, 0}, {32768, 1, 1, 0, 0, 0}}),
+              "scribera-ink: point 2: x is 32768, which the format cannot hold\n");
+    EXPECT_EQ(refused({{1, 1, -1, 0, 0, 0}}),
+              "scribera-ink: point 1: the pressure is -1, which the format cannot hold\n");
+    EXPECT_EQ(refused({{1, 1, 1, 0, 0, 0}, {1, 1, 1, 0, 65536, 0}}),
+              "scribera-ink: point 2: comes after a pause of 65536 ms, which the format cannot hold\n");
+    // Longer than times can tell, but without a pause that is.
+    const QByteArray steps = textOf({{1, 1, 1, 0, 0, 0}, {1, 1, 1, 0, 65535, 0}, {1, 1, 1, 1, 131070, 0}});
+    EXPECT_EQ(outputOf({"from-iso19794-7"}, outputOf({"to-iso19794-7"}, steps)), steps);
+}
+
+TEST_F(InkFormatsTest, SignatureRecordsOfOthers)
+{
+    const auto of = [](const char* hex) { return csvOf(fromIsoSignature(QByteArray::fromHex(hex), {})); };
+    const QByteArray head = "5344490020313000";
+    // X and Y alone.
+    EXPECT_EQ(of(head + "c000"
+                        "0000"
+                        "00"
+                        "00"
+                        "000002"
+                        "80018002"
+                        "80038004"),
+              "1,2,1024,0,0,0\n3,4,1024,0,5,0\n");
+    // With Z and R, statistics of X, pressure as the switch, time in halves of a millisecond, extended data.
+    EXPECT_EQ(of(head + "e141"
+                        "f880008001800280038004"
+                        "00"
+                        "00"
+                        "808800"
+                        "00"
+                        "00"
+                        "00"
+                        "80"
+                        "000002"
+                        "80018002ffff00020007ffff"
+                        "80038004000000080000ffff"
+                        "0003616263"),
+              "1,2,7,0,1,0\n3,4,0,1,4,0\n");
+}
+
+TEST_F(InkFormatsTest, SignatureRecordsThatAreNone)
+{
+    const QByteArray good = toIsoSignature(recordedSignatures().front(), std::nullopt);
+    EXPECT_EQ(refusal(fromIsoSignature, ""), "input:0: is not a signature record of ISO/IEC 19794-7");
+    EXPECT_EQ(refusal(fromIsoSignature, "FMR" + good.mid(3)),
+              "input:0: is not a signature record of ISO/IEC 19794-7");
+    EXPECT_EQ(refusal(fromIsoSignature, good.left(5) + "2" + good.mid(6)),
+              "input:4: is not of the edition of 2007, the one that is read");
+    for (int size = 8; size < 22; ++size)
+        EXPECT_NE(refusal(fromIsoSignature, good.left(size)).find("the record ends too early"),
+                  std::string::npos)
+            << size;
+    const std::string count = std::to_string(recordedSignatures().front().Count());
+    for (const int size : {22, 100, good.size() - 1})
+        EXPECT_EQ(refusal(fromIsoSignature, good.left(size)),
+                  "input:22: the record ends before its " + count + " points do");
+    EXPECT_EQ(refusal(fromIsoSignature, good + '\0'),
+              "input:" + std::to_string(good.size()) + ": bytes follow the record");
+    QByteArray bad = good;
+    bad[8] = '\x41';
+    EXPECT_EQ(refusal(fromIsoSignature, bad), "input:10: the record has no channels X and Y");
+    bad = good;
+    bad[10] = '\x02';
+    EXPECT_EQ(refusal(fromIsoSignature, bad),
+              "input:11: the linear part of channel X was removed, and cannot be put back");
+    bad = good;
+    bad[22] = '\x7f'; // the first point's x
+    EXPECT_TRUE(refusal(fromIsoSignature, bad).starts_with("input: point 1: x -"))
+        << refusal(fromIsoSignature, bad);
+    EXPECT_EQ(refusal([](const QByteArray& bytes,
+                         const QString& name) { return fromCompactIsoSignature(bytes, name, g_PadK210); },
+                      "1234567"),
+              "input:0: 7 bytes are not whole points of 5");
+}
+
+TEST_F(InkFormatsTest, TheToolRefusesInOneLine)
+{
+    for (const char* form : {"json", "csv", "recording", "inkml", "iso19794-7"}) {
+        SCOPED_TRACE(form);
+        const Outcome outcome = runInk({QStringLiteral("from-") + form, "-o", path("out")}, "no such thing");
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_TRUE(outcome.error.startsWith("scribera-ink: standard input")) << outcome.error.toStdString();
+        EXPECT_EQ(outcome.error.count('\n'), 1) << outcome.error.toStdString();
+        EXPECT_FALSE(QFile::exists(path("out")));
+    }
+}

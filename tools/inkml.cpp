@@ -1,0 +1,605 @@
+#include "inkml.h"
+
+#include "failures.h"
+#include "incoming.h"
+
+#include <QDateTime>
+#include <QHash>
+#include <QTimeZone>
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace {
+
+const QString Namespace = QStringLiteral("http://www.w3.org/2003/InkML");
+const QString XmlNamespace = QStringLiteral("http://www.w3.org/XML/1998/namespace");
+// The annotation with the first record's tick, to which the times of the traces are relative.
+const QString FirstTick = QStringLiteral("first-tick");
+// A channel of ours: the wall clock.
+const QString SecondsChannel = QStringLiteral("seconds");
+
+using Number = long double; // holds every whole number of 64 bits, with or without sign
+static_assert(std::numeric_limits<Number>::digits >= 64);
+
+// Writing
+
+struct WrittenChannel
+{
+    QString name;
+    const char* type;
+    const char* units; // null for none
+};
+
+const WrittenChannel WrittenChannels[] = {
+    {QStringLiteral("X"), "integer", "dev"}, {QStringLiteral("Y"), "integer", "dev"},
+    {QStringLiteral("F"), "integer", "dev"}, {QStringLiteral("S"), "boolean", nullptr},
+    {QStringLiteral("T"), "integer", "ms"},  {SecondsChannel, "integer", "s"},
+};
+
+QByteArray pointText(const _POINTDATA& point, std::int64_t firstTick)
+{
+    const std::uint64_t elapsed =
+        static_cast<std::uint64_t>(point.llTick) - static_cast<std::uint64_t>(firstTick);
+    return QByteArray::number(point.usX) + ' ' + QByteArray::number(point.sY) + ' ' +
+           QByteArray::number(point.sPressure) + (point.ucStatus == kStatusOnStroke ? " T " : " F ") +
+           QByteArray::number(qulonglong{elapsed}) + ' ' + QByteArray::number(qlonglong{point.llSeconds});
+}
+
+void writeFormat(QXmlStreamWriter& xml)
+{
+    xml.writeStartElement(Namespace, QStringLiteral("traceFormat"));
+    for (const WrittenChannel& channel : WrittenChannels) {
+        xml.writeEmptyElement(Namespace, QStringLiteral("channel"));
+        xml.writeAttribute(QStringLiteral("name"), channel.name);
+        xml.writeAttribute(QStringLiteral("type"), QLatin1String(channel.type));
+        if (channel.units)
+            xml.writeAttribute(QStringLiteral("units"), QLatin1String(channel.units));
+        if (channel.name == QLatin1String("T"))
+            xml.writeAttribute(QStringLiteral("respectTo"), QStringLiteral("#start"));
+    }
+    xml.writeEndElement();
+}
+
+// In milliseconds, which may be more than 64 bits can hold.
+QString millisecondsText(std::int64_t seconds)
+{
+    return seconds == 0 ? QStringLiteral("0") : QString::number(qlonglong{seconds}) + QStringLiteral("000");
+}
+
+// Reading
+
+enum class Role
+{
+    X,
+    Y,
+    Force,
+    Time,
+    TipSwitch,
+    Seconds,
+    Other
+};
+
+Role roleOf(const QString& name)
+{
+    static const std::pair<QString, Role> roles[] = {
+        {QStringLiteral("X"), Role::X},         {QStringLiteral("Y"), Role::Y},
+        {QStringLiteral("F"), Role::Force},     {QStringLiteral("T"), Role::Time},
+        {QStringLiteral("S"), Role::TipSwitch}, {SecondsChannel, Role::Seconds}};
+    for (const auto& [known, role] : roles)
+        if (name == known)
+            return role;
+    return Role::Other;
+}
+
+struct Channel
+{
+    Role role;
+    Number initial;
+    QString respectTo;
+};
+
+struct Format
+{
+    std::vector<Channel> channels;
+    std::size_t regular = 0; // so many of them have a value in every point
+
+    bool has(Role role) const
+    {
+        for (const Channel& channel : channels)
+            if (channel.role == role)
+                return true;
+        return false;
+    }
+};
+
+Format defaultFormat()
+{
+    return {{{Role::X, 0, {}}, {Role::Y, 0, {}}}, 2};
+}
+
+// A channel's values, of which each may be told as a difference to those before it.
+class ChannelValue
+{
+public:
+    explicit ChannelValue(Number initial) : m_value(initial) {}
+
+    void setOrder(int order) { m_order = order; }
+    void take(Number told)
+    {
+        const Number before = m_value;
+        if (m_order == 0)
+            m_value = told;
+        else if (m_order == 1)
+            m_value += told;
+        else
+            m_value += m_difference + told;
+        m_change = m_value - before - m_difference;
+        m_difference = m_value - before;
+    }
+    // The last value, or the last difference, once more.
+    void repeat() { take(m_order == 0 ? m_value : m_order == 1 ? m_difference : m_change); }
+    Number value() const { return m_value; }
+
+private:
+    int m_order = 0; // how many times the values told are differences
+    Number m_value;
+    Number m_difference = 0;
+    Number m_change = 0; // of the difference
+};
+
+// Cuts a trace's text into points and these into values.
+class TraceText
+{
+public:
+    explicit TraceText(std::string_view text) : m_rest(text) { skipBlanks(); }
+
+    bool atEnd() const { return m_rest.empty(); }
+    bool atComma() const { return m_rest.starts_with(','); }
+    void skipComma() { skip(1); }
+
+    // Takes the next value of the channel. False when there is none.
+    bool read(ChannelValue& channel)
+    {
+        constexpr std::string_view orders = "!'\"";
+        const std::size_t order = atEnd() ? std::string_view::npos : orders.find(m_rest.front());
+        if (order != std::string_view::npos) {
+            channel.setOrder(static_cast<int>(order));
+            skip(1);
+        }
+        if (atEnd())
+            return false;
+        switch (m_rest.front()) {
+        case 'T':
+        case 'F':
+            channel.take(m_rest.front() == 'T' ? 1 : 0);
+            skip(1);
+            return true;
+        case '*':
+            channel.repeat();
+            skip(1);
+            return true;
+        case '?':
+            skip(1);
+            return true;
+        case '#':
+            return readHexadecimal(channel);
+        default:
+            return readDecimal(channel);
+        }
+    }
+
+private:
+    void skip(std::size_t count)
+    {
+        m_rest.remove_prefix(count);
+        skipBlanks();
+    }
+    void skipBlanks()
+    {
+        while (!m_rest.empty() && std::string_view(" \t\r\n").find(m_rest.front()) != std::string_view::npos)
+            m_rest.remove_prefix(1);
+    }
+
+    bool readHexadecimal(ChannelValue& channel)
+    {
+        std::int64_t number = 0;
+        const char* const first = m_rest.data() + 1;
+        const auto [behind, fault] = std::from_chars(first, m_rest.data() + m_rest.size(), number, 16);
+        if (fault != std::errc())
+            return false;
+        channel.take(static_cast<Number>(number));
+        skip(static_cast<std::size_t>(behind - m_rest.data()));
+        return true;
+    }
+
+    bool readDecimal(ChannelValue& channel)
+    {
+        Number number = 0;
+        const char* const first = m_rest.data();
+        // What from_chars() takes for a number beside these, a word, is none here.
+        const std::size_t sign = m_rest.front() == '-' ? 1 : 0;
+        if (m_rest.size() <= sign || (m_rest[sign] != '.' && (m_rest[sign] < '0' || m_rest[sign] > '9')))
+            return false;
+        const auto [behind, fault] =
+            std::from_chars(first, first + m_rest.size(), number, std::chars_format::fixed);
+        if (fault != std::errc())
+            return false;
+        channel.take(number);
+        skip(static_cast<std::size_t>(behind - first));
+        return true;
+    }
+
+    std::string_view m_rest;
+};
+
+class InkMlReader
+{
+public:
+    InkMlReader(const QByteArray& text, const QString& name)
+        : m_xml(text), m_name(name), m_ink(name, IncomingInk::Places::Points)
+    {
+    }
+
+    CInkSnapshot read()
+    {
+        // Without a document type there are no entities that could grow.
+        while (!m_xml.atEnd() && m_xml.readNext() != QXmlStreamReader::StartElement)
+            if (m_xml.isDTD())
+                refuse(QStringLiteral("has a document type, which is not read"));
+        if (!m_xml.hasError() && (m_xml.name() != QLatin1String("ink") || m_xml.namespaceUri() != Namespace))
+            refuse(QStringLiteral("is not an InkML document"));
+        readContent(false, {}, 0);
+        while (!m_xml.atEnd())
+            m_xml.readNext();
+        if (m_xml.hasError())
+            refuse(m_xml.errorString());
+        return m_ink.ink();
+    }
+
+private:
+    static constexpr int DeepestGroup = 64;
+
+    [[noreturn]] void refuse(const QString& reason) const
+    {
+        throw Failure{QStringLiteral("%1:%2: ").arg(m_name).arg(m_xml.lineNumber()) + reason};
+    }
+
+    bool is(const char* element) const
+    {
+        return m_xml.name() == QLatin1String(element) && m_xml.namespaceUri() == Namespace;
+    }
+    QString attribute(const char* name) const
+    {
+        return m_xml.attributes().value(QLatin1String(name)).toString();
+    }
+    QString id() const { return m_xml.attributes().value(XmlNamespace, QStringLiteral("id")).toString(); }
+
+    // What a reference to something in this document, further up, leads to.
+    template <typename T>
+    const T& referred(const QHash<QString, T>& known, const QString& reference) const
+    {
+        const auto found = known.constFind(reference.mid(1));
+        if (!reference.startsWith(QLatin1Char('#')) || found == known.constEnd())
+            refuse(QStringLiteral("reference %1 leads to nothing above it").arg(reference.left(40)));
+        return *found;
+    }
+
+    // The elements of a document, its definitions or a group of traces.
+    void readContent(bool defines, const std::optional<Format>& format, int depth)
+    {
+        if (depth > DeepestGroup)
+            refuse(QStringLiteral("groups lie deeper than %1").arg(DeepestGroup));
+        while (m_xml.readNextStartElement()) {
+            if (is("trace")) {
+                readTrace(format);
+            } else if (is("traceGroup")) {
+                const QString reference = attribute("contextRef");
+                readContent(defines, reference.isEmpty() ? format : referred(m_formats, reference),
+                            depth + 1);
+            } else if (is("definitions")) {
+                readContent(true, format, depth + 1);
+            } else if (is("context")) {
+                const Format read = readContext();
+                if (!defines)
+                    m_current = read;
+            } else if (is("inkSource")) {
+                readSource();
+            } else if (is("traceFormat")) {
+                readFormat();
+            } else if (is("timestamp")) {
+                readTimestamp();
+            } else if (is("annotation") && attribute("type") == FirstTick) {
+                readFirstTick();
+            } else {
+                m_xml.skipCurrentElement();
+            }
+        }
+    }
+
+    void remember(const QString& id, const Format& format)
+    {
+        if (!id.isEmpty())
+            m_formats.insert(id, format);
+    }
+
+    Format readContext()
+    {
+        const QString itsId = id();
+        Format format = m_current;
+        for (const char* reference : {"contextRef", "inkSourceRef", "traceFormatRef"})
+            if (const QString to = attribute(reference);
+                !to.isEmpty() && to != QLatin1String("#DefaultContext"))
+                format = referred(m_formats, to);
+        while (m_xml.readNextStartElement()) {
+            if (is("inkSource"))
+                format = readSource();
+            else if (is("traceFormat"))
+                format = readFormat();
+            else if (is("timestamp"))
+                readTimestamp();
+            else
+                m_xml.skipCurrentElement();
+        }
+        remember(itsId, format);
+        return format;
+    }
+
+    Format readSource()
+    {
+        const QString itsId = id();
+        Format format = defaultFormat();
+        while (m_xml.readNextStartElement()) {
+            if (is("traceFormat"))
+                format = readFormat();
+            else
+                m_xml.skipCurrentElement();
+        }
+        remember(itsId, format);
+        return format;
+    }
+
+    Format readFormat()
+    {
+        const QString itsId = id();
+        Format format;
+        while (m_xml.readNextStartElement()) {
+            if (is("channel")) {
+                format.channels.push_back(readChannel());
+                format.regular = format.channels.size();
+            } else if (is("intermittentChannels")) {
+                while (m_xml.readNextStartElement()) {
+                    if (is("channel"))
+                        format.channels.push_back(readChannel());
+                    else
+                        m_xml.skipCurrentElement();
+                }
+            } else {
+                m_xml.skipCurrentElement();
+            }
+        }
+        if (!m_xml.hasError() && (!format.has(Role::X) || !format.has(Role::Y)))
+            refuse(QStringLiteral("the trace format has no channels X and Y"));
+        remember(itsId, format);
+        return format;
+    }
+
+    Channel readChannel()
+    {
+        constexpr std::size_t MostChannels = 64;
+        if (++m_channels > MostChannels * MostChannels)
+            refuse(QStringLiteral("has too many channels"));
+        Channel channel{roleOf(attribute("name")), 0, attribute("respectTo")};
+        const QString initial = attribute("default");
+        if (channel.role == Role::TipSwitch)
+            channel.initial = initial == QLatin1String("F") ? 0 : 1;
+        else
+            channel.initial = static_cast<Number>(initial.toDouble());
+        m_xml.skipCurrentElement();
+        return channel;
+    }
+
+    void readTimestamp()
+    {
+        const QString itsId = id();
+        double milliseconds = attribute("time").toDouble();
+        if (const QString text = attribute("timeString"); !text.isEmpty()) {
+            QDateTime time = QDateTime::fromString(text, Qt::ISODateWithMs);
+            if (time.timeSpec() == Qt::LocalTime) // none was told
+                time.setTimeSpec(Qt::UTC);
+            milliseconds = static_cast<double>(time.toMSecsSinceEpoch());
+        }
+        if (const QString to = attribute("timestampRef"); !to.isEmpty())
+            milliseconds = referred(m_timestamps, to);
+        m_timestamps.insert(itsId, milliseconds + attribute("timeOffset").toDouble());
+        m_xml.skipCurrentElement();
+    }
+
+    void readFirstTick()
+    {
+        bool isNumber = false;
+        m_firstTick = m_xml.readElementText().toLongLong(&isNumber);
+        if (!m_xml.hasError() && !isNumber)
+            refuse(QStringLiteral("the first tick is not a whole number"));
+    }
+
+    void readTrace(const std::optional<Format>& ofGroup)
+    {
+        const QString reference = attribute("contextRef");
+        const Format format =
+            reference.isEmpty() ? ofGroup.value_or(m_current) : referred(m_formats, reference);
+        const bool isWritten = attribute("type") != QLatin1String("penUp");
+        const QString continuation = attribute("continuation");
+        const bool endsStroke =
+            !format.has(Role::TipSwitch) && (continuation.isEmpty() || continuation == QLatin1String("end"));
+        const QString offset = attribute("timeOffset");
+        const QByteArray text = m_xml.readElementText().toUtf8();
+        if (m_xml.hasError() || !isWritten)
+            return;
+
+        const std::size_t before = m_count;
+        takePoints(format, {text.constData(), static_cast<std::size_t>(text.size())}, offset);
+        if (endsStroke && m_count > before) {
+            IncomingPoint end = *m_ink.last();
+            end.status = kStatusStrokeEnd;
+            m_ink.append(end, m_count);
+        }
+    }
+
+    void takePoints(const Format& format, std::string_view text, const QString& offset)
+    {
+        std::vector<ChannelValue> values;
+        for (const Channel& channel : format.channels)
+            values.emplace_back(channel.initial);
+        TraceText rest(text);
+        while (!rest.atEnd()) {
+            ++m_count;
+            std::size_t index = 0;
+            while (index < values.size() && !rest.atEnd() && !rest.atComma()) {
+                if (!rest.read(values[index]))
+                    m_ink.refuse(m_count, QStringLiteral("value %1 is not a number").arg(index + 1));
+                ++index;
+            }
+            if (index < format.regular)
+                m_ink.refuse(m_count,
+                             QStringLiteral("has %1 of the %2 values").arg(index).arg(format.regular));
+            if (rest.atComma())
+                rest.skipComma();
+            else if (!rest.atEnd())
+                m_ink.refuse(m_count, QStringLiteral("has more than the %1 values").arg(values.size()));
+            take(format, values, offset);
+        }
+    }
+
+    std::int64_t whole(Number value) const
+    {
+        const Number rounded = std::round(value);
+        constexpr Number limit = 9223372036854775808.0L; // beyond the largest of 64 bits
+        if (!(rounded >= -limit && rounded < limit))
+            m_ink.refuse(m_count, QStringLiteral("a value does not fit into 64 bits"));
+        return static_cast<std::int64_t>(rounded);
+    }
+
+    void take(const Format& format, const std::vector<ChannelValue>& values, const QString& offset)
+    {
+        IncomingPoint point;
+        const std::optional<IncomingPoint>& last = m_ink.last();
+        bool isTimed = false;
+        bool isDated = false;
+        std::optional<double> timestamp;
+        Number time = 0;
+        for (std::size_t index = 0; index < values.size(); ++index) {
+            const Number value = values[index].value();
+            switch (format.channels[index].role) {
+            case Role::X:
+                point.x = whole(value);
+                break;
+            case Role::Y:
+                point.y = whole(value);
+                break;
+            case Role::Force:
+                point.pressure = whole(value);
+                break;
+            case Role::TipSwitch:
+                point.status = value > 0 ? kStatusOnStroke : kStatusStrokeEnd;
+                break;
+            case Role::Seconds:
+                point.seconds = whole(value);
+                isDated = true;
+                break;
+            case Role::Time:
+                isTimed = true;
+                time = value;
+                if (const QString& to = format.channels[index].respectTo; !to.isEmpty())
+                    timestamp = referred(m_timestamps, to);
+                else
+                    time += static_cast<Number>(offset.toDouble());
+                break;
+            case Role::Other:
+                break;
+            }
+        }
+        if (isTimed)
+            point.tick = whole(static_cast<Number>(m_firstTick) + std::round(time));
+        else if (last)
+            point.tick = last->tick + AssumedStep;
+        else
+            point.tick = whole(static_cast<Number>(offset.toDouble()));
+        if (!isDated && timestamp)
+            point.seconds = whole(std::floor((static_cast<Number>(*timestamp) + time) / 1000));
+        m_ink.append(point, m_count);
+    }
+
+    QXmlStreamReader m_xml;
+    const QString m_name;
+    IncomingInk m_ink;
+    std::size_t m_count = 0; // of points
+    std::size_t m_channels = 0;
+    std::int64_t m_firstTick = 0;
+    Format m_current = defaultFormat();
+    // Those with an identifier; a context and a source of ink have one too.
+    QHash<QString, Format> m_formats;
+    QHash<QString, double> m_timestamps; // in milliseconds since 1970
+};
+
+} // namespace
+
+QByteArray toInkMl(const CInkSnapshot& ink, const CPadModel* pad)
+{
+    const std::int64_t firstTick = ink.Count() > 0 ? ink.At(0).llTick : 0;
+    QByteArray text;
+    QXmlStreamWriter xml(&text);
+    const QString lineEnd = QStringLiteral("\n");
+    xml.writeStartDocument();
+    xml.writeCharacters(lineEnd);
+    xml.writeDefaultNamespace(Namespace);
+    xml.writeStartElement(Namespace, QStringLiteral("ink"));
+    xml.writeCharacters(lineEnd);
+    xml.writeStartElement(Namespace, QStringLiteral("context"));
+    xml.writeStartElement(Namespace, QStringLiteral("inkSource"));
+    xml.writeAttribute(XmlNamespace, QStringLiteral("id"), QStringLiteral("pad"));
+    if (pad)
+        xml.writeAttribute(QStringLiteral("model"), QLatin1String(pad->m_pszName));
+    writeFormat(xml);
+    xml.writeEndElement();
+    xml.writeEmptyElement(Namespace, QStringLiteral("timestamp"));
+    xml.writeAttribute(XmlNamespace, QStringLiteral("id"), QStringLiteral("start"));
+    xml.writeAttribute(QStringLiteral("time"), millisecondsText(ink.Count() > 0 ? ink.At(0).llSeconds : 0));
+    xml.writeEndElement();
+    xml.writeCharacters(lineEnd);
+    xml.writeStartElement(Namespace, QStringLiteral("annotation"));
+    xml.writeAttribute(QStringLiteral("type"), FirstTick);
+    xml.writeCharacters(QString::number(qlonglong{firstTick}));
+    xml.writeEndElement();
+    xml.writeCharacters(lineEnd);
+    bool isOpen = false;
+    for (std::size_t index = 0; index < ink.Count(); ++index) {
+        const _POINTDATA& point = ink.At(index);
+        if (isOpen)
+            xml.writeCharacters(QStringLiteral(","));
+        else
+            xml.writeStartElement(Namespace, QStringLiteral("trace"));
+        xml.writeCharacters(QString::fromLatin1(pointText(point, firstTick)));
+        isOpen = point.ucStatus == kStatusOnStroke;
+        if (!isOpen || index + 1 == ink.Count()) {
+            xml.writeEndElement();
+            xml.writeCharacters(lineEnd);
+        }
+    }
+    xml.writeEndElement();
+    xml.writeEndDocument();
+    return text;
+}
+
+CInkSnapshot fromInkMl(const QByteArray& text, const QString& name)
+{
+    return InkMlReader(text, name).read();
+}
