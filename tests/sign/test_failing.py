@@ -12,7 +12,7 @@ import pytest
 
 import writer
 from checks import run
-from tool import PATIENCE, PROGRAM, Place, Tool, environment, listing, one_line, playing
+from tool import PATIENCE, PROGRAM, Place, Tool, copied, environment, listing, one_line, playing
 
 PLACE = Place(1, 60, 250, 180)
 
@@ -118,6 +118,19 @@ def test_the_output_is_the_input(tool: Tool, tmp_path: Path, original: Path, way
         return
     assert done.returncode in (1, 2) and one_line(done)
     assert listing(tmp_path) == there
+
+
+def test_the_output_is_something_else_that_is_read(tool: Tool, tmp_path: Path, original: Path) -> None:
+    """A slip in a command line costs nobody a key."""
+    files = {name: copied(file, tmp_path) for name, file in {
+        "--certificate": tool.keys.p12("rsa"), "--password-file": tool.keys.password_file, "--ink": tool.inks["initials"].file,
+        "--seal-ink": tool.keys.escrow("rsa")[0]}.items()}
+    options = [str(part) for option in files.items() for part in option]
+    before = {file: file.read_bytes() for file in files.values()}
+    for file in before:
+        done = tool.run(original, "-o", file, *PLACE.options, *options)
+        assert done.returncode == 1 and f"{file} is read, and stays as it is" in one_line(done)
+        assert file.read_bytes() == before[file]
 
 
 def test_the_input_is_not_there(tool: Tool, tmp_path: Path) -> None:

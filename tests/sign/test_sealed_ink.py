@@ -12,7 +12,7 @@ import pytest
 import writer
 from checks import check_by_qpdf, output_of, run, signatures
 from test_tampering import changed
-from tool import IS_FULL_LENGTH, Place, Tool, listing, one_line
+from tool import IS_FULL_LENGTH, Place, Tool, copied, listing, one_line
 
 PLACE = Place(1, 60, 250, 180)
 KEY = "/SCRB_SealedInk"
@@ -139,6 +139,16 @@ def test_two_people(tool: Tool, tmp_path: Path) -> None:
         done = tool.run("unseal", twice, "--key", key, "--field", name, "-o", back)
         assert done.returncode == 0, done.stderr
         assert back.read_text().strip() == tool.inks[ink].file.read_text().strip()
+
+
+def test_the_ink_takes_nothings_place(tool: Tool, tmp_path: Path) -> None:
+    file, key = sealed_document(tool, tmp_path, "ec")
+    own_key = copied(key, tmp_path)
+    for target in (file, own_key):
+        before = target.read_bytes()
+        done = tool.run("unseal", file, "--key", own_key, "-o", target)
+        assert done.returncode == 1 and f"{target} is read, and stays as it is" in one_line(done)
+        assert target.read_bytes() == before
 
 
 def test_nothing_sealed(tool: Tool, tmp_path: Path) -> None:

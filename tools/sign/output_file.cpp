@@ -67,7 +67,7 @@ mode_t newFileMode()
 
 } // namespace
 
-OutputFile::OutputFile(const QString& path, const QString& input) : m_path(path)
+OutputFile::OutputFile(const QString& path, const QStringList& inputs) : m_path(path)
 {
     std::error_code error;
     // A name alone stays one where there is no such file yet.
@@ -82,9 +82,10 @@ OutputFile::OutputFile(const QString& path, const QString& input) : m_path(path)
     if (stat(m_target.c_str(), &target) == 0) {
         if (!S_ISREG(target.st_mode))
             throw cannotWrite(path, QStringLiteral("it is no regular file"));
-        if (stat(QFile::encodeName(input).constData(), &source) == 0 && source.st_dev == target.st_dev &&
-            source.st_ino == target.st_ino)
-            throw cannotWrite(path, QStringLiteral("it is the document itself, which stays as it is"));
+        for (const QString& input : inputs)
+            if (stat(QFile::encodeName(input).constData(), &source) == 0 && source.st_dev == target.st_dev &&
+                source.st_ino == target.st_ino)
+                throw cannotWrite(path, input + QStringLiteral(" is read, and stays as it is"));
         if (access(m_target.c_str(), W_OK) != 0)
             throw cannotWrite(path, reasonOf(errno));
     }

@@ -1,7 +1,8 @@
-// A document that is to appear whole or not at all.
+// A file that is to appear whole or not at all.
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <string>
@@ -11,8 +12,9 @@
 class OutputFile
 {
 public:
-    // Throws Failure when the file clearly cannot be written or is the input, so that nobody signs in vain.
-    OutputFile(const QString& path, const QString& input);
+    // Throws Failure when the file clearly cannot be written or is one of those that are read, so that nobody
+    // signs in vain. Empty paths are no files.
+    OutputFile(const QString& path, const QStringList& inputs);
 
     // Under another name in the same folder first, where the check may still refuse it. Throws what that
     // throws, Failure and Interrupted.

@@ -265,7 +265,9 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
     const sign::Spot spot = spotOption(parser);
     const Source source = sourceOption(parser);
     const CPadModel& pad = source.pen.pad;
-    const OutputFile target(output, path);
+    const OutputFile target(output, {path, value(parser, "ink"), value(parser, "certificate"),
+                                     value(parser, "seal-ink"), value(parser, "password-file"),
+                                     value(parser, "document-password-file")});
     const Keys keys = keyOptions(parser);
 
     sign::Statement statement{utf8Option(parser, "name"), utf8Option(parser, "reason"),

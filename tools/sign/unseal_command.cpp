@@ -5,7 +5,6 @@
 #include "program.h"
 #include "sealed_ink.h"
 #include "sign_commands.h"
-#include "targetfile.h"
 #include "verifier.h"
 
 #include <string_view>
@@ -33,14 +32,15 @@ int unsealInkOf(const QCommandLineParser& parser, const QString& file)
     for (const char* option : {"key", "output"})
         if (!parser.isSet(QLatin1String(option)))
             throw UsageError{QStringLiteral("--%1 is missing").arg(QLatin1String(option))};
-    const TargetFile target(parser.value(QStringLiteral("output")));
+    const auto value = [&parser](const char* option) { return parser.value(QLatin1String(option)); };
+    const OutputFile target(value("output"),
+                            {file, value("key"), value("password-file"), value("document-password-file")});
     const std::string bytes = readDocument(file);
-    const std::string key = readDocument(parser.value(QStringLiteral("key")));
+    const std::string key = readDocument(value("key"));
     sign::Document document(bytes, documentPassword(parser));
-    const sign::SealedInk sealed =
-        sign::sealedInkOf(document, parser.value(QStringLiteral("field")).toStdString());
+    const sign::SealedInk sealed = sign::sealedInkOf(document, value("field").toStdString());
     const std::string ink = sign::unsealInk(sealed.bytes, std::string_view(bytes).substr(0, sealed.offset),
                                             key, passwordOption(parser, "password-file"));
-    target.write(QByteArray::fromStdString(ink));
+    target.write({ink}, [](const std::string&) {});
     return Done;
 }
