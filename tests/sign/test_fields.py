@@ -138,10 +138,11 @@ def test_no_field_twice(tool: Tool, tmp_path: Path) -> None:
     assert listing(tmp_path) == ["original.pdf", "signed.pdf"]
 
 
-def test_a_field_without_a_place(tool: Tool, tmp_path: Path) -> None:
+@pytest.mark.parametrize("rectangle", ["[0 0 0 0]", "[900 120 1000 180]", "[10 900 100 1000]", "[-200 0 -100 50]"])
+def test_a_field_without_a_place(tool: Tool, tmp_path: Path, rectangle: str) -> None:
     """There is no room for ink."""
     original = tmp_path / "original.pdf"
-    original.write_bytes(form(rectangle="[0 0 0 0]"))
+    original.write_bytes(form(rectangle=rectangle))
     done = tool.run(original, "-o", tmp_path / "signed.pdf", "--field", "Customer", *tool.with_ink(), *tool.with_key("rsa"))
     assert done.returncode == 1 and one_line(done)
     assert listing(tmp_path) == ["original.pdf"]

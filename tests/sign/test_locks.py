@@ -24,7 +24,8 @@ def field(entries: str) -> bytes:
 
     def change(pdf: Pdf) -> None:
         empty = writer.EMPTY_FIELD.replace("PAGE", "6")
-        first = pdf.add(empty.replace("/FT", f"{entries} /FT"))
+        own = empty.replace("/F 4", "") if "/F " in entries else empty
+        first = pdf.add(own.replace("/FT", f"{entries} /FT"))
         second = pdf.add(empty.replace("Customer", "Clerk").replace("[300", "[80"))
         fields = b"%d 0 R %d 0 R" % (first, second)
         pdf.objects[1] = pdf.objects[1].replace(b"/Catalog", b"/Catalog /AcroForm << /Fields [%s] >>" % fields)
@@ -63,6 +64,7 @@ def test_a_field_that_locks_others(tool: Tool, tmp_path: Path, name: str) -> Non
 
 REFUSED = {
     "read-only": ("/Ff 1", CUSTOMER, "read-only"),
+    "hidden": ("/F 2", CUSTOMER, "hidden"),
     "demands": ("/SV << /Type /SV /Ff 2 /SubFilter [/adbe.pkcs7.detached] >>", CUSTOMER, "demands"),
 }
 

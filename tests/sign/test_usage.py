@@ -174,6 +174,22 @@ def test_after_a_text(tool: Tool, tmp_path: Path, turn: int) -> None:
     assert top - 30 <= y <= bottom + 30
 
 
+def test_annotations_that_pages_share(tool: Tool, tmp_path: Path) -> None:
+    """The signature comes to one page alone."""
+
+    def change(pdf: writer.Pdf) -> None:
+        note = pdf.add("<< /Type /Annot /Subtype /Text /Rect [20 20 40 40] /Contents (A note) /F 2 >>")
+        shared = pdf.add(f"[{note} 0 R]")
+        for number, content in pdf.objects.items():
+            if b"/Type /Page " in content:
+                pdf.objects[number] = content.replace(b"/Contents", b"/Annots %d 0 R /Contents" % shared)
+
+    original, signed = tmp_path / "original.pdf", tmp_path / "signed.pdf"
+    original.write_bytes(document(pages=2, change=change))
+    tool.checked(original, signed, PLACE)
+    assert (View(2).picture(original, 72) == View(2).picture(signed, 72)).all()
+
+
 def test_after_a_text_that_lies_on_its_side(tool: Tool, tmp_path: Path) -> None:
     original = tmp_path / "original.pdf"
     original.write_bytes(document(page_entries="/Rotate 90"))

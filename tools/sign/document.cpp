@@ -19,6 +19,8 @@ namespace {
 // Deeper trees are loops or attacks.
 constexpr std::size_t deepest = 100;
 constexpr double farthest = 1e7;
+// Of annotations: invisible, hidden, not on the screen.
+constexpr long long hiddenFlags = 1 + 2 + 32;
 
 bool isWarningOfNoMatter(const QPDFExc& warning)
 {
@@ -260,6 +262,13 @@ Page Document::page(int number)
     return page;
 }
 
+bool Document::sharesAnnotations(const Page& page)
+{
+    const QPDFObjGen own = QPDFObjectHandle(page.object).getKey("/Annots").getObjGen();
+    const auto hasThem = [own](QPDFObjectHandle other) { return other.getKey("/Annots").getObjGen() == own; };
+    return own.isIndirect() && std::count_if(pages().begin(), pages().end(), hasThem) > 1;
+}
+
 std::vector<FormField> Document::fields()
 {
     std::vector<FormField> fields;
@@ -339,8 +348,11 @@ SignatureField Document::fieldToSign(const std::string& name)
     SignatureField field = *found;
     if (field.isSigned)
         throw Refusal{"the field " + name + " is signed"};
-    if (field.page == 0 || field.place.width < 1 || field.place.height < 1)
+    if (!hasRoom(field))
         throw Refusal{"the field " + name + " has no room on a page"};
+    QPDFObjectHandle seen = field.widget.getKey("/F");
+    if (seen.isInteger() && (seen.getIntValue() & hiddenFlags) != 0)
+        throw Refusal{"the field " + name + " is hidden"};
     QPDFObjectHandle flags = inheritedValue(field.object, "/Ff");
     if (flags.isInteger() && (flags.getIntValue() & 1) != 0)
         throw Refusal{"the field " + name + " is read-only"};
@@ -351,6 +363,16 @@ SignatureField Document::fieldToSign(const std::string& name)
                       " demands a signature of a certain kind, which cannot be promised"};
     refuseDamage();
     return field;
+}
+
+bool Document::hasRoom(const SignatureField& field)
+{
+    constexpr double least = 1; // point
+    if (field.page == 0)
+        return false;
+    const Page on = page(field.page);
+    return std::min(field.place.right(), on.width()) - std::max(field.place.left, 0.0) >= least &&
+           std::min(field.place.bottom(), on.height()) - std::max(field.place.top, 0.0) >= least;
 }
 
 std::string Document::newFieldName()

@@ -101,6 +101,9 @@ public:
     // From 1. Throws Refusal when there is no such page.
     Page page(int number);
 
+    // Whether the list of its annotations is that of another page, too.
+    bool sharesAnnotations(const Page& page);
+
     std::vector<FormField> fields();
     std::vector<SignatureField> signatureFields();
     // That can be signed.
@@ -116,6 +119,7 @@ public:
 
 private:
     bool opensBy(const std::string& password);
+    bool hasRoom(const SignatureField& field);
     const std::vector<QPDFObjectHandle>& pages();
 
     std::string_view m_bytes;

@@ -206,7 +206,7 @@ void DocumentSigning::addToPage(Revision& revision)
     QPDFObjectHandle annotations = m_page.object.getKey("/Annots");
     QPDFObjectHandle more = annotations.isArray() ? copy(annotations) : QPDFObjectHandle::newArray();
     more.appendItem(revision.reference(m_annotation));
-    if (annotations.isArray() && annotations.isIndirect()) {
+    if (annotations.isArray() && annotations.isIndirect() && !m_document.sharesAnnotations(m_page)) {
         revision.add(annotations.getObjGen(), more);
         return;
     }
