@@ -116,6 +116,15 @@ def moved(content: bytes, start: int, end: int, other: bytes) -> bytes:
     return after[:at] + b"startxref\n%d\n%%%%EOF\n" % (last + len(other) - (end - start))
 
 
+def long_names(pdf: Pdf) -> None:
+    """One text for the names of all fields."""
+    pdf.objects[40] = b"(" + b"x" * 200_000 + b")"
+    numbers = range(100, 20_100)
+    pdf.objects.update((number, b"<< /FT /Sig /T 40 0 R >>") for number in numbers)
+    fields = writer.references(list(numbers)).encode()
+    pdf.objects[1] = pdf.objects[1].replace(b"/Catalog", b"/Catalog /AcroForm << /Fields [" + fields + b"] >>")
+
+
 def many_fields(pdf: Pdf) -> None:
     numbers = range(100, 20_100)
     for number in numbers:
@@ -185,6 +194,7 @@ HOSTILE: dict[str, Callable[[], bytes]] = {
     "objects-in-a-bomb": objects_in_a_bomb,
     "references-in-a-bomb": references_in_a_bomb,
     "many-fields": lambda: document(change=many_fields),
+    "long-names": lambda: document(change=long_names),
     "huge-object-number": altered(a=(b"/Size 8", b"/Size 2147483647")),
     "objects-that-overflow": lambda: writer.appended(document(), {2147483646: b"null"}),
     "damaged-encryption": lambda: document(structure="table", trailer=b" /Encrypt << /Filter /Standard /V 5 /R 6 /O () /U () /P -1 >> "),
@@ -227,7 +237,23 @@ def test_hostile_document(tool: Tool, tmp_path: Path, name: str) -> None:
     try_all(tool, original, out)
 
 
+def with_font(font: bytes, **objects: bytes) -> Callable[[], bytes]:
+    """What its entries refer to are objects 40 and 41."""
+    changes = {5: b"<< /Type /Font /BaseFont /Helvetica " + font + b" >>", 40: objects["first"], 41: objects.get("second", b"null")}
+    return lambda: document(change=lambda pdf: pdf.objects.update(changes))
+
+
+ALL_CODES = b"<0000> <ffff> "
+COMPOSITE = b"/Subtype /Type0 /Encoding /Identity-H /DescendantFonts [<< /Type /Font /W 40 0 R >>] "
+
 BOMBS = {
+    "long meanings": with_font(b"/Subtype /Type1 /ToUnicode 40 0 R", first=writer.stream(
+        ALL_CODES + b"<" + b"0041" * 30_000 + b"> endbfrange")),
+    "many meanings": with_font(b"/Subtype /Type1 /ToUnicode 40 0 R", first=writer.stream(
+        (ALL_CODES + b"<0041> ") * 10_000 + b"endbfrange")),
+    "the same widths again and again": with_font(
+        COMPOSITE, first=b"[" + b" ".join(b"%d 41 0 R" % (number * 100_000) for number in range(2000)) + b"]",
+        second=b"[" + b"1 " * 100_000 + b"]"),
     "blanks": bomb(b" "),
     "text": bomb(b"BT /F1 9 Tf (x) Tj ET "),
     "text-that-is-read": bomb(b"BT /F1 9 Tf (x) Tj ET ", 50),

@@ -5,21 +5,29 @@
 #include "qpdf.h"
 
 #include <cstddef>
+#include <map>
+#include <memory>
 
 namespace sign {
+
+class Font;
 
 class Contents
 {
 public:
     // Of a stream, or of several in an array. Throws Refusal when it is too much, or damaged.
     void parse(const QPDFObjectHandle& streams, QPDFObjectHandle::ParserCallbacks& callbacks);
-    // To be told of each operand and operator, which all take their time. Throws Refusal when there are too
-    // many.
+    // To be told of each operand, operator and entry of a table, which all take their time. Throws Refusal
+    // when there are too many.
     void countObject();
+
+    // The same each time.
+    std::shared_ptr<const Font> fontOf(const QPDFObjectHandle& font);
 
 private:
     std::size_t m_bytes = 0;
     std::size_t m_objects = 0;
+    std::map<QPDFObjGen, std::shared_ptr<const Font>> m_fonts; // by their objects
 };
 
 } // namespace sign

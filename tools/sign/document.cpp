@@ -18,6 +18,7 @@ namespace {
 
 // Deeper trees are loops or attacks.
 constexpr std::size_t deepest = 100;
+constexpr std::size_t longestName = 4096; // of a field; many may have the same string in it
 constexpr double farthest = 1e7;
 // Of annotations: invisible, hidden, not on the screen.
 constexpr long long hiddenFlags = 1 + 2 + 32;
@@ -275,11 +276,11 @@ std::vector<FormField> Document::fields()
     std::set<QPDFObjGen> seen;
     const std::function<void(QPDFObjectHandle, std::string, std::string, std::size_t)> visit =
         [&](QPDFObjectHandle node, std::string name, std::string type, std::size_t depth) {
-            if (!node.isIndirect() || !node.isDictionary() || !seen.insert(node.getObjGen()).second ||
-                depth > deepest)
-                throw damaged("its form fields are wrong");
-            if (QPDFObjectHandle own = node.getKey("/T"); own.isString())
+            if (QPDFObjectHandle own = node.getKeyIfDict("/T"); own.isString())
                 name += (name.empty() ? "" : ".") + own.getUTF8Value();
+            if (!node.isIndirect() || !node.isDictionary() || !seen.insert(node.getObjGen()).second ||
+                depth > deepest || name.size() > longestName)
+                throw damaged("its form fields are wrong");
             if (QPDFObjectHandle own = node.getKey("/FT"); own.isName())
                 type = own.getName();
             FormField field{name, type, node, {}};
@@ -378,10 +379,8 @@ bool Document::hasRoom(const SignatureField& field)
 std::string Document::newFieldName()
 {
     std::set<std::string> taken;
-    if (QPDFObjectHandle tops = form().getKeyIfDict("/Fields"); tops.isArray())
-        for (QPDFObjectHandle top : tops.aitems())
-            if (QPDFObjectHandle name = top.getKeyIfDict("/T"); name.isString())
-                taken.insert(name.getUTF8Value());
+    for (const FormField& field : fields())
+        taken.insert(field.name.substr(0, field.name.find('.')));
     int number = 1;
     while (taken.contains("Signature" + std::to_string(number)))
         ++number;

@@ -17,6 +17,7 @@ namespace {
 // Hostile documents name ranges without an end.
 constexpr unsigned largestRange = 65'536;
 constexpr std::size_t mostMeanings = 200'000;
+constexpr std::size_t longestMeaning = 64; // bytes of UTF-16
 
 struct GlyphName
 {
@@ -177,6 +178,8 @@ std::string ofUtf16(std::string_view bytes)
 class Meanings : public QPDFObjectHandle::ParserCallbacks
 {
 public:
+    explicit Meanings(Contents& contents) : m_contents(contents) {}
+
     void handleObject(QPDFObjectHandle object, std::size_t, std::size_t) override
     {
         if (!object.isOperator()) {
@@ -231,10 +234,12 @@ private:
     }
     void note(unsigned code, const std::string& utf16)
     {
-        if (meanings.size() < mostMeanings)
+        m_contents.countObject();
+        if (meanings.size() < mostMeanings && utf16.size() <= longestMeaning)
             meanings[code] = ofUtf16(utf16);
     }
 
+    Contents& m_contents;
     std::vector<QPDFObjectHandle> m_operands;
 };
 
@@ -253,14 +258,14 @@ unsigned codeIn(QPDFObjectHandle value)
 Font::Font(QPDFObjectHandle font, Contents& contents)
 {
     if (font.getKey("/Subtype").isNameAndEquals("/Type0"))
-        readComposite(font);
+        readComposite(font, contents);
     else
-        readSimple(font);
+        readSimple(font, contents);
     if (QPDFObjectHandle meanings = font.getKey("/ToUnicode"); meanings.isStream())
         readMeanings(meanings, contents);
 }
 
-void Font::readSimple(QPDFObjectHandle font)
+void Font::readSimple(QPDFObjectHandle font, Contents& contents)
 {
     QPDFObjectHandle encoding = font.getKey("/Encoding");
     QPDFObjectHandle base = encoding.isDictionary() ? encoding.getKey("/BaseEncoding") : encoding;
@@ -278,6 +283,7 @@ void Font::readSimple(QPDFObjectHandle font)
     unsigned code = 0;
     if (differences.isArray())
         for (QPDFObjectHandle item : differences.aitems()) {
+            contents.countObject();
             if (item.isInteger())
                 code = static_cast<unsigned>(item.getIntValue() & 0xff);
             else if (item.isName())
@@ -293,8 +299,10 @@ void Font::readSimple(QPDFObjectHandle font)
     if (widths.isArray() && first.isInteger()) {
         m_otherWidth = number(font.getKey("/FontDescriptor").getKeyIfDict("/MissingWidth"), 0);
         long long at = first.getIntValue();
-        for (const QPDFObjectHandle& width : widths.aitems())
+        for (const QPDFObjectHandle& width : widths.aitems()) {
+            contents.countObject();
             m_widths[static_cast<unsigned>(at++ & 0xff)] = number(width, 0);
+        }
         return;
     }
     QPDFObjectHandle name = font.getKey("/BaseFont");
@@ -306,7 +314,7 @@ void Font::readSimple(QPDFObjectHandle font)
                 m_widths[at] = *width;
 }
 
-void Font::readComposite(QPDFObjectHandle font)
+void Font::readComposite(QPDFObjectHandle font, Contents& contents)
 {
     m_codeSize = 2;
     m_otherWidth = 1000;
@@ -325,13 +333,18 @@ void Font::readComposite(QPDFObjectHandle font)
         QPDFObjectHandle next = items[i + 1];
         std::uint64_t code = codeIn(first);
         if (next.isArray()) {
-            for (const QPDFObjectHandle& width : next.aitems())
-                m_widths[static_cast<unsigned>(code++)] = number(width, 0);
+            for (const QPDFObjectHandle& width : next.aitems()) {
+                contents.countObject();
+                if (m_widths.size() < mostMeanings)
+                    m_widths[static_cast<unsigned>(code++)] = number(width, 0);
+            }
             i += 2;
         } else {
             const std::uint64_t last = std::min<std::uint64_t>(codeIn(next), code + largestRange);
-            for (; i + 2 < items.size() && code <= last && m_widths.size() < mostMeanings; ++code)
+            for (; i + 2 < items.size() && code <= last && m_widths.size() < mostMeanings; ++code) {
+                contents.countObject();
                 m_widths[static_cast<unsigned>(code)] = number(items[i + 2], 0);
+            }
             i += 3;
         }
     }
@@ -339,7 +352,7 @@ void Font::readComposite(QPDFObjectHandle font)
 
 void Font::readMeanings(const QPDFObjectHandle& stream, Contents& contents)
 {
-    Meanings read;
+    Meanings read(contents);
     contents.parse(stream, read);
     if (m_codeSize == 2 && read.codeSize != 0 && read.codeSize != 2)
         m_isReadable = false;

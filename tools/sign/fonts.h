@@ -27,8 +27,8 @@ public:
     std::vector<Character> charactersOf(std::string_view text) const;
 
 private:
-    void readSimple(QPDFObjectHandle font);
-    void readComposite(QPDFObjectHandle font);
+    void readSimple(QPDFObjectHandle font, Contents& contents);
+    void readComposite(QPDFObjectHandle font, Contents& contents);
     void readMeanings(const QPDFObjectHandle& stream, Contents& contents);
 
     std::size_t m_codeSize = 1;

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -41,7 +40,6 @@ struct Reading
     const Page& page;
     Contents& contents;
     std::vector<Glyph> glyphs;
-    std::map<QPDFObjGen, std::shared_ptr<const Font>> fonts; // by their objects
     std::set<QPDFObjGen> openForms;
 };
 
@@ -211,14 +209,7 @@ private:
 
     std::shared_ptr<const Font> fontOf(QPDFObjectHandle font)
     {
-        if (!font.isDictionary())
-            return {};
-        if (!font.isIndirect())
-            return std::make_shared<Font>(font, m_reading.contents);
-        std::shared_ptr<const Font>& known = m_reading.fonts[font.getObjGen()];
-        if (!known)
-            known = std::make_shared<Font>(font, m_reading.contents);
-        return known;
+        return font.isDictionary() ? m_reading.contents.fontOf(font) : nullptr;
     }
 
     void drawForm(const QPDFObjectHandle& name)
@@ -271,7 +262,7 @@ bool isOneLine(const std::vector<Glyph>& glyphs, std::size_t first, std::size_t 
 
 std::vector<Glyph> textOf(const Page& page, Contents& contents)
 {
-    Reading reading{page, contents, {}, {}, {}};
+    Reading reading{page, contents, {}, {}};
     QPDFObjectHandle object = page.object;
     ContentReader reader(reading, inheritedValue(object, "/Resources"), {}, 0);
     contents.parse(object.getKey("/Contents"), reader);
@@ -294,7 +285,7 @@ std::string lettersOf(std::string text)
 std::string textOfForm(QPDFObjectHandle form, Contents& contents)
 {
     const Page page;
-    Reading reading{page, contents, {}, {}, {}};
+    Reading reading{page, contents, {}, {}};
     ContentReader reader(reading, form.getDict().getKey("/Resources"), {}, 0);
     contents.parse(form, reader);
     std::string text;
