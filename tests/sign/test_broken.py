@@ -15,6 +15,7 @@ import pytest
 
 import forging
 import writer
+from checks import run
 from keys import Keys
 from tool import IS_FULL_LENGTH, IS_SANITIZED, PROGRAM, Place, Tool, environment, listing, one_line
 from writer import Pdf, document, form
@@ -374,3 +375,18 @@ def test_a_damaged_ink(tool: Tool, tmp_path: Path) -> None:
         assert one_line(done) and listing(out) == []
 
 
+
+
+@pytest.mark.parametrize("separator", [b"", b"%\n", b" \0"])
+def test_readers_see_another_revision(tool: Tool, tmp_path: Path, separator: bytes) -> None:
+    """What is signed is what was looked at, or nothing."""
+    content = document()
+    first = int(content[content.rindex(b"startxref") + 9 :].split()[0])
+    whole = writer.appended(content, {7: writer.stream(b"BT /F1 40 Tf 100 500 Td (I owe you everything) Tj ET")})
+    at = whole.rindex(b"startxref")
+    second = int(whole[at + 9 :].split()[0])
+    original, output = tmp_path / "original.pdf", tmp_path / "signed.pdf"
+    original.write_bytes(whole[:at] + b"startxref\n%d\n%%%%EOF\nstartxref" % first + separator + b"%d\n" % second)
+    if tool.sign(original, output, PLACE, "ec").returncode == 0:
+        page = [run("qpdf", "--show-object=7", "--filtered-stream-data", file).stdout for file in (original, output)]
+        assert page[0] == page[1]

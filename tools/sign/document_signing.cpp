@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <map>
 #include <utility>
 
 namespace sign {
@@ -242,12 +243,31 @@ void DocumentSigning::addToForm(Revision& revision)
     revision.add(m_document.catalog().getObjGen(), catalog);
 }
 
+void DocumentSigning::refuseUnlessContinued(QPDF& written) const
+{
+    const std::map<QPDFObjGen, QPDFXRefEntry> after = written.getXRefTable();
+    for (const auto& [object, before] : m_document.file().getXRefTable()) {
+        const auto found = after.find(object);
+        const bool isThere = found != after.end();
+        if (isThere && found->second.getType() == 1 &&
+            static_cast<std::size_t>(found->second.getOffset()) >= m_document.bytes().size())
+            continue;
+        const bool isSame =
+            isThere && found->second.getType() == before.getType() &&
+            (before.getType() == 1 ? found->second.getOffset() == before.getOffset()
+                                   : found->second.getObjStreamNumber() == before.getObjStreamNumber());
+        if (!isSame)
+            throw Refusal{"the document cannot be continued: it contradicts itself"};
+    }
+}
+
 void DocumentSigning::refuseUnlessIn(const std::string& file) const
 {
     QPDF written;
     written.setSuppressWarnings(true);
     written.setAttemptRecovery(false);
     written.processFile(file.c_str(), m_document.password().c_str());
+    refuseUnlessContinued(written);
     QPDFObjectHandle annotations = written.getObject(m_page.object.getObjGen()).getKey("/Annots");
     bool isThere = false;
     if (annotations.isArray())

@@ -61,6 +61,8 @@ public:
     int page() const { return m_pageNumber; }
 
 private:
+    // What the revision does not change is what was read to decide whether it may be signed.
+    void refuseUnlessContinued(QPDF& written) const;
     void addToPage(Revision& revision);
     void addToForm(Revision& revision);
 

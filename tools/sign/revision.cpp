@@ -57,8 +57,13 @@ std::size_t lastCrossReference(std::string_view bytes)
     const std::size_t found = tail.rfind(word);
     std::size_t offset = 0;
     if (found != std::string_view::npos) {
-        const std::string_view number = tail.substr(afterBlanks(tail, found + word.size()));
-        std::from_chars(number.data(), number.data() + number.size(), offset);
+        const std::string_view rest = tail.substr(found + word.size());
+        const std::string_view number = rest.substr(afterBlanks(rest, 0));
+        const auto [end, fault] = std::from_chars(number.data(), number.data() + number.size(), offset);
+        // Some readers would look for another one where these are not words of their own.
+        if (fault != std::errc() || number.size() == rest.size() ||
+            (end != number.data() + number.size() && !isBlank(*end)))
+            offset = 0;
     }
     if (offset == 0 || offset >= bytes.size())
         throw Refusal{"the document is damaged: it does not tell where its cross-reference is"};
