@@ -2,10 +2,13 @@
 
 from __future__ import annotations
 
+import base64
+import json
 import os
 import signal
 import subprocess
 import time
+from datetime import datetime
 from pathlib import Path
 
 import pytest
@@ -157,6 +160,21 @@ def test_signs_on_the_pad(tool: Tool, tmp_path: Path, original: Path) -> None:
     assert done.returncode == 0, done.stderr
     tool.check(original.read_bytes(), out / "signed.pdf")
     assert listing(out) == ["signed.pdf"]
+
+
+def test_the_time_is_when_it_was_signed(tool: Tool, tmp_path: Path, original: Path) -> None:
+    """Not when the pad began to wait."""
+    out, (certificate, key) = tmp_path / "out", tool.keys.escrow("ec")
+    out.mkdir()
+    done = run(*with_pad(original, out, *tool.with_key("ec"), "--seal-ink", str(certificate)),
+               env=playing("initials.rec", SCRIBERA_SIM_RATE="1"))
+    assert done.returncode == 0, done.stderr
+    assert tool.run("unseal", out / "signed.pdf", "--key", key, "-o", tmp_path / "ink.txt").returncode == 0
+    points = base64.b64decode((tmp_path / "ink.txt").read_text())
+    first, last = (int.from_bytes(points[at + 16 : at + 24], "little") for at in (0, len(points) - 25))
+    assert last > first
+    told = json.loads(tool.run("verify", "--json", out / "signed.pdf").stdout)["signatures"][0]["time"]
+    assert datetime.fromisoformat(told).timestamp() >= last
 
 
 @pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP])

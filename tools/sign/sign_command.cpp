@@ -276,12 +276,19 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
         statement.name = keys.signer->name();
     const std::string bytes = readDocument(path);
     sign::Document document(bytes, documentPassword(parser));
-    sign::DocumentSigning signing(document, spot, keys.signer != nullptr,
-                                  static_cast<double>(pad.m_nAreaHeight) / pad.m_nAreaWidth,
-                                  linesOption(parser, statement));
+    const auto prepared = [&] {
+        return sign::DocumentSigning(document, spot, keys.signer != nullptr,
+                                     static_cast<double>(pad.m_nAreaHeight) / pad.m_nAreaWidth,
+                                     linesOption(parser, statement));
+    };
+    auto signing = std::make_unique<sign::DocumentSigning>(prepared());
 
     const QString inkPath = value(parser, "ink");
     const QByteArray inkText = source.driver ? takenInk(source) : readInput(inkPath);
+    if (source.driver) { // people take their time
+        statement.time = std::time(nullptr);
+        signing = std::make_unique<sign::DocumentSigning>(prepared());
+    }
     const CInkSnapshot points = inkOf(inkText, source.driver ? value(parser, "pad") : inkPath);
     std::optional<sign::Seal> seal;
     if (keys.signer)
@@ -292,14 +299,14 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
         sealInk = [&](std::string_view before) {
             return sign::sealInk(inkText.toStdString(), before, keys.inkCertificate);
         };
-    const std::string revision = signing.revision(drawnInk(points, source.pen), statement, seal, sealInk);
-    target.write({bytes, revision}, [&](const std::string& draft) { signing.refuseUnlessIn(draft); });
+    const std::string revision = signing->revision(drawnInk(points, source.pen), statement, seal, sealInk);
+    target.write({bytes, revision}, [&](const std::string& draft) { signing->refuseUnlessIn(draft); });
 
-    QString text = QStringLiteral("%1: page %2").arg(output).arg(signing.page());
+    QString text = QStringLiteral("%1: page %2").arg(output, QString::number(signing->page()));
     if (keys.signer)
         text +=
             QStringLiteral(", field %1, sealed by %2\n")
-                .arg(QString::fromStdString(signing.field()), QString::fromStdString(keys.signer->name()));
+                .arg(QString::fromStdString(signing->field()), QString::fromStdString(keys.signer->name()));
     else
         text +=
             QStringLiteral(", marked. This is no seal: without --certificate nothing shows later changes.\n");
