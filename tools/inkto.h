@@ -2,24 +2,14 @@
 #pragma once
 
 #include "ink/inkpoints.h"
+#include "inkdrawing.h"
 #include "model/padmodel.h"
 
 #include <QByteArray>
-#include <QColor>
-#include <QSize>
+#include <QString>
 
 // A few lines for people.
 QByteArray toInfo(const CInkSnapshot& ink);
-
-// How the strokes are drawn.
-struct Drawing
-{
-    const CPadModel& pad;
-    QSize size; // of the canvas, in pixels
-    int penWidth;
-    QColor color;
-    int dotsPerInch;
-};
 
 // The same file that the library saves for a canvas like this.
 QByteArray toSvg(const CInkSnapshot& ink, const Drawing& drawing);

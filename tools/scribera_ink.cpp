@@ -1,5 +1,6 @@
 // scribera-ink: looks into an ink packet stream and turns it into other forms, and these into it.
 
+#include "inkdrawing.h"
 #include "inkfile.h"
 #include "inkml.h"
 #include "inkpad.h"
@@ -98,9 +99,33 @@ void addDrawingOptions(QCommandLineParser& parser)
          QStringLiteral("3")},
         {QStringLiteral("color"), QStringLiteral("Ink as #rrggbb or by name, default black."),
          QStringLiteral("color"), QStringLiteral("black")},
-        {QStringLiteral("dpi"), QStringLiteral("Resolution, 150 or 300, default 150."), QStringLiteral("dpi"),
-         QStringLiteral("150")},
     });
+}
+
+void addResolution(QCommandLineParser& parser, const QString& description)
+{
+    parser.addOption({QStringLiteral("dpi"), description, QStringLiteral("dpi"), QStringLiteral("150")});
+}
+
+void addSvgOptions(QCommandLineParser& parser)
+{
+    addDrawingOptions(parser);
+    addResolution(parser, QStringLiteral("Resolution, 150 or 300, default 150."));
+    parser.addOption({QStringLiteral("compact"),
+                      QStringLiteral("A path a stroke, at 150 dots per inch, for a small file.")});
+}
+
+constexpr int LeastPngResolution = 30;
+constexpr int LargestPngResolution = 2400;
+
+void addPngOptions(QCommandLineParser& parser)
+{
+    addDrawingOptions(parser);
+    addResolution(parser,
+                  QStringLiteral("Resolution, %1 to %2, default 150. The canvas keeps the size on paper "
+                                 "that it has at 150: at 300 there are twice as many pixels each way.")
+                      .arg(LeastPngResolution)
+                      .arg(LargestPngResolution));
 }
 
 void addNoOptions(QCommandLineParser&) {}
@@ -133,11 +158,39 @@ Conversion prepareReading(const QCommandLineParser&)
     return toStream(mebibytes, convert);
 }
 
+Drawing drawingOptions(const QCommandLineParser& parser, int dotsPerInch)
+{
+    return {modelOption(parser), sizeOption(parser, 32767), penWidthOption(parser, "pen-width"),
+            colorOption(parser, "color"), dotsPerInch};
+}
+
+template <QByteArray (*convert)(const CInkSnapshot&, const Drawing&)>
+Conversion drawnBy(const Drawing& drawing)
+{
+    return fromStream([drawing](const CInkSnapshot& ink) { return convert(ink, drawing); });
+}
+
 Conversion prepareSvg(const QCommandLineParser& parser)
 {
-    const Drawing drawing{modelOption(parser), sizeOption(parser, 32767), penWidthOption(parser, "pen-width"),
-                          colorOption(parser, "color"), dpiOption(parser)};
-    return fromStream([drawing](const CInkSnapshot& ink) { return toSvg(ink, drawing); });
+    const Drawing drawing = drawingOptions(parser, dpiOption(parser));
+    if (!parser.isSet(QStringLiteral("compact")))
+        return drawnBy<toSvg>(drawing);
+    if (drawing.dotsPerInch != CanvasDotsPerInch)
+        throw UsageError{QStringLiteral("--compact does not go with --dpi %1").arg(drawing.dotsPerInch)};
+    return drawnBy<toCompactSvg>(drawing);
+}
+
+Conversion preparePng(const QCommandLineParser& parser)
+{
+    const int dotsPerInch = positiveNumber(parser.value(QStringLiteral("dpi")), LargestPngResolution);
+    if (dotsPerInch < LeastPngResolution)
+        throw UsageError{wrongValue(parser, "dpi", "a whole number of 30 to 2400")};
+    return drawnBy<toPng>(drawingOptions(parser, dotsPerInch));
+}
+
+Conversion preparePdf(const QCommandLineParser& parser)
+{
+    return drawnBy<toPdf>(drawingOptions(parser, CanvasDotsPerInch));
 }
 
 Conversion prepareRecording(const QCommandLineParser& parser)
@@ -176,7 +229,10 @@ constexpr Command Commands[] = {
      prepareAsItIs<toInfo>},
     {"to-json", "The points as JSON.", addNoOptions, prepareAsItIs<toJson>},
     {"to-csv", "The points as comma-separated values.", addNoOptions, prepareAsItIs<toCsv>},
-    {"to-svg", "The strokes as the library saves them: SVG.", addDrawingOptions, prepareSvg},
+    {"to-svg", "The strokes as the library saves them: SVG.", addSvgOptions, prepareSvg},
+    {"to-png", "The strokes as a picture of any resolution: PNG.", addPngOptions, preparePng},
+    {"to-pdf", "The strokes as vectors on a page of their canvas's size: PDF.", addDrawingOptions,
+     preparePdf},
     {"to-recording", "A recording that the simulated pad plays.", addModelOption, prepareRecording},
     {"to-inkml", "The points in the Ink Markup Language of the W3C.", addModelOption, prepareInkMl},
     {"to-iso19794-7", "The points as signature time series of ISO/IEC 19794-7:2007.", addIsoWritingOptions,

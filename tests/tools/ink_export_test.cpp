@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QImage>
 
 #include <dlfcn.h>
 
@@ -147,6 +148,48 @@ TEST_P(InkExportTest, SvgFollowsThePen)
     EXPECT_EQ(outputOf(drawing(m_family, {"--pen-width", "7", "--color", "#2040c0"}), stream).toStdString(),
               svg.toStdString());
     EXPECT_NE(outputOf(drawing(m_family, {}), stream), svg);
+}
+
+TEST_P(InkExportTest, ThePictureIsTheLibrarysPixelByPixel)
+{
+    sign(Signature);
+    ASSERT_EQ(m_family.setPenWidth(m_family.deviceType, 5), ARI_SUCCESS);
+    ASSERT_EQ(m_family.setPenColor(m_family.deviceType, 0x20, 0x40, 0xC0), ARI_SUCCESS);
+    sign(Signature);
+    const QByteArray png =
+        outputOf({"to-png", "--model", m_family.model, "--size",
+                  QStringLiteral("%1x%2").arg(Width).arg(Height), "--pen-width", "5", "--color", "#2040c0"},
+                 exportedStream());
+    const QString file = path("library.bmp");
+    std::wstring wide = file.toStdWString();
+    ASSERT_EQ(m_family.save(m_family.deviceType, EBITI_BITMAP, wide.data(), 0), ARI_SUCCESS);
+    const QImage drawn = QImage::fromData(png).convertToFormat(QImage::Format_RGB32);
+    const QImage saved = QImage(file).convertToFormat(QImage::Format_RGB32);
+    EXPECT_EQ(drawn.size(), QSize(Width, Height));
+    EXPECT_EQ(drawn, saved);
+    EXPECT_EQ(drawn.dotsPerMeterX(), saved.dotsPerMeterX());
+}
+
+TEST_P(InkExportTest, ARecordingBecomesTheStreamThatThePadMakesOfIt)
+{
+    sign(Signature);
+    const QString recording =
+        write("again.rec", outputOf({"to-recording", "--model", m_family.model}, exportedStream()));
+    sign(recording);
+    const std::vector<_PACKETS> stored = exportedPoints();
+    const QList<QByteArray> lines =
+        outputOf({"to-csv"}, outputOf({"from-recording", recording}, {})).split('\n');
+    ASSERT_EQ(static_cast<std::size_t>(lines.size()), stored.size() + 2);
+    for (std::size_t index = 0; index < stored.size(); ++index) {
+        const _PACKETS& point = stored[index];
+        const QList<QByteArray> fields = lines[static_cast<int>(index) + 1].split(',');
+        ASSERT_EQ(fields[3].toInt(), point.ucStatus) << index;
+        if (point.ucStatus == 1)
+            continue; // the library repeats the point before it, whatever the lifted pen tells
+        ASSERT_EQ(fields[0].toInt(), point.usX) << index;
+        ASSERT_EQ(fields[1].toInt(), point.sY) << index;
+        ASSERT_EQ(fields[2].toInt(), point.sPressure) << index;
+    }
 }
 
 TEST_P(InkExportTest, TheRecordingPlaysTheSamePointsAgain)

@@ -11,9 +11,10 @@ class InkUsageTest : public InkToolTest
 {
 };
 
-const QStringList CommandNames = {"info",         "to-json",        "to-csv",        "to-svg",
-                                  "to-recording", "to-inkml",       "to-iso19794-7", "from-json",
-                                  "from-csv",     "from-recording", "from-inkml",    "from-iso19794-7"};
+const QStringList CommandNames = {"info",     "to-json",        "to-csv",     "to-svg",         "to-png",
+                                  "to-pdf",   "to-recording",   "to-inkml",   "to-iso19794-7",  "from-json",
+                                  "from-csv", "from-recording", "from-inkml", "from-iso19794-7"};
+const QStringList DrawingCommands = {"to-svg", "to-png", "to-pdf"};
 
 void expectWrongUsage(const QStringList& arguments, const std::string& reason)
 {
@@ -45,14 +46,15 @@ TEST_F(InkUsageTest, HelpOfACommandNamesItsOptions)
         EXPECT_TRUE(help.contains(command.toLatin1()));
         EXPECT_TRUE(help.contains("--output"));
         const bool isIso = command.endsWith("iso19794-7");
-        const bool takesModel =
-            isIso || command == "to-svg" || command == "to-recording" || command == "to-inkml";
-        EXPECT_EQ(help.contains("--compact"), isIso);
+        const bool draws = DrawingCommands.contains(command);
+        const bool takesModel = isIso || draws || command == "to-recording" || command == "to-inkml";
+        EXPECT_EQ(help.contains("--compact"), isIso || command == "to-svg");
         EXPECT_EQ(help.contains("--units-per-mm"), command == "to-iso19794-7");
         EXPECT_EQ(help.contains("--model"), takesModel);
         EXPECT_EQ(help.contains("K421B"), takesModel);
-        for (const char* option : {"--size", "--pen-width", "--color", "--dpi"})
-            EXPECT_EQ(help.contains(option), command == "to-svg") << option;
+        for (const char* option : {"--size", "--pen-width", "--color"})
+            EXPECT_EQ(help.contains(option), draws) << option;
+        EXPECT_EQ(help.contains("--dpi"), command == "to-svg" || command == "to-png");
     }
 }
 
@@ -90,7 +92,7 @@ TEST_F(InkUsageTest, TheModelHasToBeNamed)
     QStringList names;
     for (const CPadModel* model : AllPads())
         names += model->m_pszName;
-    for (const char* command : {"to-svg", "to-recording"}) {
+    for (const char* command : {"to-svg", "to-png", "to-pdf", "to-recording"}) {
         expectWrongUsage({command}, "--model is missing");
         for (const QString model : {"K999", "SCSCK210", "SC", "k210", "scK210", "K421", "K421H", "K210_"})
             expectWrongUsage({command, "--model", model},
@@ -115,6 +117,11 @@ TEST_F(InkUsageTest, WrongDrawings)
     for (const QString dpi : {"0", "151", "600", "150.0"})
         expectWrongUsage(command + QStringList{"--dpi", dpi},
                          "--dpi " + dpi.toStdString() + " is not 150 or 300");
+    expectWrongUsage(command + QStringList{"--compact", "--dpi", "300"},
+                     "--compact does not go with --dpi 300");
+    for (const QString dpi : {"0", "29", "2401", "150.0"})
+        expectWrongUsage({"to-png", "--model", "T580", "--dpi", dpi},
+                         "--dpi " + dpi.toStdString() + " is not a whole number of 30 to 2400");
 }
 
 TEST_F(InkUsageTest, WrongOptionsAreToldBeforeAnythingIsRead)

@@ -4,6 +4,8 @@
 #include "random.h"
 #include "support.h"
 
+#include <QDir>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -45,6 +47,8 @@ CInkSnapshot randomSignature(const CPadModel& pad, std::uint64_t seed)
     Dice dice(seed);
     CInkPointList points;
     _POINTDATA point{};
+    point.usX = static_cast<std::uint16_t>(pad.m_nPadOriginX);
+    point.sY = static_cast<std::int16_t>(pad.m_nPadOriginY);
     const auto held = [](double value, int first, int size) {
         return std::clamp(static_cast<int>(std::lround(value)), first, first + size - 1);
     };
@@ -53,18 +57,21 @@ CInkSnapshot randomSignature(const CPadModel& pad, std::uint64_t seed)
         double x = static_cast<double>(pad.m_nPadOriginX + dice.from(0, pad.m_nAreaWidth));
         double y = static_cast<double>(pad.m_nPadOriginY + dice.from(0, pad.m_nAreaHeight));
         const double stride = pad.m_nAreaWidth / 100.0;
+        double pressure = dice.from(1, 20) / 100.0; // of the highest
         double alongX = dice.bell() * stride;
         double alongY = dice.bell() * stride;
         const std::int64_t count = dice.from(dice.oneIn(10) ? 0 : 1, 80);
         for (std::int64_t number = 0; number < count; ++number) {
             point.usX = static_cast<std::uint16_t>(held(x, pad.m_nPadOriginX, pad.m_nAreaWidth));
             point.sY = static_cast<std::int16_t>(held(y, pad.m_nPadOriginY, pad.m_nAreaHeight));
-            point.sPressure = static_cast<std::int16_t>(dice.from(1, pad.m_nInitialMaxPressure));
+            point.sPressure = static_cast<std::int16_t>(
+                std::clamp<double>(pressure * pad.m_nInitialMaxPressure, 1, pad.m_nInitialMaxPressure));
             point.ucStatus = kStatusOnStroke;
             points.Append(point);
             point.llTick += dice.from(0, 9);
             alongX = 0.8 * alongX + 0.4 * dice.bell() * stride;
             alongY = 0.8 * alongY + 0.4 * dice.bell() * stride;
+            pressure += 0.1 * (0.5 - pressure) + 0.02 * dice.bell();
             x += alongX;
             y += alongY;
         }
@@ -74,8 +81,7 @@ CInkSnapshot randomSignature(const CPadModel& pad, std::uint64_t seed)
         }
         point.llTick += dice.from(20, 1500);
     }
-    const CInkSnapshot ink = points.Snapshot();
-    return ink;
+    return points.Snapshot();
 }
 
 CInkSnapshot randomPoints(std::uint64_t seed)
@@ -99,9 +105,19 @@ CInkSnapshot randomPoints(std::uint64_t seed)
     return points.Snapshot();
 }
 
-CInkSnapshot recordedSignature(const QString& file)
+const CPadModel& padOf(std::uint64_t seed)
 {
-    return fromRecording(contentOf(file), file);
+    return *AllPads()[seed % AllPads().size()];
+}
+
+std::vector<CInkSnapshot> recordedSignatures()
+{
+    std::vector<CInkSnapshot> signatures;
+    const QDir folder(QStringLiteral(SCRIBERA_RECORDINGS));
+    for (const QString& name : folder.entryList({QStringLiteral("*.rec")}, QDir::Files))
+        signatures.push_back(fromRecording(contentOf(folder.filePath(name)), name));
+    EXPECT_GE(signatures.size(), 3U);
+    return signatures;
 }
 
 std::string difference(const CInkSnapshot& one, const CInkSnapshot& other)

@@ -9,7 +9,6 @@
 #include "signatures.h"
 #include "support.h"
 
-#include <QDir>
 #include <QProcess>
 
 #include <array>
@@ -18,21 +17,6 @@
 namespace {
 
 constexpr std::uint64_t Signatures = 500;
-
-const CPadModel& padOf(std::uint64_t seed)
-{
-    return *AllPads()[seed % AllPads().size()];
-}
-
-std::vector<CInkSnapshot> recordedSignatures()
-{
-    std::vector<CInkSnapshot> signatures;
-    const QDir folder(QStringLiteral(SCRIBERA_RECORDINGS));
-    for (const QString& file : folder.entryList({QStringLiteral("*.rec")}, QDir::Files))
-        signatures.push_back(recordedSignature(folder.filePath(file)));
-    EXPECT_GE(signatures.size(), 3U);
-    return signatures;
-}
 
 // Runs the check with 500 random signatures, each of a pad of its own, and with the recordings, which are all
 // of one.
