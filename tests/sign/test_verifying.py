@@ -44,6 +44,17 @@ def test_trust(tool: Tool, tmp_path: Path) -> None:
     assert "trust" in text.stdout
 
 
+@pytest.mark.parametrize("digest", ["sha1", "md5", "sha256"])
+def test_issued_with_a_digest_that_can_be_forged(tool: Tool, tmp_path: Path, digest: str) -> None:
+    keys, name, file = tool.keys, f"issued-{digest}", tmp_path / "signed.pdf"
+    certificate = keys.certificate(name, "ec")
+    keys.openssl("x509", "-req", f"-{digest}", "-in", keys.folder / f"{name}.csr", "-CA", keys.authority, "-CAkey",
+                 keys.folder / "root.key", "-days", "20", "-extfile", keys.folder / f"{name}.ext", "-out", certificate)
+    file.write_bytes(signed(keys, name=name))
+    assert said(tool, file)[0] == 0
+    assert said(tool, file, "--trust", keys.authority)[0] == (0 if digest == "sha256" else 1)
+
+
 @pytest.mark.parametrize("kind", [None, "rsa", "ec"])
 def test_what_is_told(tool: Tool, tmp_path: Path, kind: str | None) -> None:
     """The same in both forms; a document without a signature is not valid."""

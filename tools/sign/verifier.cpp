@@ -19,6 +19,7 @@ namespace sign {
 
 namespace {
 
+constexpr int safeLevel = 2; // of OpenSSL's: no SHA-1 and no RSA keys below 2048 bits in a chain
 constexpr std::size_t fewSignatures = 50;
 constexpr std::size_t mostBytes = std::size_t{1} << 32; // that all signatures together cover
 
@@ -209,6 +210,7 @@ public:
         if (!m_store)
             throw std::bad_alloc();
         X509_STORE_set_flags(m_store.get(), X509_V_FLAG_PARTIAL_CHAIN);
+        X509_VERIFY_PARAM_set_auth_level(X509_STORE_get0_param(m_store.get()), safeLevel);
         const Owned<BIO> bio = reader(pem);
         int count = 0;
         while (const Owned<X509> certificate{PEM_read_bio_X509(bio.get(), nullptr, nullptr, nullptr)})
