@@ -226,12 +226,14 @@ def test_interrupted_at_any_moment(tool: Tool, tmp_path: Path, original: Path) -
     assert -signal.SIGINT in outcomes
 
 
-@pytest.mark.parametrize(("settings", "code"), [({"SCRIBERA_SIM_KEY": "cancel"}, 3),
+@pytest.mark.parametrize(("settings", "code"), [({"SCRIBERA_SIM_KEY": "cancel"}, 3), ({"SCRIBERA_SIM_KEY": ""}, 4),
                                                  ({"SCRIBERA_SIM_MODEL": "SCT580"}, 1)])
 def test_no_signature_comes(tool: Tool, tmp_path: Path, original: Path, settings: dict[str, str], code: int) -> None:
+    """The person declines or walks away; the pad is another one."""
     out = tmp_path / "out"
     out.mkdir()
-    done = run(*with_pad(original, out, *tool.with_key("rsa")), env={**playing("initials.rec"), **settings})
+    done = run(*with_pad(original, out, *tool.with_key("rsa")), "--timeout", "3",
+               env={**playing("initials.rec"), **settings})
     assert done.returncode == code, done.stderr
     assert listing(out) == []
 
