@@ -127,9 +127,11 @@ Signer::Signer(std::string_view pkcs12, const std::string& password)
         return ERR_GET_REASON(ERR_peek_last_error()) == PKCS12_R_MAC_VERIFY_FAILURE;
     };
     // Many programs still write files with ciphers that OpenSSL keeps apart.
-    if (!isRead && !isPasswordWrong() && OSSL_PROVIDER_try_load(nullptr, "legacy", 1)) {
+    if (OSSL_PROVIDER* const old =
+            isRead || isPasswordWrong() ? nullptr : OSSL_PROVIDER_try_load(nullptr, "legacy", 1)) {
         ERR_clear_error();
         isRead = container.parse(password, &key, &certificate, &issuers);
+        OSSL_PROVIDER_unload(old);
     }
     if (!isRead) {
         if (isPasswordWrong())
