@@ -53,7 +53,7 @@ build_packages=(g++ gcc libc6-dev cmake ninja-build pkg-config qtbase5-dev libqt
     libboost1.81-dev libssl-dev libqpdf-dev)
 test_packages=(libgtest-dev libgmock-dev binutils clang-format
     locales python3 python3-venv python3-setuptools python3-wheel python3-pytest mypy
-    python3-websockets python3-jsonschema openssl
+    python3-websockets python3-jsonschema python3-numpy python3-pil openssl
     xvfb xauth fonts-dejavu-core imagemagick libxml2-utils poppler-utils umockdev libumockdev-dev)
 browser_packages=(chromium firefox-esr fonts-dejavu-core imagemagick openssl)
 

@@ -9,6 +9,8 @@ from dataclasses import dataclass
 from pathlib import Path
 from time import monotonic
 
+from scribera import Model
+
 DOWN, MOVE, UP, CANCEL_KEY, CONFIRM_KEY = range(5)
 
 Sample = tuple[int, int, int, int]
@@ -27,16 +29,16 @@ class Area:
     parts_version: str
 
 
-AREAS = {
+AREAS: dict[Model, Area] = {
     "K210": Area(160, 220, 2360, 1430, 2048, "K210", "SCK210"),
     "K420": Area(200, 200, 2300, 1300, 2048, "K420", "SCK420"),
     "K421B": Area(2050, 1750, 21170, 11490, 2048, "K421H", "SCK421B"),
     "KM730": Area(550, 180, 29870, 20120, 8192, "KM730", "SCKM730"),
     "T580": Area(550, 180, 29870, 20120, 8192, "T580", "SCT580"),
 }
-MODELS = list(AREAS)
-WITH_SCREEN = ["K210", "K420", "K421B"]
-WITHOUT_SCREEN = ["KM730", "T580"]
+MODELS: list[Model] = list(AREAS)
+WITH_SCREEN: list[Model] = ["K210", "K420", "K421B"]
+WITHOUT_SCREEN: list[Model] = ["KM730", "T580"]
 
 
 class RawSample(ctypes.Structure):
@@ -91,7 +93,7 @@ class Simulator:
         self.wait_idle()
 
 
-def diagonal(model: str, moves: int = 60) -> list[Sample]:
+def diagonal(model: Model, moves: int = 60) -> list[Sample]:
     """One stroke across the writing area."""
     area = AREAS[model]
 
@@ -103,13 +105,13 @@ def diagonal(model: str, moves: int = 60) -> list[Sample]:
     return [at(0, DOWN), *(at(step, MOVE) for step in range(1, moves + 1)), at(moves + 1, UP)]
 
 
-def tap(model: str) -> list[Sample]:
+def tap(model: Model) -> list[Sample]:
     area = AREAS[model]
     place = area.left + area.width // 2, area.top + area.height // 2
     return [(*place, 100, DOWN), (*place, 100, UP)]
 
 
-def recording_of(model: str, folder: Path) -> Path:
+def recording_of(model: Model, folder: Path) -> Path:
     """The diagonal as a file that the simulated pad plays."""
     area = AREAS[model]
     lines = [

@@ -4,11 +4,21 @@ from __future__ import annotations
 
 import inspect
 from collections.abc import Callable
+from typing import get_args
 
 import pytest
 
 import scribera
-from scribera import DriverError, InvalidParametersError, Pad, ScriberaError, UnsupportedError
+from scribera import (
+    FAMILIES,
+    DriverError,
+    InvalidParametersError,
+    Model,
+    Pad,
+    ScriberaError,
+    UnsupportedError,
+    model_named,
+)
 from simulator import MODELS, WITH_SCREEN, WITHOUT_SCREEN, Simulator, diagonal
 
 
@@ -36,7 +46,7 @@ SCREEN_CALLS: list[tuple[str, Callable[[Pad], object]]] = [
 
 @pytest.mark.parametrize("code", [-1, -2, -8, 5])
 @pytest.mark.parametrize("model", MODELS)
-def test_the_drivers_codes_are_passed_on(model: str, code: int, simulator: Simulator) -> None:
+def test_the_drivers_codes_are_passed_on(model: Model, code: int, simulator: Simulator) -> None:
     with Pad(model) as pad:
         for entry_point, operation in DRIVER_CALLS + (SCREEN_CALLS if model in WITH_SCREEN else []):
             before = simulator.call_count(entry_point)
@@ -65,7 +75,7 @@ def test_what_the_driver_fails_at_is_done_here(simulator: Simulator) -> None:
 
 
 @pytest.mark.parametrize("model", WITHOUT_SCREEN)
-def test_pads_without_a_screen_say_so(model: str) -> None:
+def test_pads_without_a_screen_say_so(model: Model) -> None:
     with Pad(model) as pad:
         for entry_point, operation in SCREEN_CALLS:
             with pytest.raises(UnsupportedError, match=f"SC{model}_.* not exist: only K210, K420, K421B "):
@@ -73,7 +83,7 @@ def test_pads_without_a_screen_say_so(model: str) -> None:
 
 
 @pytest.mark.parametrize("model", WITH_SCREEN)
-def test_the_screen_is_switched(model: str, simulator: Simulator) -> None:
+def test_the_screen_is_switched(model: Model, simulator: Simulator) -> None:
     with Pad(model) as pad:
         for on in (False, True):
             pad.set_screen(on)
@@ -212,10 +222,19 @@ def test_a_size_that_is_none_opens_nothing(size: tuple[int, int], simulator: Sim
 def test_an_unknown_model_is_refused() -> None:
     for model in ("", "SC", "K211", "k210", "SCSCK210", "SCSCK421B"):
         with pytest.raises(InvalidParametersError, match=f"no model '{model}'; there are K210, K420, K421B"):
-            Pad(model)
+            Pad(model)  # type: ignore[arg-type]
+        with pytest.raises(InvalidParametersError, match=f"no model '{model}'; there are K210, K420, K421B"):
+            model_named(model)
+
+
+@pytest.mark.parametrize("model", get_args(Model))
+def test_every_name_of_a_model_opens_it(model: Model) -> None:
+    assert model_named(model) == model.removeprefix("SC") in FAMILIES
+    with Pad(model) as pad:
+        assert pad.model == model_named(model)
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_the_pads_own_name_of_the_model_is_understood(model: str) -> None:
-    with Pad("SC" + model) as pad:
+def test_the_pads_own_name_of_the_model_is_understood(model: Model) -> None:
+    with Pad(model_named("SC" + model)) as pad:
         assert pad.model == model and pad.info.connected

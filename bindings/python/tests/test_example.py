@@ -12,7 +12,7 @@ from pathlib import Path
 import pytest
 
 from pictures import read_png
-from scribera import read_ink
+from scribera import Model, read_ink
 from simulator import MODELS, recording_of
 
 
@@ -37,7 +37,7 @@ def example() -> str:
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_a_confirmed_signature_is_saved(model: str, folder: Path) -> None:
+def test_a_confirmed_signature_is_saved(model: Model, folder: Path) -> None:
     recording = recording_of(model, folder)
     run = sign(model, "-o", "out", SCRIBERA_SIM_RECORDING=str(recording), SCRIBERA_SIM_KEY="confirm")
     assert run.returncode == 0, run

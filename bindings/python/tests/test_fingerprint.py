@@ -7,7 +7,7 @@ from pathlib import Path
 import pytest
 
 from pictures import jpeg_size, read_bmp, read_png
-from scribera import ImageType, InvalidParametersError, NothingThereError, Pad, UnsupportedError
+from scribera import ImageType, InvalidParametersError, Model, NothingThereError, Pad, UnsupportedError
 from simulator import Simulator, diagonal, wait_until
 
 RED = (255, 0, 0)
@@ -83,7 +83,7 @@ def test_bad_places_and_types_are_refused() -> None:
 
 
 @pytest.mark.parametrize("model", ["K210", "K420", "KM730", "T580"])
-def test_other_pads_have_no_fingerprint(model: str) -> None:
+def test_other_pads_have_no_fingerprint(model: Model) -> None:
     with Pad(model) as pad:
         with pytest.raises(UnsupportedError):
             pad.place_fingerprint((100, 100), (0, 0, 10, 10))

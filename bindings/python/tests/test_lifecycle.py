@@ -24,6 +24,7 @@ from scribera import (
     DriverError,
     ImageType,
     LibraryError,
+    Model,
     NoPadError,
     Pad,
     PadBusyError,
@@ -34,7 +35,7 @@ from simulator import AREAS, MODELS, Simulator, diagonal, recording_of, wait_unt
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_opens_and_closes_every_pad(model: str, simulator: Simulator) -> None:
+def test_opens_and_closes_every_pad(model: Model, simulator: Simulator) -> None:
     with Pad(model, size=(300, 200)) as pad:
         assert (pad.model, pad.size, pad.closed, len(pad)) == (model, (300, 200), False, 0)
         assert simulator.last_argument("Initial") == FAMILIES[model].device_type
@@ -47,7 +48,7 @@ def test_opens_and_closes_every_pad(model: str, simulator: Simulator) -> None:
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_tells_what_the_pad_is(model: str) -> None:
+def test_tells_what_the_pad_is(model: Model) -> None:
     area = AREAS[model]
     with Pad(model) as pad:
         info = pad.info
@@ -112,6 +113,8 @@ OPERATIONS: list[Callable[[Pad], object]] = [
     lambda pad: pad[0:1],
     lambda pad: list(pad),
     lambda pad: pad.strokes(),
+    lambda pad: pad.array(),
+    lambda pad: pad.to_pil(),
     lambda pad: pad.save("signature.png"),
     lambda pad: pad.png(),
     lambda pad: pad.jpeg(),
@@ -353,7 +356,7 @@ def test_a_driver_that_does_not_start_is_no_pad(simulator: Simulator) -> None:
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_another_pad_is_no_pad(model: str, monkeypatch: pytest.MonkeyPatch) -> None:
+def test_another_pad_is_no_pad(model: Model, monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setenv("SCRIBERA_SIM_MODEL", "SCX999")
     with pytest.raises(NoPadError, match=f"The pad is no {model}: it calls itself 'SCX999', with result 0"):
         Pad(model)

@@ -11,14 +11,14 @@ from pathlib import Path
 import pytest
 
 from pictures import jpeg_size, read_bmp, read_png
-from scribera import ImageType, InvalidParametersError, NothingThereError, Pad, ScriberaError
+from scribera import ImageType, InvalidParametersError, Model, NothingThereError, Pad, ScriberaError
 from simulator import MODELS, Simulator, diagonal, tap
 
 SIZE = (160, 90)
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_all_forms_show_the_same_picture(model: str, simulator: Simulator) -> None:
+def test_all_forms_show_the_same_picture(model: Model, simulator: Simulator) -> None:
     with Pad(model, size=SIZE) as pad:
         pad.pressure = False  # the pen is 3 pixels wide throughout
         simulator.send(diagonal(model))
@@ -45,7 +45,7 @@ def test_all_forms_show_the_same_picture(model: str, simulator: Simulator) -> No
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_clipping_keeps_the_ink_and_its_margins(model: str, simulator: Simulator) -> None:
+def test_clipping_keeps_the_ink_and_its_margins(model: Model, simulator: Simulator) -> None:
     with Pad(model, size=SIZE) as pad:
         simulator.send(diagonal(model))
         whole = read_png(pad.png())
@@ -116,7 +116,7 @@ def test_the_ink_is_saved_as_text(simulator: Simulator) -> None:
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_svg_and_pdf_are_documents(model: str, simulator: Simulator) -> None:
+def test_svg_and_pdf_are_documents(model: Model, simulator: Simulator) -> None:
     with Pad(model, size=SIZE) as pad:
         pad.pen_color = (1, 2, 200)
         simulator.send(diagonal(model))
@@ -163,7 +163,7 @@ EXPORTS: list[Callable[[Pad, tuple[int, int] | None], object]] = [
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_without_ink_there_is_no_picture(model: str, simulator: Simulator) -> None:
+def test_without_ink_there_is_no_picture(model: Model, simulator: Simulator) -> None:
     with Pad(model, size=SIZE) as pad:
         for export in EXPORTS:
             for clip in (None, (5, 5)):

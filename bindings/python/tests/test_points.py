@@ -14,6 +14,7 @@ from scribera import (
     InkPoint,
     InvalidParametersError,
     LivePoint,
+    Model,
     NothingThereError,
     Pad,
     read_ink,
@@ -33,7 +34,7 @@ def numbers(point: InkPoint) -> tuple[int, int, int, bool]:
     return point.x, point.y, point.pressure, point.is_stroke_end
 
 
-def live(model: str, samples: list[Sample]) -> list[LivePoint]:
+def live(model: Model, samples: list[Sample]) -> list[LivePoint]:
     area = AREAS[model]
 
     def scaled(value: int, origin: int, size: int) -> int:
@@ -45,7 +46,7 @@ def live(model: str, samples: list[Sample]) -> list[LivePoint]:
     ]
 
 
-def edges(model: str) -> list[Sample]:
+def edges(model: Model) -> list[Sample]:
     """The corners of the writing area and places outside it."""
     area = AREAS[model]
     right, bottom = area.left + area.width, area.top + area.height
@@ -59,7 +60,7 @@ def edges(model: str) -> list[Sample]:
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_stored_points_are_what_the_pen_did(model: str, simulator: Simulator) -> None:
+def test_stored_points_are_what_the_pen_did(model: Model, simulator: Simulator) -> None:
     samples = diagonal(model) + edges(model) + tap(model)
     with Pad(model) as pad:
         simulator.send(samples)
@@ -70,7 +71,7 @@ def test_stored_points_are_what_the_pen_did(model: str, simulator: Simulator) ->
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_live_points_are_scaled_to_the_writing_area(model: str, simulator: Simulator) -> None:
+def test_live_points_are_scaled_to_the_writing_area(model: Model, simulator: Simulator) -> None:
     arrived: list[LivePoint] = []
     samples = diagonal(model) + edges(model)
     with Pad(model, on_point=arrived.append):
@@ -136,7 +137,9 @@ def test_times_are_given_as_text(simulator: Simulator) -> None:
     before = datetime.now() - timedelta(seconds=2)
     with Pad("K420") as pad:
         simulator.send(diagonal("K420"))
-        for point, record in zip(pad, read_ink(pad.ink()), strict=True):
+        records = read_ink(pad.ink())
+        assert len(records) == len(pad)
+        for point, record in zip(pad, records):
             assert re.fullmatch(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}", point.time)
             assert datetime.fromisoformat(point.time[:19]) == datetime.fromtimestamp(record.seconds)
             assert int(point.time[-3:]) == record.tick % 1000
@@ -153,7 +156,7 @@ def test_clear_empties_the_points(simulator: Simulator) -> None:
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_ink_comes_back_as_it_went(model: str, simulator: Simulator) -> None:
+def test_ink_comes_back_as_it_went(model: Model, simulator: Simulator) -> None:
     samples = diagonal(model) + [
         (40000, -5, 3, DOWN),
         (65535, 32767, 4, MOVE),

@@ -11,11 +11,11 @@ from time import sleep
 import pytest
 
 from pictures import read_png
-from scribera import LivePoint, Pad, PadBusyError, PadClosedError, Status, read_ink
+from scribera import LivePoint, Model, Pad, PadBusyError, PadClosedError, Status, read_ink
 from simulator import AREAS, DOWN, MODELS, MOVE, UP, Sample, Simulator, diagonal, wait_until
 
 
-def scribble(model: str, count: int) -> list[Sample]:
+def scribble(model: Model, count: int) -> list[Sample]:
     """Strokes of a hundred samples, no two points at one place in a row."""
     area, chance = AREAS[model], random.Random(1)
     samples: list[Sample] = []
@@ -27,7 +27,7 @@ def scribble(model: str, count: int) -> list[Sample]:
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_a_hundred_thousand_samples_while_the_host_polls(model: str, simulator: Simulator) -> None:
+def test_a_hundred_thousand_samples_while_the_host_polls(model: Model, simulator: Simulator) -> None:
     count = 100_000
     samples = scribble(model, count)
     arrived = 0
@@ -71,7 +71,7 @@ def test_exports_in_the_middle_of_the_signing(simulator: Simulator) -> None:
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_callbacks_use_the_pad(model: str, simulator: Simulator) -> None:
+def test_callbacks_use_the_pad(model: Model, simulator: Simulator) -> None:
     samples = diagonal(model)
     lengths: list[int] = []
     results: list[object] = []
@@ -140,7 +140,7 @@ def test_host_threads_take_turns(simulator: Simulator) -> None:
 
 
 @pytest.mark.parametrize("model", MODELS)
-def test_close_while_samples_stream(model: str, simulator: Simulator) -> None:
+def test_close_while_samples_stream(model: Model, simulator: Simulator) -> None:
     """The library waits in the close for the thread that waits for the interpreter in the callback."""
     for repetition in range(30):
         arrived = 0

@@ -29,9 +29,10 @@ from ._errors import (
     ScriberaError,
     UnsupportedError,
 )
-from ._native import FAMILIES, Family, enable_log, let_workers_wait
+from ._families import Model
+from ._native import FAMILIES, Family, enable_log, let_workers_wait, model_named
 from ._pad import Pad
-from ._types import DecodedPoint, ImageType, InkPoint, InkRecord, LivePoint, PadInfo, Status, read_ink
+from ._types import DecodedPoint, ImageType, InkPoint, InkRecord, LivePoint, PadInfo, Status, ink_array, read_ink
 
 __version__ = "3.1.0"
 
@@ -48,6 +49,7 @@ __all__ = [
     "InvalidParametersError",
     "LibraryError",
     "LivePoint",
+    "Model",
     "NoPadError",
     "NothingThereError",
     "Pad",
@@ -59,7 +61,9 @@ __all__ = [
     "Status",
     "UnsupportedError",
     "enable_log",
+    "ink_array",
     "let_workers_wait",
+    "model_named",
     "read_ink",
     "sign_pdf",
 ]

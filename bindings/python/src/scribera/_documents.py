@@ -7,12 +7,14 @@ import os
 import subprocess
 from collections.abc import Iterator, Sequence
 from contextlib import ExitStack, contextmanager
+from typing import Union
 
 from ._errors import DocumentError, InvalidParametersError
+from ._families import Model
 
 _WRONG_USAGE = 2
 
-StrPath = str | os.PathLike[str]
+StrPath = Union[str, "os.PathLike[str]"]
 
 
 def sign_pdf(
@@ -25,7 +27,7 @@ def sign_pdf(
     after: str | None = None,
     width: float | None = None,
     field: str | None = None,
-    model: str = "K210",
+    model: Model = "K210",
     pen_width: int = 3,
     pen_color: str = "black",
     show: Sequence[str] = (),

@@ -1,5 +1,7 @@
 """The exceptions of the package: one for each way in which a call can fail."""
 
+from __future__ import annotations
+
 
 class ScriberaError(Exception):
     """Base of all exceptions of this package.

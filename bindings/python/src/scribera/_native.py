@@ -21,12 +21,12 @@ from ctypes import (
     c_void_p,
     c_wchar_p,
 )
-from dataclasses import dataclass
 from enum import Enum, auto
-from typing import Any
+from typing import Any, cast
 
-from ._errors import LibraryError
-from ._families import ROWS
+from ._dataclass import dataclass
+from ._errors import InvalidParametersError, LibraryError
+from ._families import ROWS, Model
 
 SUCCESS = 0
 REFUSED = -1
@@ -52,27 +52,36 @@ class Packet(ctypes.Structure):
     ]
 
 
-@dataclass(frozen=True, slots=True)
+@dataclass(frozen=True)
 class Family:
     """One pad model's family of functions: what the models differ in."""
 
-    model: str
+    model: Model
     prefix: str
     device_type: int
     has_screen: bool  # and a pen id
     has_fingerprint: bool
 
 
-FAMILIES: dict[str, Family] = {
+FAMILIES: dict[Model, Family] = {
     model: Family(model, f"SC{model}_", device_type, has_screen, has_fingerprint)
     for model, device_type, has_screen, has_fingerprint in ROWS
 }
 """The supported pads by model name."""
 
 
-def family_named(model: str) -> Family | None:
+def family_named(model: str) -> Family:
     """Pads and functions put an "SC" before the model's name; people may too."""
-    return FAMILIES.get(str(model).removeprefix("SC"))
+    family = FAMILIES.get(cast(Model, str(model).removeprefix("SC")))
+    if family is None:
+        raise InvalidParametersError(f"no model {model!r}; there are {', '.join(FAMILIES)}")
+    return family
+
+
+def model_named(name: str) -> Model:
+    """The model of that name, of which a type checker knows that it is one; for names that come from a
+    person or a file. Raises :class:`scribera.InvalidParametersError` when there is none."""
+    return family_named(name).model
 
 
 class Needs(Enum):
@@ -90,7 +99,7 @@ class Needs(Enum):
         }[self]
 
 
-@dataclass(frozen=True, slots=True)
+@dataclass(frozen=True)
 class Prototype:
     """One function: its result, its arguments after the device type, and what the package has to know."""
 

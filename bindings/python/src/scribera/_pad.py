@@ -5,9 +5,11 @@ from __future__ import annotations
 import atexit
 import base64
 import ctypes
+import io
 import operator
 import os
 import struct
+import sys
 import tempfile
 import threading
 import warnings
@@ -16,7 +18,7 @@ from collections.abc import Callable, Iterator, Sequence
 from contextlib import AbstractContextManager, nullcontext
 from pathlib import Path
 from types import TracebackType
-from typing import Any, Self, TypeVar, overload
+from typing import TYPE_CHECKING, Any, Optional, TypeVar, overload
 
 from . import _native
 from ._bell import Bell
@@ -32,13 +34,31 @@ from ._errors import (
     ScriberaError,
     UnsupportedError,
 )
+from ._families import Model
 from ._files import write_file
-from ._types import DecodedPoint, ImageType, InkPoint, LivePoint, PadInfo, Status, base64_text
+from ._optional import optional
+from ._types import (
+    DecodedPoint,
+    ImageType,
+    InkPoint,
+    LivePoint,
+    PadInfo,
+    Status,
+    base64_text,
+    ink_array,
+    ink_dtype,
+)
+
+if TYPE_CHECKING:
+    import numpy as np
+    import PIL.Image
+    from numpy.typing import NDArray
+    from typing_extensions import Self
 
 StatusHandler = Callable[[Status], object]
 PointHandler = Callable[[LivePoint], object]
-AnyStatusHandler = TypeVar("AnyStatusHandler", bound=StatusHandler | None)
-AnyPointHandler = TypeVar("AnyPointHandler", bound=PointHandler | None)
+AnyStatusHandler = TypeVar("AnyStatusHandler", bound=Optional[StatusHandler])
+AnyPointHandler = TypeVar("AnyPointHandler", bound=Optional[PointHandler])
 
 _SUFFIXES = {
     ".bmp": ImageType.BMP,
@@ -107,7 +127,7 @@ class Pad:
 
     def __init__(
         self,
-        model: str,
+        model: Model,
         size: tuple[int, int] = (800, 400),
         *,
         on_status: StatusHandler | None = None,
@@ -115,11 +135,8 @@ class Pad:
         library: str | os.PathLike[str] | None = None,
         driver_directory: str | os.PathLike[str] | None = None,
     ) -> None:
-        family = _native.family_named(model)
-        if family is None:
-            raise InvalidParametersError(f"no model {model!r}; there are {', '.join(_native.FAMILIES)}")
+        self._family = _native.family_named(model)
         width, height = _integers("size", size, "width, height")
-        self._family = family
         self._size = (width, height)
         # Once close() has begun, no call begins any more. Any thread sets and reads it, in one step.
         self._closing = False
@@ -379,13 +396,13 @@ class Pad:
             return None
         failure, more = kept
         if more:
-            failure.add_note(f"{more} more exceptions left the callbacks after this one")
+            _add_note(failure, f"{more} more exceptions left the callbacks after this one")
         return failure
 
     # The pad itself
 
     @property
-    def model(self) -> str:
+    def model(self) -> Model:
         """The model it was opened as."""
         return self._family.model
 
@@ -570,6 +587,17 @@ class Pad:
             return None  # cleared in between
         return InkPoint(packet.x, packet.y, packet.pressure, packet.status == 1, time.decode("ascii"))
 
+    def array(self) -> NDArray[np.void]:
+        """The stored points as a NumPy array, as :func:`scribera.ink_array` makes it of the ink packet stream;
+        empty without points. ImportError without NumPy."""
+        self._require_open()
+        numpy = optional("numpy", "numpy", "python3-numpy", "array")
+        try:
+            return ink_array(self.ink())
+        except NothingThereError:
+            nothing: NDArray[np.void] = numpy.empty(0, ink_dtype(numpy))
+            return nothing
+
     # Pictures. ``clip`` is None for the whole canvas, or (x, y) for its part around the ink with these
     # margins in pixels, of which one at least has to be positive.
 
@@ -624,6 +652,28 @@ class Pad:
     def bmp(self, *, clip: tuple[int, int] | None = None) -> bytes:
         """The picture as BMP without a resolution; errors as in :meth:`save`."""
         return self._encoded(ImageType.BMP, clip, False)
+
+    def to_pil(self, *, transparent: bool = True, clip: tuple[int, int] | None = None) -> PIL.Image.Image:
+        """The picture for Pillow, as :meth:`png` has it. ImportError without Pillow."""
+        self._require_open()
+        image = optional("PIL.Image", "Pillow", "python3-pil", "to_pil")
+        picture: PIL.Image.Image = image.open(io.BytesIO(self.png(transparent=transparent, clip=clip)))
+        picture.load()
+        return picture
+
+    def _repr_png_(self) -> bytes | None:
+        """What a notebook shows: the picture on white, None without ink and of a closed pad."""
+        try:
+            return self.png(transparent=False)
+        except (NothingThereError, PadClosedError):
+            return None
+
+    def _repr_svg_(self) -> str | None:
+        """What a notebook shows that can draw: the strokes, None without ink and of a closed pad."""
+        try:
+            return self.svg().decode()
+        except (NothingThereError, PadClosedError):
+            return None
 
     def _picture(
         self, image_type: ImageType, dpi: int, clip: tuple[int, int] | None, transparent: bool
@@ -852,6 +902,13 @@ def _type_for(path: Path, image_type: ImageType | None) -> ImageType:
         names = ", ".join(kind.name for kind in ImageType)
         raise InvalidParametersError(f"image_type has to be one of ImageType's {names}, not {image_type!r}")
     return ImageType(image_type)
+
+
+def _add_note(exception: BaseException, note: str) -> None:
+    if sys.version_info >= (3, 11):
+        exception.add_note(note)
+    else:  # what later Pythons and their tools read
+        setattr(exception, "__notes__", [*getattr(exception, "__notes__", []), note])
 
 
 def _as_text(answer: bytes) -> str:

@@ -5,11 +5,18 @@ from __future__ import annotations
 import base64
 import re
 import struct
-from dataclasses import dataclass
+from datetime import datetime, timezone
 from enum import IntEnum
-from typing import Self
+from typing import TYPE_CHECKING, Any
 
+from ._dataclass import dataclass
 from ._errors import InvalidParametersError
+from ._optional import optional
+
+if TYPE_CHECKING:
+    import numpy as np
+    from numpy.typing import NDArray
+    from typing_extensions import Self
 
 
 class _Named(IntEnum):
@@ -40,7 +47,7 @@ class Status(_Named):
     CONFIRM = 1
 
 
-@dataclass(frozen=True, slots=True)
+@dataclass(frozen=True)
 class InkPoint:
     """One stored ink point.
 
@@ -56,8 +63,14 @@ class InkPoint:
     is_stroke_end: bool
     time: str
 
+    @property
+    def when(self) -> datetime:
+        """:attr:`time` with the zone of this machine. Of the hour that comes twice when the clocks go back,
+        the text does not tell which it was; the first is taken. :attr:`InkRecord.when` has no such hour."""
+        return datetime.fromisoformat(self.time).astimezone()
 
-@dataclass(frozen=True, slots=True)
+
+@dataclass(frozen=True)
 class LivePoint:
     """One ink point as the point callback tells it.
 
@@ -76,7 +89,7 @@ class LivePoint:
         return cls(position & 0xFFFF, position >> 16 & 0xFFFF, pen & 0xFFFF, bool(pen >> 16 & 0xFFFF))
 
 
-@dataclass(frozen=True, slots=True)
+@dataclass(frozen=True)
 class DecodedPoint:
     """One point that the library decoded; units as in :class:`InkPoint`."""
 
@@ -85,7 +98,7 @@ class DecodedPoint:
     is_stroke_end: bool
 
 
-@dataclass(frozen=True, slots=True)
+@dataclass(frozen=True)
 class InkRecord:
     """One record of an ink packet stream; units as in :class:`InkPoint`.
 
@@ -100,8 +113,14 @@ class InkRecord:
     tick: int
     seconds: int
 
+    @property
+    def when(self) -> datetime:
+        """:attr:`seconds` as a time in UTC. Finer distances between points are in :attr:`tick`, a clock of its
+        own."""
+        return datetime.fromtimestamp(self.seconds, timezone.utc)
 
-@dataclass(frozen=True, slots=True)
+
+@dataclass(frozen=True)
 class PadInfo:
     """What the library knows about an open pad: ``width`` and ``height`` of the writing area are in pad
     units, ``library_version`` is (major, minor)."""
@@ -116,6 +135,15 @@ class PadInfo:
 
 
 _INK_RECORD = struct.Struct("<HhhBxqq")
+# The same record for NumPy: name, type, offset.
+_INK_FIELDS = (
+    ("x", "<u2", 0),
+    ("y", "<i2", 2),
+    ("pressure", "<i2", 4),
+    ("status", "u1", 6),
+    ("tick", "<i8", 8),
+    ("seconds", "<i8", 16),
+)
 _LINE_BREAKS = re.compile(r"[\r\n]+")
 _BASE64_PARTS = re.compile(r"([A-Za-z0-9+/\r\n]*)([=\r\n]*)")
 
@@ -141,6 +169,34 @@ def read_ink(ink: bytes | str) -> list[InkRecord]:
     which line breaks may stand anywhere and blanks at the end. Raises :class:`InvalidParametersError` when it
     is not Base64, or not a number of whole records and one zero byte; the message tells where.
     """
+    return [
+        InkRecord(x, y, pressure, status == 1, tick, seconds)
+        for x, y, pressure, status, tick, seconds in _INK_RECORD.iter_unpack(_whole_records(ink))
+    ]
+
+
+def ink_array(ink: bytes | str) -> NDArray[np.void]:
+    """The records of an ink packet stream as a NumPy array with the fields ``x``, ``y``, ``pressure``, ``status``
+    (1 ends a stroke, 0 does not), ``tick`` and ``seconds``; units as in :class:`InkRecord`.
+
+    The array is a view of the stream: nothing is copied, and nothing can be written. ``ink`` and errors as with
+    :func:`read_ink`; ImportError without NumPy.
+    """
+    numpy = optional("numpy", "numpy", "python3-numpy", "an array of ink points")
+    records: NDArray[np.void] = numpy.frombuffer(_whole_records(ink), ink_dtype(numpy))
+    return records
+
+
+def ink_dtype(numpy: Any) -> Any:
+    """The type of the records of :func:`ink_array`."""
+    names, formats, offsets = zip(*_INK_FIELDS)
+    return numpy.dtype(
+        {"names": names, "formats": formats, "offsets": offsets, "itemsize": _INK_RECORD.size}
+    )
+
+
+def _whole_records(ink: bytes | str) -> memoryview:
+    """The stream without the zero byte at its end, which has been checked."""
     stream = _base64_bytes(ink) if isinstance(ink, str) else ink
     if len(stream) % _INK_RECORD.size != 1:
         hint = "" if isinstance(ink, str) else "; a Base64 text is to be given as str"
@@ -152,10 +208,7 @@ def read_ink(ink: bytes | str) -> list[InkRecord]:
         raise InvalidParametersError(
             f"not an ink packet stream: byte {len(stream) - 1}, after the last record, is not zero"
         )
-    return [
-        InkRecord(x, y, pressure, status == 1, tick, seconds)
-        for x, y, pressure, status, tick, seconds in _INK_RECORD.iter_unpack(stream[:-1])
-    ]
+    return memoryview(stream)[:-1].toreadonly()
 
 
 def _base64_bytes(text: str) -> bytes:
