@@ -248,6 +248,8 @@ ALL_CODES = b"<0000> <ffff> "
 COMPOSITE = b"/Subtype /Type0 /Encoding /Identity-H /DescendantFonts [<< /Type /Font /W 40 0 R >>] "
 
 BOMBS = {
+    "a number without an end": lambda: document(change=lambda pdf: pdf.objects.update(
+        {7: writer.stream(b"BT /F1 " + b"9" * 100_000 + b" Tf (x) Tj ET")})),
     "long meanings": with_font(b"/Subtype /Type1 /ToUnicode 40 0 R", first=writer.stream(
         ALL_CODES + b"<" + b"0041" * 30_000 + b"> endbfrange")),
     "many meanings": with_font(b"/Subtype /Type1 /ToUnicode 40 0 R", first=writer.stream(

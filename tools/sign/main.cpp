@@ -62,10 +62,13 @@ QString optionsOf(const QCommandLineParser& parser)
     return text.mid(start, end - start);
 }
 
-// What a document says of itself may be quoted there.
+// What a document says of itself may be quoted there, at any length.
 Failure failureOf(const QString& document, const QString& reason)
 {
-    return {document + QStringLiteral(": ") + quoted(reason)};
+    constexpr int longest = 250;
+    const bool isLong = reason.size() > longest;
+    return {document + QStringLiteral(": ") +
+            quoted(isLong ? reason.left(longest) + QStringLiteral("...") : reason)};
 }
 
 // A few kilobytes of a hostile document may stand for gigabytes. They end as "not enough memory", not with

@@ -109,6 +109,22 @@ def test_a_place_has_to_be_named() -> None:
         sign_pdf("in.pdf", "out.pdf", ink="", at=(1, 1), field="here")
 
 
+def test_a_password_is_one_line() -> None:
+    """The program would read the first line and call it wrong."""
+    with pytest.raises(InvalidParametersError, match="one line"):
+        sign_pdf("in.pdf", "out.pdf", ink="", at=(1, 1), certificate="own.p12", password="two\nlines")
+    with pytest.raises(InvalidParametersError, match="one line"):
+        sign_pdf("in.pdf", "out.pdf", ink="", at=(1, 1), document_password="two\rlines")
+
+
+@needs_program
+def test_one_line_is_shown(document: Path, ink: str, folder: Path) -> None:
+    sign_pdf(document, "signed.pdf", ink=ink, at=(60, 120), reason="I agree", show="reason")
+    assert (folder / "signed.pdf").exists()
+    with pytest.raises(DocumentError):
+        sign_pdf(document, "other.pdf", ink="\u00e9", at=(60, 120))
+
+
 def test_no_password_is_on_the_command_line(folder: Path) -> None:
     program = folder / "program"
     program.write_text(

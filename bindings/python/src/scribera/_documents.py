@@ -68,7 +68,7 @@ def sign_pdf(
         "--after": after,
         "--width": None if width is None else f"{width:g}",
         "--field": field,
-        "--show": ",".join(show) or None,
+        "--show": ",".join([show] if isinstance(show, str) else show) or None,
         "--certificate": certificate,
         "--name": name,
         "--reason": reason,
@@ -82,11 +82,13 @@ def sign_pdf(
         secrets = []
         for option, secret in (("--password-file", password), ("--document-password-file", document_password)):
             if secret is not None:
+                if "\n" in secret or "\r" in secret:
+                    raise InvalidParametersError("a password is one line")
                 descriptor = stack.enter_context(_secret_file(secret))
                 secrets.append(descriptor)
                 command.append(f"{option}=/proc/self/fd/{descriptor}")
         command += ["--", os.fspath(document)]
-        text = ink.encode("ascii") if isinstance(ink, str) else base64.b64encode(ink)
+        text = ink.encode() if isinstance(ink, str) else base64.b64encode(ink)
         _run(command, text, secrets)
 
 
