@@ -4,9 +4,12 @@
 #include "failures.h"
 #include "incoming.h"
 #include "ink/inkstream.h"
+#include "inkjudgement.h"
 #include "inksummary.h"
 #include "pen/pensetup.h"
 #include "simulator/recording.h"
+
+#include <QDateTime>
 
 #include <cstdint>
 #include <optional>
@@ -18,6 +21,21 @@ QString between(const Range& range)
     return QStringLiteral("%1 to %2").arg(range.smallest()).arg(range.largest());
 }
 
+// Ink from a form that knows no dates has zeros.
+QString dates(const InkSummary& summary)
+{
+    const auto text = [](std::int64_t seconds) {
+        constexpr std::int64_t year10000 = 253402300800;
+        if (seconds <= 0 || seconds >= year10000)
+            return QStringLiteral("none");
+        return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC)
+            .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss 'UTC'"));
+    };
+    const QString first = text(summary.firstSecond);
+    const QString last = text(summary.lastSecond);
+    return first == last ? first : first + QStringLiteral(" to ") + last;
+}
+
 simulator::PenStatus penStatus(const _POINTDATA& point, bool strokeIsOpen)
 {
     if (point.ucStatus == kStatusStrokeEnd)
@@ -27,7 +45,7 @@ simulator::PenStatus penStatus(const _POINTDATA& point, bool strokeIsOpen)
 
 } // namespace
 
-QByteArray toInfo(const CInkSnapshot& ink)
+Info toInfo(const CInkSnapshot& ink, const Circumstances& circumstances)
 {
     const InkSummary summary = summarise(ink);
     const bool empty = summary.points == 0;
@@ -45,12 +63,23 @@ QByteArray toInfo(const CInkSnapshot& ink)
     };
     line("points:", QString::number(summary.points));
     line("strokes:", QString::number(summary.strokes));
+    line("date:", empty ? none : dates(summary));
     line("duration:", seconds(summary.duration));
     line("x:", empty ? none : between(summary.x));
     line("y:", empty ? none : between(summary.y));
+    if (circumstances.unitsPerMillimetre && !empty)
+        line("size:", QStringLiteral("%1 x %2 mm")
+                          .arg(summary.x.size() / *circumstances.unitsPerMillimetre, 0, 'f', 1)
+                          .arg(summary.y.size() / *circumstances.unitsPerMillimetre, 0, 'f', 1));
     line("pressure:", empty ? none : between(summary.pressure));
     line("report rate:", rate ? QString::number(*rate, 'f', 1) + QStringLiteral(" points/s") : none);
-    return text.toUtf8();
+    line("gaps:",
+         summary.gaps == 0
+             ? none
+             : QStringLiteral("%1, the longest of %2").arg(summary.gaps).arg(seconds(summary.longestGap)));
+    const Judgement judgement = judge(summary, circumstances.pad, circumstances.unitsPerMillimetre);
+    line("signed:", judgement.isSigned ? QStringLiteral("yes") : QStringLiteral("no, ") + judgement.reason);
+    return {text.toUtf8(), judgement.isSigned};
 }
 
 QByteArray toSvg(const CInkSnapshot& ink, const Drawing& drawing)

@@ -8,8 +8,22 @@
 #include <QByteArray>
 #include <QString>
 
-// A few lines for people.
-QByteArray toInfo(const CInkSnapshot& ink);
+#include <optional>
+
+// What is known beside a stream.
+struct Circumstances
+{
+    const CPadModel* pad = nullptr;
+    std::optional<double> unitsPerMillimetre;
+};
+
+// A few lines for people, with a judgement whether something was signed.
+struct Info
+{
+    QByteArray text;
+    bool isSigned;
+};
+Info toInfo(const CInkSnapshot& ink, const Circumstances& circumstances);
 
 // The same file that the library saves for a canvas like this.
 QByteArray toSvg(const CInkSnapshot& ink, const Drawing& drawing);

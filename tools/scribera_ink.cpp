@@ -18,8 +18,19 @@
 
 namespace {
 
-// From the input of that path to what is written.
-using Conversion = std::function<QByteArray(const QString& path)>;
+constexpr int NothingSigned = 3; // exit code
+
+// What is written, and how the program ends then.
+struct Result
+{
+    Result(QByteArray text, int code = Done) : output(std::move(text)), exitCode(code) {}
+
+    QByteArray output;
+    int exitCode;
+};
+
+// From the input of that path.
+using Conversion = std::function<Result(const QString& path)>;
 
 struct Command
 {
@@ -158,6 +169,24 @@ Conversion prepareReading(const QCommandLineParser&)
     return toStream(mebibytes, convert);
 }
 
+void addInfoOptions(QCommandLineParser& parser)
+{
+    addModelOption(parser);
+    addResolutionOption(parser);
+    parser.addOption(
+        {QStringLiteral("require-signature"), QStringLiteral("Exit code 3 when nothing was signed.")});
+}
+
+Conversion prepareInfo(const QCommandLineParser& parser)
+{
+    const Circumstances circumstances{optionalModel(parser), resolutionOption(parser)};
+    const bool isRequired = parser.isSet(QStringLiteral("require-signature"));
+    return fromStream([circumstances, isRequired](const CInkSnapshot& ink) -> Result {
+        const Info info = toInfo(ink, circumstances);
+        return {info.text, isRequired && !info.isSigned ? NothingSigned : Done};
+    });
+}
+
 Drawing drawingOptions(const QCommandLineParser& parser, int dotsPerInch)
 {
     return {modelOption(parser), sizeOption(parser, 32767), penWidthOption(parser, "pen-width"),
@@ -225,8 +254,8 @@ Conversion prepareIsoReading(const QCommandLineParser& parser)
 }
 
 constexpr Command Commands[] = {
-    {"info", "Points, strokes, duration, bounding box in pad units, pressures, report rate.", addNoOptions,
-     prepareAsItIs<toInfo>},
+    {"info", "What the points are, from when, and whether something was signed.", addInfoOptions,
+     prepareInfo},
     {"to-json", "The points as JSON.", addNoOptions, prepareAsItIs<toJson>},
     {"to-csv", "The points as comma-separated values.", addNoOptions, prepareAsItIs<toCsv>},
     {"to-svg", "The strokes as the library saves them: SVG.", addSvgOptions, prepareSvg},
@@ -291,8 +320,9 @@ int run(const QStringList& arguments)
     if (files.size() > 1)
         throw UsageError{QStringLiteral("more than one file")};
     const Conversion convert = command.prepare(parser);
-    writeOutput(convert(files.value(0, QStringLiteral("-"))), parser.value(output));
-    return Done;
+    const Result result = convert(files.value(0, QStringLiteral("-")));
+    writeOutput(result.output, parser.value(output));
+    return result.exitCode;
 }
 
 } // namespace

@@ -36,22 +36,107 @@ TEST_F(InkConversionTest, InfoTellsWhatTheStreamHolds)
     // On strokes: three steps in 16 ms and one in 2 ms.
     EXPECT_EQ(infoOf(threeStrokes()), "points:       7\n"
                                       "strokes:      3\n"
+                                      "date:         2023-11-14 22:13:20 UTC to 2023-11-14 22:13:22 UTC\n"
                                       "duration:     2.250 s\n"
                                       "x:            300 to 65535\n"
                                       "y:            -20 to 32767\n"
                                       "pressure:     7 to 2048\n"
-                                      "report rate:  222.2 points/s\n");
+                                      "report rate:  222.2 points/s\n"
+                                      "gaps:         none\n"
+                                      "signed:       no, the strokes have 4 steps\n");
 }
 
 TEST_F(InkConversionTest, InfoOfAStreamWithoutPoints)
 {
     EXPECT_EQ(infoOf({}), "points:       0\n"
                           "strokes:      0\n"
+                          "date:         none\n"
                           "duration:     0.000 s\n"
                           "x:            none\n"
                           "y:            none\n"
                           "pressure:     none\n"
-                          "report rate:  none\n");
+                          "report rate:  none\n"
+                          "gaps:         none\n"
+                          "signed:       no, there is no ink\n");
+}
+
+TEST_F(InkConversionTest, InfoTellsMillimetresWhereTheResolutionIsKnown)
+{
+    const QByteArray info =
+        outputOf({"info", "--units-per-mm", "20"}, textOf({{100, 50, 1, 0, 0, 0}, {300, 100, 1, 1, 9, 0}}));
+    EXPECT_TRUE(info.contains("\nsize:         10.0 x 2.5 mm\n")) << info.toStdString();
+}
+
+TEST_F(InkConversionTest, InfoTellsDatesThatAreDates)
+{
+    const auto date = [](std::int64_t first, std::int64_t last) {
+        const std::string info = infoOf({{1, 2, 3, 0, 0, first}, {1, 2, 3, 1, 5, last}});
+        const std::size_t at = info.find("date:         ") + 14;
+        return info.substr(at, info.find('\n', at) - at);
+    };
+    EXPECT_EQ(date(1, 1), "1970-01-01 00:00:01 UTC");
+    EXPECT_EQ(date(253402300799, 253402300799), "9999-12-31 23:59:59 UTC");
+    EXPECT_EQ(date(0, 0), "none");
+    EXPECT_EQ(date(Smallest, Largest), "none");
+}
+
+TEST_F(InkConversionTest, InfoCountsStepsThatAreTooLong)
+{
+    std::vector<Point> points;
+    for (int index = 0; index < 20; ++index)
+        points.push_back({100 + index, 100, 50, 0, 5 * index, 0});
+    points.push_back({130, 100, 50, 0, 95 + 15, 0}); // three times the usual step is none
+    points.push_back({140, 100, 50, 0, 110 + 16, 0});
+    points.push_back({150, 100, 50, 0, 126 + 45, 0});
+    points.push_back({150, 100, 50, 1, 176, 0});
+    points.push_back({150, 100, 50, 0, 9000, 0}); // nor is a pause between strokes
+    const std::string info = infoOf(points);
+    EXPECT_NE(info.find("\ngaps:         2, the longest of 0.045 s\n"), std::string::npos) << info;
+    EXPECT_NE(infoOf({{0, 0, 0, 0, Smallest, 0}, {0, 0, 0, 1, Largest, 0}}).find("gaps:         none\n"),
+              std::string::npos);
+}
+
+namespace {
+
+// A stroke of so many points, 5 ms and so far apart, in zigzag when it is bent.
+std::vector<Point> stroke(int count, int stride, int bend)
+{
+    std::vector<Point> points;
+    for (int index = 0; index < count; ++index)
+        points.push_back({500 + index * stride, 500 + index % 2 * bend, 90, 0, 5 * index, 0});
+    points.push_back(points.back());
+    points.back().status = 1;
+    return points;
+}
+
+} // namespace
+
+TEST_F(InkConversionTest, InfoJudgesWhetherSomethingWasSigned)
+{
+    const auto judgement = [](const std::vector<Point>& points, const QStringList& options = {}) {
+        const Outcome told = runInk(QStringList{"info"} + options, textOf(points));
+        EXPECT_EQ(told.exitCode, 0);
+        const Outcome required = runInk(QStringList{"info", "--require-signature"} + options, textOf(points));
+        EXPECT_EQ(required.output, told.output);
+        const std::string text = told.output.mid(told.output.indexOf("\nsigned:       ") + 15).toStdString();
+        EXPECT_EQ(required.exitCode, text == "yes\n" ? 0 : 3);
+        return text;
+    };
+    EXPECT_EQ(judgement(stroke(60, 10, 30)), "yes\n");
+    EXPECT_EQ(judgement(stroke(60, 10, 0)), "no, the ink is one straight line\n");
+    EXPECT_EQ(judgement(stroke(20, 10, 30)), "no, the pen wrote for 95 ms\n");
+    EXPECT_EQ(judgement(stroke(60, 0, 0)), "no, there are only dots\n");
+    EXPECT_EQ(judgement(stroke(60, 1, 10)), "no, the ink has 59 x 10 pad units\n");
+    // What is large for one pad is small for another, and in millimetres it is plain.
+    EXPECT_EQ(judgement(stroke(60, 10, 30), {"--model", "K210"}), "yes\n");
+    EXPECT_EQ(judgement(stroke(60, 10, 30), {"--model", "K421B"}), "no, the ink has 590 x 30 pad units\n");
+    EXPECT_EQ(judgement(stroke(60, 10, 30), {"--units-per-mm", "100"}), "yes\n");
+    EXPECT_EQ(judgement(stroke(60, 10, 30), {"--units-per-mm", "200"}), "no, the ink has 3.0 x 0.1 mm\n");
+    for (const char* name : {"initials", "flowing", "paraph"}) {
+        const QByteArray ink =
+            outputOf({"from-recording", SCRIBERA_RECORDINGS + QStringLiteral("/%1.rec").arg(name)}, {});
+        EXPECT_EQ(runInk({"info", "--require-signature", "--model", "T580"}, ink).exitCode, 0) << name;
+    }
 }
 
 TEST_F(InkConversionTest, InfoWithoutTimeOnAStrokeNamesNoRate)

@@ -47,9 +47,11 @@ TEST_F(InkUsageTest, HelpOfACommandNamesItsOptions)
         EXPECT_TRUE(help.contains("--output"));
         const bool isIso = command.endsWith("iso19794-7");
         const bool draws = DrawingCommands.contains(command);
-        const bool takesModel = isIso || draws || command == "to-recording" || command == "to-inkml";
+        const bool takesModel =
+            isIso || draws || command == "to-recording" || command == "to-inkml" || command == "info";
         EXPECT_EQ(help.contains("--compact"), isIso || command == "to-svg");
-        EXPECT_EQ(help.contains("--units-per-mm"), command == "to-iso19794-7");
+        EXPECT_EQ(help.contains("--units-per-mm"), command == "to-iso19794-7" || command == "info");
+        EXPECT_EQ(help.contains("--require-signature"), command == "info");
         EXPECT_EQ(help.contains("--model"), takesModel);
         EXPECT_EQ(help.contains("K421B"), takesModel);
         for (const char* option : {"--size", "--pen-width", "--color"})
@@ -75,7 +77,7 @@ TEST_F(InkUsageTest, WrongCommands)
 TEST_F(InkUsageTest, WrongOptions)
 {
     expectWrongUsage({"info", "--frobnicate"}, "Unknown option 'frobnicate'.");
-    expectWrongUsage({"info", "--model", "K210"}, "Unknown option 'model'.");
+    expectWrongUsage({"to-csv", "--model", "K210"}, "Unknown option 'model'.");
     expectWrongUsage({"to-csv", "-o"}, "Missing value after '-o'.");
     expectWrongUsage({"to-csv", "a", "b"}, "more than one file");
     expectWrongUsage({"to-iso19794-7", "--compact"}, "--model is missing");

@@ -1,0 +1,60 @@
+#include "inkjudgement.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr std::size_t FewestSteps = 10;
+constexpr std::uint64_t ShortestWriting = 200; // ms
+// The longer side of the box around the ink.
+constexpr double LeastMillimetres = 5;
+constexpr double LeastShare = 0.03; // of the writing area
+constexpr int LeastUnits = 60;      // 3% of the smallest area's width, nearly
+// The length of a line by the distance of its ends: what a hand makes of a straight one.
+constexpr double StraightestBend = 1.1;
+
+// Nothing when the ink is large enough.
+QString tooSmall(const InkSummary& summary, const CPadModel* pad, std::optional<double> unitsPerMillimetre)
+{
+    const int width = summary.x.size();
+    const int height = summary.y.size();
+    if (unitsPerMillimetre) {
+        if (std::max(width, height) >= LeastMillimetres * *unitsPerMillimetre)
+            return {};
+        return QStringLiteral("the ink has %1 x %2 mm")
+            .arg(width / *unitsPerMillimetre, 0, 'f', 1)
+            .arg(height / *unitsPerMillimetre, 0, 'f', 1);
+    }
+    const bool isLarge =
+        pad ? width >= LeastShare * pad->m_nAreaWidth || height >= LeastShare * pad->m_nAreaHeight
+            : std::max(width, height) >= LeastUnits;
+    return isLarge ? QString() : QStringLiteral("the ink has %1 x %2 pad units").arg(width).arg(height);
+}
+
+QString objection(const InkSummary& summary, const CPadModel* pad, std::optional<double> unitsPerMillimetre)
+{
+    if (summary.strokes == 0)
+        return QStringLiteral("there is no ink");
+    if (summary.strokesWithLength == 0)
+        return QStringLiteral("there are only dots");
+    if (summary.steps < FewestSteps)
+        return QStringLiteral("the strokes have %1 steps").arg(summary.steps);
+    if (summary.stepsDuration < ShortestWriting)
+        return QStringLiteral("the pen wrote for %1 ms").arg(summary.stepsDuration);
+    const QString size = tooSmall(summary, pad, unitsPerMillimetre);
+    if (!size.isEmpty())
+        return size;
+    if (summary.strokesWithLength == 1 &&
+        summary.length < StraightestBend * std::hypot(summary.x.size(), summary.y.size()))
+        return QStringLiteral("the ink is one straight line");
+    return {};
+}
+
+} // namespace
+
+Judgement judge(const InkSummary& summary, const CPadModel* pad, std::optional<double> unitsPerMillimetre)
+{
+    const QString reason = objection(summary, pad, unitsPerMillimetre);
+    return {reason.isEmpty(), reason};
+}
