@@ -133,73 +133,84 @@ std::string DocumentSigning::revision(const Ink& ink, const Statement& statement
     const Appearance appearance = m_layout->appearance(ink);
     const QPDFObjGen form = revision.newObject();
     revision.addStream(form, appearance.dictionary, appearance.data);
-
-    QPDFObjectHandle sealedInk;
+    QPDFObjectHandle sealedInk = QPDFObjectHandle::newNull();
     if (sealInk) {
         const QPDFObjGen stream = revision.newObject();
         revision.addStream(stream, QPDFObjectHandle::newDictionary(), sealInk(m_document.bytes()));
         sealedInk = revision.reference(stream);
     }
 
+    m_annotation = m_isNew ? revision.newObject() : m_field.widget.getObjGen();
+    QPDFObjectHandle widget = shown(revision.reference(form), appearance.place);
+    if (m_isSealed)
+        addSealed(revision, widget, statement, sealedInk, seal->reservedSize);
+    else
+        addMark(revision, widget, statement, sealedInk);
+    revision.end();
+    m_document.refuseDamage();
+    if (m_isSealed)
+        revision.putSignature(seal->sign(revision.signedParts()));
+    return revision.bytes();
+}
+
+// The annotation that shows the form there.
+QPDFObjectHandle DocumentSigning::shown(const QPDFObjectHandle& form, const Place& place)
+{
     QPDFObjectHandle widget = m_isNew ? QPDFObjectHandle::newDictionary() : copy(m_field.widget);
-    QPDFObjectHandle shown = QPDFObjectHandle::newDictionary();
-    shown.replaceKey("/N", revision.reference(form));
-    widget.replaceKey("/AP", shown);
+    QPDFObjectHandle appearances = QPDFObjectHandle::newDictionary();
+    appearances.replaceKey("/N", form);
+    widget.replaceKey("/AP", appearances);
     widget.removeKey("/AS");
     QPDFObjectHandle flags = widget.getKey("/F");
     const long long before = flags.isInteger() ? flags.getIntValue() : 0;
     widget.replaceKey("/F", QPDFObjectHandle::newInteger(before | printed | locked));
     if (m_isNew) {
         widget.replaceKey("/Type", QPDFObjectHandle::newName("/Annot"));
-        widget.replaceKey("/Rect", rectangle(m_page.toPage(appearance.place)));
+        widget.replaceKey("/Rect", rectangle(m_page.toPage(place)));
         widget.replaceKey("/P", m_page.object);
     }
-    m_annotation = m_isNew ? revision.newObject() : m_field.widget.getObjGen();
+    return widget;
+}
 
-    if (!m_isSealed) {
-        widget.replaceKey("/Subtype", QPDFObjectHandle::newName("/Stamp"));
-        widget.replaceKey("/M", QPDFObjectHandle::newString(pdfTime(statement.time)));
-        if (!statement.name.empty())
-            widget.replaceKey("/T", text(statement.name));
-        if (!statement.reason.empty())
-            widget.replaceKey("/Contents", text(statement.reason));
-        if (sealInk)
-            widget.replaceKey(sealedInkKey, sealedInk);
-        revision.add(m_annotation, widget);
-        addToPage(revision);
-        revision.end();
-        m_document.refuseDamage();
-        return revision.bytes();
-    }
+void DocumentSigning::addMark(Revision& revision, QPDFObjectHandle stamp, const Statement& statement,
+                              const QPDFObjectHandle& sealedInk)
+{
+    stamp.replaceKey("/Subtype", QPDFObjectHandle::newName("/Stamp"));
+    stamp.replaceKey("/M", QPDFObjectHandle::newString(pdfTime(statement.time)));
+    if (!statement.name.empty())
+        stamp.replaceKey("/T", text(statement.name));
+    if (!statement.reason.empty())
+        stamp.replaceKey("/Contents", text(statement.reason));
+    stamp.replaceKey(sealedInkKey, sealedInk); // nothing where it is null
+    revision.add(m_annotation, stamp);
+    addToPage(revision);
+}
 
+void DocumentSigning::addSealed(Revision& revision, QPDFObjectHandle widget, const Statement& statement,
+                                const QPDFObjectHandle& sealedInk, std::size_t reservedSize)
+{
     QPDFObjectHandle signature = signatureDictionary(statement);
-    if (sealInk)
-        signature.replaceKey(sealedInkKey, sealedInk);
+    signature.replaceKey(sealedInkKey, sealedInk);
     if (!m_isNew)
         if (QPDFObjectHandle lock = m_field.object.getKey("/Lock"); lock.isDictionary())
             lockFields(signature, lock, m_document.catalog());
     const QPDFObjGen value = revision.newObject();
-    revision.addSignature(value, signature, seal->reservedSize);
+    revision.addSignature(value, signature, reservedSize);
 
-    const bool isField = m_isNew || m_field.object.isSameObjectAs(m_field.widget);
-    QPDFObjectHandle field = isField ? widget : copy(m_field.object);
-    field.replaceKey("/V", revision.reference(value));
-    if (!isField) // Poppler looks for the value there
-        widget.replaceKey("/V", revision.reference(value));
+    widget.replaceKey("/V", revision.reference(value));
     if (m_isNew) {
-        field.replaceKey("/Subtype", QPDFObjectHandle::newName("/Widget"));
-        field.replaceKey("/FT", QPDFObjectHandle::newName("/Sig"));
-        field.replaceKey("/T", text(m_field.name));
+        widget.replaceKey("/Subtype", QPDFObjectHandle::newName("/Widget"));
+        widget.replaceKey("/FT", QPDFObjectHandle::newName("/Sig"));
+        widget.replaceKey("/T", text(m_field.name));
         addToPage(revision);
+    } else if (!m_field.object.isSameObjectAs(m_field.widget)) {
+        // The value is the field's. Poppler looks for it in the widget.
+        QPDFObjectHandle field = copy(m_field.object);
+        field.replaceKey("/V", revision.reference(value));
+        revision.add(m_field.object.getObjGen(), field);
     }
     revision.add(m_annotation, widget);
-    if (!isField)
-        revision.add(m_field.object.getObjGen(), field);
     addToForm(revision);
-    revision.end();
-    m_document.refuseDamage();
-    revision.putSignature(seal->sign(revision.signedParts()));
-    return revision.bytes();
 }
 
 void DocumentSigning::addToPage(Revision& revision)

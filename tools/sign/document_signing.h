@@ -63,6 +63,11 @@ public:
 private:
     // What the revision does not change is what was read to decide whether it may be signed.
     void refuseUnlessContinued(QPDF& written) const;
+    QPDFObjectHandle shown(const QPDFObjectHandle& form, const Place& place);
+    void addMark(Revision& revision, QPDFObjectHandle stamp, const Statement& statement,
+                 const QPDFObjectHandle& sealedInk);
+    void addSealed(Revision& revision, QPDFObjectHandle widget, const Statement& statement,
+                   const QPDFObjectHandle& sealedInk, std::size_t reservedSize);
     void addToPage(Revision& revision);
     void addToForm(Revision& revision);
 
