@@ -418,7 +418,7 @@ void Document::refuseUnlessAllowed(const Change& change)
     refuseDamage();
 }
 
-bool forbidsEveryChange(QPDFObjectHandle signature)
+bool forbidsEveryChange(const QPDFObjectHandle& signature)
 {
     const std::vector<QPDFObjectHandle> certified = transformations(signature, "/DocMDP");
     return std::any_of(certified.begin(), certified.end(),

@@ -129,7 +129,7 @@ private:
 };
 
 // Whether a signature certifies the document against whatever comes after it.
-bool forbidsEveryChange(QPDFObjectHandle signature);
+bool forbidsEveryChange(const QPDFObjectHandle& signature);
 
 // A value that a page may have from the nodes above it; null without one.
 QPDFObjectHandle inheritedValue(QPDFObjectHandle page, const std::string& key);
