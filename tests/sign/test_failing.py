@@ -5,6 +5,7 @@ from __future__ import annotations
 import base64
 import json
 import os
+import resource
 import signal
 import subprocess
 import time
@@ -177,8 +178,11 @@ def test_the_time_is_when_it_was_signed(tool: Tool, tmp_path: Path, original: Pa
     assert datetime.fromisoformat(told).timestamp() >= last
 
 
-@pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP])
+@pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT])
 def test_interrupted_in_mid_signature(tool: Tool, tmp_path: Path, original: Path, number: signal.Signals) -> None:
+    """Not even the memory, with passwords in it, which SIGQUIT asks for."""
+    most = resource.getrlimit(resource.RLIMIT_CORE)[1]
+    resource.setrlimit(resource.RLIMIT_CORE, (most, most))
     out, private = tmp_path / "out", tmp_path / "private"
     out.mkdir()
     private.mkdir()

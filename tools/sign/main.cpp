@@ -147,6 +147,8 @@ int main(int argc, char** argv)
     setenv("SCRIBERA_WORKERS", "wait", 0);
     catchInterrupts();
     std::signal(SIGXFSZ, SIG_IGN); // a limit to files shows as an output that cannot be written
+    const rlimit none = {};
+    setrlimit(RLIMIT_CORE, &none); // keys and passwords are in memory alone
     try {
         const QCoreApplication application(argc, argv);
         QCoreApplication::setApplicationName(QLatin1String(programName));
