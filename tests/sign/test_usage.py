@@ -102,6 +102,15 @@ def test_a_mark_that_is_sealed_later(tool: Tool, tmp_path: Path, original: Path)
     check_page(marked, sealed, View(2), tool.inks["paraph"], expected_box(tool.inks["paraph"], Place(2, 100, 100, 200)))
 
 
+def test_a_mark_on_what_is_sealed(tool: Tool, tmp_path: Path, original: Path) -> None:
+    """It shows as a later change, which people are told before others tell them."""
+    sealed, marked = tmp_path / "sealed.pdf", tmp_path / "marked.pdf"
+    tool.checked(original, sealed, PLACE)
+    done = tool.run(sealed, "-o", marked, *Place(2, 100, 100, 200).options, *tool.with_ink())
+    assert done.returncode == 0 and "do not cover it" in done.stdout
+    assert tool.run("verify", marked).returncode == 1
+
+
 @pytest.mark.parametrize("text", ["Jörg Ägidius (the 2nd) \\ Co.", "Δημήτρης", "李明", "a" * 500, "line\nbreak", "\U0001f58b"])
 def test_words_in_any_script(tool: Tool, tmp_path: Path, original: Path, text: str) -> None:
     signed = tmp_path / "signed.pdf"

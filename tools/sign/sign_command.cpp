@@ -19,6 +19,7 @@
 #include <QDateTime>
 #include <QFile>
 
+#include <algorithm>
 #include <ctime>
 #include <memory>
 #include <mutex>
@@ -276,6 +277,9 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
         statement.name = keys.signer->name();
     const std::string bytes = readDocument(path);
     sign::Document document(bytes, documentPassword(parser));
+    const std::vector<sign::SignatureField> fields = document.signatureFields();
+    const bool isAnySigned = std::any_of(fields.begin(), fields.end(),
+                                         [](const sign::SignatureField& field) { return field.isSigned; });
     const auto prepared = [&] {
         return sign::DocumentSigning(document, spot, keys.signer != nullptr,
                                      static_cast<double>(pad.m_nAreaHeight) / pad.m_nAreaWidth,
@@ -309,7 +313,9 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
                 .arg(QString::fromStdString(signing->field()), QString::fromStdString(keys.signer->name()));
     else
         text +=
-            QStringLiteral(", marked. This is no seal: without --certificate nothing shows later changes.\n");
+            QStringLiteral(", marked. This is no seal: without --certificate nothing shows later changes.") +
+            (isAnySigned ? QStringLiteral(" The signatures in the document do not cover it.\n")
+                         : QStringLiteral("\n"));
     print(stdout, text);
     return Done;
 }
