@@ -4,6 +4,7 @@
 #include "inkfile.h"
 #include "inkml.h"
 #include "inkpad.h"
+#include "inkplot.h"
 #include "inktables.h"
 #include "inkto.h"
 #include "isosignature.h"
@@ -11,10 +12,14 @@
 #include "output.h"
 #include "program.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QLoggingCategory>
 
+#include <algorithm>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <string_view>
 
 namespace {
 
@@ -187,6 +192,20 @@ Conversion prepareInfo(const QCommandLineParser& parser)
     });
 }
 
+void addPlotOptions(QCommandLineParser& parser)
+{
+    addResolutionOption(parser);
+    parser.addOption({QStringLiteral("png"), QStringLiteral("A PNG picture instead of SVG.")});
+}
+
+Conversion preparePlot(const QCommandLineParser& parser)
+{
+    const auto plot = parser.isSet(QStringLiteral("png")) ? toPngPlot : toSvgPlot;
+    return fromStream([plot, resolution = resolutionOption(parser)](const CInkSnapshot& ink) {
+        return plot(ink, resolution);
+    });
+}
+
 Drawing drawingOptions(const QCommandLineParser& parser, int dotsPerInch)
 {
     return {modelOption(parser), sizeOption(parser, 32767), penWidthOption(parser, "pen-width"),
@@ -256,6 +275,7 @@ Conversion prepareIsoReading(const QCommandLineParser& parser)
 constexpr Command Commands[] = {
     {"info", "What the points are, from when, and whether something was signed.", addInfoOptions,
      prepareInfo},
+    {"plot", "Position, pressure, speed and pen lifts over time: SVG or PNG.", addPlotOptions, preparePlot},
     {"to-json", "The points as JSON.", addNoOptions, prepareAsItIs<toJson>},
     {"to-csv", "The points as comma-separated values.", addNoOptions, prepareAsItIs<toCsv>},
     {"to-svg", "The strokes as the library saves them: SVG.", addSvgOptions, prepareSvg},
@@ -329,7 +349,16 @@ int run(const QStringList& arguments)
 
 int main(int argc, char** argv)
 {
-    const QCoreApplication application(argc, argv);
+    // A picture with texts needs fonts, and Qt has none without a display; one that shows nothing will do.
+    const bool hasTexts =
+        std::any_of(argv, argv + argc, [](const char* word) { return std::string_view(word) == "--png"; });
+    if (hasTexts) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QLoggingCategory::setFilterRules(
+            QStringLiteral("default.warning=false")); // on where it would keep files
+    }
+    const std::unique_ptr<QCoreApplication> application(hasTexts ? new QGuiApplication(argc, argv)
+                                                                 : new QCoreApplication(argc, argv));
     QCoreApplication::setApplicationName(QStringLiteral("scribera-ink"));
     return exitCodeOf("scribera-ink", run, QCoreApplication::arguments());
 }

@@ -11,9 +11,9 @@ class InkUsageTest : public InkToolTest
 {
 };
 
-const QStringList CommandNames = {"info",     "to-json",        "to-csv",     "to-svg",         "to-png",
-                                  "to-pdf",   "to-recording",   "to-inkml",   "to-iso19794-7",  "from-json",
-                                  "from-csv", "from-recording", "from-inkml", "from-iso19794-7"};
+const QStringList CommandNames = {"info",      "plot",     "to-json",        "to-csv",     "to-svg",
+                                  "to-png",    "to-pdf",   "to-recording",   "to-inkml",   "to-iso19794-7",
+                                  "from-json", "from-csv", "from-recording", "from-inkml", "from-iso19794-7"};
 const QStringList DrawingCommands = {"to-svg", "to-png", "to-pdf"};
 
 void expectWrongUsage(const QStringList& arguments, const std::string& reason)
@@ -50,7 +50,8 @@ TEST_F(InkUsageTest, HelpOfACommandNamesItsOptions)
         const bool takesModel =
             isIso || draws || command == "to-recording" || command == "to-inkml" || command == "info";
         EXPECT_EQ(help.contains("--compact"), isIso || command == "to-svg");
-        EXPECT_EQ(help.contains("--units-per-mm"), command == "to-iso19794-7" || command == "info");
+        EXPECT_EQ(help.contains("--units-per-mm"),
+                  command == "to-iso19794-7" || command == "info" || command == "plot");
         EXPECT_EQ(help.contains("--require-signature"), command == "info");
         EXPECT_EQ(help.contains("--model"), takesModel);
         EXPECT_EQ(help.contains("K421B"), takesModel);
