@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import asyncio
 import ctypes
 import gc
 import os
@@ -107,6 +108,8 @@ OPERATIONS: list[Callable[[Pad], object]] = [
     lambda pad: pad.on_status(print),
     lambda pad: pad.on_point(print),
     lambda pad: pad.wait(0),
+    lambda pad: asyncio.run(pad.wait_async(0)),
+    lambda pad: pad.live_points(),
     lambda pad: pad.last_key(),
     lambda pad: len(pad),
     lambda pad: pad[0],

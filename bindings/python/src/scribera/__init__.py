@@ -31,6 +31,7 @@ from ._errors import (
 )
 from ._families import Model
 from ._native import FAMILIES, Family, enable_log, let_workers_wait, model_named
+from ._live import LivePoints
 from ._pad import Pad
 from ._types import DecodedPoint, ImageType, InkPoint, InkRecord, LivePoint, PadInfo, Status, ink_array, read_ink
 
@@ -49,6 +50,7 @@ __all__ = [
     "InvalidParametersError",
     "LibraryError",
     "LivePoint",
+    "LivePoints",
     "Model",
     "NoPadError",
     "NothingThereError",

@@ -13,6 +13,7 @@ import sys
 import tempfile
 import threading
 import warnings
+import weakref
 from collections import deque
 from collections.abc import Callable, Iterator, Sequence
 from contextlib import AbstractContextManager, nullcontext
@@ -36,6 +37,7 @@ from ._errors import (
 )
 from ._families import Model
 from ._files import write_file
+from ._live import LivePoints
 from ._optional import optional
 from ._types import (
     DecodedPoint,
@@ -162,6 +164,9 @@ class Pad:
         self._failure_lock = threading.RLock()
         # Rings for keys, failures and the close.
         self._bell = Bell()
+        # Those who follow the pen, as long as somebody holds them. Any thread adds, removes and copies, in one
+        # step each.
+        self._followers: list[weakref.ref[LivePoints]] = []
 
         self._status_handler = on_status
         self._point_handler: PointHandler | None = None
@@ -264,6 +269,8 @@ class Pad:
             self._closed = True
         if _open_pad is self:
             _open_pad = None
+        for follower in self._live_followers():  # no point can come any more
+            follower.ring()
         return _native.SUCCESS
 
     def __enter__(self) -> Self:
@@ -315,15 +322,40 @@ class Pad:
         """
         self._require_open()
         self._point_handler = handler
-        # Not before it is needed, since it makes every sample wait for the interpreter's lock. It cannot be
-        # taken back.
+        if handler is not None:
+            self._register_live()
+        return handler
+
+    def _register_live(self) -> None:
+        """Not before it is needed, since it makes every sample wait for the interpreter's lock. It cannot be
+        taken back."""
         with self._turn():
             self._require_open()
-            if handler is not None and not self._is_live_registered:
+            if not self._is_live_registered:
                 if not self._functions.call("RealTimeSignatureDataCallback", self._live_function):
                     raise NoPadError(self._label("RealTimeSignatureDataCallback") + ": no open pad")
                 self._is_live_registered = True
-        return handler
+
+    def live_points(self) -> LivePoints:
+        """The points from now on, for ``async for``; :class:`LivePoints` tells how it ends. Beside
+        :meth:`on_point`, whose function is called before the point is handed over, and beside others of its
+        kind. Points are kept until they are asked for, as long as the object is held and not closed.
+
+        What a callback raises is raised by :meth:`wait`, :meth:`wait_async` or :meth:`close`, not here.
+        """
+        self._require_open()
+        points = LivePoints(self._is_over)
+        self._followers.append(weakref.ref(points, self._followers.remove))
+        self._register_live()
+        return points
+
+    def _is_over(self) -> bool:
+        """Whether no callback can come any more, which is later than :attr:`closed`."""
+        return self._closed or self._process != os.getpid()
+
+    def _live_followers(self) -> list[LivePoints]:
+        followers = (reference() for reference in tuple(self._followers))
+        return [follower for follower in followers if follower is not None]
 
     def wait(self, timeout: float | None = None) -> Status:
         """Waits until the person uses a key of the pad, and tells which. Each key is told once, in order; one
@@ -336,7 +368,21 @@ class Pad:
         self._require_open()
         if _callback_thread.active:
             raise CallbackThreadError("the next key cannot come while a callback waits for it")
-        news = self._bell.wait(self._take_news, timeout)
+        return self._told(self._bell.wait(self._take_news, timeout), timeout)
+
+    async def wait_async(self, timeout: float | None = None) -> Status:
+        """As :meth:`wait`, while the event loop goes on. Several tasks and threads may wait: each key goes to
+        one of them. A task that is cancelled takes no key with it: the next wait tells it.
+
+        Everything else that may take a while, :meth:`close` for one, holds the loop up; ``asyncio.to_thread``
+        does it elsewhere.
+        """
+        self._require_open()
+        if _callback_thread.active:
+            raise CallbackThreadError("the next key cannot come while a callback waits for it")
+        return self._told(await self._bell.wait_async(self._take_news, timeout), timeout)
+
+    def _told(self, news: Status | BaseException | None, timeout: float | None) -> Status:
         if news is None:
             raise PadTimeoutError(f"no key of the pad was used within {timeout} s")
         if isinstance(news, BaseException):
@@ -367,7 +413,10 @@ class Pad:
         self._bell.ring()
 
     def _point_arrived(self, position: int, pen: int) -> None:
-        self._run(self._point_handler, LivePoint.unpack(position, pen))
+        point = LivePoint.unpack(position, pen)
+        self._run(self._point_handler, point)
+        for follower in self._live_followers():
+            follower.add(point)
 
     def _run(self, handler: Callable[[Any], object] | None, news: Status | LivePoint) -> None:
         if handler is None or self._closing:
