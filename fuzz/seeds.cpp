@@ -1,6 +1,6 @@
 // Writes the corpora from which the fuzzers start: small images in the forms that their readers tell apart,
-// headers that promise more than follows, ink packet streams whole and broken, signature records, recordings,
-// conversations with the virtual pad, sequences of calls, clients of the service, documents.
+// headers that promise more than follows, ink packet streams whole and broken, ink in other forms,
+// recordings, conversations with the virtual pad, sequences of calls, clients of the service, documents.
 
 #ifdef SCRIBERA_SIGNS_DOCUMENTS
 #include "document_seeds.h"
@@ -526,6 +526,41 @@ Seeds signatureRecords()
     };
 }
 
+// Ink in the forms that are texts.
+Seeds inkDocuments()
+{
+    const auto inkMl = [](const QByteArray& content) {
+        return "<ink xmlns=\"http://www.w3.org/2003/InkML\">" + content + "</ink>";
+    };
+    const QByteArray format =
+        "<traceFormat xml:id=\"f\"><channel name=\"Y\"/><channel name=\"X\"/>"
+        "<channel name=\"T\" respectTo=\"#t\"/><intermittentChannels><channel name=\"F\"/>"
+        "<channel name=\"S\" type=\"boolean\"/></intermittentChannels></traceFormat>";
+    const QByteArray start = "<timestamp xml:id=\"t\" time=\"1700000000000\"/>";
+    return {
+        {"inkml", inkMl("<trace>10 0,9 14.5,8 28</trace><trace type=\"penUp\">1 1</trace>")},
+        {"inkml-differences", inkMl("<trace>1125 18432,'23'43,\"7\"-8,3-5,7 -3,!#F!*,? ?</trace>")},
+        {"inkml-context", inkMl("<definitions>" + start + "</definitions><context xml:id=\"c\">" + format +
+                                "</context><annotation type=\"first-tick\">-5</annotation>"
+                                "<trace contextRef=\"#c\">1 2 3 400 T,1 2 8,1 2 9 1 F</trace>")},
+        {"inkml-group", inkMl("<traceGroup><traceGroup><trace continuation=\"begin\">1 2</trace></traceGroup>"
+                              "<annotationXML/><traceView/></traceGroup><trace>3 4</trace>")},
+        {"inkml-time", inkMl("<definitions><timestamp xml:id=\"a\" timeString=\"2023-11-14T22:13:20Z\"/>"
+                             "<timestamp xml:id=\"b\" timestampRef=\"#a\" timeOffset=\"-1\"/></definitions>"
+                             "<trace timeOffset=\"30\">1 2</trace>")},
+        {"inkml-entity", "<!DOCTYPE ink [<!ENTITY a \"1 2\">]>" + inkMl("<trace>&a;</trace>")},
+        {"inkml-cut", inkMl(format).chopped(40)},
+        {"inkml-large", inkMl("<trace>1e9 99999999999999999999,-.5 '2</trace>")},
+        {"csv", "x,y,pressure,status,tick,seconds\n1,-2,3,0,-9223372036854775808,5\r\n1,2,3,1,7,8\n"},
+        {"csv-status", "x,y,pressure,status,tick,seconds\n1,2,3,4,5,6\n"},
+        {"json",
+         R"({"points":[{"x":1,"y":-2,"pressure":3,"status":0,"tick":4,"seconds":9223372036854775807}]})"},
+        {"json-broken", R"({"points":[{"x":1.5,"y":null},[)"},
+        {"recording", "# scribera recording 1\nmodel: SCK210\narea: 160 220 2360 1430\nmax-pressure: 2048\n"
+                      "0 500 400 7 0\n5 501 402 9 1\n10 501 402 0 2\n500 3 1 1 4\n"},
+    };
+}
+
 // A device, its mounting, and a signature on it.
 Seeds penEvents()
 {
@@ -682,6 +717,7 @@ int main(int argc, char** argv)
     write(corpora, "decode_ink", streams());
     write(corpora, "decode_text", texts());
     write(corpora, "ink_reader", inkTexts());
+    write(corpora, "ink_document", inkDocuments());
     write(corpora, "iso_signature", signatureRecords());
     write(corpora, "link", conversations());
     write(corpora, "driver_link", padsOfDrivers());

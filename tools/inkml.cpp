@@ -225,14 +225,21 @@ private:
     {
         Number number = 0;
         const char* const first = m_rest.data();
+        const char* const last = first + m_rest.size();
         // What from_chars() takes for a number beside these, a word, is none here.
         const std::size_t sign = m_rest.front() == '-' ? 1 : 0;
         if (m_rest.size() <= sign || (m_rest[sign] != '.' && (m_rest[sign] < '0' || m_rest[sign] > '9')))
             return false;
-        const auto [behind, fault] =
-            std::from_chars(first, first + m_rest.size(), number, std::chars_format::fixed);
-        if (fault != std::errc())
-            return false;
+        std::int64_t whole = 0; // which is read many times as fast
+        auto [behind, fault] = std::from_chars(first, last, whole);
+        if (fault == std::errc() && (behind == last || *behind != '.')) {
+            number = static_cast<Number>(whole);
+        } else {
+            const auto result = std::from_chars(first, last, number, std::chars_format::fixed);
+            if (result.ec != std::errc())
+                return false;
+            behind = result.ptr;
+        }
         channel.take(number);
         skip(static_cast<std::size_t>(behind - first));
         return true;
