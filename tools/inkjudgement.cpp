@@ -42,7 +42,7 @@ QString objection(const InkSummary& summary, const CPadModel* pad, std::optional
         return QStringLiteral("the strokes have %1 steps").arg(summary.steps);
     if (summary.stepsDuration < ShortestWriting)
         return QStringLiteral("the pen wrote for %1 ms").arg(summary.stepsDuration);
-    const QString size = tooSmall(summary, pad, unitsPerMillimetre);
+    QString size = tooSmall(summary, pad, unitsPerMillimetre);
     if (!size.isEmpty())
         return size;
     if (summary.strokesWithLength == 1 &&

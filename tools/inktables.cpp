@@ -129,7 +129,8 @@ CInkSnapshot fromJson(const QByteArray& text, const QString& name)
         throw Failure{name + QStringLiteral(": has no list of points")};
     IncomingInk ink(name, IncomingInk::Places::Points);
     std::size_t number = 0;
-    for (const QJsonValue& element : points.toArray()) {
+    const QJsonArray list = points.toArray();
+    for (const auto& element : list) {
         ++number;
         const QJsonObject object = element.toObject();
         IncomingPoint point;

@@ -235,8 +235,8 @@ QByteArray toIsoSignature(const CInkSnapshot& ink, std::optional<double> unitsPe
             refusePoint(index, QStringLiteral("the pressure is %1").arg(point.sPressure));
         if (milliseconds > MostMilliseconds)
             refusePoint(index, QStringLiteral("comes after a pause of %1 ms").arg(milliseconds));
-        appendBigEndian(bytes, static_cast<std::uint64_t>(point.usX + SignedBias), sizeOf(X));
-        appendBigEndian(bytes, static_cast<std::uint64_t>(point.sY + SignedBias), sizeOf(Y));
+        appendBigEndian(bytes, static_cast<std::uint16_t>(SignedBias + point.usX), sizeOf(X));
+        appendBigEndian(bytes, static_cast<std::uint16_t>(SignedBias + point.sY), sizeOf(Y));
         appendBigEndian(bytes, milliseconds, sizeOf(time));
         appendBigEndian(bytes, static_cast<std::uint64_t>(point.sPressure), sizeOf(Force));
         appendBigEndian(bytes, point.ucStatus == kStatusOnStroke ? 1 : 0, sizeOf(TipSwitch));
@@ -315,7 +315,7 @@ int partOf(int raw, int origin, int size)
 
 int middleOf(int part, int origin, int size)
 {
-    return origin + static_cast<int>((std::int64_t{2} * part + 1) * size / (2 * ByteSteps));
+    return origin + static_cast<int>((std::int64_t{2} * part + 1) * size / (std::int64_t{2} * ByteSteps));
 }
 
 } // namespace
