@@ -52,7 +52,8 @@ install_packages() {
 build_packages=(g++ gcc libc6-dev cmake ninja-build pkg-config qtbase5-dev libqt5svg5-dev libevdev-dev libudev-dev
     libboost1.81-dev libssl-dev libqpdf-dev)
 test_packages=(libgtest-dev libgmock-dev binutils clang-format
-    locales python3 python3-venv python3-setuptools python3-wheel python3-pytest mypy
+    locales python3 python3-venv python3-setuptools python3-wheel python3-pytest python3-tomli
+    python3-exceptiongroup mypy
     python3-websockets python3-jsonschema python3-numpy python3-pil openssl
     xvfb xauth fonts-dejavu-core imagemagick libxml2-utils poppler-utils umockdev libumockdev-dev)
 browser_packages=(chromium firefox-esr fonts-dejavu-core imagemagick openssl)

@@ -510,6 +510,13 @@ def python_sign(bench: Bench) -> None:
     expect(bench.content("signature.svg").count(b"<poly") > 100, "signature.svg has no strokes")
 
 
+@case("python_notebook.py")
+def python_notebook(bench: Bench) -> None:
+    # By the system's Python, which has NumPy and Pillow.
+    notebook = ["/usr/bin/python3", str(ROOT / "scripts" / "notebook"), str(bench.library), str(bench.driver)]
+    expect_lines(bench.run([*notebook, "--check"]))
+
+
 @case("python_ink.py")
 def python_ink(bench: Bench) -> None:
     bench.plug_in()

@@ -235,7 +235,7 @@ def test_the_close_of_the_pad_ends_the_iteration_after_the_last_point(simulator:
 def test_points_that_come_during_the_close_are_told_to_the_last(simulator: Simulator) -> None:
     """Neither a gap nor a point that is told after the end."""
 
-    async def main() -> None:
+    async def main() -> int:
         pad = Pad("K210", size=(60, 40))
         points = pad.live_points()
         following = asyncio.create_task(all_of(points))
@@ -245,12 +245,12 @@ def test_points_that_come_during_the_close_are_told_to_the_last(simulator: Simul
         stored = len(pad)
         await asyncio.get_running_loop().run_in_executor(None, pad.close)
         told = [point.pressure for point in await following]
-        assert stored <= len(told) < 5000
+        assert stored <= len(told)
         assert told == [pressure for _, _, pressure, _ in numbered(len(told))]
         assert not points._points
+        return len(told)
 
-    for _ in range(20):
-        asyncio.run(main())
+    assert min(asyncio.run(main()) for _ in range(20)) < 5000  # some were cut off
 
 
 def test_a_cancelled_iteration_is_taken_up_without_a_gap(simulator: Simulator) -> None:
@@ -294,7 +294,9 @@ def test_another_loop_takes_up_where_the_first_one_ended(simulator: Simulator) -
 
 def test_points_that_nobody_holds_are_not_kept(simulator: Simulator) -> None:
     async def first_of(pad: Pad) -> LivePoint:
-        async for point in pad.live_points():
+        points = pad.live_points()
+        simulator.queue(tap("K210") * 50)
+        async for point in points:
             return point
         raise AssertionError
 
@@ -305,7 +307,6 @@ def test_points_that_nobody_holds_are_not_kept(simulator: Simulator) -> None:
         following.close()
         simulator.send(tap("K210"))
         assert len(following._points) == 2
-        simulator.queue(tap("K210") * 50)
         asyncio.run(first_of(pad))
         del following
         gc.collect()

@@ -22,6 +22,7 @@ from ctypes import (
     c_wchar_p,
 )
 from enum import Enum, auto
+from pathlib import Path
 from typing import Any, cast
 
 from ._dataclass import dataclass
@@ -228,6 +229,7 @@ def let_workers_wait(on: bool = True, *, library: str | os.PathLike[str] | None 
 
 
 _USUAL_NAME = "libscriberasdk.so.1"
+_OWN = Path(__file__).with_name(_USUAL_NAME)  # what a wheel may carry
 _loaded: dict[str, ctypes.CDLL] = {}
 
 
@@ -237,6 +239,8 @@ def load(library: str | os.PathLike[str] | None) -> ctypes.CDLL:
         names = [os.fspath(library)]
     elif named := os.environ.get("SCRIBERA_LIBRARY"):
         names = [named]
+    elif _OWN.exists():
+        names = [os.fspath(_OWN)]
     else:
         names = [_USUAL_NAME]
         if found := ctypes.util.find_library("scriberasdk"):

@@ -1,0 +1,130 @@
+#!/usr/bin/env python3
+"""Checks the wheel that carries the library: in fresh environments without network and other packages, a signature is
+taken with the wheel's own library.
+
+check_wheel.py --wheel PROGRAM --library LIBRARY --driver DRIVER --work FOLDER [--python INTERPRETER]...
+"""
+
+from __future__ import annotations
+
+import argparse
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import zipfile
+from pathlib import Path
+
+SIGN = """
+import asyncio, ctypes, sys
+import scribera
+from scribera import Pad, Status
+
+async def sign(pad):
+    points = pad.live_points()
+    status = await pad.wait_async(120)
+    points.close()
+    return status, [point async for point in points]
+
+with Pad("K210", size=(300, 200)) as pad:
+    status, points = asyncio.run(sign(pad))
+    assert status is Status.CONFIRM and len(points) == len(pad) > 10, (status, len(points), len(pad))
+    assert pad.png().startswith(b"\\x89PNG") and "</svg>" in pad._repr_svg_()
+    assert pad[0].when.utcoffset() is not None
+    maps = open("/proc/self/maps").read().splitlines()
+    print(sorted({line.split()[-1] for line in maps if "libscriberasdk" in line}))
+    try:
+        pad.array()
+    except ImportError as error:
+        assert "python3-numpy" in str(error)
+    else:
+        sys.exit("there is a NumPy in an environment of its own")
+"""
+
+
+def run(*command: str | Path, **options: object) -> str:
+    done = subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, text=True, **options)  # type: ignore
+    if done.returncode != 0:
+        sys.exit(f"{command[0]} ended with {done.returncode}:\n{done.stdout}")
+    return done.stdout
+
+
+def without_network() -> list[str]:
+    """A prefix that takes the network away; empty where the system does not allow that."""
+    for prefix in (["unshare", "--net"], ["unshare", "--user", "--map-root-user", "--net"]):
+        if subprocess.run([*prefix, "true"], capture_output=True).returncode == 0:
+            return prefix
+    return []
+
+
+def members(wheel: Path) -> list[str]:
+    with zipfile.ZipFile(wheel) as archive:
+        return archive.namelist()
+
+
+def tag(wheel: Path) -> str:
+    with zipfile.ZipFile(wheel) as archive:
+        (name,) = (name for name in archive.namelist() if name.endswith(".dist-info/WHEEL"))
+        return archive.read(name).decode()
+
+
+def main() -> None:
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--wheel", type=Path, required=True)
+    parser.add_argument("--library", type=Path, required=True)
+    parser.add_argument("--driver", type=Path, required=True)
+    parser.add_argument("--work", type=Path, required=True)
+    parser.add_argument("--python", type=Path, action="append", default=[])
+    arguments = parser.parse_args()
+    for name in ("wheel", "library", "driver", "work"):
+        setattr(arguments, name, getattr(arguments, name).resolve())
+    arguments.work.mkdir(parents=True, exist_ok=True)
+    folder = Path(tempfile.mkdtemp(dir=arguments.work))
+    prefix = without_network()
+    foreign = ("SCRIBERA_", "PIP_", "PYTHON", "LD_LIBRARY_PATH")
+    environment = {name: value for name, value in os.environ.items() if not name.startswith(foreign)}
+
+    plain = Path(run(*prefix, arguments.wheel, "--output", folder / "plain", env=environment).strip())
+    assert plain.name.endswith("-py3-none-any.whl") and "Tag: py3-none-any\n" in tag(plain), plain
+    assert "Root-Is-Purelib: true" in tag(plain) and not any(".so" in name for name in members(plain))
+
+    platform = f"py3-none-linux_{os.uname().machine}"
+    wheel = Path(run(*prefix, arguments.wheel, "--output", folder, arguments.library, env=environment).strip())
+    assert wheel.name.endswith(f"-{platform}.whl") and f"Tag: {platform}\n" in tag(wheel), wheel
+    assert "Root-Is-Purelib: false" in tag(wheel)
+    with zipfile.ZipFile(wheel) as archive:
+        assert archive.read("scribera/libscriberasdk.so.1") == arguments.library.read_bytes()
+    assert sorted(set(members(wheel)) - set(members(plain))) == ["scribera/libscriberasdk.so.1"]
+
+    (folder / "text.so").write_text("not a library\n" * 10)
+    refused = subprocess.run(
+        [arguments.wheel, "--output", folder / "refused", folder / "text.so"], env=environment, capture_output=True
+    )
+    assert refused.returncode == 1 and b"is no library for 64 bits" in refused.stderr, refused
+    assert not list((folder / "refused").iterdir())
+
+    for number, python in enumerate(arguments.python):
+        environ = folder / f"environment{number}"
+        own = environ / "bin" / "python"
+        pip = [own, "-m", "pip", "--disable-pip-version-check"]
+        run(*prefix, python, "-m", "venv", environ, env=environment)
+        run(*prefix, *pip, "install", "--quiet", "--no-index", wheel, env=environment)
+        place = folder / f"place{number}"
+        place.mkdir()
+        (place / "libscriberadrv.so").symlink_to(arguments.driver)
+        simulated = {
+            "SCRIBERA_SIM_RECORDING": str(Path(__file__).parents[2] / "drivers/simulator/recordings/initials.rec"),
+            "SCRIBERA_SIM_RATE": "max",
+            "SCRIBERA_SIM_KEY": "confirm",
+            "SCRIBERA_SIM_START_MS": "1000",
+        }
+        loaded = run(*prefix, own, "-c", SIGN, cwd=place, env=environment | simulated).strip()
+        (package,) = (environ / "lib").glob("python3*/site-packages/scribera")
+        assert loaded == str([str(package.resolve() / "libscriberasdk.so.1")]), loaded
+        print(f"{python}: a signature with {loaded}")
+    shutil.rmtree(folder)
+
+
+if __name__ == "__main__":
+    main()
