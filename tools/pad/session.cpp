@@ -136,6 +136,8 @@ Session::Session(const CPadModel& model, const Driver& driver, QWidget* parent, 
     openSession = this;
     m_family.setRealTimeCallback(type, &Session::onPoint);
     m_family.setStatusCallback(type, &Session::onKey);
+    const std::lock_guard guard(m_lock);
+    putPoints(); // a pen may have been faster
 }
 
 Session::~Session()
