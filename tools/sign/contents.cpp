@@ -1,6 +1,5 @@
 #include "contents.h"
 
-#include "fonts.h"
 #include "refusal.h"
 
 #include <qpdf/Pipeline.hh>
@@ -76,16 +75,6 @@ void Contents::countObject()
 {
     if (++m_objects > mostObjects)
         throw tooMuch();
-}
-
-std::shared_ptr<const Font> Contents::fontOf(const QPDFObjectHandle& font)
-{
-    if (!font.isIndirect())
-        return std::make_shared<Font>(font, *this);
-    std::shared_ptr<const Font>& known = m_fonts[font.getObjGen()];
-    if (!known)
-        known = std::make_shared<Font>(font, *this);
-    return known;
 }
 
 } // namespace sign

@@ -5,12 +5,8 @@
 #include "qpdf.h"
 
 #include <cstddef>
-#include <map>
-#include <memory>
 
 namespace sign {
-
-class Font;
 
 class Contents
 {
@@ -21,13 +17,9 @@ public:
     // when there are too many.
     void countObject();
 
-    // The same each time.
-    std::shared_ptr<const Font> fontOf(const QPDFObjectHandle& font);
-
 private:
     std::size_t m_bytes = 0;
     std::size_t m_objects = 0;
-    std::map<QPDFObjGen, std::shared_ptr<const Font>> m_fonts; // by their objects
 };
 
 } // namespace sign

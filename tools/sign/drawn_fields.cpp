@@ -13,13 +13,13 @@ std::string filledIn(const QPDFObjectHandle& field)
     return value.isString() ? lettersOf(value.getUTF8Value()) : std::string();
 }
 
-bool isDrawn(const FormField& field, QPDFObjectHandle widget, Contents& contents)
+bool isDrawn(const FormField& field, QPDFObjectHandle widget, Fonts& fonts)
 {
     QPDFObjectHandle drawn = widget.getKeyIfDict("/AP").getKeyIfDict("/N");
     if (field.type != "/Tx" && field.type != "/Ch") // a button has a drawing for each state
         return drawn.isStream() || drawn.isDictionary();
     const std::string text = filledIn(field.object);
-    return drawn.isStream() ? textOfForm(drawn, contents) == text : text.empty();
+    return drawn.isStream() ? textOfForm(drawn, fonts) == text : text.empty();
 }
 
 } // namespace
@@ -29,10 +29,10 @@ bool needsDrawnFields(Document& document)
     QPDFObjectHandle isAsked = document.form().getKeyIfDict("/NeedAppearances");
     if (!isAsked.isBool() || !isAsked.getBoolValue())
         return false;
-    Contents contents;
+    Fonts fonts;
     for (const FormField& field : document.fields())
         for (const QPDFObjectHandle& widget : field.widgets)
-            if (field.type != "/Sig" && !isDrawn(field, widget, contents))
+            if (field.type != "/Sig" && !isDrawn(field, widget, fonts))
                 throw Refusal{"the field " + field.name +
                               " is not drawn as it is filled, which the form leaves to readers"};
     document.refuseDamage();

@@ -379,4 +379,14 @@ std::vector<Font::Character> Font::charactersOf(std::string_view text) const
     return characters;
 }
 
+std::shared_ptr<const Font> Fonts::fontOf(const QPDFObjectHandle& font)
+{
+    if (!font.isIndirect())
+        return std::make_shared<Font>(font, m_contents);
+    std::shared_ptr<const Font>& known = m_fonts[font.getObjGen()];
+    if (!known)
+        known = std::make_shared<Font>(font, m_contents);
+    return known;
+}
+
 } // namespace sign

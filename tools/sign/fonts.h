@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,6 +38,19 @@ private:
     double m_otherWidth = -1; // of characters without one; below 0 unknown
     std::map<unsigned, double> m_widths;
     std::map<unsigned, std::string> m_meanings;
+};
+
+// What pages are read with: their contents, and each font once.
+class Fonts
+{
+public:
+    Contents& contents() { return m_contents; }
+    // The same each time.
+    std::shared_ptr<const Font> fontOf(const QPDFObjectHandle& font);
+
+private:
+    Contents m_contents;
+    std::map<QPDFObjGen, std::shared_ptr<const Font>> m_fonts; // by their objects
 };
 
 } // namespace sign

@@ -1,7 +1,5 @@
 #include "page_text.h"
 
-#include "contents.h"
-#include "fonts.h"
 #include "refusal.h"
 
 #include <qpdf/QPDFMatrix.hh>
@@ -38,7 +36,7 @@ struct State
 struct Reading
 {
     const Page& page;
-    Contents& contents;
+    Fonts& fonts;
     std::vector<Glyph> glyphs;
     std::set<QPDFObjGen> openForms;
 };
@@ -53,7 +51,7 @@ public:
 
     void handleObject(QPDFObjectHandle object, std::size_t, std::size_t) override
     {
-        m_reading.contents.countObject();
+        m_reading.fonts.contents().countObject();
         if (!object.isOperator()) {
             if (m_operands.size() < mostOperands)
                 m_operands.push_back(object);
@@ -209,7 +207,7 @@ private:
 
     std::shared_ptr<const Font> fontOf(QPDFObjectHandle font)
     {
-        return font.isDictionary() ? m_reading.contents.fontOf(font) : nullptr;
+        return font.isDictionary() ? m_reading.fonts.fontOf(font) : nullptr;
     }
 
     void drawForm(const QPDFObjectHandle& name)
@@ -224,7 +222,7 @@ private:
         QPDFObjectHandle resources = form.getDict().getKey("/Resources");
         ContentReader reader(m_reading, resources.isDictionary() ? resources : m_resources, state,
                              m_depth + 1);
-        m_reading.contents.parse(form, reader);
+        m_reading.fonts.contents().parse(form, reader);
         m_reading.openForms.erase(form.getObjGen());
     }
 
@@ -260,12 +258,12 @@ bool isOneLine(const std::vector<Glyph>& glyphs, std::size_t first, std::size_t 
 
 } // namespace
 
-std::vector<Glyph> textOf(const Page& page, Contents& contents)
+std::vector<Glyph> textOf(const Page& page, Fonts& fonts)
 {
-    Reading reading{page, contents, {}, {}};
+    Reading reading{page, fonts, {}, {}};
     QPDFObjectHandle object = page.object;
     ContentReader reader(reading, inheritedValue(object, "/Resources"), {}, 0);
-    contents.parse(object.getKey("/Contents"), reader);
+    fonts.contents().parse(object.getKey("/Contents"), reader);
     return std::move(reading.glyphs);
 }
 
@@ -282,12 +280,12 @@ std::string lettersOf(std::string text)
     return text;
 }
 
-std::string textOfForm(QPDFObjectHandle form, Contents& contents)
+std::string textOfForm(QPDFObjectHandle form, Fonts& fonts)
 {
     const Page page;
-    Reading reading{page, contents, {}, {}};
+    Reading reading{page, fonts, {}, {}};
     ContentReader reader(reading, form.getDict().getKey("/Resources"), {}, 0);
-    contents.parse(form, reader);
+    fonts.contents().parse(form, reader);
     std::string text;
     for (const Glyph& glyph : reading.glyphs)
         text += lettersOf(glyph.text);
@@ -300,12 +298,12 @@ TextEnd findText(Document& document, const std::string& text, int onlyPage)
     if (wanted.empty())
         throw Refusal{"an empty text is everywhere"};
     std::vector<TextEnd> found;
-    Contents contents;
+    Fonts fonts;
     bool isAllRead = true;
     bool isElsewise = false; // drawn upwards, for instance
     for (int number = onlyPage == 0 ? 1 : onlyPage;
          number <= (onlyPage == 0 ? document.pageCount() : onlyPage); ++number) {
-        const std::vector<Glyph> glyphs = textOf(document.page(number), contents);
+        const std::vector<Glyph> glyphs = textOf(document.page(number), fonts);
         std::string all;
         std::vector<std::size_t> owners; // of each byte
         for (std::size_t index = 0; index < glyphs.size(); ++index) {

@@ -1,8 +1,8 @@
 // The text of a page, as far as its fonts tell what their characters mean and how wide they are.
 #pragma once
 
-#include "contents.h"
 #include "document.h"
+#include "fonts.h"
 
 #include <string>
 #include <vector>
@@ -22,10 +22,10 @@ struct Glyph
 };
 
 // In the order in which the page draws it.
-std::vector<Glyph> textOf(const Page& page, Contents& contents);
+std::vector<Glyph> textOf(const Page& page, Fonts& fonts);
 
 // The letters of a form, such as the appearance of a field. Empty where nobody knows them.
-std::string textOfForm(QPDFObjectHandle form, Contents& contents);
+std::string textOfForm(QPDFObjectHandle form, Fonts& fonts);
 
 // Without what separates words, and with what stands for several letters in their place.
 std::string lettersOf(std::string text);
