@@ -8,6 +8,8 @@
 #include <QFile>
 #include <QImage>
 
+#include <ostream>
+
 #include <dlfcn.h>
 
 namespace {
@@ -27,6 +29,11 @@ struct Family
     decltype(&SCK210_PacketsBase64Encode) encode;
     decltype(&SCK210_PacketsBase64EncodeFree) free;
 };
+
+void PrintTo(const Family& family, std::ostream* out)
+{
+    *out << family.model;
+}
 
 #define FAMILY(Model)                                                                                        \
     {#Model,                                                                                                 \
