@@ -276,8 +276,11 @@ std::vector<FormField> Document::fields()
     std::set<QPDFObjGen> seen;
     const std::function<void(QPDFObjectHandle, std::string, std::string, std::size_t)> visit =
         [&](QPDFObjectHandle node, std::string name, std::string type, std::size_t depth) {
-            if (QPDFObjectHandle own = node.getKeyIfDict("/T"); own.isString())
-                name += (name.empty() ? "" : ".") + own.getUTF8Value();
+            if (QPDFObjectHandle own = node.getKeyIfDict("/T"); own.isString()) {
+                if (!name.empty())
+                    name += '.';
+                name += own.getUTF8Value();
+            }
             if (!node.isIndirect() || !node.isDictionary() || !seen.insert(node.getObjGen()).second ||
                 depth > deepest || name.size() > longestName)
                 throw damaged("its form fields are wrong");
