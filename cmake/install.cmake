@@ -9,27 +9,27 @@ foreach(folder IN ITEMS BINDIR LIBDIR LIBEXECDIR INCLUDEDIR DATADIR)
     endif()
 endforeach()
 
-set(SCRIBERA_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/ScriberaSDK)
+set(SCRIBERA_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/${scribera_package})
 # Not a library for the linker: hosts load the driver from their current directory, and link to it from there.
 set(SCRIBERA_DRIVER_DIR ${CMAKE_INSTALL_LIBDIR}/scribera)
 set(SCRIBERA_DATA_DIR ${CMAKE_INSTALL_DATADIR}/scribera)
 
-install(TARGETS scriberasdk EXPORT ScriberaSDKTargets
+install(TARGETS scriberasdk EXPORT ${scribera_package}Targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES include/scriberasdk.h include/scriberasdk_ext.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
-install(EXPORT ScriberaSDKTargets NAMESPACE Scribera:: DESTINATION ${SCRIBERA_CMAKE_DIR} COMPONENT development)
-configure_package_config_file(cmake/ScriberaSDKConfig.cmake.in ${PROJECT_BINARY_DIR}/cmake/ScriberaSDKConfig.cmake
+install(EXPORT ${scribera_package}Targets NAMESPACE Scribera:: DESTINATION ${SCRIBERA_CMAKE_DIR} COMPONENT development)
+configure_package_config_file(cmake/ScriberaSDKConfig.cmake.in ${PROJECT_BINARY_DIR}/cmake/${scribera_package}Config.cmake
     INSTALL_DESTINATION ${SCRIBERA_CMAKE_DIR})
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/cmake/ScriberaSDKConfigVersion.cmake
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/cmake/${scribera_package}ConfigVersion.cmake
     COMPATIBILITY SameMajorVersion)
 install(FILES
-    ${PROJECT_BINARY_DIR}/cmake/ScriberaSDKConfig.cmake ${PROJECT_BINARY_DIR}/cmake/ScriberaSDKConfigVersion.cmake
+    ${PROJECT_BINARY_DIR}/cmake/${scribera_package}Config.cmake ${PROJECT_BINARY_DIR}/cmake/${scribera_package}ConfigVersion.cmake
     DESTINATION ${SCRIBERA_CMAKE_DIR} COMPONENT development)
 file(RELATIVE_PATH SCRIBERA_PREFIX_OF_PKGCONFIG /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
-configure_file(cmake/scriberasdk.pc.in ${PROJECT_BINARY_DIR}/cmake/scriberasdk.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/cmake/scriberasdk.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+configure_file(cmake/scriberasdk.pc.in ${PROJECT_BINARY_DIR}/cmake/${scribera_library}.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/cmake/${scribera_library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
     COMPONENT development)
 
 install(FILES LICENSE README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/scriberasdk

@@ -1,7 +1,7 @@
 # Archives: cpack in the build tree makes one of the installation, `cpack --config CPackSourceConfig.cmake` one of the
 # source. Debian packages come from packaging/build-deb.
 set(CPACK_GENERATOR TGZ)
-set(CPACK_PACKAGE_NAME scriberasdk)
+set(CPACK_PACKAGE_NAME ${scribera_library})
 set(CPACK_PACKAGE_VENDOR Corvenna)
 set(CPACK_PACKAGE_CONTACT "Corvenna <support@corvenna.example>")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})

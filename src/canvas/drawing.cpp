@@ -12,12 +12,16 @@ namespace {
 constexpr std::int64_t kMaxCanvasBytes = std::int64_t{1} << 30;
 constexpr std::int64_t kBytesPerPixel = 4;
 
-// How strokes are smoothed. Qt deprecates the name in favour of Antialiasing, but draws pens of up to one
-// pixel differently under the two, and a signature looks as it always has.
+// How strokes are smoothed. Qt 5 deprecates the first name in favour of the second, but draws pens of up to
+// one pixel differently under the two, and a signature looks as it always has. Qt 6 has the second one only.
+#if QT_VERSION_MAJOR < 6
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 constexpr QPainter::RenderHint kStrokeHint = QPainter::HighQualityAntialiasing;
 #pragma GCC diagnostic pop
+#else
+constexpr QPainter::RenderHint kStrokeHint = QPainter::Antialiasing;
+#endif
 
 int Saturated(std::int64_t nValue)
 {

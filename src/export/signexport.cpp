@@ -34,7 +34,7 @@ char* Base64ForHost(const CLogLabel& Label, const QByteArray& Bytes)
 {
     try {
         const QByteArray Text = Bytes.toBase64();
-        SCR_LOG(Label, "<%ld>-nBase64Size=%d", Text.size());
+        SCR_LOG(Label, "<%ld>-nBase64Size=%d", static_cast<int>(Text.size()));
         return TextForHost(Text);
     } catch (const std::bad_alloc&) {
         SCR_LOG(Label, "<%ld>-no memory for the text !");
@@ -275,7 +275,7 @@ char* CSignExport::GetSVGImageBase64Data() const
                     Drawing.reset();
                 return Drawing.has_value();
             });
-        SCR_LOG(Label, "<%ld>-byteArray size=%d", Drawing ? Drawing->size() : 0);
+        SCR_LOG(Label, "<%ld>-byteArray size=%d", Drawing ? static_cast<int>(Drawing->size()) : 0);
         if (Drawing)
             pSVGBase64Image = Base64ForHost(Label, *Drawing);
     }

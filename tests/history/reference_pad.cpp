@@ -1,5 +1,7 @@
 #include "reference_pad.h"
 
+#include "stroke_hint.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -12,12 +14,6 @@
 namespace scribera::test {
 
 namespace {
-
-// The hint that is documented. Qt calls it deprecated, and still draws thin lines differently under it.
-QT_WARNING_PUSH
-QT_WARNING_DISABLE_DEPRECATED
-constexpr QPainter::RenderHint smoothLines = QPainter::HighQualityAntialiasing;
-QT_WARNING_POP
 
 const QRectF wholePrint(0, 0, printWidth, printHeight);
 
@@ -127,7 +123,7 @@ void ReferencePad::segmentTo(const Mapped& place)
 {
     QImage& image = m_model.hasFingerprint ? m_strokes : m_canvas;
     QPainter painter(&image);
-    painter.setRenderHint(smoothLines, true);
+    painter.setRenderHint(strokeHint, true);
     painter.setPen(penOf(m_penColor, m_withPressure ? place.pressure : m_penWidth));
     const QLineF line(m_lastX, m_lastY, place.x, place.y);
     painter.drawLines(&line, 1);
@@ -446,7 +442,7 @@ QByteArray ReferencePad::svg(const QImage& image, int dpi, const QRect& box) con
         if (m_clip)
             here -= QPointF(box.left(), box.top());
         if (strokeIsOpen) {
-            painter.setRenderHint(smoothLines, true);
+            painter.setRenderHint(strokeHint, true);
             painter.setPen(penOf(m_penColor, m_withPressure ? place.pressure : m_penWidth));
             const QLineF line(previous, here);
             painter.drawLines(&line, 1);

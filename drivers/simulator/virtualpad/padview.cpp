@@ -54,6 +54,18 @@ double inkWidth(const PadState& state, float pressure)
     return scale * (state.isWithPressure() ? 0.0016 + 0.0085 * static_cast<double>(pressure) : 0.0042);
 }
 
+// Qt 5 has a name of its own for each kind of event, Qt 6 one for all.
+template <typename Event>
+QPointF positionOf(const Event& event)
+{
+    if constexpr (requires { event.position(); })
+        return event.position();
+    else if constexpr (requires { event.localPos(); })
+        return event.localPos();
+    else
+        return event.posF();
+}
+
 QImage imageOf(const simulator::padlink::Picture& picture)
 {
     QImage image(picture.width, picture.height, QImage::Format_RGB16);
@@ -146,15 +158,15 @@ void PadView::release()
 void PadView::mousePressEvent(QMouseEvent* event)
 {
     if (event->button() == Qt::LeftButton)
-        press(event->localPos(), std::nullopt);
+        press(positionOf(*event), std::nullopt);
 }
 
 void PadView::mouseMoveEvent(QMouseEvent* event)
 {
     if (m_pressed == Part::Screen)
-        m_pad.penMove(layoutNow().placeAt(event->localPos()));
+        m_pad.penMove(layoutNow().placeAt(positionOf(*event)));
     else if (!m_pressed)
-        showCursor(partAt(event->localPos()));
+        showCursor(partAt(positionOf(*event)));
 }
 
 void PadView::mouseReleaseEvent(QMouseEvent* event)
@@ -169,13 +181,13 @@ void PadView::tabletEvent(QTabletEvent* event)
     switch (event->type()) {
     case QEvent::TabletPress:
         if (event->button() == Qt::LeftButton)
-            press(event->posF(), event->pressure());
+            press(positionOf(*event), event->pressure());
         break;
     case QEvent::TabletMove:
         if (m_pressed == Part::Screen)
-            m_pad.penMove(layoutNow().placeAt(event->posF()), event->pressure());
+            m_pad.penMove(layoutNow().placeAt(positionOf(*event)), event->pressure());
         else if (!m_pressed)
-            showCursor(partAt(event->posF()));
+            showCursor(partAt(positionOf(*event)));
         break;
     case QEvent::TabletRelease:
         release();
