@@ -134,7 +134,7 @@ Person somebody()
         !PEM_write_bio_X509(pem.get(), certificate.get()))
         throw std::runtime_error("no key for the documents");
     PKCS12_free(container);
-    return {std::make_unique<Signer>(contentOf(file.get()), ""), contentOf(pem.get())};
+    return {std::make_unique<Signer>(contentOf(file.get()), Secret()), contentOf(pem.get())};
 }
 
 std::string signedBy(const Person* person, const std::string& bytes, const Spot& spot, const Person* reader)

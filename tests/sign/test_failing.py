@@ -16,7 +16,7 @@ import pytest
 
 import writer
 from checks import run
-from tool import PATIENCE, PROGRAM, Place, Tool, copied, environment, listing, one_line, playing
+from tool import IS_SANITIZED, PATIENCE, PROGRAM, Place, Tool, copied, environment, listing, one_line, playing
 
 PLACE = Place(1, 60, 250, 180)
 
@@ -240,6 +240,39 @@ def test_no_signature_comes(tool: Tool, tmp_path: Path, original: Path, settings
                env={**playing("initials.rec"), **settings})
     assert done.returncode == code, done.stderr
     assert listing(out) == []
+
+
+@pytest.mark.skipif(IS_SANITIZED, reason="keeps memory that was given back")
+def test_passwords_are_gone_when_somebody_signs(tool: Tool, tmp_path: Path, original: Path) -> None:
+    """People take their time, and the memory of a process may come to a disk."""
+    out, password = tmp_path / "out", tmp_path / "password"
+    out.mkdir()
+    kept, secret = "known to everybody", "not to be found in memory"
+    long = 40 * secret  # so that nothing else takes its place soon
+    password.write_text(long + "\n")
+    key = ["--certificate", str(tool.keys.p12("ec", "forgotten", long)), "--password-file", str(password), "--reason", kept]
+    process = begun(with_pad(original, out, *key), out, **playing("initials.rec", SCRIBERA_SIM_KEY=""))
+    try:
+        assert process.stderr and "ign" in process.stderr.readline()
+        memory = memory_of(process.pid)
+    finally:
+        process.terminate()
+        process.communicate(timeout=PATIENCE)
+    # The other text shows that it would have been found.
+    assert kept.encode() in memory and secret.encode() not in memory and secret.encode("utf-16-be") not in memory
+
+
+def memory_of(process: int) -> bytes:
+    """All that it could write to."""
+    content = b""
+    with open(f"/proc/{process}/mem", "rb", 0) as memory:
+        for line in Path(f"/proc/{process}/maps").read_text().splitlines():
+            places, rights, *_ = line.split()
+            if rights.startswith("rw"):
+                start, end = (int(place, 16) for place in places.split("-"))
+                memory.seek(start)
+                content += memory.read(end - start)
+    return content
 
 
 def test_keys_are_nobodys_to_read(tool: Tool, tmp_path: Path, original: Path) -> None:

@@ -3,8 +3,13 @@
 from __future__ import annotations
 
 import base64
+import hashlib
+import os
 import random
 import re
+import struct
+import zlib
+from collections.abc import Callable
 from pathlib import Path
 
 import pytest
@@ -12,7 +17,7 @@ import pytest
 import writer
 from checks import check_by_qpdf, output_of, run, signatures
 from test_tampering import changed
-from tool import IS_FULL_LENGTH, Place, Tool, copied, listing, one_line
+from tool import IS_FULL_LENGTH, LARGEST_GROWTH, Place, Tool, copied, listing, one_line
 
 PLACE = Place(1, 60, 250, 180)
 KEY = "/SCRB_SealedInk"
@@ -60,7 +65,8 @@ def test_openssl_can_read_it(tool: Tool, tmp_path: Path, kind: str) -> None:
     sealed.write_bytes(file.read_bytes()[start : start + length])
     done = run("openssl", "cms", "-decrypt", "-inform", "DER", "-in", sealed, "-inkey", key, "-out", opened)
     assert done.returncode == 0, done.stderr
-    assert tool.inks["initials"].file.read_bytes().strip() in opened.read_bytes()
+    _, _, content = opened.read_bytes().partition(b"\n\n")
+    assert zlib.decompress(content).strip() == tool.inks["initials"].file.read_bytes().strip()
     text = run("openssl", "cms", "-cmsout", "-print", "-inform", "DER", "-in", sealed).stdout
     assert "id-smime-ct-authEnvelopedData" in text and "aes-256-gcm" in text
 
@@ -173,3 +179,99 @@ def test_without_a_signature_it_is_still_bound(tool: Tool, tmp_path: Path) -> No
     file.write_bytes(file.read_bytes().replace(b"the price is 1", b"the price is 2", 1))
     refused = tool.run("unseal", file, "--key", key, "-o", back)
     assert refused.returncode == 1 and one_line(refused) and not back.exists()
+
+
+def marked(tool: Tool, folder: Path, content: Callable[[bytes], bytes]) -> tuple[Path, Path]:
+    """A document with this sealed in it as another program seals, and the key."""
+    original, (certificate, key) = writer.document(), tool.keys.escrow("rsa")
+    plain, sealed, file = folder / "plain", folder / "sealed", folder / "marked.pdf"
+    plain.write_bytes(content(original))
+    done = run("openssl", "cms", "-encrypt", "-binary", "-aes-256-gcm", "-in", plain, "-outform", "DER", "-out", sealed,
+               certificate)
+    assert done.returncode == 0, done.stderr
+    page = original.split(b"\n6 0 obj\n", 1)[1].split(b"\nendobj", 1)[0]
+    data = sealed.read_bytes()
+    file.write_bytes(writer.appended(original, {
+        6: page.replace(b"/Contents", b"/Annots [30 0 R] /Contents"),
+        30: b"<< /Type /Annot /Subtype /Stamp /Rect [0 0 9 9] " + KEY.encode() + b" 31 0 R >>",
+        31: b"<< /Length %d >>\nstream\n" % len(data) + data + b"\nendstream",
+    }))
+    return file, key
+
+
+def sealing(version: int, ink: bytes) -> Callable[[bytes], bytes]:
+    return lambda document: (f"Scribera sealed ink {version}\ndocument-size: {len(document)}\n"
+                             f"document-sha256: {hashlib.sha256(document).hexdigest()}\n\n").encode() + ink
+
+
+def test_what_the_first_version_sealed(tool: Tool, tmp_path: Path) -> None:
+    """Without compression."""
+    ink, back = tool.inks["initials"].file.read_bytes(), tmp_path / "back.txt"
+    file, key = marked(tool, tmp_path, sealing(1, ink))
+    done = tool.run("unseal", file, "--key", key, "-o", back)
+    assert done.returncode == 0, done.stderr
+    assert back.read_bytes() == ink
+
+
+@pytest.mark.parametrize(("version", "make", "reason"), [
+    (3, zlib.compress, "in a form"), (2, lambda ink: ink, "damaged"), (2, lambda ink: zlib.compress(ink)[:-9], "damaged"),
+    (2, lambda _: zlib.compress(bytes(300_000_000), 1), "more than")], ids=["later", "plain", "cut", "bomb"])
+def test_what_nobody_sealed(tool: Tool, tmp_path: Path, version: int, make: Callable[[bytes], bytes], reason: str) -> None:
+    """Anybody can seal for a certificate that is known."""
+    file, key = marked(tool, tmp_path, sealing(version, make(tool.inks["initials"].file.read_bytes())))
+    done = tool.run("unseal", file, "--key", key, "-o", tmp_path / "back.txt")
+    assert done.returncode == 1 and reason in one_line(done)
+    assert not (tmp_path / "back.txt").exists()
+
+
+def test_a_long_signature(tool: Tool, tmp_path: Path) -> None:
+    """50 seconds of writing, no point like another one."""
+    record = struct.Struct("<HHhHIIQ")
+    chance = random.Random(3)
+    stream = base64.b64decode(tool.inks["flowing"].file.read_text())
+    taken = list(record.iter_unpack(stream[:-1]))
+    tick, second, points = taken[0][4], taken[0][6], []
+    for number in range(10_000):
+        x, y, pressure, status, _, unused, _ = taken[number % len(taken)]
+        trembling = [max(0, value + chance.randint(-9, 9)) for value in (x, y, pressure)] if status != 1 else (x, y, pressure)
+        points.append(record.pack(*trembling, status, tick + 5 * number, unused, second + number // 200))
+    ink, original, file, back = (tmp_path / name for name in ("ink.txt", "original.pdf", "signed.pdf", "back.txt"))
+    ink.write_text(base64.b64encode(b"".join(points) + stream[-1:]).decode() + "\n")
+    original.write_bytes(writer.document())
+    certificate, key = tool.keys.escrow("rsa4096")
+    done = tool.run(original, "-o", file, *PLACE.options, "--ink", ink, *tool.with_key("rsa"), "--seal-ink", certificate)
+    assert done.returncode == 0, done.stderr
+    assert file.stat().st_size - original.stat().st_size <= LARGEST_GROWTH
+    assert tool.run("unseal", file, "--key", key, "-o", back).returncode == 0
+    assert back.read_bytes() == ink.read_bytes()
+
+
+def test_nobody_else_may_read_it(tool: Tool, tmp_path: Path) -> None:
+    """Whatever the umask says, and whoever could read what was there before."""
+    file, key = sealed_document(tool, tmp_path, "ec")
+    back = tmp_path / "back.txt"
+    for _ in range(2):
+        done = tool.run("unseal", file, "--key", key, "-o", back, preexec_fn=lambda: os.umask(0))
+        assert done.returncode == 0, done.stderr
+        assert back.stat().st_mode & 0o777 == 0o600
+        back.chmod(0o666)
+
+
+def test_whose_ink_it_is(tool: Tool, tmp_path: Path) -> None:
+    file, key = sealed_document(tool, tmp_path, "ec")
+    back, twice, mark = tmp_path / "back.txt", tmp_path / "twice.pdf", tmp_path / "mark.pdf"
+
+    def told(document: Path) -> str:
+        done = tool.run("unseal", document, "--key", key, "-o", back)
+        assert done.returncode == 0, done.stderr
+        assert done.stdout.startswith(f"{back}: the ink of ") and done.stdout.count("\n") == 1
+        return done.stdout
+
+    whole = told(file)
+    assert "field Signature1, signed by Signer rsa; the signature is valid\n" in whole
+    tool.checked(file, twice, Place(1, 300, 250, 180), "ec")
+    assert told(twice) == whole.replace("valid\n", "valid, and the document was changed afterwards\n")
+    certificate, _ = tool.keys.escrow("ec")
+    assert tool.run(tmp_path / "original.pdf", "-o", mark, *PLACE.options, *tool.with_ink(), "--seal-ink",
+                    certificate).returncode == 0
+    assert "Nobody signed it" in told(mark)

@@ -69,6 +69,21 @@ def test_a_place_that_is_not_on_the_page(tool: Tool, tmp_path: Path, original: P
     assert done.stderr.startswith("scribera-sign: ") and listing(tmp_path) == ["original.pdf"]
 
 
+def test_units_that_are_too_large(tool: Tool, tmp_path: Path) -> None:
+    """The signature would be smaller than what a place is told in."""
+    original, signed = tmp_path / "original.pdf", tmp_path / "signed.pdf"
+    for unit, is_refused in (("9999999", True), ("30000", True), ("500", False)):
+        original.write_bytes(document(page_entries=f"/UserUnit {unit}", version="1.6"))
+        done = tool.sign(original, signed, PLACE)
+        if is_refused:
+            assert done.returncode == 1 and "units of the page" in one_line(done)
+            assert listing(tmp_path) == ["original.pdf"]
+        else:
+            assert done.returncode == 0, done.stderr
+            told = re.search(r" at 60,250, ([\d.]+) by ", tool.run("fields", signed).stdout)
+            assert told and abs(float(told[1]) - 180) < 2
+
+
 def test_a_relative_path(tool: Tool, tmp_path: Path, original: Path) -> None:
     done = tool.run(original.name, "-o", "signed.pdf", *PLACE.options, *tool.with_ink(), *tool.with_key("rsa"), cwd=tmp_path)
     assert done.returncode == 0, done.stderr
@@ -294,9 +309,10 @@ def test_certificates_in_between(tool: Tool, tmp_path: Path, original: Path) -> 
     between, key = below("between", tool.keys.authority, tool.keys.folder / "root.key",
                          "basicConstraints=critical,CA:TRUE\nkeyUsage=critical,keyCertSign\n")
     last, last_key = below("last", between, key, "basicConstraints=CA:FALSE\nkeyUsage=critical,nonRepudiation\n")
-    for chain, code in (((between,), 0), ((), 1)):
+    chains: list[tuple[list[Path], int]] = [([between], 0), ([], 1)]
+    for chain, code in chains:
         file, signed = tmp_path / f"{code}.p12", tmp_path / f"{code}.pdf"
-        more = [option for one in chain for option in ("-certfile", one)]
+        more = [str(option) for one in chain for option in ("-certfile", one)]
         openssl("pkcs12", "-export", "-inkey", last_key, "-in", last, *more, "-out", file, "-passout", "pass:")
         done = tool.run(original, "-o", signed, *PLACE.options, *tool.with_ink(), "--certificate", file)
         assert done.returncode == 0, done.stderr

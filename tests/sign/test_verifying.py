@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+import re
 from collections.abc import Callable
 from pathlib import Path
 
@@ -31,6 +32,28 @@ def test_honest_signatures_of_others(tool: Tool, tmp_path: Path, kind: str) -> N
     assert accepted_by_pdfsig(file)
     code, [one] = said(tool, file, "--trust", tool.keys.authority)
     assert code == 0 and f"Signer {kind}" in str(one), one
+
+
+@pytest.mark.parametrize("bits", ["128", "256"])
+@pytest.mark.parametrize("kind", [b"", b"/Type /Sig "])
+def test_in_an_encrypted_document(tool: Tool, tmp_path: Path, kind: bytes, bits: str) -> None:
+    """The signature itself is not encrypted, and need not say what it is."""
+    source = writer.by_qpdf(writer.form(), tmp_path, "--allow-weak-crypto", "--encrypt", "", "owner", bits, "--")
+    keeping = re.search(rb"/Encrypt \d+ 0 R", source), re.search(rb"/ID ?\[[^]]*\]", source)
+    field = re.search(rb"\n(\d+) 0 obj\n([^\n]*/FT /Sig.*?)\nendobj", source, re.DOTALL)
+    assert field and all(keeping)
+    whole = writer.appended(source, {
+        int(field[1]): field[2].replace(b"/FT /Sig", b"/FT /Sig /V 60 0 R"),
+        60: b"<< " + kind + b"/Filter /Adobe.PPKLite /SubFilter /ETSI.CAdES.detached /ByteRange " + forging.RANGES
+            + b" /Contents " + PLACE + b" >>",
+    }, b" ".join(one[0] for one in keeping if one))
+    ranges = honest_ranges(whole)
+    whole = forging.fill(whole, ranges)
+    file = tmp_path / "signed.pdf"
+    file.write_bytes(forging.put(whole, forging.cms(tool.keys, whole[: ranges[1]] + whole[ranges[2] :])))
+    assert not kind or accepted_by_pdfsig(file)
+    code, [one] = said(tool, file, "--trust", tool.keys.authority)
+    assert code == 0 and one["valid"] and one["field"] == "Customer", one
 
 
 def test_trust(tool: Tool, tmp_path: Path) -> None:

@@ -96,7 +96,7 @@ class Tool:
         assert len(after) - len(before) <= LARGEST_GROWTH
         return after
 
-    def check(self, before: bytes, output: Path, password: str = "", *, by_pdfsig: bool = True) -> None:
+    def check(self, before: bytes, output: Path, password: str = "") -> None:
         after = output.read_bytes()
         assert after.startswith(before), "old bytes changed"
         assert is_table(after) == is_table(before), "another kind of cross-reference"
@@ -107,8 +107,7 @@ class Tool:
         assert newest.end == len(after) and newest.ranges[1] >= len(before)
         for one in all_of_them:
             check_by_openssl(one, self.keys.authority)
-        if by_pdfsig:
-            check_by_pdfsig(output, len(all_of_them), *(("-upw", password) if password else ()))
+        check_by_pdfsig(output, len(all_of_them), *(("-upw", password) if password else ()))
         check_by_qpdf(output, *((f"--password={password}",) if password else ()))
 
 

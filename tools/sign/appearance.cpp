@@ -1,11 +1,10 @@
 #include "appearance.h"
 
+#include "deflate.h"
 #include "numbers.h"
 #include "refusal.h"
 #include "standard_fonts.h"
 
-#include <qpdf/Pl_Flate.hh>
-#include <qpdf/Pl_String.hh>
 #include <qpdf/QUtil.hh>
 
 #include <algorithm>
@@ -52,16 +51,6 @@ Bounds boundsOf(const Ink& ink)
         bounds.include(segment.toX, segment.toY, segment.width / 2);
     }
     return bounds;
-}
-
-std::string compressed(const std::string& text)
-{
-    std::string result;
-    Pl_String end("compressed", nullptr, result);
-    Pl_Flate flate("compress", &end, Pl_Flate::a_deflate);
-    flate.writeString(text);
-    flate.finish();
-    return result;
 }
 
 std::string join(std::initializer_list<double> numbers, int decimals = 4)
@@ -226,7 +215,7 @@ Appearance Layout::appearance(const Ink& ink) const
         resources = QPDFObjectHandle::parse("<< /Font << /Helv << /Type /Font /Subtype /Type1 /BaseFont "
                                             "/Helvetica /Encoding /WinAnsiEncoding >> >> >>");
     }
-    appearance.data = compressed(content);
+    appearance.data = deflated(content);
     appearance.dictionary =
         QPDFObjectHandle::parse("<< /Type /XObject /Subtype /Form /Filter /FlateDecode >>");
     appearance.dictionary.replaceKey("/BBox", array({0, 0, width, height}));

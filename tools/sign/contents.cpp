@@ -14,7 +14,7 @@ namespace {
 
 // Books of 1,000 pages have half of that.
 constexpr std::size_t mostBytes = 64'000'000;
-constexpr std::size_t mostObjects = 8'000'000;
+constexpr std::size_t mostObjects = 4'000'000;
 
 Refusal tooMuch()
 {

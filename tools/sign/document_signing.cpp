@@ -5,6 +5,7 @@
 #include "refusal.h"
 #include "sealed_ink.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <map>
@@ -17,6 +18,9 @@ namespace {
 // Of annotations: they are printed, and stay as they are.
 constexpr int printed = 4;
 constexpr int locked = 128;
+// In units of the page, which are written with four decimals: the signature stays in place to one in a
+// hundred.
+constexpr double leastSide = 0.01;
 // Of forms: there are signatures, and whoever saves has to append.
 constexpr int signaturesExist = 1;
 constexpr int appendOnly = 2;
@@ -166,7 +170,10 @@ QPDFObjectHandle DocumentSigning::shown(const QPDFObjectHandle& form, const Plac
     widget.replaceKey("/F", QPDFObjectHandle::newInteger(before | printed | locked));
     if (m_isNew) {
         widget.replaceKey("/Type", QPDFObjectHandle::newName("/Annot"));
-        widget.replaceKey("/Rect", rectangle(m_page.toPage(place)));
+        const Rectangle corners = m_page.toPage(place);
+        if (std::min(corners.width(), corners.height()) < leastSide)
+            throw Refusal{"the units of the page are too large for a signature of this size"};
+        widget.replaceKey("/Rect", rectangle(corners));
         widget.replaceKey("/P", m_page.object);
     }
     return widget;

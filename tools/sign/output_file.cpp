@@ -65,9 +65,60 @@ mode_t newFileMode()
     return 0666 & ~mask;
 }
 
+mode_t modeOf(const std::string& target, OutputFile::Readers readers)
+{
+    struct stat older = {};
+    if (readers == OutputFile::Readers::Owner)
+        return S_IRUSR | S_IWUSR;
+    return stat(target.c_str(), &older) == 0 ? older.st_mode & 0777 : newFileMode();
+}
+
+class InputFile
+{
+public:
+    explicit InputFile(const QString& path)
+        : m_path(path), m_file(open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
+    {
+        struct stat status = {};
+        if (m_file.get() < 0 || fstat(m_file.get(), &status) != 0)
+            throw cannotRead(reasonOf(errno));
+        if (!S_ISREG(status.st_mode))
+            throw cannotRead(QStringLiteral("it is no regular file"));
+        m_size = static_cast<std::size_t>(status.st_size);
+    }
+
+    std::size_t size() const { return m_size; }
+    // Into as many bytes; how many there were.
+    std::size_t read(char* content) const
+    {
+        std::size_t size = 0;
+        while (size < m_size) {
+            throwIfInterrupted();
+            const ssize_t count = ::read(m_file.get(), content + size, m_size - size);
+            if (count < 0 && errno != EINTR)
+                throw cannotRead(reasonOf(errno));
+            if (count == 0)
+                break;
+            size += count > 0 ? static_cast<std::size_t>(count) : 0;
+        }
+        return size;
+    }
+
+private:
+    Failure cannotRead(const QString& reason) const
+    {
+        return {m_path + QStringLiteral(": cannot be read: ") + reason};
+    }
+
+    const QString m_path;
+    const Descriptor m_file;
+    std::size_t m_size = 0;
+};
+
 } // namespace
 
-OutputFile::OutputFile(const QString& path, const QStringList& inputs) : m_path(path)
+OutputFile::OutputFile(const QString& path, const QStringList& inputs, Readers readers)
+    : m_path(path), m_readers(readers)
 {
     std::error_code error;
     // A name alone stays one where there is no such file yet.
@@ -101,11 +152,10 @@ void OutputFile::write(const std::vector<std::string_view>& parts,
     if (file.get() < 0)
         throw cannotWrite(m_path, reasonOf(errno));
     const Leftover leftover(draft);
-    struct stat older = {};
-    const mode_t mode = stat(m_target.c_str(), &older) == 0 ? older.st_mode & 0777 : newFileMode();
     const bool isWritten = std::all_of(parts.begin(), parts.end(),
                                        [&](std::string_view part) { return writeAll(file.get(), part); }) &&
-                           fchmod(file.get(), mode) == 0 && fsync(file.get()) == 0 && file.close();
+                           fchmod(file.get(), modeOf(m_target, m_readers)) == 0 && fsync(file.get()) == 0 &&
+                           file.close();
     if (!isWritten)
         throw cannotWrite(m_path, reasonOf(errno));
     check(draft);
@@ -116,26 +166,16 @@ void OutputFile::write(const std::vector<std::string_view>& parts,
 
 std::string readDocument(const QString& path)
 {
-    const auto fail = [&path](const QString& reason) {
-        return Failure{path + QStringLiteral(": cannot be read: ") + reason};
-    };
-    const Descriptor file(open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    struct stat status = {};
-    if (file.get() < 0 || fstat(file.get(), &status) != 0)
-        throw fail(reasonOf(errno));
-    if (!S_ISREG(status.st_mode))
-        throw fail(QStringLiteral("it is no regular file"));
-    std::string content(static_cast<std::size_t>(status.st_size), '\0');
-    std::size_t size = 0;
-    while (size < content.size()) {
-        throwIfInterrupted();
-        const ssize_t count = read(file.get(), content.data() + size, content.size() - size);
-        if (count < 0 && errno != EINTR)
-            throw fail(reasonOf(errno));
-        if (count == 0)
-            break;
-        size += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-    content.resize(size);
+    const InputFile file(path);
+    std::string content(file.size(), '\0');
+    content.resize(file.read(content.data()));
+    return content;
+}
+
+sign::Secret readSecret(const QString& path)
+{
+    const InputFile file(path);
+    sign::Secret content(file.size());
+    file.read(content.data());
     return content;
 }

@@ -1,5 +1,6 @@
 #include "revision.h"
 
+#include "crypto.h"
 #include "refusal.h"
 
 #include <openssl/rand.h>
@@ -24,18 +25,6 @@ std::string digits(std::size_t number, std::size_t count)
 {
     const std::string text = std::to_string(number);
     return std::string(count - std::min(count, text.size()), '0') + text;
-}
-
-std::string hexadecimal(std::string_view bytes)
-{
-    constexpr char values[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * bytes.size());
-    for (const char byte : bytes) {
-        text += values[static_cast<unsigned char>(byte) >> 4];
-        text += values[static_cast<unsigned char>(byte) & 15];
-    }
-    return text;
 }
 
 bool isBlank(char c)

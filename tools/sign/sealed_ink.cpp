@@ -1,6 +1,7 @@
 #include "sealed_ink.h"
 
 #include "crypto.h"
+#include "deflate.h"
 #include "refusal.h"
 
 #include <openssl/ec.h>
@@ -15,10 +16,17 @@ namespace sign {
 
 namespace {
 
-constexpr std::string_view firstLine = "Scribera sealed ink 1\n";
+// Its end tells the version. In the first one, the ink is as it is; in the second it is compressed.
+constexpr std::string_view firstLine = "Scribera sealed ink ";
+constexpr std::string_view plainVersion = "1";
+constexpr std::string_view compressedVersion = "2";
 constexpr std::string_view sizeLine = "document-size: ";
 constexpr std::string_view digestLine = "document-sha256: ";
 
+// As much as the tools read, of an ink that somebody hostile may have sealed: the certificate is public.
+constexpr std::size_t mostInk = std::size_t{256} << 20;
+
+constexpr char unknownForm[] = "the sealed ink is not in a form that this version knows";
 constexpr char notSealed[] = "the ink cannot be sealed: ";
 
 Owned<X509> certificateOf(std::string_view pem)
@@ -51,7 +59,7 @@ std::string_view takeLine(std::string_view& text, std::string_view label)
 {
     const std::size_t end = text.find('\n');
     if (end == std::string_view::npos || !text.starts_with(label))
-        throw Refusal{"the sealed ink is not in a form that this version knows"};
+        throw Refusal{unknownForm};
     const std::string_view value = text.substr(label.size(), end - label.size());
     text.remove_prefix(end + 1);
     return value;
@@ -59,21 +67,22 @@ std::string_view takeLine(std::string_view& text, std::string_view label)
 
 int givePassword(char* buffer, int size, int, void* password)
 {
-    const auto& text = *static_cast<const std::string*>(password);
+    const std::string_view text = static_cast<const Secret*>(password)->view();
     if (text.size() > static_cast<std::size_t>(size))
         return -1;
     text.copy(buffer, text.size());
     return static_cast<int>(text.size());
 }
 
-Owned<EVP_PKEY> keyOf(std::string_view pem, const std::string& password)
+Owned<EVP_PKEY> keyOf(std::string_view pem, const Secret& password)
 {
     const Owned<BIO> bio = reader(pem);
     Owned<EVP_PKEY> key(
-        PEM_read_bio_PrivateKey(bio.get(), nullptr, givePassword, const_cast<std::string*>(&password)));
+        PEM_read_bio_PrivateKey(bio.get(), nullptr, givePassword, const_cast<Secret*>(&password)));
     if (!key)
-        throw Refusal{password.empty() ? "the private key is not in PEM, or it has a password"
-                                       : "the private key is not in PEM, or the password is not its own"};
+        throw Refusal{password.view().empty()
+                          ? "the private key is not in PEM, or it has a password"
+                          : "the private key is not in PEM, or the password is not its own"};
     return key;
 }
 
@@ -84,9 +93,10 @@ std::string sealInk(std::string_view ink, std::string_view document, std::string
     ERR_clear_error();
     const Owned<X509> recipient = certificateOf(certificate);
     std::string text(firstLine);
+    text.append(compressedVersion).append("\n");
     text.append(sizeLine).append(std::to_string(document.size())).append("\n");
     text.append(digestLine).append(hexadecimal(digestOf(EVP_sha256(), {document}))).append("\n\n");
-    text.append(ink);
+    text.append(deflated(ink));
 
     const Owned<BIO> content = reader(text);
     // With this cipher it is AuthEnvelopedData.
@@ -100,7 +110,7 @@ std::string sealInk(std::string_view ink, std::string_view document, std::string
 }
 
 std::string unsealInk(std::string_view sealed, std::string_view document, std::string_view privateKey,
-                      const std::string& password)
+                      const Secret& password)
 {
     ERR_clear_error();
     const Owned<EVP_PKEY> key = keyOf(privateKey, password);
@@ -114,19 +124,26 @@ std::string unsealInk(std::string_view sealed, std::string_view document, std::s
     const std::string content = contentOf(opened.get());
 
     std::string_view text = content;
-    if (!takeLine(text, firstLine.substr(0, firstLine.size() - 1)).empty())
-        throw Refusal{"the sealed ink is not in a form that this version knows"};
+    const std::string_view version = takeLine(text, firstLine);
+    if (version != plainVersion && version != compressedVersion)
+        throw Refusal{unknownForm};
     const std::string_view sizeText = takeLine(text, sizeLine);
     const std::string_view digest = takeLine(text, digestLine);
     std::size_t size = 0;
     const auto [end, fault] = std::from_chars(sizeText.data(), sizeText.data() + sizeText.size(), size);
     if (fault != std::errc() || end != sizeText.data() + sizeText.size() || !takeLine(text, {}).empty())
-        throw Refusal{"the sealed ink is not in a form that this version knows"};
+        throw Refusal{unknownForm};
     if (size > document.size() || hexadecimal(digestOf(EVP_sha256(), {document.substr(0, size)})) != digest)
         throw Refusal{"the sealed ink was made for another document"};
     if (document.find("%%EOF", size) != std::string_view::npos)
         throw Refusal{"the sealed ink was made for an earlier revision of the document"};
-    return std::string(text);
+    if (version == plainVersion)
+        return std::string(text);
+    try {
+        return inflated(text, mostInk);
+    } catch (const Refusal& refusal) {
+        throw Refusal{"the sealed ink cannot be read: " + refusal.reason};
+    }
 }
 
 } // namespace sign

@@ -2,6 +2,8 @@
 // the format.
 #pragma once
 
+#include "secret.h"
+
 #include <string>
 #include <string_view>
 
@@ -18,6 +20,6 @@ std::string sealInk(std::string_view ink, std::string_view document, std::string
 // The ink text. The document is the file up to where the sealed ink stands: no revision may end between that
 // and what the ink is bound to. Throws Refusal: for another key, for changed bytes, for another document.
 std::string unsealInk(std::string_view sealed, std::string_view document, std::string_view privateKey,
-                      const std::string& password);
+                      const Secret& password);
 
 } // namespace sign

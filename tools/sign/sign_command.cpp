@@ -99,7 +99,7 @@ Keys keyOptions(const QCommandLineParser& parser)
     if (isSet(parser, "certificate")) {
         const QString file = value(parser, "certificate");
         const std::string content = readDocument(file);
-        const std::string password = passwordOption(parser, "password-file");
+        const sign::Secret password = passwordOption(parser, "password-file");
         keys.signer = naming(file, [&] { return std::make_unique<sign::Signer>(content, password); });
     } else if (isSet(parser, "password-file")) {
         throw UsageError{QStringLiteral("--password-file is of --certificate")};
@@ -212,16 +212,15 @@ void addDocumentPasswordOption(QCommandLineParser& parser)
 
 std::string documentPassword(const QCommandLineParser& parser)
 {
-    return passwordOption(parser, "document-password-file");
+    return std::string(passwordOption(parser, "document-password-file").view());
 }
 
-std::string passwordOption(const QCommandLineParser& parser, const char* option)
+sign::Secret passwordOption(const QCommandLineParser& parser, const char* option)
 {
     if (!isSet(parser, option))
         return {};
-    std::string text = readDocument(value(parser, option));
-    text.resize(std::min(text.find_first_of("\r\n"), text.size()));
-    return text;
+    const sign::Secret content = readSecret(value(parser, option));
+    return sign::Secret(content.view().substr(0, content.view().find_first_of("\r\n")));
 }
 
 void addSigningOptions(QCommandLineParser& parser)

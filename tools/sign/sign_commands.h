@@ -1,6 +1,8 @@
 // The commands of scribera-sign, each in a file of its own. They throw UsageError, Failure and sign::Refusal.
 #pragma once
 
+#include "secret.h"
+
 #include <QCommandLineParser>
 #include <QString>
 
@@ -8,10 +10,11 @@
 
 // For every command that opens a document.
 void addDocumentPasswordOption(QCommandLineParser& parser);
+// qpdf keeps copies of it.
 std::string documentPassword(const QCommandLineParser& parser);
 
 // The first line of the file that the option names; empty without the option. Throws Failure.
-std::string passwordOption(const QCommandLineParser& parser, const char* option);
+sign::Secret passwordOption(const QCommandLineParser& parser, const char* option);
 
 void addSigningOptions(QCommandLineParser& parser);
 int signDocument(const QCommandLineParser& parser, const QString& document);

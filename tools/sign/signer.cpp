@@ -26,10 +26,9 @@ struct Pkcs12
     Pkcs12(const Pkcs12&) = delete;
     Pkcs12& operator=(const Pkcs12&) = delete;
 
-    bool parse(const std::string& password, EVP_PKEY** key, X509** certificate,
-               STACK_OF(X509) * *issuers) const
+    bool parse(const Secret& password, EVP_PKEY** key, X509** certificate, STACK_OF(X509) * *issuers) const
     {
-        return PKCS12_parse(file, password.c_str(), key, certificate, issuers) == 1;
+        return PKCS12_parse(file, password.text(), key, certificate, issuers) == 1;
     }
 
     PKCS12* file = nullptr;
@@ -115,7 +114,7 @@ std::size_t derSize(X509* certificate)
 
 } // namespace
 
-Signer::Signer(std::string_view pkcs12, const std::string& password)
+Signer::Signer(std::string_view pkcs12, const Secret& password)
 {
     ERR_clear_error();
     const Pkcs12 container(pkcs12);
@@ -135,8 +134,8 @@ Signer::Signer(std::string_view pkcs12, const std::string& password)
     }
     if (!isRead) {
         if (isPasswordWrong())
-            throw Refusal{password.empty() ? "the certificate's file has a password"
-                                           : "the password is not that of the certificate's file"};
+            throw Refusal{password.view().empty() ? "the certificate's file has a password"
+                                                  : "the password is not that of the certificate's file"};
         refuse("the certificate's file cannot be read");
     }
     m_key.reset(key);

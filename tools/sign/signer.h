@@ -2,6 +2,7 @@
 #pragma once
 
 #include "crypto.h"
+#include "secret.h"
 
 #include <cstddef>
 #include <string>
@@ -15,7 +16,7 @@ class Signer
 public:
     // Of a PKCS#12 file's content. Throws Refusal: for a wrong password, a key that is neither RSA nor EC or
     // too weak, a certificate that has expired or must not sign.
-    Signer(std::string_view pkcs12, const std::string& password);
+    Signer(std::string_view pkcs12, const Secret& password);
 
     // Of the certificate's subject: its common name, or all of it where it has none. UTF-8.
     std::string name() const;

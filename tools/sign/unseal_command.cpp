@@ -3,11 +3,27 @@
 #include "failures.h"
 #include "output_file.h"
 #include "program.h"
+#include "quoted.h"
 #include "sealed_ink.h"
 #include "sign_commands.h"
 #include "verifier.h"
 
+#include <optional>
 #include <string_view>
+
+namespace {
+
+QString originOf(const std::optional<sign::SignatureReport>& signature)
+{
+    if (!signature)
+        return QStringLiteral("the ink of a mark. Nobody signed it: anybody may have put it there");
+    return QStringLiteral("the ink of the field %1, signed by %2; the signature is valid%3")
+        .arg(quoted(signature->field), quoted(signature->signer),
+             signature->isWholeFile ? QString()
+                                    : QStringLiteral(", and the document was changed afterwards"));
+}
+
+} // namespace
 
 void addUnsealOptions(QCommandLineParser& parser)
 {
@@ -34,13 +50,15 @@ int unsealInkOf(const QCommandLineParser& parser, const QString& file)
             throw UsageError{QStringLiteral("--%1 is missing").arg(QLatin1String(option))};
     const auto value = [&parser](const char* option) { return parser.value(QLatin1String(option)); };
     const OutputFile target(value("output"),
-                            {file, value("key"), value("password-file"), value("document-password-file")});
+                            {file, value("key"), value("password-file"), value("document-password-file")},
+                            OutputFile::Readers::Owner);
     const std::string bytes = readDocument(file);
-    const std::string key = readDocument(value("key"));
+    const sign::Secret key = readSecret(value("key"));
     sign::Document document(bytes, documentPassword(parser));
     const sign::SealedInk sealed = sign::sealedInkOf(document, value("field").toStdString());
     const std::string ink = sign::unsealInk(sealed.bytes, std::string_view(bytes).substr(0, sealed.offset),
-                                            key, passwordOption(parser, "password-file"));
+                                            key.view(), passwordOption(parser, "password-file"));
     target.write({ink}, [](const std::string&) {});
+    print(stdout, value("output") + QStringLiteral(": ") + originOf(sealed.signature) + QLatin1Char('\n'));
     return Done;
 }

@@ -75,7 +75,8 @@ Coverage coverageOf(QPDFObjectHandle ranges, std::size_t fileSize)
 
 // The gap must be the signature and nothing else, and that of this dictionary: otherwise there would be room
 // for what is not signed, or one signature could stand for several dictionaries.
-void checkGap(std::string_view file, const Coverage& coverage, QPDFObjectHandle contents)
+// It is taken from the file: in an encrypted document, qpdf decrypts what it does not know as a signature's.
+std::string contentsOf(std::string_view file, const Coverage& coverage, QPDFObjectHandle contents)
 {
     const std::string_view gap = file.substr(coverage.gap, coverage.afterGap - coverage.gap);
     if (gap.size() < 2 || gap.front() != '<' || gap.back() != '>' || gap.size() % 2 != 0 ||
@@ -83,6 +84,12 @@ void checkGap(std::string_view file, const Coverage& coverage, QPDFObjectHandle 
         throw Fault{"what it leaves out is more than the signature"};
     if (contents.getParsedOffset() != static_cast<qpdf_offset_t>(coverage.gap))
         throw Fault{"what it leaves out is another signature"};
+    const auto value = [](char digit) { return digit <= '9' ? digit - '0' : (digit | 0x20) - 'a' + 10; };
+    std::string bytes;
+    bytes.reserve(gap.size() / 2);
+    for (std::size_t place = 1; place + 1 < gap.size(); place += 2)
+        bytes += static_cast<char>(value(gap[place]) << 4 | value(gap[place + 1]));
+    return bytes;
 }
 
 Owned<CMS_ContentInfo> cmsOf(const std::string& contents)
@@ -379,9 +386,9 @@ void check(std::string_view file, QPDFObjectHandle field, const Places& places, 
     const Coverage coverage = coverageOf(signature.getKey("/ByteRange"), file.size());
     report.end = coverage.end;
     report.isWholeFile = coverage.end == file.size();
-    checkGap(file, coverage, contents);
+    const std::string cms = contentsOf(file, coverage, contents);
     checkDictionary(coverage, signatureObject(field), signature, places);
-    checkCms(contents.getStringValue(), coverage.parts(file), isCades, anchors, report);
+    checkCms(cms, coverage.parts(file), isCades, anchors, report);
     if (!report.isWholeFile && forbidsEveryChange(signature))
         throw Fault{"the document was changed although it is certified against every change"};
 }
@@ -410,7 +417,8 @@ SealedInk sealedInkIn(QPDFObjectHandle holder, std::size_t limit)
         throw Refusal{"the sealed ink is not within what was signed"};
     const std::shared_ptr<Buffer> data = stream.getRawStreamData();
     return {std::string(reinterpret_cast<const char*>(data->getBuffer()), data->getSize()),
-            static_cast<std::size_t>(stream.getParsedOffset())};
+            static_cast<std::size_t>(stream.getParsedOffset()),
+            {}};
 }
 
 } // namespace
@@ -467,6 +475,7 @@ SealedInk sealedInkOf(Document& document, const std::string& field)
         if (!report.fault.empty())
             throw Refusal{"the signature " + report.field + " is not valid: " + report.fault};
         put(signature, report.end);
+        found->signature = report;
     }
     for (int number = 1; field.empty() && number <= document.pageCount(); ++number) {
         QPDFObjectHandle annotations = document.page(number).object.getKey("/Annots");

@@ -4,6 +4,7 @@
 #include "document.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,7 +39,8 @@ bool isWholeAndValid(const std::vector<SignatureReport>& reports);
 struct SealedInk
 {
     std::string bytes;
-    std::size_t offset = 0; // where it stands in the file
+    std::size_t offset = 0;                   // where it stands in the file
+    std::optional<SignatureReport> signature; // that covers it and is valid; none where there is only a mark
 };
 
 // Of the field's signature, or without a name of the only place that has any. Throws Refusal: for none or
