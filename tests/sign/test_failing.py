@@ -5,9 +5,13 @@ from __future__ import annotations
 import base64
 import json
 import os
+import re
 import resource
 import signal
+import socket
+import struct
 import subprocess
+import threading
 import time
 from datetime import datetime
 from pathlib import Path
@@ -145,8 +149,12 @@ def test_the_input_is_not_there(tool: Tool, tmp_path: Path) -> None:
 
 
 def begun(command: list[str | Path], folder: Path, **variables: str) -> subprocess.Popen[str]:
-    return subprocess.Popen([str(part) for part in command], env=variables, cwd=folder, stdout=subprocess.PIPE,
-                            stderr=subprocess.PIPE, stdin=subprocess.DEVNULL, text=True)
+    process = subprocess.Popen([str(part) for part in command], env=variables, cwd=folder, stdout=subprocess.PIPE,
+                               stderr=subprocess.PIPE, stdin=subprocess.DEVNULL, text=True)
+    end = threading.Timer(PATIENCE, process.kill)  # so that nobody waits for a line for ever
+    end.daemon = True
+    end.start()
+    return process
 
 
 def with_pad(original: Path, out: Path, *key: str) -> list[str | Path]:
@@ -240,6 +248,91 @@ def test_no_signature_comes(tool: Tool, tmp_path: Path, original: Path, settings
                env={**playing("initials.rec"), **settings})
     assert done.returncode == code, done.stderr
     assert listing(out) == []
+
+
+class SocketPad:
+    """What the simulated driver finds where its virtual pad listens: it comes, is signed on, and is pulled out."""
+
+    DOWN, MOVE, UP, CONFIRM = 0, 1, 2, 4
+
+    def __init__(self, path: Path) -> None:
+        self.path = path
+        self.plug_in()
+
+    def plug_in(self) -> None:
+        self.listener = socket.socket(socket.AF_UNIX)
+        self.listener.bind(str(self.path))
+        self.listener.listen()
+        self.listener.settimeout(PATIENCE)
+
+    def welcome(self) -> None:
+        self.host = self.listener.accept()[0]
+        self.send(65, b"SCRIBERA" + struct.pack("<i", 1) + b"SCK210")
+
+    def send(self, kind: int, content: bytes) -> None:
+        self.host.sendall(bytes([kind]) + len(content).to_bytes(3, "little") + content)
+
+    def write(self, *samples: tuple[int, int, int]) -> None:
+        self.send(67, b"".join(struct.pack("<4i", x, y, 600, status) for x, y, status in samples))
+
+    def pull_out(self) -> None:
+        self.path.unlink()
+        self.listener.close()
+        self.host.close()
+
+
+@pytest.fixture
+def pad(tmp_path: Path) -> SocketPad:
+    return SocketPad(tmp_path / "pad")
+
+
+def signing_on(pad: SocketPad, tool: Tool, original: Path, out: Path, *more: str) -> subprocess.Popen[str]:
+    """Begun, and the pad is lost in the middle of a stroke."""
+    process = begun(with_pad(original, out, *tool.with_key("rsa"), *more), out, **environment(SCRIBERA_SIM_PAD=str(pad.path)))
+    pad.welcome()
+    assert process.stderr and "ign" in process.stderr.readline()
+    pad.write((1000, 1000, pad.DOWN), (3000, 2000, pad.MOVE), (4000, 1500, pad.MOVE))
+    pad.pull_out()
+    assert process.stderr.readline() == "The pad does not answer.\n"
+    return process
+
+
+def test_a_pad_that_is_lost(tool: Tool, tmp_path: Path, original: Path, pad: SocketPad) -> None:
+    """In mid-signature, for good: one line says so, and no file is left."""
+    out = tmp_path / "out"
+    out.mkdir()
+    process = signing_on(pad, tool, original, out, "--timeout", "4")
+    told, reason = process.communicate(timeout=PATIENCE)
+    assert (process.returncode, told) == (1, "")
+    assert reason == "scribera-sign: the pad does not answer any more; nothing is saved\n"
+    assert listing(out) == []
+
+
+def test_interrupted_while_the_pad_is_lost(tool: Tool, tmp_path: Path, original: Path, pad: SocketPad) -> None:
+    out = tmp_path / "out"
+    out.mkdir()
+    process = signing_on(pad, tool, original, out)
+    process.send_signal(signal.SIGINT)
+    process.communicate(timeout=PATIENCE)
+    assert process.returncode == -signal.SIGINT and listing(out) == []
+
+
+def test_a_pad_that_is_put_back(tool: Tool, tmp_path: Path, original: Path, pad: SocketPad) -> None:
+    """The signature goes on where it was left."""
+    out, (certificate, key) = tmp_path / "out", tool.keys.escrow("ec")
+    out.mkdir()
+    process = signing_on(pad, tool, original, out, "--seal-ink", str(certificate))
+    pad.plug_in()
+    pad.welcome()
+    assert process.stderr and process.stderr.readline() == "The pad answers again.\n"
+    pad.write((6000, 1000, pad.DOWN), (7000, 2000, pad.MOVE), (7000, 2000, pad.UP))
+    pad.write((0, 0, pad.CONFIRM), (0, 0, pad.UP))
+    _, reason = process.communicate(timeout=PATIENCE)
+    assert process.returncode == 0, reason
+    tool.check(original.read_bytes(), out / "signed.pdf")
+    assert tool.run("unseal", out / "signed.pdf", "--key", key, "-o", tmp_path / "ink.txt").returncode == 0
+    info = run(os.environ["SCRIBERA_INK_TOOL"], "info", tmp_path / "ink.txt").stdout
+    assert re.search(r"strokes: +2\b", info), info
 
 
 @pytest.mark.skipif(IS_SANITIZED, reason="keeps memory that was given back")

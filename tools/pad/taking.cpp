@@ -18,11 +18,11 @@ std::optional<State> waitAtTerminal(Session& session, Signing& signing, const De
     constexpr int interval = 100; // ms between changes of the line
     Keyboard keyboard;
     StatusLine line(stderr);
+    Presence presence(session);
     print(stderr,
           QStringLiteral("Please sign on the pad %1, then touch its confirm key.%2\n")
               .arg(QLatin1String(session.model().m_pszName),
                    keyboard.isThere() ? QStringLiteral(" Or press Enter here; Escape cancels.") : QString()));
-    Presence presence(session);
     for (;;) {
         waitFor({session.descriptor(), keyboard.descriptor()}, deadline.wait(interval));
         if (const State state = signing.proceed(); state != State::Going)
@@ -38,7 +38,9 @@ std::optional<State> waitAtTerminal(Session& session, Signing& signing, const De
         }
         if (deadline.isOver())
             return std::nullopt;
-        presence.look();
+        if (presence.look() && !isTerminal(stderr))
+            print(stderr, presence.isThere() ? QStringLiteral("The pad answers again.\n")
+                                             : QStringLiteral("The pad does not answer.\n"));
         const Strokes& strokes = signing.strokes();
         line.show(QStringLiteral("%1 s, %2 points, %3 strokes%4")
                       .arg(deadline.seconds(), 0, 'f', 1)
@@ -62,6 +64,8 @@ Strokes takeSignature(const CPadModel& model, const Driver& driver, const QSize&
     Signing signing(session, take);
     const std::optional<State> decided =
         window ? window->run(session, signing, deadline) : waitAtTerminal(session, signing, deadline);
+    if (!decided && !session.isAnswering())
+        throw Failure{QStringLiteral("the pad does not answer any more; nothing is saved")};
     if (!decided)
         throw Ending{TimedOut, QStringLiteral("nobody confirmed in time; nothing is saved")};
     if (*decided == State::Cancelled)

@@ -37,7 +37,11 @@ private:
 class Presence
 {
 public:
-    explicit Presence(Session& session) : m_session(session) { m_clock.start(); }
+    // Asks the pad, too: one that goes away at once is one that was there.
+    explicit Presence(Session& session) : m_session(session), m_isThere(session.isAnswering())
+    {
+        m_clock.start();
+    }
 
     bool isThere() const { return m_isThere; }
     // True when that has changed.
@@ -46,5 +50,5 @@ public:
 private:
     Session& m_session;
     QElapsedTimer m_clock;
-    bool m_isThere = true;
+    bool m_isThere;
 };
