@@ -67,26 +67,24 @@ bool isListed(QPDFObjectHandle names, const std::string& field)
     return false;
 }
 
-void refuseWhereLocked(QPDFObjectHandle lock, const Change& change)
+bool isLockedBy(QPDFObjectHandle lock, const std::string& field)
 {
     QPDFObjectHandle action = lock.getKey("/Action");
-    const bool isIn = isListed(lock.getKey("/Fields"), change.field);
-    if (action.isNameAndEquals("/All") || (action.isNameAndEquals("/Include") && isIn) ||
-        (action.isNameAndEquals("/Exclude") && !isIn))
-        throw Refusal{"a signature of the document locks the field " + change.field};
+    const bool isIn = isListed(lock.getKey("/Fields"), field);
+    return action.isNameAndEquals("/All") || (action.isNameAndEquals("/Include") && isIn) ||
+           (action.isNameAndEquals("/Exclude") && !isIn);
 }
 
-// 1: nothing, 2: filling and signing, 3: annotations, too.
-long long allowedLevel(QPDFObjectHandle parameters)
+int allowedLevel(QPDFObjectHandle parameters)
 {
     QPDFObjectHandle level = parameters.getKey("/P");
-    return level.isInteger() ? level.getIntValue() : 2;
+    const long long number = level.isInteger() ? level.getIntValue() : 2;
+    return number <= 1 ? 1 : number == 3 ? 3 : 2;
 }
 
-void refuseWhereCertified(const QPDFObjectHandle& parameters, const Change& change)
+void refuseWhereCertified(int allowed, const Change& change)
 {
-    const long long allowed = allowedLevel(parameters);
-    if (allowed <= 1)
+    if (allowed == 1)
         throw Refusal{"the document is certified: it must not be changed any more"};
     if (allowed == 2 && change.kind != Change::Kind::SignField)
         throw Refusal{
@@ -404,11 +402,11 @@ void Document::refuseUnlessAllowed(const Change& change)
         if (field.isSigned)
             signatures.push_back(QPDFObjectHandle(field.object).getKey("/V"));
     for (const QPDFObjectHandle& signature : signatures) {
-        for (const QPDFObjectHandle& certified : transformations(signature, "/DocMDP"))
-            refuseWhereCertified(certified, change);
-        if (isField)
-            for (const QPDFObjectHandle& locked : transformations(signature, "/FieldMDP"))
-                refuseWhereLocked(locked, change);
+        const Limits limits = limitsOf(signature);
+        if (limits.certified)
+            refuseWhereCertified(*limits.certified, change);
+        if (isField && limits.locksField(change.field))
+            throw Refusal{"a signature of the document locks the field " + change.field};
     }
     if (m_file->isEncrypted() && !m_file->ownerPasswordMatched()) {
         const bool isAllowed = change.kind == Kind::SignField
@@ -421,11 +419,19 @@ void Document::refuseUnlessAllowed(const Change& change)
     refuseDamage();
 }
 
-bool forbidsEveryChange(const QPDFObjectHandle& signature)
+bool Limits::locksField(const std::string& name) const
 {
-    const std::vector<QPDFObjectHandle> certified = transformations(signature, "/DocMDP");
-    return std::any_of(certified.begin(), certified.end(),
-                       [](const QPDFObjectHandle& parameters) { return allowedLevel(parameters) <= 1; });
+    return std::any_of(locks.begin(), locks.end(),
+                       [&](const QPDFObjectHandle& lock) { return isLockedBy(lock, name); });
+}
+
+Limits limitsOf(const QPDFObjectHandle& signature)
+{
+    Limits limits;
+    for (const QPDFObjectHandle& parameters : transformations(signature, "/DocMDP"))
+        limits.certified = std::min(allowedLevel(parameters), limits.certified.value_or(3));
+    limits.locks = transformations(signature, "/FieldMDP");
+    return limits;
 }
 
 QPDFObjectHandle inheritedValue(QPDFObjectHandle node, const std::string& key)

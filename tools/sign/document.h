@@ -128,8 +128,19 @@ private:
     std::vector<QPDFObjectHandle> m_pages; // once asked for
 };
 
-// Whether a signature certifies the document against whatever comes after it.
-bool forbidsEveryChange(const QPDFObjectHandle& signature);
+// What a signature allows of later changes.
+struct Limits
+{
+    // 1: nothing; 2: filling and signing of the fields that are there; 3: annotations and new fields to sign,
+    // too. None where it does not certify the document.
+    std::optional<int> certified;
+    std::vector<QPDFObjectHandle> locks; // of fields
+
+    bool locksField(const std::string& name) const;
+    bool areAny() const { return certified || !locks.empty(); }
+};
+
+Limits limitsOf(const QPDFObjectHandle& signature);
 
 // A value that a page may have from the nodes above it; null without one.
 QPDFObjectHandle inheritedValue(QPDFObjectHandle page, const std::string& key);

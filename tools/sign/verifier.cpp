@@ -1,6 +1,7 @@
 #include "verifier.h"
 
 #include "crypto.h"
+#include "later_changes.h"
 #include "refusal.h"
 #include "sealed_ink.h"
 
@@ -365,9 +366,33 @@ void checkDictionary(const Coverage& coverage, QPDFObjGen object, QPDFObjectHand
             throw Fault{"what it says was changed after it"};
 }
 
-void check(std::string_view file, QPDFObjectHandle field, const Places& places, const Anchors& anchors,
+// What it allows is told by its own revision, where no later one can say otherwise.
+void checkLaterChanges(Document& document, const Coverage& coverage, QPDFObjGen object,
+                       QPDFObjectHandle signature, SignatureReport& report)
+{
+    try {
+        Document before(document.bytes().substr(0, coverage.end), document.password());
+        QPDFObjectHandle own = before.file().getObject(object);
+        if (!signature.isIndirect())
+            own = own.getKeyIfDict("/V");
+        QPDFObjectHandle contents = own.getKeyIfDict("/Contents");
+        if (!contents.isString() || contents.getParsedOffset() != static_cast<qpdf_offset_t>(coverage.gap))
+            throw Fault{"what it covers does not have it as a signature"};
+        const Limits limits = limitsOf(own);
+        report.limitsChanges = limits.areAny();
+        if (const std::optional<std::string> change = forbiddenChange(before, document, limits))
+            throw Fault{(limits.certified ? "it certifies the document against that, but afterwards "
+                                          : "it locks fields, but afterwards ") +
+                        *change};
+    } catch (const Refusal& refusal) {
+        throw Fault{"what was changed after it cannot be judged: " + refusal.reason};
+    }
+}
+
+void check(Document& document, QPDFObjectHandle field, const Places& places, const Anchors& anchors,
            SignatureReport& report)
 {
+    const std::string_view file = document.bytes();
     QPDFObjectHandle signature = field.getKey("/V");
     if (!signature.isDictionary())
         throw Fault{"it is no dictionary"};
@@ -389,8 +414,8 @@ void check(std::string_view file, QPDFObjectHandle field, const Places& places, 
     const std::string cms = contentsOf(file, coverage, contents);
     checkDictionary(coverage, signatureObject(field), signature, places);
     checkCms(cms, coverage.parts(file), isCades, anchors, report);
-    if (!report.isWholeFile && forbidsEveryChange(signature))
-        throw Fault{"the document was changed although it is certified against every change"};
+    if (!report.isWholeFile)
+        checkLaterChanges(document, coverage, signatureObject(field), signature, report);
 }
 
 SignatureReport reportOf(Document& document, const SignatureField& field, const Places& places,
@@ -401,7 +426,7 @@ SignatureReport reportOf(Document& document, const SignatureField& field, const 
     report.field = field.name;
     report.page = field.page;
     try {
-        check(document.bytes(), field.object, places, anchors, report);
+        check(document, field.object, places, anchors, report);
     } catch (const Fault& fault) {
         report.fault = fault.reason;
     }

@@ -25,7 +25,8 @@ struct SignatureReport
     std::string fault;   // why the signature is not valid; empty when it is
     std::size_t end = 0; // bytes of the file from its start that are covered, but for the signature itself
     bool isWholeFile = false;
-    std::string distrust; // why the certificate is not trusted; empty when it is, or when nobody asked
+    bool limitsChanges = false; // that come after it; when it is valid, they keep to that
+    std::string distrust;       // why the certificate is not trusted; empty when it is, or when nobody asked
 };
 
 // Each signature, in the order of what they cover. Trusted certificates in PEM, empty when nobody asks.

@@ -73,6 +73,9 @@ QString asText(const std::vector<SignatureReport>& reports, std::size_t size, bo
         put("result:",
             isValid ? QStringLiteral("valid") : QStringLiteral("NOT VALID: ") + quoted(report.fault));
         put("covers:", coverage(reports, report, size));
+        if (isValid && !report.isWholeFile)
+            put("later:", report.limitsChanges ? QStringLiteral("what it allows to be changed")
+                                               : QStringLiteral("any changes; it does not limit them"));
         put("signer:", quoted(report.signer));
         put("issuer:", quoted(report.issuer));
         put("serial:", quoted(report.serial));
@@ -109,6 +112,8 @@ QJsonObject asJson(const std::vector<SignatureReport>& reports, const SignatureR
         {QStringLiteral("fault"), text(report.fault)},
         {QStringLiteral("wholeFile"), report.isWholeFile},
         {QStringLiteral("revision"), report.end > 0 ? QJsonValue(revisionOf(reports, report)) : QJsonValue()},
+        {QStringLiteral("limitsChanges"),
+         isValid && !report.isWholeFile ? QJsonValue(report.limitsChanges) : QJsonValue()},
         {QStringLiteral("end"), static_cast<qint64>(report.end)},
         {QStringLiteral("signer"), text(report.signer)},
         {QStringLiteral("issuer"), text(report.issuer)},

@@ -1,0 +1,17 @@
+// What came after a signature, held against what it allows. A certifying signature allows some changes or
+// none, one with locks keeps fields as they are, and others allow everything.
+#pragma once
+
+#include "document.h"
+
+#include <optional>
+#include <string>
+
+namespace sign {
+
+// The first change that is not allowed, as a sentence that goes on from "afterwards"; nothing when all are.
+// Objects of both revisions are compared: whatever is not known to be allowed is not. Both documents have to
+// be of the same file, the one before without what came later. Throws Refusal for damage.
+std::optional<std::string> forbiddenChange(Document& before, Document& after, const Limits& limits);
+
+} // namespace sign
