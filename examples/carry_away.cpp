@@ -30,6 +30,11 @@ bool writeFile(const QString& path, const QByteArray& content)
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
+int sizeOf(const QByteArray& text)
+{
+    return static_cast<int>(text.size());
+}
+
 Signature take(const Pad& pad, const char* title, const QString& recording)
 {
     qputenv("SCRIBERA_SIM_RECORDING", recording.toLocal8Bit());
@@ -79,8 +84,8 @@ int main(int argc, char* argv[])
         const bool samePoints = !first.points.empty() && again.points == first.points;
         const bool sameCanvas = !first.canvas.isEmpty() && again.canvas == first.canvas;
         good = samePoints && sameCanvas && good;
-        std::printf("%-7s %9d %9d %9d %9d  %s points, %s canvas\n", model.name, first.stream.size(),
-                    first.png.size(), first.canvas.size(), first.svg.size(), samePoints ? "same" : "OTHER",
+        std::printf("%-7s %9d %9d %9d %9d  %s points, %s canvas\n", model.name, sizeOf(first.stream),
+                    sizeOf(first.png), sizeOf(first.canvas), sizeOf(first.svg), samePoints ? "same" : "OTHER",
                     sameCanvas ? "same" : "OTHER");
         std::fflush(stdout);
     }

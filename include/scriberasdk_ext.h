@@ -59,7 +59,7 @@ enum
     SCRX_START_NO_MEMORY = 6,         /**< There was not enough memory. */
     SCRX_START_NO_THREAD = 7,         /**< The system refused a worker thread. */
     SCRX_START_WRONG_THREAD = 8,      /**< A widget was asked for away from the thread of the QApplication. */
-    SCRX_START_WRONG_QT = 9,          /**< A widget was asked for in a process with another Qt than Qt 5. */
+    SCRX_START_WRONG_QT = 9,          /**< The window is one of another Qt than the library is built for. */
     SCRX_START_NO_APPLICATION = 10,   /**< A widget was asked for, and there is no QApplication. */
     SCRX_START_NO_WINDOW = 11,        /**< No widget of this process has the window id. */
     SCRX_START_IN_CALLBACK = 12,      /**< Called inside a callback while the pad was opened or closed. */

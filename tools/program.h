@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 
 enum ExitCode
 {
@@ -46,7 +47,7 @@ QString listOf(const Command (&commands)[Count])
 {
     int longest = 13;
     for (const Command& command : commands)
-        longest = std::max(longest, QLatin1String(command.name).size());
+        longest = std::max(longest, static_cast<int>(std::strlen(command.name)));
     QString text = QStringLiteral("Commands:\n");
     for (const Command& command : commands)
         text += QStringLiteral("  %1 %2\n")

@@ -15,7 +15,6 @@ except ImportError:  # setuptools before 70.1
     from wheel.bdist_wheel import bdist_wheel
 
 LIBRARY = os.environ.get("SCRIBERA_WHEEL_LIBRARY")
-NAME = "libscriberasdk.so.1"
 MACHINES = {62: "x86_64", 183: "aarch64"}  # of ELF, and what Python calls them
 
 
@@ -31,11 +30,16 @@ def platform_of(library):
     return f"linux_{MACHINES[machine]}"
 
 
+def name_of(library):
+    """What the library is called in the package: by its Qt, whatever number its file bears."""
+    return f"libscriberasdk{'-qt6' if '-qt6' in Path(library).name else ''}.so.1"
+
+
 class BuildWithLibrary(build_py):
     def run(self):
         super().run()
         if LIBRARY:
-            shutil.copyfile(LIBRARY, Path(self.build_lib, "scribera", NAME))
+            shutil.copyfile(LIBRARY, Path(self.build_lib, "scribera", name_of(LIBRARY)))
 
 
 class WheelWithLibrary(bdist_wheel):

@@ -86,7 +86,9 @@ private:
 
 int main(int argc, char** argv)
 {
+#if QT_VERSION_MAJOR < 6 // later ones do so unasked
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+#endif
     QApplication application(argc, argv);
     SignWindow window;
     window.setWindowTitle(QStringLiteral("Please sign"));

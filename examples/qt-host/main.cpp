@@ -87,8 +87,10 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv)
                                QStringLiteral("-v"), QStringLiteral("--version")};
     if (std::any_of(argv, argv + argc, [&](const char* word) { return texts.contains(QLatin1String(word)); }))
         return std::make_unique<QCoreApplication>(argc, argv);
+#if QT_VERSION_MAJOR < 6 // later ones do so unasked
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
     auto application = std::make_unique<QApplication>(argc, argv);
     QApplication::setStyle(QStringLiteral("Fusion"));
     QApplication::setPalette(

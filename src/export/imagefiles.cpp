@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QMarginsF>
+#include <QPageLayout>
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
@@ -167,7 +168,7 @@ bool SavePdfFile(const QImage& Image, const QString& strPath, int nDPI)
     try {
         pOutput->m_Writer.setPageSize(QPageSize(QPageSize::A4));
         pOutput->m_Writer.setResolution(nDPI);
-        pOutput->m_Writer.setPageMargins(QMarginsF(10, 10, 10, 10));
+        pOutput->m_Writer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Point);
         if (pOutput->m_Painter.begin(&pOutput->m_Writer)) {
             // Painted as an image: a pixmap would need a GUI application, and looks the same.
             QImage Page = Image;

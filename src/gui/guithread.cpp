@@ -6,19 +6,21 @@
 #include <QThread>
 #include <QWidget>
 
-#include <cstring>
+#include <string_view>
 
 #include <link.h>
 
 namespace {
 
+constexpr std::string_view kOwnPrefix = "libQt" QT_STRINGIFY(QT_VERSION_MAJOR);
+
 // Whether the loaded file is the core library of a Qt that is not the library's own.
 int IsCoreOfOtherQt(dl_phdr_info* pInfo, std::size_t /*nSize*/, void* /*pNothing*/)
 {
-    const char* const pszSlash = std::strrchr(pInfo->dlpi_name, '/');
-    const char* const pszName = pszSlash ? pszSlash + 1 : pInfo->dlpi_name;
-    return std::strncmp(pszName, "libQt", 5) == 0 && std::strncmp(pszName, "libQt5", 6) != 0 &&
-           std::strstr(pszName, "Core.so") != nullptr;
+    const std::string_view strPath = pInfo->dlpi_name;
+    const std::string_view strName = strPath.substr(strPath.rfind('/') + 1);
+    return strName.starts_with("libQt") && strName.find("Core.so") != std::string_view::npos &&
+           !strName.starts_with(kOwnPrefix);
 }
 
 } // namespace
@@ -32,13 +34,30 @@ bool IsGuiThread()
     return bLivesHere;
 }
 
-ENoGuiThread WhyNoGuiThread()
+bool HasOtherQt()
+{
+    return dl_iterate_phdr(IsCoreOfOtherQt, nullptr) != 0;
+}
+
+bool MayMakeWidgetIn(const QWidget* pParentWidget)
+{
+    if (!IsGuiThread())
+        return false;
+    if (!pParentWidget || !HasOtherQt())
+        return true;
+    bool bKnown = false;
+    Attempt([&] { bKnown = QApplication::allWidgets().contains(const_cast<QWidget*>(pParentWidget)); });
+    return bKnown;
+}
+
+ENoWidget WhyNoWidget()
 {
     const QCoreApplication* const pApplication = QCoreApplication::instance();
-    if (qobject_cast<const QApplication*>(pApplication))
-        return ENoGuiThread::Elsewhere;
-    return !pApplication && dl_iterate_phdr(IsCoreOfOtherQt, nullptr) != 0 ? ENoGuiThread::OtherQt
-                                                                           : ENoGuiThread::NoApplication;
+    if (!qobject_cast<const QApplication*>(pApplication))
+        return !pApplication && HasOtherQt() ? ENoWidget::OtherQt : ENoWidget::NoApplication;
+    if (!IsGuiThread())
+        return ENoWidget::Elsewhere;
+    return HasOtherQt() ? ENoWidget::OtherQt : ENoWidget::NotFound;
 }
 
 QWidget* FindWidget(unsigned long long ullWId)

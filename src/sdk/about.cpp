@@ -1,6 +1,7 @@
 #include "sdk/about.h"
 
 #include "gui/guithread.h"
+#include "sdk/otherqt.h"
 
 #include <QMessageBox>
 #include <QString>
@@ -14,10 +15,12 @@ constexpr char kProductLine[] = "Scribera SDK on Linux OS";
 constexpr char kVersionLine[] = "Version : 3.0.0.0";
 constexpr char kNoticeLine[] = "Copyright 2024 Corvenna";
 
-void ShowAboutBox(QWidget* pParentWidget)
+void ShowAboutBox(const CLogLabel& Label, QWidget* pParentWidget)
 {
-    if (!IsGuiThread())
+    if (!MayMakeWidgetIn(pParentWidget)) {
+        LogOtherQt(Label);
         return;
+    }
     const QString strText =
         QStringLiteral("<p align='center'>%1<br>%2<br>%3</p>")
             .arg(QLatin1String(kProductLine), QLatin1String(kVersionLine), QLatin1String(kNoticeLine));
@@ -30,7 +33,7 @@ void CAbout::AboutBox(QWidget* pParentWidget) const
 {
     const CLogLabel L = Label("AboutBox()");
     SCR_LOG(L, "<%ld>-Enter...");
-    ShowAboutBox(pParentWidget);
+    ShowAboutBox(L, pParentWidget);
     SCR_LOG(L, "<%ld>-leave !");
 }
 
@@ -39,7 +42,9 @@ void CAbout::AboutBoxByWId(unsigned long long ullWId) const
     const CLogLabel L = Label("AboutBoxByWId()");
     SCR_LOG(L, "<%ld>-Enter...");
     if (QWidget* const pParentWidget = FindWidget(ullWId))
-        ShowAboutBox(pParentWidget);
+        ShowAboutBox(L, pParentWidget);
+    else
+        LogOtherQt(L);
     SCR_LOG(L, "<%ld>-leave !");
 }
 

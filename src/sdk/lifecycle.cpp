@@ -3,6 +3,7 @@
 #include "canvas/drawing.h"
 #include "gui/guithread.h"
 #include "model/results.h"
+#include "sdk/otherqt.h"
 #include "signobj/signobj.h"
 #include "signwidget/signwidget.h"
 #include "sync/atomicmember.h"
@@ -29,20 +30,26 @@ void PrepareForExit()
     });
 }
 
-void TellWhyNoWidget(CStartFailure& Failure)
+void TellWhyNoWidget(const CLogLabel& Label, unsigned long long ullWId, CStartFailure& Failure)
 {
-    switch (WhyNoGuiThread()) {
-    case ENoGuiThread::Elsewhere:
+    switch (WhyNoWidget()) {
+    case ENoWidget::Elsewhere:
         Failure.Set(SCRX_START_WRONG_THREAD,
                     "A pad in a window has to be opened on the thread of the QApplication");
         break;
-    case ENoGuiThread::NoApplication:
+    case ENoWidget::NoApplication:
         Failure.Set(SCRX_START_NO_APPLICATION, "A pad in a window needs a QApplication, and there is none");
         break;
-    case ENoGuiThread::OtherQt:
-        Failure.Set(SCRX_START_WRONG_QT,
-                    "A pad in a window needs Qt %d, and this process has another Qt: open it windowless",
-                    QT_VERSION_MAJOR);
+    case ENoWidget::OtherQt:
+        LogOtherQt(Label);
+        Failure.Set(
+            SCRX_START_WRONG_QT,
+            "A pad in a window needs a widget of Qt %d, and this process has another Qt: open it windowless, "
+            "or take the library that is built for that Qt",
+            QT_VERSION_MAJOR);
+        break;
+    case ENoWidget::NotFound:
+        Failure.Set(SCRX_START_NO_WINDOW, "No widget of this process has the window id %llu", ullWId);
         break;
     }
 }
@@ -93,7 +100,7 @@ bool CLifeCycle::StartObject(const CLogLabel& Label, CLiveObject::CStart& Start,
     PrepareForExit();
     bool bRet = false;
     // Out of memory is a failed start like any other: what was made so far is undone below.
-    bRet = Attempt([&] { bRet = MakeAndConnect(Start, Request, Failure); }) && bRet;
+    bRet = Attempt([&] { bRet = MakeAndConnect(Label, Start, Request, Failure); }) && bRet;
     Start.Finish();
     if (!bRet)
         UnInitialDevice(m_Model.m_nDeviceType);
@@ -101,7 +108,7 @@ bool CLifeCycle::StartObject(const CLogLabel& Label, CLiveObject::CStart& Start,
     return bRet;
 }
 
-bool CLifeCycle::MakeAndConnect(CLiveObject::CStart& Start, const CRequest& Request,
+bool CLifeCycle::MakeAndConnect(const CLogLabel& Label, CLiveObject::CStart& Start, const CRequest& Request,
                                 CStartFailure& Failure) const
 {
     bool bRet = false;
@@ -114,12 +121,12 @@ bool CLifeCycle::MakeAndConnect(CLiveObject::CStart& Start, const CRequest& Requ
             CSignObj* const pObject = MakeSignObj(m_Model, Request.m_nWidth, Request.m_nHeight).release();
             Start.Publish(*pObject, pObject->Identity(), pObject);
             bRet = pObject->IsDeviceConnected(Failure);
-        } else if (IsGuiThread()) {
+        } else if (MayMakeWidgetIn(Request.m_pParentWidget)) {
             pWidget = MakeSignWidget(m_Model, Request.m_pParentWidget).release();
             Start.Publish(*pWidget, pWidget->Identity(), static_cast<QWidget*>(pWidget));
             bRet = pWidget->IsDeviceConnected(Failure);
         } else {
-            TellWhyNoWidget(Failure);
+            TellWhyNoWidget(Label, 0, Failure);
         }
     }
     if (bRet && pWidget) {
@@ -169,10 +176,7 @@ bool CLifeCycle::InitialDeviceByWId(int nDeviceType, unsigned long long ullWId, 
     QWidget* const pParentWidget = bWindowless ? nullptr : FindWidget(ullWId);
     if (!bWindowless && !pParentWidget) {
         SCR_LOG(L, "<%ld>-leave with false due to (g_pSignWidget == nullptr) !");
-        if (IsGuiThread())
-            Failure.Set(SCRX_START_NO_WINDOW, "No widget of this process has the window id %llu", ullWId);
-        else
-            TellWhyNoWidget(Failure);
+        TellWhyNoWidget(L, ullWId, Failure);
         return false;
     }
     return Report.Leave(

@@ -36,6 +36,7 @@ private:
                                                    bool bWindowless, CStartFailure& Failure);
     bool StartObject(const CLogLabel& Label, CLiveObject::CStart& Start, const CRequest& Request,
                      CStartFailure& Failure) const;
-    bool MakeAndConnect(CLiveObject::CStart& Start, const CRequest& Request, CStartFailure& Failure) const;
+    bool MakeAndConnect(const CLogLabel& Label, CLiveObject::CStart& Start, const CRequest& Request,
+                        CStartFailure& Failure) const;
     static void EndWidget(CLiveObject::CEnding& Ending, CSignWidget& Widget);
 };

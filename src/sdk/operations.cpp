@@ -3,6 +3,7 @@
 #include "export/imagefiles.h"
 #include "gui/guithread.h"
 #include "model/results.h"
+#include "sdk/otherqt.h"
 #include "signobject/liveobject.h"
 #include "signobject/signobject.h"
 
@@ -419,8 +420,10 @@ int COperations::SetDisplayedFPImageAt(int nDeviceType, QWidget* pParentWidget, 
             nFPHeight);
     return Forward(L, nDeviceType, kResult, [=](CSignObject& Object) {
         // Widgets are made on their own thread, on which the sign widget may also be on its way out.
-        if (Object.Identity().IsWidget() && !IsGuiThread())
+        if (Object.Identity().IsWidget() && !MayMakeWidgetIn(pParentWidget)) {
+            LogOtherQt(L);
             return kNoObject;
+        }
         return Object.SetDisplayedFPImageAt(
             {pParentWidget, nCanvasWidth, nCanvasHeight, {nFPLeft, nFPTop, nFPWidth, nFPHeight}});
     });
@@ -438,8 +441,10 @@ int COperations::SetDisplayedFPImageAtByWId(int nDeviceType, unsigned long long 
         nDeviceType, nCanvasWidth, nCanvasHeight, nFPLeft, nFPTop, nFPWidth, nFPHeight);
     return Forward(L, nDeviceType, kResult, [=](CSignObject& Object) {
         QWidget* const pParentWidget = Object.Identity().IsWidget() ? FindWidget(ullWId) : nullptr;
-        if (Object.Identity().IsWidget() && !pParentWidget)
+        if (Object.Identity().IsWidget() && !pParentWidget) {
+            LogOtherQt(L);
             return kNoObject;
+        }
         return Object.SetDisplayedFPImageAt(
             {pParentWidget, nCanvasWidth, nCanvasHeight, {nFPLeft, nFPTop, nFPWidth, nFPHeight}});
     });

@@ -394,7 +394,10 @@ def readme_build(bench: Bench) -> None:
     (checkout / "build" / "release").symlink_to(bench.library.parent)
     shutil.copy(SAMPLES / "readme.c", bench.folder / "host.c")
     shutil.copy(SAMPLES / "readme_window.cpp", bench.folder / "window.cpp")
-    bench.run(["sh", "-e", str(SAMPLES / "readme.sh")], S=str(checkout))
+    commands = (SAMPLES / "readme.sh").read_text()
+    if bench.library.name.startswith("libscriberasdk-qt6."):
+        commands = commands.replace("Qt5Widgets", "Qt6Widgets").replace("-lscriberasdk", "-lscriberasdk-qt6")
+    bench.run(["sh", "-e", "-c", commands], S=str(checkout))
     expect_clipped(bench.content("signature.png"), "signature.png", (660, 400))
     expect(bench.content("signature.svg").count(b"<poly") > 100, "signature.svg has no strokes")
 

@@ -392,7 +392,7 @@ QByteArray ReferencePad::pdf(const QImage& image, int dpi) const
     QPdfWriter writer(&buffer);
     writer.setPageSize(QPageSize(QPageSize::A4));
     writer.setResolution(dpi);
-    writer.setPageMargins(QMarginsF(10, 10, 10, 10));
+    writer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Point);
     QPainter painter(&writer);
     QImage picture = image;
     picture.setDotsPerMeterX(dotsPerMetre(dpi));

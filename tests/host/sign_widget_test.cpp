@@ -273,7 +273,8 @@ TEST_P(SignWidget, MouseRepaintsWithItsLeftButtonAndNeverDraws)
     PaintCounter counter(&widget());
     const auto move = [&](Qt::MouseButtons buttons) {
         counter.paints = 0;
-        QMouseEvent event(QEvent::MouseMove, QPointF(50, 50), Qt::NoButton, buttons, Qt::NoModifier);
+        QMouseEvent event(QEvent::MouseMove, QPointF(50, 50), QPointF(50, 50), Qt::NoButton, buttons,
+                          Qt::NoModifier);
         QCoreApplication::sendEvent(&widget(), &event);
         return counter.paints;
     };

@@ -350,14 +350,87 @@ TEST_P(WidgetStartFailed, StartInTheMiddleOfAStart)
     EXPECT_EQ(api().UnInitialDevice(type()), 0);
 }
 
-SCRIBERA_INSTANTIATE(WidgetStartFailed, Kind::Widget);
-
-// A parent in a process whose windows are none of this Qt's. The library must not touch it.
+// A parent that is none of this Qt's. The library must not touch it.
 QWidget* foreignWidget()
 {
     static char place;
     return reinterpret_cast<QWidget*>(&place);
 }
+
+// What a process with another Qt has loaded.
+class OtherQt
+{
+public:
+    OtherQt() : m_handle(dlopen(SCRIBERA_OTHER_QT, RTLD_NOW)) { EXPECT_NE(m_handle, nullptr) << dlerror(); }
+    ~OtherQt() { dlclose(m_handle); }
+    OtherQt(const OtherQt&) = delete;
+    OtherQt& operator=(const OtherQt&) = delete;
+
+private:
+    void* const m_handle;
+};
+
+const std::string ownQt = std::to_string(QT_VERSION_MAJOR);
+const std::string otherQtLine = "no widget of Qt " + ownQt + ", and this process has another Qt !";
+
+long countOtherQtLines(const std::vector<LogLine>& lines)
+{
+    return std::count_if(lines.begin(), lines.end(),
+                         [](const LogLine& line) { return line.text == otherQtLine; });
+}
+
+TEST_P(WidgetStartFailed, OwnWindowIsGoodBesideAnotherQt)
+{
+    const OtherQt otherQt;
+    QWidget& parent = pad().makeParent(true);
+    const auto lines = logged([&] { EXPECT_TRUE(api().InitialDevice(type(), &parent, 0, 0, 100, 50)); });
+    EXPECT_EQ(code(), StartOk);
+    EXPECT_EQ(countOtherQtLines(lines), 0);
+    EXPECT_EQ(api().UnInitialDevice(type()), 0);
+    processEvents();
+    EXPECT_TRUE(api().InitialDeviceByWId(type(), parent.winId(), 0, 0, 100, 50));
+    EXPECT_EQ(api().UnInitialDevice(type()), 0);
+}
+
+TEST_P(WidgetStartFailed, WindowOfAnotherQtIsRefused)
+{
+    ensureApplication();
+    const OtherQt otherQt;
+    auto lines = logged([&] { EXPECT_FALSE(api().InitialDevice(type(), foreignWidget(), 0, 0, 100, 50)); });
+    EXPECT_EQ(code(), StartWrongQt);
+    EXPECT_TRUE(says("needs a widget of Qt " + ownQt)) << sentence();
+    EXPECT_EQ(textsOf(lines, exported("InitialDevice")).size(), 3u) << "Enter, the reason, leave";
+    EXPECT_EQ(countOtherQtLines(lines), 1);
+    lines = logged([&] { EXPECT_FALSE(api().InitialDeviceByWId(type(), 123456789, 0, 0, 100, 50)); });
+    EXPECT_EQ(code(), StartWrongQt);
+    EXPECT_EQ(countOtherQtLines(lines), 1);
+    lines = logged([&] { api().AboutBox(foreignWidget()); });
+    EXPECT_EQ(countOtherQtLines(lines), 1);
+    lines = logged([&] { api().AboutBoxByWId(123456789); });
+    EXPECT_EQ(countOtherQtLines(lines), 1);
+}
+
+SCRIBERA_INSTANTIATE(WidgetStartFailed, Kind::Widget);
+
+class FingerprintBesideAnotherQt : public StartFailed
+{
+};
+
+TEST_P(FingerprintBesideAnotherQt, IsNotPutIntoAWindowOfThatQt)
+{
+    const OtherQt otherQt;
+    ASSERT_TRUE(start());
+    auto lines = logged(
+        [&] { EXPECT_EQ(api().SetDisplayedFPImageAt(type(), foreignWidget(), 100, 50, 0, 0, 9, 9), -1); });
+    EXPECT_EQ(countOtherQtLines(lines), 1);
+    lines = logged(
+        [&] { EXPECT_EQ(api().SetDisplayedFPImageAtByWId(type(), 123456789, 100, 50, 0, 0, 9, 9), -1); });
+    EXPECT_EQ(countOtherQtLines(lines), 1);
+    EXPECT_EQ(api().UnInitialDevice(type()), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(, FingerprintBesideAnotherQt,
+                         testing::Values(PadCase{&padModel("K421B"), Kind::Widget}), caseName);
 
 class NoApplication : public PadTest
 {
@@ -374,18 +447,33 @@ TEST_P(NoApplication, WidgetIsRefusedWithThatReason)
 
 TEST_P(NoApplication, AnotherQtIsNoticed)
 {
-    void* const otherQt = dlopen(SCRIBERA_OTHER_QT, RTLD_NOW);
-    ASSERT_NE(otherQt, nullptr) << dlerror();
+    const OtherQt otherQt;
     EXPECT_FALSE(api().InitialDevice(type(), foreignWidget(), 0, 0, 100, 50));
     EXPECT_EQ(code(), StartWrongQt);
-    EXPECT_TRUE(says("needs Qt 5")) << sentence();
+    EXPECT_TRUE(says("needs a widget of Qt " + ownQt)) << sentence();
     EXPECT_FALSE(api().InitialDeviceByWId(type(), 5, 0, 0, 100, 50));
     EXPECT_EQ(code(), StartWrongQt);
     // What needs no window works beside it.
     ASSERT_TRUE(pad().start());
     EXPECT_EQ(pad().stop(), 0);
-    dlclose(otherQt);
 }
+
+#ifdef SCRIBERA_OTHER_QT_HOST
+TEST_P(NoApplication, HostOfAnotherQtSignsWithoutAWidget)
+{
+    removeLogs();
+    const std::string recording = SCRIBERA_SOURCE_DIR "/drivers/simulator/recordings/initials.rec";
+    // Qt's offscreen platform leaves its screen behind.
+    const std::string command =
+        "SCRIBERA_SIM_RATE=20 SCRIBERA_SIM_KEY=confirm SCRIBERA_SIM_RECORDING=" + recording +
+        " ASAN_OPTIONS=$ASAN_OPTIONS:detect_leaks=0 " SCRIBERA_OTHER_QT_HOST " " + model().name +
+        " >said 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0) << fileContent("said");
+    EXPECT_NE(fileContent("said").find("needs a widget of Qt " + ownQt), std::string::npos)
+        << fileContent("said");
+    EXPECT_EQ(countOtherQtLines(mainLog()), 4) << "two starts, two About boxes";
+}
+#endif
 
 SCRIBERA_INSTANTIATE(NoApplication, Kind::Windowless);
 

@@ -197,7 +197,7 @@ TEST(Symbols, VariablesCanBeTakenOverByALinkedHost)
 TEST(Symbols, LibraryHasItsNameAndStaysLoaded)
 {
     const ElfFile library(SCRIBERA_SDK_LIBRARY);
-    EXPECT_EQ(library.soname(), "libscriberasdk.so.1");
+    EXPECT_EQ(library.soname(), QT_VERSION_MAJOR == 5 ? "libscriberasdk.so.1" : "libscriberasdk-qt6.so.1");
     EXPECT_NE(library.value(DT_FLAGS_1) & DF_1_NODELETE, 0u);
     for (const std::string& needed : library.needed())
         EXPECT_EQ(needed.find("scriberadrv"), std::string::npos) << "the driver is loaded, not linked";

@@ -93,9 +93,10 @@ def main() -> None:
     wheel = Path(run(*prefix, arguments.wheel, "--output", folder, arguments.library, env=environment).strip())
     assert wheel.name.endswith(f"-{platform}.whl") and f"Tag: {platform}\n" in tag(wheel), wheel
     assert "Root-Is-Purelib: false" in tag(wheel)
+    name = arguments.library.name[: arguments.library.name.index(".so") + len(".so.1")]
     with zipfile.ZipFile(wheel) as archive:
-        assert archive.read("scribera/libscriberasdk.so.1") == arguments.library.read_bytes()
-    assert sorted(set(members(wheel)) - set(members(plain))) == ["scribera/libscriberasdk.so.1"]
+        assert archive.read(f"scribera/{name}") == arguments.library.read_bytes()
+    assert sorted(set(members(wheel)) - set(members(plain))) == [f"scribera/{name}"]
 
     (folder / "text.so").write_text("not a library\n" * 10)
     refused = subprocess.run(
@@ -121,7 +122,7 @@ def main() -> None:
         }
         loaded = run(*prefix, own, "-c", SIGN, cwd=place, env=environment | simulated).strip()
         (package,) = (environ / "lib").glob("python3*/site-packages/scribera")
-        assert loaded == str([str(package.resolve() / "libscriberasdk.so.1")]), loaded
+        assert loaded == str([str(package.resolve() / name)]), loaded
         print(f"{python}: a signature with {loaded}")
     shutil.rmtree(folder)
 

@@ -45,7 +45,7 @@ TEST_F(PadDoctor, FindsEverythingInOrder)
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output.toStdString();
     for (const QByteArray& line : outcome.output.trimmed().split('\n'))
         EXPECT_TRUE(line.startsWith("OK   ")) << line.toStdString();
-    EXPECT_NE(lineOf("library", outcome).find("libscriberasdk.so.1, version " SCRIBERA_VERSION),
+    EXPECT_NE(lineOf("library", outcome).find(std::string(libraryName) + ", version " SCRIBERA_VERSION),
               std::string::npos);
     EXPECT_EQ(lineOf("current folder", outcome), "OK " + QDir(path(".")).canonicalPath().toStdString());
     EXPECT_EQ(lineOf("windows", outcome),

@@ -52,7 +52,7 @@ TEST_F(PadInfo, TellsOfEachModel)
                                                QByteArray::number(model->m_nPadOriginX) + ',' +
                                                QByteArray::number(model->m_nPadOriginY)));
         EXPECT_EQ(tells("keys:", "act when they are touched"), model->m_eKeyRule == EKeyRule::AtTouch);
-        EXPECT_TRUE(outcome.output.contains("/libscriberasdk.so.1, 3.0\n"));
+        EXPECT_TRUE(outcome.output.contains('/' + QByteArray(libraryName) + ", 3.0\n"));
     }
 }
 

@@ -13,6 +13,9 @@
 
 #include <sys/types.h>
 
+inline constexpr const char* libraryName =
+    QT_VERSION_MAJOR == 5 ? "libscriberasdk.so.1" : "libscriberasdk-qt6.so.1";
+
 using Variables = QMap<QString, QString>;
 
 struct PadOutcome

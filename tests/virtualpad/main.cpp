@@ -1,5 +1,6 @@
 // Every test in an empty working directory of its own, with an application object. ctest runs one test a
 // process.
+#include "mainwindow.h"
 #include "support.h"
 
 #include <QApplication>
@@ -66,10 +67,7 @@ int main(int argc, char** argv)
     const TemporaryDirectory directory;
     setenv("XDG_RUNTIME_DIR", directory.path("").c_str(), 1);
     std::filesystem::permissions(directory.path(""), std::filesystem::perms::owner_all);
-    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
-        Qt::HighDpiScaleFactorRoundingPolicy::RoundPreferFloor);
+    virtualpad::followScreenScale();
     QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
     // Never destroyed: the screen of the offscreen platform would be lost with it.
     [[maybe_unused]] static const auto* const application = new QApplication(argc, argv);

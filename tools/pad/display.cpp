@@ -25,9 +25,9 @@ QByteArray platformName()
     return QGuiApplication::platformName().toUtf8();
 }
 
-Display tryDisplay()
+WindowPlatform tryDisplay()
 {
-    Display display;
+    WindowPlatform display;
     QStringList names;
     for (const char* variable : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "DISPLAY"})
         if (!qEnvironmentVariableIsEmpty(variable))
@@ -43,8 +43,8 @@ Display tryDisplay()
 
 } // namespace
 
-const Display& display()
+const WindowPlatform& display()
 {
-    static const Display tried = tryDisplay();
+    static const WindowPlatform tried = tryDisplay();
     return tried;
 }

@@ -4,7 +4,7 @@
 #include <QString>
 
 // The platform by which Qt shows windows, or why it cannot.
-struct Display
+struct WindowPlatform
 {
     bool isNamed; // by the environment; without that nobody expects a window
     QString platform;
@@ -13,4 +13,4 @@ struct Display
 
 // Tried in a process of its own, since Qt ends one without a display, and before there is an application
 // here. The first call tries; all tell the same.
-const Display& display();
+const WindowPlatform& display();

@@ -103,7 +103,7 @@ Finding logFile(const char* what, const char* path)
 
 Finding windows()
 {
-    const Display& tried = display();
+    const WindowPlatform& tried = display();
     if (tried.fault.isEmpty())
         return {"windows", true,
                 QStringLiteral("Qt %1 on %2").arg(QLatin1String(qVersion()), tried.platform)};

@@ -20,7 +20,7 @@ QString table(const QList<QStringList>& rows)
         while (widths.size() < row.size())
             widths.append(0);
         for (int column = 0; column < row.size(); ++column)
-            widths[column] = std::max(widths[column], row[column].size());
+            widths[column] = std::max(widths[column], static_cast<int>(row[column].size()));
     }
     QString text;
     for (const QStringList& row : rows) {

@@ -6,7 +6,7 @@
 QString quoted(const QString& text)
 {
     QString line;
-    for (const uint character : text.toUcs4())
+    for (const char32_t character : text.toUcs4())
         line += QChar::isPrint(character) ? QString::fromUcs4(&character, 1) : QStringLiteral("?");
     return line;
 }

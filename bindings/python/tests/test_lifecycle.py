@@ -235,8 +235,9 @@ def test_the_library_argument_goes_before_the_environment(monkeypatch: pytest.Mo
     )
 
 
+@pytest.mark.parametrize("name", ["libscriberasdk.so.1", "libscriberasdk-qt6.so.1"])
 def test_without_argument_and_environment_the_system_is_searched(
-    monkeypatch: pytest.MonkeyPatch, folder: Path
+    monkeypatch: pytest.MonkeyPatch, folder: Path, name: str
 ) -> None:
     search = folder / "libraries"
     search.mkdir()
@@ -244,7 +245,7 @@ def test_without_argument_and_environment_the_system_is_searched(
     environment = {"SCRIBERA_LIBRARY": "", "LD_LIBRARY_PATH": str(search)}
     run = run_script(script, **environment)
     assert run.stderr.splitlines()[-1].startswith("scribera._errors.LibraryError: cannot load")
-    (search / "libscriberasdk.so.1").symlink_to(os.environ["SCRIBERA_LIBRARY"])
+    (search / name).symlink_to(os.environ["SCRIBERA_LIBRARY"])
     run = run_script(script, **environment)
     assert run.stdout == "K210\n", run
 

@@ -7,6 +7,7 @@
 #include <QActionGroup>
 #include <QCloseEvent>
 #include <QFileDialog>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -60,6 +61,16 @@ QString textOf(std::string_view text)
 }
 
 } // namespace
+
+void followScreenScale()
+{
+#if QT_VERSION_MAJOR < 6 // later ones do so unasked
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
+        Qt::HighDpiScaleFactorRoundingPolicy::RoundPreferFloor);
+}
 
 MainWindow::MainWindow(VirtualPad& pad)
     : m_pad(pad), m_view(new PadView(pad, this)), m_models(new QActionGroup(this))

@@ -60,4 +60,7 @@ private:
     std::string m_finger = "loop";
 };
 
+// The window is as large as the screen's scale wants it. Before the application is made.
+void followScreenScale();
+
 } // namespace virtualpad

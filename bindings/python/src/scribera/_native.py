@@ -166,7 +166,7 @@ class Functions:
             function = getattr(self.library, self.family.prefix + name)
         except AttributeError as error:
             raise LibraryError(
-                f"{self.library._name} lacks {self.family.prefix}{name}: is it {_USUAL_NAME} of version 3?"
+                f"{self.library._name} lacks {self.family.prefix}{name}: is it {_USUAL_NAMES[0]} of version 3?"
             ) from error
         function.restype = prototype.result
         function.argtypes = (c_int, *prototype.arguments)
@@ -228,8 +228,9 @@ def let_workers_wait(on: bool = True, *, library: str | os.PathLike[str] | None 
     return bool(function(_WAIT if on else _POLL) == SUCCESS)
 
 
-_USUAL_NAME = "libscriberasdk.so.1"
-_OWN = Path(__file__).with_name(_USUAL_NAME)  # what a wheel may carry
+# Built for Qt 5 and for Qt 6. Without a window either does.
+_USUAL_NAMES = ("libscriberasdk.so.1", "libscriberasdk-qt6.so.1")
+_OWN = [Path(__file__).with_name(name) for name in _USUAL_NAMES]  # what a wheel may carry
 _loaded: dict[str, ctypes.CDLL] = {}
 
 
@@ -239,10 +240,10 @@ def load(library: str | os.PathLike[str] | None) -> ctypes.CDLL:
         names = [os.fspath(library)]
     elif named := os.environ.get("SCRIBERA_LIBRARY"):
         names = [named]
-    elif _OWN.exists():
-        names = [os.fspath(_OWN)]
+    elif own := [os.fspath(path) for path in _OWN if path.exists()]:
+        names = own
     else:
-        names = [_USUAL_NAME]
+        names = [*_USUAL_NAMES]
         if found := ctypes.util.find_library("scriberasdk"):
             names.append(found)
     reason: OSError | None = None
@@ -252,7 +253,7 @@ def load(library: str | os.PathLike[str] | None) -> ctypes.CDLL:
                 _loaded[name] = ctypes.CDLL(name)
             return _loaded[name]
         except OSError as error:
-            reason = error
+            reason = reason or error
     raise LibraryError(
         f"cannot load the Scribera library: {reason}; "
         f"name the file by the argument library or in the environment by SCRIBERA_LIBRARY"

@@ -112,8 +112,8 @@ class Pad:
     :func:`scribera.let_workers_wait` was called, and is closed when the process exits.
 
     The shared library is ``library``, else the environment's ``SCRIBERA_LIBRARY``, else that in the package's
-    own wheel, else ``libscriberasdk.so.1`` where the system keeps its libraries. It loads the pad's driver,
-    ``libscriberadrv.so``, from the current directory. With ``driver_directory`` the current directory is
+    own wheel, else ``libscriberasdk.so.1`` or ``libscriberasdk-qt6.so.1``, the first that is there, where the
+    system keeps its libraries. It loads the pad's driver, ``libscriberadrv.so``, from the current directory. With ``driver_directory`` the current directory is
     that one while the pad is being opened, and the old one again afterwards: it belongs to the whole process,
     so no other thread should use relative paths meanwhile.
 
