@@ -876,8 +876,7 @@ void History::compareInfo()
 
 std::string replay(const PadCase& padCase, unsigned seed)
 {
-    return "SCRIBERA_HISTORY_SEED=" + std::to_string(seed) + " '" +
-           fs::read_symlink("/proc/self/exe").string() +
+    return "SCRIBERA_HISTORY_SEED=" + std::to_string(seed) + " '" + thisProgram() +
            "' --gtest_filter=RandomHistory.EqualsTheDocumentedSteps/" + padCase.name();
 }
 

@@ -50,7 +50,7 @@ void cleanEnvironment()
 
 std::vector<std::string> selectedTests()
 {
-    const std::string command = "'" + fs::read_symlink("/proc/self/exe").string() +
+    const std::string command = "'" + scribera::test::thisProgram() +
                                 "' --gtest_list_tests '--gtest_filter=" + testing::GTEST_FLAG(filter) + "'";
     std::vector<std::string> tests;
     FILE* list = popen(command.c_str(), "r");
@@ -81,7 +81,8 @@ int runEach(const std::vector<std::string>& tests, char** argv)
         std::cout.flush();
         const pid_t child = fork();
         if (child == 0) {
-            execl("/proc/self/exe", argv[0], filter.c_str(), "--gtest_brief=1", static_cast<char*>(nullptr));
+            execl(scribera::test::thisProgram().c_str(), argv[0], filter.c_str(), "--gtest_brief=1",
+                  static_cast<char*>(nullptr));
             _exit(127);
         }
         int status = 0;

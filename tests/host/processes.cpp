@@ -127,6 +127,16 @@ bool ProcessState::maps(const std::string& fileName) const
                        [&](const std::string& path) { return fs::path(path).filename() == fileName; });
 }
 
+std::string thisProgram()
+{
+    const fs::path program = fs::read_symlink("/proc/self/exe");
+#ifdef SCRIBERA_EMULATED // where there is a script of the same name
+    return fs::path(SCRIBERA_EMULATED) / program.filename();
+#else
+    return program;
+#endif
+}
+
 ChildProgram::ChildProgram(const char* name, Main main)
 {
     childPrograms().emplace_back(name, main);
@@ -145,7 +155,7 @@ int runChildProgram(const std::vector<std::string>& arguments)
 ChildResult runChild(const std::string& name, const std::vector<std::string>& arguments,
                      std::chrono::milliseconds limit)
 {
-    std::vector<std::string> words = {"/proc/self/exe", "--child", name};
+    std::vector<std::string> words = {thisProgram(), "--child", name};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     for (std::string& word : words)
@@ -175,7 +185,7 @@ ChildResult runChild(const std::string& name, const std::vector<std::string>& ar
                                      O_WRONLY | O_CREAT | O_TRUNC, 0644);
     posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
     pid_t child = -1;
-    const int failure = posix_spawn(&child, "/proc/self/exe", &actions, nullptr, argv.data(), envp.data());
+    const int failure = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
     if (failure != 0)
         throw std::runtime_error(std::string("cannot start a child: ") + std::strerror(failure));

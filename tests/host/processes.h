@@ -50,6 +50,9 @@ struct ChildProgram
     ChildProgram(const char* name, Main main);
 };
 
+// What starts this program once more.
+std::string thisProgram();
+
 struct ChildResult
 {
     bool timedOut = false;

@@ -1,5 +1,6 @@
 #include "mockdevices.h"
 
+#include "processes.h"
 #include "pythonprogram.h"
 
 #include <algorithm>
@@ -35,7 +36,7 @@ __attribute__((constructor)) void preload(int, char** argv, char**)
     const char* const options = std::getenv("ASAN_OPTIONS");
     // Which would like to come first itself.
     setenv("ASAN_OPTIONS", (std::string(options ? options : "") + ":verify_asan_link_order=0").c_str(), 1);
-    execv("/proc/self/exe", argv);
+    execv(thisProgram().c_str(), argv);
     _exit(127);
 }
 
