@@ -4,6 +4,12 @@
 
 #include <new>
 
+namespace {
+
+constexpr char helpOption[] = "help";
+
+} // namespace
+
 void print(std::FILE* file, const QString& text)
 {
     const QByteArray bytes = text.toLocal8Bit();
@@ -32,6 +38,19 @@ int exitCodeOf(const char* program, int (*run)(const QStringList& arguments), co
     } catch (const std::bad_alloc&) {
         return refuse(QStringLiteral("not enough memory"), Failed);
     }
+}
+
+void startParser(QCommandLineParser& parser, const char* summary)
+{
+    parser.setApplicationDescription(QLatin1String(summary));
+    parser.addOption({{QStringLiteral("h"), QLatin1String(helpOption)}, QStringLiteral("This text.")});
+}
+
+bool parse(QCommandLineParser& parser, const QStringList& arguments)
+{
+    if (!parser.parse(arguments))
+        throw UsageError{parser.errorText()};
+    return !parser.isSet(QLatin1String(helpOption));
 }
 
 QString commandName(const QStringList& arguments)

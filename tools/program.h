@@ -31,6 +31,12 @@ int exitCodeOf(const char* program, int (*run)(const QStringList& arguments), co
 // The first argument when it may be a command's name. Throws UsageError.
 QString commandName(const QStringList& arguments);
 
+// What all parsers know: the command's summary, and --help.
+void startParser(QCommandLineParser& parser, const char* summary);
+
+// Reads the arguments; false when there is nothing to do but to print the help. Throws UsageError.
+bool parse(QCommandLineParser& parser, const QStringList& arguments);
+
 // The row of that name in a table of commands. Throws UsageError.
 template <typename Command, std::size_t Count>
 const Command& commandNamed(const Command (&commands)[Count], const QString& name)

@@ -319,22 +319,17 @@ int run(const QStringList& arguments)
     const Command& command = commandNamed(Commands, commandName(arguments));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QLatin1String(command.summary));
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("This text."));
+    startParser(parser, command.summary);
     const QCommandLineOption output({QStringLiteral("o"), QStringLiteral("output")},
                                     QStringLiteral("File to write, default standard output."),
                                     QStringLiteral("file"), QStringLiteral("-"));
-    parser.addOption(help);
     parser.addOption(output);
     command.addOptions(parser);
     parser.addPositionalArgument(first, QLatin1String(command.summary), first);
     parser.addPositionalArgument(QStringLiteral("file"),
                                  QStringLiteral("File to read, default standard input."),
                                  QStringLiteral("[file]"));
-    if (!parser.parse(arguments))
-        throw UsageError{parser.errorText()};
-    if (parser.isSet(help))
+    if (!parse(parser, arguments))
         return printHelp(parser.helpText());
     const QStringList files = parser.positionalArguments().mid(1);
     if (files.size() > 1)

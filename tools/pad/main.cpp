@@ -49,10 +49,7 @@ QString generalHelp()
 int runCommand(const Command& command, const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(QLatin1String(command.summary));
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("This text."));
-    parser.addOption(help);
+    startParser(parser, command.summary);
     command.addOptions(parser);
     const QString name = QLatin1String(command.name);
     parser.addPositionalArgument(name, QLatin1String(command.summary), name);
@@ -60,9 +57,7 @@ int runCommand(const Command& command, const QStringList& arguments)
         parser.addPositionalArgument(QStringLiteral("file"),
                                      QStringLiteral("File to write; - is standard output."),
                                      QLatin1String(command.file));
-    if (!parser.parse(arguments))
-        throw UsageError{parser.errorText()};
-    if (parser.isSet(help))
+    if (!parse(parser, arguments))
         return printHelp(parser.helpText());
     const QStringList files = parser.positionalArguments().mid(1);
     const int wanted = command.file ? 1 : 0;

@@ -92,19 +92,14 @@ void limitMemory(const QString& document)
 int runCommand(const SignCommand& command, const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(QLatin1String(command.summary));
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("This text."));
-    parser.addOption(help);
+    startParser(parser, command.summary);
     command.addOptions(parser);
     const QString name = QLatin1String(command.name);
     if (!name.isEmpty())
         parser.addPositionalArgument(name, QLatin1String(command.summary), name);
     parser.addPositionalArgument(QStringLiteral("document"), QStringLiteral("PDF document."),
                                  QStringLiteral("DOCUMENT"));
-    if (!parser.parse(arguments))
-        throw UsageError{parser.errorText()};
-    if (parser.isSet(help))
+    if (!parse(parser, arguments))
         return printHelp(name.isEmpty() ? generalHelp(optionsOf(parser)) : parser.helpText());
     const QStringList files = parser.positionalArguments().mid(name.isEmpty() ? 0 : 1);
     if (files.isEmpty())

@@ -2,22 +2,9 @@
 #pragma once
 
 #ifdef __clang__
-// clang 14 takes a constexpr destructor apart where it is declared, and asks for more of qpdf's JSON than is
-// known there. It gets that destructor a little later, as the standard library has it.
-#include <memory>
-#include <vector>
-
+// clang 14 cannot compile qpdf's JSON as C++20. Nothing here needs it: its header counts as included.
+#define JSON_HH
 class JSON;
-template <>
-constexpr std::vector<JSON>::vector::~vector() noexcept;
-
-#include <qpdf/JSON.hh>
-
-template <>
-constexpr std::vector<JSON>::vector::~vector() noexcept
-{
-    std::destroy(begin(), end());
-}
 #endif
 
 #include <qpdf/QPDF.hh>
