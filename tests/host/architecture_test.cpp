@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include "processes.h"
+
 namespace scribera::test {
 namespace {
 
@@ -444,6 +446,30 @@ TEST(Architecture, FilesIncludeEachOtherInNoCircle)
         EXPECT_TRUE(circlesIn(unitsBelow(root)).empty())
             << root << ": " << testing::PrintToString(circlesIn(unitsBelow(root)));
     EXPECT_FALSE(unitsBelow("src").empty());
+}
+
+// Atomic members have the strictest order, under which a program without data races runs as its steps are
+// written, on every machine. Where less is asked for, docs/threads.md says why that is enough.
+TEST(Architecture, WeakerMemoryOrdersAreWhereTheDocumentsArgueThem)
+{
+    std::set<std::string> found;
+    for (const std::string& source : sources()) {
+        if (!source.starts_with("src/") && !source.starts_with("drivers/") && !source.starts_with("tools/") &&
+            !source.starts_with("web/"))
+            continue;
+        const std::string text = fileContent((tree() / source).string());
+        for (const char* order : {"memory_order", "__ATOMIC_", "_fence(", "_explicit("})
+            if (text.find(order) != std::string::npos)
+                found.insert(source);
+    }
+    const std::string documents = fileContent((tree() / "docs/threads.md").string());
+    const std::size_t begin = documents.find("## Memory order");
+    ASSERT_NE(begin, std::string::npos);
+    const std::string section = documents.substr(begin, documents.find("\n## ", begin) - begin);
+    std::set<std::string> argued;
+    for (std::size_t at = section.find("\n| `"); at != std::string::npos; at = section.find("\n| `", at + 1))
+        argued.insert(section.substr(at + 4, section.find('`', at + 4) - at - 4));
+    EXPECT_EQ(found, argued);
 }
 
 TEST(Architecture, TheDocumentsShowThisTable)
