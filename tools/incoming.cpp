@@ -1,6 +1,7 @@
 #include "incoming.h"
 
 #include "failures.h"
+#include "text.h"
 
 #include <limits>
 
@@ -31,8 +32,9 @@ constexpr Field NarrowFields[] = {
 
 void IncomingInk::refuse(std::size_t place, const QString& reason) const
 {
-    throw Failure{m_name + (m_places == Places::Lines ? QStringLiteral(":") : QStringLiteral(": point ")) +
-                  QString::number(place) + QStringLiteral(": ") + reason};
+    const QString pattern =
+        m_places == Places::Lines ? QStringLiteral("%1:%2: %3") : Text::tr("%1: point %2: %3");
+    throw Failure{pattern.arg(m_name, QString::number(place), reason)};
 }
 
 void IncomingInk::append(const IncomingPoint& point, std::size_t place)
@@ -40,16 +42,15 @@ void IncomingInk::append(const IncomingPoint& point, std::size_t place)
     for (const Field& field : NarrowFields) {
         const std::int64_t value = point.*field.value;
         if (value < field.smallest || value > field.largest)
-            refuse(place, QStringLiteral("%1 %2 is not within %3 to %4")
+            refuse(place, Text::tr("%1 %2 is not within %3 to %4")
                               .arg(QLatin1String(field.name))
                               .arg(value)
                               .arg(field.smallest)
                               .arg(field.largest));
     }
     if (m_last && point.tick < m_last->tick)
-        refuse(
-            place,
-            QStringLiteral("time %1 is before the previous point's, %2").arg(point.tick).arg(m_last->tick));
+        refuse(place,
+               Text::tr("time %1 is before the previous point's, %2").arg(point.tick).arg(m_last->tick));
     _POINTDATA stored{};
     stored.usX = static_cast<std::uint16_t>(point.x);
     stored.sY = static_cast<std::int16_t>(point.y);

@@ -4,6 +4,7 @@
 #include "export/imagefiles.h"
 #include "failures.h"
 #include "pen/pensetup.h"
+#include "text.h"
 
 #include <QBuffer>
 #include <QPageLayout>
@@ -226,13 +227,13 @@ QByteArray toPng(const CInkSnapshot& ink, const Drawing& drawing)
     };
     QImage canvas = BlankCanvas(scaled(drawing.size.width()), scaled(drawing.size.height()));
     if (canvas.isNull())
-        throw Failure{QStringLiteral("the picture has more than a gigabyte, or more than there is memory")};
+        throw Failure{Text::tr("the picture has more than a gigabyte, or more than there is memory")};
     SetResolution(canvas, drawing.dotsPerInch);
     QByteArray bytes;
     if (DrawOn(canvas, [&](QPainter& painter) { drawStrokes(painter, ink, drawing, scale); }))
         bytes = EncodeImage(canvas, EBITI_PNG, false);
     if (bytes.isEmpty())
-        throw Failure{QStringLiteral("the picture cannot be made")};
+        throw Failure{Text::tr("the picture cannot be made")};
     return bytes;
 }
 
@@ -251,7 +252,7 @@ QByteArray toPdf(const CInkSnapshot& ink, const Drawing& drawing)
                         QPageLayout::Portrait, QMarginsF(0, 0, 0, 0), QPageLayout::Point));
         QPainter painter;
         if (!painter.begin(&writer))
-            throw Failure{QStringLiteral("the document cannot be made")};
+            throw Failure{Text::tr("the document cannot be made")};
         drawStrokes(painter, ink, drawing, fineness);
         painter.end();
     }
@@ -274,7 +275,7 @@ QByteArray toCompactSvg(const CInkSnapshot& ink, const Drawing& drawing)
     forEachStroke(ink, drawing, StepsPerPixel, [&](const Stroke& stroke) {
         const QByteArray outline = outlineOf(stroke);
         if (text.size() > largest - outline.size())
-            throw Failure{QStringLiteral("the drawing has more than a gigabyte")};
+            throw Failure{Text::tr("the drawing has more than a gigabyte")};
         xml.writeCharacters(QStringLiteral("\n"));
         xml.writeEmptyElement(QStringLiteral("path"));
         xml.writeAttribute(QStringLiteral("d"), QString::fromLatin1(outline));

@@ -3,6 +3,7 @@
 #include "failures.h"
 #include "ink/inkstream.h"
 #include "simulator/recording.h"
+#include "text.h"
 
 #include <QFile>
 
@@ -22,12 +23,12 @@ QByteArray readWhole(QFile& file, const QString& name, int mebibytes)
     for (;;) {
         const QByteArray block = file.read(1 << 16);
         if (file.error() != QFileDevice::NoError)
-            throw Failure{name + QStringLiteral(": cannot be read: ") + file.errorString()};
+            throw Failure{Text::tr("%1: cannot be read: %2").arg(name, file.errorString())};
         if (block.isEmpty())
             return content;
         content += block;
         if (content.size() > qint64{mebibytes} << 20)
-            throw Failure{QStringLiteral("%1: is larger than %2 MiB").arg(name).arg(mebibytes)};
+            throw Failure{Text::tr("%1: is larger than %2 MiB").arg(name).arg(mebibytes)};
     }
 }
 
@@ -35,14 +36,14 @@ QByteArray readWhole(QFile& file, const QString& name, int mebibytes)
 
 QString inputName(const QString& path)
 {
-    return isStandardStream(path) ? QStringLiteral("standard input") : path;
+    return isStandardStream(path) ? Text::tr("standard input") : path;
 }
 
 QByteArray readInput(const QString& path, int mebibytes)
 {
     QFile file(path);
     if (!(isStandardStream(path) ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly)))
-        throw Failure{inputName(path) + QStringLiteral(": cannot be opened: ") + file.errorString()};
+        throw Failure{Text::tr("%1: cannot be opened: %2").arg(inputName(path), file.errorString())};
     return readWhole(file, inputName(path), mebibytes);
 }
 

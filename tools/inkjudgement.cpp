@@ -1,4 +1,5 @@
 #include "inkjudgement.h"
+#include "text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,32 +23,31 @@ QString tooSmall(const InkSummary& summary, const CPadModel* pad, std::optional<
     if (unitsPerMillimetre) {
         if (std::max(width, height) >= LeastMillimetres * *unitsPerMillimetre)
             return {};
-        return QStringLiteral("the ink has %1 x %2 mm")
-            .arg(width / *unitsPerMillimetre, 0, 'f', 1)
-            .arg(height / *unitsPerMillimetre, 0, 'f', 1);
+        return Text::tr("the ink has %1 x %2 mm")
+            .arg(numberText(width / *unitsPerMillimetre, 1), numberText(height / *unitsPerMillimetre, 1));
     }
     const bool isLarge =
         pad ? width >= LeastShare * pad->m_nAreaWidth || height >= LeastShare * pad->m_nAreaHeight
             : std::max(width, height) >= LeastUnits;
-    return isLarge ? QString() : QStringLiteral("the ink has %1 x %2 pad units").arg(width).arg(height);
+    return isLarge ? QString() : Text::tr("the ink has %1 x %2 pad units").arg(width).arg(height);
 }
 
 QString objection(const InkSummary& summary, const CPadModel* pad, std::optional<double> unitsPerMillimetre)
 {
     if (summary.strokes == 0)
-        return QStringLiteral("there is no ink");
+        return Text::tr("there is no ink");
     if (summary.strokesWithLength == 0)
-        return QStringLiteral("there are only dots");
+        return Text::tr("there are only dots");
     if (summary.steps < FewestSteps)
-        return QStringLiteral("the strokes have %1 steps").arg(summary.steps);
+        return Text::tr("the strokes have %n steps", nullptr, static_cast<int>(summary.steps));
     if (summary.stepsDuration < ShortestWriting)
-        return QStringLiteral("the pen wrote for %1 ms").arg(summary.stepsDuration);
+        return Text::tr("the pen wrote for %1 ms").arg(summary.stepsDuration);
     QString size = tooSmall(summary, pad, unitsPerMillimetre);
     if (!size.isEmpty())
         return size;
     if (summary.strokesWithLength == 1 &&
         summary.length < StraightestBend * std::hypot(summary.x.size(), summary.y.size()))
-        return QStringLiteral("the ink is one straight line");
+        return Text::tr("the ink is one straight line");
     return {};
 }
 

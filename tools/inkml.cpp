@@ -2,6 +2,7 @@
 
 #include "failures.h"
 #include "incoming.h"
+#include "text.h"
 
 #include <QDateTime>
 #include <QHash>
@@ -261,9 +262,9 @@ public:
         // Without a document type there are no entities that could grow.
         while (!m_xml.atEnd() && m_xml.readNext() != QXmlStreamReader::StartElement)
             if (m_xml.isDTD())
-                refuse(QStringLiteral("has a document type, which is not read"));
+                refuse(Text::tr("has a document type, which is not read"));
         if (!m_xml.hasError() && (m_xml.name() != QLatin1String("ink") || m_xml.namespaceUri() != Namespace))
-            refuse(QStringLiteral("is not an InkML document"));
+            refuse(Text::tr("is not an InkML document"));
         readContent(false, {}, 0);
         while (!m_xml.atEnd())
             m_xml.readNext();
@@ -296,7 +297,7 @@ private:
     {
         const auto found = known.constFind(reference.mid(1));
         if (!reference.startsWith(QLatin1Char('#')) || found == known.constEnd())
-            refuse(QStringLiteral("reference %1 leads to nothing above it").arg(reference.left(40)));
+            refuse(Text::tr("reference %1 leads to nothing above it").arg(reference.left(40)));
         return *found;
     }
 
@@ -304,7 +305,7 @@ private:
     void readContent(bool defines, const std::optional<Format>& format, int depth)
     {
         if (depth > DeepestGroup)
-            refuse(QStringLiteral("groups lie deeper than %1").arg(DeepestGroup));
+            refuse(Text::tr("groups lie deeper than %1").arg(DeepestGroup));
         while (m_xml.readNextStartElement()) {
             if (is("trace")) {
                 readTrace(format);
@@ -394,7 +395,7 @@ private:
             }
         }
         if (!m_xml.hasError() && (!format.has(Role::X) || !format.has(Role::Y)))
-            refuse(QStringLiteral("the trace format has no channels X and Y"));
+            refuse(Text::tr("the trace format has no channels X and Y"));
         remember(itsId, format);
         return format;
     }
@@ -403,7 +404,7 @@ private:
     {
         constexpr std::size_t MostChannels = 64;
         if (++m_channels > MostChannels * MostChannels)
-            refuse(QStringLiteral("has too many channels"));
+            refuse(Text::tr("has too many channels"));
         Channel channel{roleOf(attribute("name")), 0, attribute("respectTo")};
         const QString initial = attribute("default");
         if (channel.role == Role::TipSwitch)
@@ -435,7 +436,7 @@ private:
         bool isNumber = false;
         m_firstTick = m_xml.readElementText().toLongLong(&isNumber);
         if (!m_xml.hasError() && !isNumber)
-            refuse(QStringLiteral("the first tick is not a whole number"));
+            refuse(Text::tr("the first tick is not a whole number"));
     }
 
     void readTrace(const std::optional<Format>& ofGroup)
@@ -472,16 +473,15 @@ private:
             std::size_t index = 0;
             while (index < values.size() && !rest.atEnd() && !rest.atComma()) {
                 if (!rest.read(values[index]))
-                    m_ink.refuse(m_count, QStringLiteral("value %1 is not a number").arg(index + 1));
+                    m_ink.refuse(m_count, Text::tr("value %1 is not a number").arg(index + 1));
                 ++index;
             }
             if (index < format.regular)
-                m_ink.refuse(m_count,
-                             QStringLiteral("has %1 of the %2 values").arg(index).arg(format.regular));
+                m_ink.refuse(m_count, Text::tr("has %1 of the %2 values").arg(index).arg(format.regular));
             if (rest.atComma())
                 rest.skipComma();
             else if (!rest.atEnd())
-                m_ink.refuse(m_count, QStringLiteral("has more than the %1 values").arg(values.size()));
+                m_ink.refuse(m_count, Text::tr("has more than the %1 values").arg(values.size()));
             take(format, values, offset);
         }
     }
@@ -491,7 +491,7 @@ private:
         const Number rounded = std::round(value);
         constexpr Number limit = 9223372036854775808.0L; // beyond the largest of 64 bits
         if (!(rounded >= -limit && rounded < limit))
-            m_ink.refuse(m_count, QStringLiteral("a value does not fit into 64 bits"));
+            m_ink.refuse(m_count, Text::tr("a value does not fit into 64 bits"));
         return static_cast<std::int64_t>(rounded);
     }
 

@@ -1,6 +1,7 @@
 #include "inkplot.h"
 
 #include "failures.h"
+#include "text.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -102,11 +103,10 @@ Plot plotOf(const CInkSnapshot& ink, std::optional<double> unitsPerMillimetre)
     Plot plot;
     plot.lifts = std::move(lifts);
     plot.seconds = secondsBetween(first, ink.At(ink.Count() - 1));
-    plot.panels[0] = {QStringLiteral("position in pad units: x blue, y orange"),
-                      {std::move(x), std::move(y)}};
-    plot.panels[1] = {QStringLiteral("pressure"), {std::move(pressure)}};
-    plot.panels[2] = {unitsPerMillimetre ? QStringLiteral("speed in mm/s")
-                                         : QStringLiteral("speed in pad units a second"),
+    plot.panels[0] = {Text::tr("position in pad units: x blue, y orange"), {std::move(x), std::move(y)}};
+    plot.panels[1] = {Text::tr("pressure"), {std::move(pressure)}};
+    plot.panels[2] = {unitsPerMillimetre ? Text::tr("speed in mm/s")
+                                         : Text::tr("speed in pad units a second"),
                       {std::move(speed)}};
     return plot;
 }
@@ -200,10 +200,10 @@ private:
         for (int tick = 0; tick * step <= m_seconds; ++tick) {
             const double x = across(tick * step);
             line(x, Bottom, x, Bottom + 5);
-            text(x, Bottom + 20, "middle", QString::number(tick * step));
+            text(x, Bottom + 20, "middle", localeOfTexts().toString(tick * step));
         }
         text((Left + Right) / 2.0, Bottom + 40, "middle",
-             QStringLiteral("seconds; the pen is lifted where it is grey"));
+             Text::tr("seconds; the pen is lifted where it is grey"));
     }
 
     void writePanel(const Panel& panel, int top)
@@ -222,8 +222,8 @@ private:
         line(Left, bottom, Right, bottom);
         if (least > most)
             return; // no speed was measured
-        text(Left - 8, bottom, "end", QString::number(std::lround(least)));
-        text(Left - 8, top + 8, "end", QString::number(std::lround(most)));
+        text(Left - 8, bottom, "end", localeOfTexts().toString(static_cast<qlonglong>(std::lround(least))));
+        text(Left - 8, top + 8, "end", localeOfTexts().toString(static_cast<qlonglong>(std::lround(most))));
         const double range = most > least ? most - least : 1;
         for (const Series& series : panel.series)
             for (const Curve& curve : series.curves)
@@ -260,7 +260,7 @@ private:
 QByteArray toSvgPlot(const CInkSnapshot& ink, std::optional<double> unitsPerMillimetre)
 {
     if (ink.Count() == 0)
-        throw Failure{QStringLiteral("there are no points to plot")};
+        throw Failure{Text::tr("there are no points to plot")};
     const Plot plot = plotOf(ink, unitsPerMillimetre);
     return PlotWriter(plot).write();
 }
@@ -278,6 +278,6 @@ QByteArray toPngPlot(const CInkSnapshot& ink, std::optional<double> unitsPerMill
         picture.save(&buffer, "PNG");
     }
     if (bytes.isEmpty())
-        throw Failure{QStringLiteral("the picture cannot be made")};
+        throw Failure{Text::tr("the picture cannot be made")};
     return bytes;
 }

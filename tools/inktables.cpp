@@ -2,6 +2,7 @@
 
 #include "failures.h"
 #include "incoming.h"
+#include "text.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -108,11 +109,11 @@ CInkSnapshot fromCsv(const QByteArray& text, const QString& name)
     IncomingInk ink(name, IncomingInk::Places::Lines);
     std::string_view rest(text.constData(), static_cast<std::size_t>(text.size()));
     if (nextLine(rest) != std::string_view(headerLine().constData()))
-        ink.refuse(1, QStringLiteral("is not the header line %1").arg(QLatin1String(headerLine())));
+        ink.refuse(1, Text::tr("is not the header line %1").arg(QLatin1String(headerLine())));
     for (std::size_t number = 2; !rest.empty(); ++number) {
         IncomingPoint point;
         if (!readRow(nextLine(rest), point))
-            ink.refuse(number, QStringLiteral("is not six whole numbers with commas between them"));
+            ink.refuse(number, Text::tr("is not six whole numbers with commas between them"));
         ink.append(point, number);
     }
     return ink.ink();
@@ -126,7 +127,7 @@ CInkSnapshot fromJson(const QByteArray& text, const QString& name)
         throw Failure{QStringLiteral("%1:%2: ").arg(name).arg(fault.offset) + fault.errorString()};
     const QJsonValue points = document.object().value(QLatin1String("points"));
     if (!points.isArray())
-        throw Failure{name + QStringLiteral(": has no list of points")};
+        throw Failure{Text::tr("%1: has no list of points").arg(name)};
     IncomingInk ink(name, IncomingInk::Places::Points);
     std::size_t number = 0;
     const QJsonArray list = points.toArray();
@@ -138,8 +139,7 @@ CInkSnapshot fromJson(const QByteArray& text, const QString& name)
             // Whole numbers stay whole in a variant, to the last digit.
             const QVariant value = object.value(QLatin1String(column.name)).toVariant();
             if (value.userType() != QMetaType::LongLong)
-                ink.refuse(number,
-                           QStringLiteral("%1 is not a whole number").arg(QLatin1String(column.name)));
+                ink.refuse(number, Text::tr("%1 is not a whole number").arg(QLatin1String(column.name)));
             point.*column.incoming = value.toLongLong();
         }
         ink.append(point, number);

@@ -8,6 +8,7 @@
 #include "inksummary.h"
 #include "pen/pensetup.h"
 #include "simulator/recording.h"
+#include "text.h"
 
 #include <QDateTime>
 
@@ -18,7 +19,7 @@ namespace {
 
 QString between(const Range& range)
 {
-    return QStringLiteral("%1 to %2").arg(range.smallest()).arg(range.largest());
+    return Text::tr("%1 to %2").arg(numberText(range.smallest()), numberText(range.largest()));
 }
 
 // Ink from a form that knows no dates has zeros.
@@ -27,13 +28,13 @@ QString dates(const InkSummary& summary)
     const auto text = [](std::int64_t seconds) {
         constexpr std::int64_t year10000 = 253402300800;
         if (seconds <= 0 || seconds >= year10000)
-            return QStringLiteral("none");
+            return Text::tr("none", "date");
         return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC)
-            .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss 'UTC'"));
+            .toString(Text::tr("yyyy-MM-dd HH:mm:ss 'UTC'", "date and time, in Qt's letters"));
     };
     const QString first = text(summary.firstSecond);
     const QString last = text(summary.lastSecond);
-    return first == last ? first : first + QStringLiteral(" to ") + last;
+    return first == last ? first : Text::tr("%1 to %2").arg(first, last);
 }
 
 simulator::PenStatus penStatus(const _POINTDATA& point, bool strokeIsOpen)
@@ -49,37 +50,37 @@ Info toInfo(const CInkSnapshot& ink, const Circumstances& circumstances)
 {
     const InkSummary summary = summarise(ink);
     const bool empty = summary.points == 0;
-    const QString none = QStringLiteral("none");
+    const QString none = Text::tr("none", "no value");
     const std::optional<double> rate = summary.reportRate();
     const auto seconds = [](std::uint64_t milliseconds) {
-        return QStringLiteral("%1.%2 s")
-            .arg(milliseconds / 1000)
-            .arg(milliseconds % 1000, 3, 10, QLatin1Char('0'));
+        return Text::tr("%1 s", "seconds")
+            .arg(numberText(milliseconds / 1000) + localeOfTexts().decimalPoint() +
+                 QStringLiteral("%1").arg(milliseconds % 1000, 3, 10, QLatin1Char('0')));
     };
 
-    QString text;
-    const auto line = [&text](const char* name, const QString& value) {
-        text += QString::fromLatin1(name).leftJustified(14) + value + QLatin1Char('\n');
-    };
-    line("points:", QString::number(summary.points));
-    line("strokes:", QString::number(summary.strokes));
-    line("date:", empty ? none : dates(summary));
-    line("duration:", seconds(summary.duration));
-    line("x:", empty ? none : between(summary.x));
-    line("y:", empty ? none : between(summary.y));
+    NamedLines lines(14);
+    lines.add(Text::tr("points:"), numberText(summary.points));
+    lines.add(Text::tr("strokes:"), numberText(summary.strokes));
+    lines.add(Text::tr("date:"), empty ? none : dates(summary));
+    lines.add(Text::tr("duration:"), seconds(summary.duration));
+    lines.add(QStringLiteral("x:"), empty ? none : between(summary.x));
+    lines.add(QStringLiteral("y:"), empty ? none : between(summary.y));
     if (circumstances.unitsPerMillimetre && !empty)
-        line("size:", QStringLiteral("%1 x %2 mm")
-                          .arg(summary.x.size() / *circumstances.unitsPerMillimetre, 0, 'f', 1)
-                          .arg(summary.y.size() / *circumstances.unitsPerMillimetre, 0, 'f', 1));
-    line("pressure:", empty ? none : between(summary.pressure));
-    line("report rate:", rate ? QString::number(*rate, 'f', 1) + QStringLiteral(" points/s") : none);
-    line("gaps:",
-         summary.gaps == 0
-             ? none
-             : QStringLiteral("%1, the longest of %2").arg(summary.gaps).arg(seconds(summary.longestGap)));
+        lines.add(Text::tr("size:"),
+                  Text::tr("%1 x %2 mm")
+                      .arg(numberText(summary.x.size() / *circumstances.unitsPerMillimetre, 1),
+                           numberText(summary.y.size() / *circumstances.unitsPerMillimetre, 1)));
+    lines.add(Text::tr("pressure:"), empty ? none : between(summary.pressure));
+    lines.add(Text::tr("report rate:"), rate ? Text::tr("%1 points/s").arg(numberText(*rate, 1)) : none);
+    lines.add(
+        Text::tr("gaps:"),
+        summary.gaps == 0
+            ? Text::tr("none", "no gap")
+            : Text::tr("%1, the longest of %2").arg(numberText(summary.gaps), seconds(summary.longestGap)));
     const Judgement judgement = judge(summary, circumstances.pad, circumstances.unitsPerMillimetre);
-    line("signed:", judgement.isSigned ? QStringLiteral("yes") : QStringLiteral("no, ") + judgement.reason);
-    return {text.toUtf8(), judgement.isSigned};
+    lines.add(Text::tr("signed:"),
+              judgement.isSigned ? Text::tr("yes") : Text::tr("no, %1").arg(judgement.reason));
+    return {lines.text().toUtf8(), judgement.isSigned};
 }
 
 QByteArray toSvg(const CInkSnapshot& ink, const Drawing& drawing)
@@ -94,14 +95,14 @@ QByteArray toSvg(const CInkSnapshot& ink, const Drawing& drawing)
     const std::optional<QByteArray> text = SvgBytes(
         [&](const FnTakeBytes& take) { return HandOverSvg(content, drawing.dotsPerInch, take, false); });
     if (!text)
-        throw Failure{QStringLiteral("the drawing has more than a gigabyte")};
+        throw Failure{Text::tr("the drawing has more than a gigabyte")};
     return *text;
 }
 
 QByteArray toRecording(const CInkSnapshot& ink, const CPadModel& pad)
 {
     if (summarise(ink).duration > static_cast<std::uint64_t>(simulator::LongestRecording))
-        throw Failure{QStringLiteral("the points span more than the %1 ms of the longest recording")
+        throw Failure{Text::tr("the points span more than the %1 ms of the longest recording")
                           .arg(simulator::LongestRecording)};
     const std::string_view model = simulator::canonicalModel(pad.m_nDeviceType);
     const simulator::Pad& played = *simulator::padForModel(model);
@@ -134,7 +135,7 @@ CInkSnapshot fromRecording(const QByteArray& text, const QString& name)
         if (sample.status == simulator::CancelKey || sample.status == simulator::ConfirmKey)
             continue;
         if (sample.status < simulator::PenDown || sample.status > simulator::PenUp)
-            ink.refuse(number, QStringLiteral("status %1 is none of a pen or a key").arg(sample.status));
+            ink.refuse(number, Text::tr("status %1 is none of a pen or a key").arg(sample.status));
         IncomingPoint point;
         point.x = sample.x;
         point.y = sample.y;
@@ -150,6 +151,6 @@ QByteArray toStreamText(const CInkSnapshot& ink)
 {
     const QByteArray stream = PackInkStream(ink);
     if (stream.isEmpty())
-        throw Failure{QStringLiteral("there are more points than a stream can hold")};
+        throw Failure{Text::tr("there are more points than a stream can hold")};
     return stream.toBase64();
 }

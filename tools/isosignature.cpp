@@ -3,6 +3,7 @@
 #include "failures.h"
 #include "incoming.h"
 #include "pen/padmapping.h"
+#include "text.h"
 
 #include <algorithm>
 #include <array>
@@ -98,7 +99,7 @@ void appendDescription(QByteArray& bytes, std::optional<double> scaling)
 
 [[noreturn]] void refusePoint(std::size_t index, const QString& reason)
 {
-    throw Failure{QStringLiteral("point %1: %2, which the format cannot hold").arg(index + 1).arg(reason)};
+    throw Failure{Text::tr("point %1: %2, which the format cannot hold").arg(index + 1).arg(reason)};
 }
 
 std::uint64_t elapsed(const CInkSnapshot& ink, std::size_t from, std::size_t to)
@@ -130,7 +131,7 @@ public:
     unsigned number(int size)
     {
         if (left() < size)
-            refuse(QStringLiteral("the record ends too early"));
+            refuse(Text::tr("the record ends too early"));
         unsigned value = 0;
         for (int byte = 0; byte < size; ++byte)
             value = value << 8 | static_cast<unsigned char>(m_bytes.at(m_at++));
@@ -139,16 +140,16 @@ public:
     void expectHead()
     {
         if (m_bytes.left(4) != QByteArray::fromRawData(Head, 4))
-            refuse(QStringLiteral("is not a signature record of ISO/IEC 19794-7"));
+            refuse(Text::tr("is not a signature record of ISO/IEC 19794-7"));
         m_at = 4;
         if (m_bytes.mid(4, HeadSize - 4) != QByteArray::fromRawData(Head + 4, HeadSize - 4))
-            refuse(QStringLiteral("is not of the edition of 2007, the one that is read"));
+            refuse(Text::tr("is not of the edition of 2007, the one that is read"));
         m_at = HeadSize;
     }
     void skip(int size)
     {
         if (left() < size)
-            refuse(QStringLiteral("the record ends too early"));
+            refuse(Text::tr("the record ends too early"));
         m_at += size;
     }
 
@@ -186,11 +187,11 @@ Description readDescription(Input& input)
             description.channels.push_back(channel);
     }
     if (!description.has(X) || !description.has(Y))
-        input.refuse(QStringLiteral("the record has no channels X and Y"));
+        input.refuse(Text::tr("the record has no channels X and Y"));
     for (const int channel : description.channels) {
         const unsigned preamble = input.number(1);
         if (preamble & HasNoLinearPart)
-            input.refuse(QStringLiteral("the linear part of channel %1 was removed, and cannot be put back")
+            input.refuse(Text::tr("the linear part of channel %1 was removed, and cannot be put back")
                              .arg(QLatin1String(ChannelNames[channel])));
         if (preamble & HasScaling) {
             const unsigned code = input.number(2);
@@ -212,7 +213,7 @@ Description readDescription(Input& input)
 QByteArray toIsoSignature(const CInkSnapshot& ink, std::optional<double> unitsPerMillimetre)
 {
     if (ink.Count() > MostPoints)
-        throw Failure{QStringLiteral("there are more points than the %1 of the format").arg(MostPoints)};
+        throw Failure{Text::tr("there are more points than the %1 of the format").arg(MostPoints)};
     const Channel time = timeChannel(ink);
     QByteArray bytes(Head, HeadSize);
     appendBigEndian(bytes, bitOf(X) | bitOf(Y) | bitOf(time) | bitOf(Force) | bitOf(TipSwitch), 2);
@@ -230,11 +231,11 @@ QByteArray toIsoSignature(const CInkSnapshot& ink, std::optional<double> unitsPe
                                            : index == 0 ? 0
                                                         : elapsed(ink, index - 1, index);
         if (point.usX > std::numeric_limits<std::int16_t>::max())
-            refusePoint(index, QStringLiteral("x is %1").arg(point.usX));
+            refusePoint(index, Text::tr("x is %1").arg(point.usX));
         if (point.sPressure < 0)
-            refusePoint(index, QStringLiteral("the pressure is %1").arg(point.sPressure));
+            refusePoint(index, Text::tr("the pressure is %1").arg(point.sPressure));
         if (milliseconds > MostMilliseconds)
-            refusePoint(index, QStringLiteral("comes after a pause of %1 ms").arg(milliseconds));
+            refusePoint(index, Text::tr("comes after a pause of %1 ms").arg(milliseconds));
         appendBigEndian(bytes, static_cast<std::uint16_t>(SignedBias + point.usX), sizeOf(X));
         appendBigEndian(bytes, static_cast<std::uint16_t>(SignedBias + point.sY), sizeOf(Y));
         appendBigEndian(bytes, milliseconds, sizeOf(time));
@@ -252,7 +253,7 @@ CInkSnapshot fromIsoSignature(const QByteArray& bytes, const QString& name)
     const bool isExtended = (input.number(1) & HasExtendedData) != 0;
     const unsigned count = input.number(3);
     if (input.left() / description.pointSize() < static_cast<int>(count))
-        input.refuse(QStringLiteral("the record ends before its %1 points do").arg(count));
+        input.refuse(Text::tr("the record ends before its %1 points do").arg(count));
 
     IncomingInk ink(name, IncomingInk::Places::Points);
     const bool hasSwitch = description.has(TipSwitch);
@@ -297,7 +298,7 @@ CInkSnapshot fromIsoSignature(const QByteArray& bytes, const QString& name)
     if (isExtended)
         input.skip(static_cast<int>(input.number(2)));
     if (input.left() > 0)
-        input.refuse(QStringLiteral("bytes follow the record"));
+        input.refuse(Text::tr("bytes follow the record"));
     return ink.ink();
 }
 
@@ -343,8 +344,7 @@ CInkSnapshot fromCompactIsoSignature(const QByteArray& bytes, const QString& nam
     constexpr int full = ByteSteps - 1;
     Input input(bytes, name);
     if (bytes.size() % CompactPointSize != 0)
-        input.refuse(
-            QStringLiteral("%1 bytes are not whole points of %2").arg(bytes.size()).arg(CompactPointSize));
+        input.refuse(Text::tr("%1 bytes are not whole points of %2").arg(bytes.size()).arg(CompactPointSize));
     IncomingInk ink(name, IncomingInk::Places::Points);
     for (std::size_t number = 1; input.left() > 0; ++number) {
         IncomingPoint point;

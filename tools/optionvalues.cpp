@@ -2,11 +2,17 @@
 
 #include "failures.h"
 #include "inkpad.h"
+#include "text.h"
 
-QString wrongValue(const QCommandLineParser& parser, const char* option, const char* expected)
+QString wrongValue(const QCommandLineParser& parser, const char* option, const QString& expected)
 {
-    return QStringLiteral("--%1 %2 is not %3")
-        .arg(QLatin1String(option), parser.value(QLatin1String(option)), QLatin1String(expected));
+    return Text::tr("--%1 %2 is not %3")
+        .arg(QLatin1String(option), parser.value(QLatin1String(option)), expected);
+}
+
+QString oneOf(const QStringList& names)
+{
+    return Text::tr("one of %1").arg(names.join(QStringLiteral(", ")));
 }
 
 int positiveNumber(const QString& text, int largest)
@@ -22,10 +28,10 @@ const CPadModel& modelOption(const QCommandLineParser& parser)
 {
     const QString name = parser.value(QStringLiteral("model"));
     if (name.isEmpty())
-        throw UsageError{QStringLiteral("--model is missing")};
+        throw UsageError{Text::tr("--model is missing")};
     const CPadModel* const pad = padNamed(name);
     if (!pad)
-        throw UsageError{wrongValue(parser, "model", "one of ") + padNames().join(QStringLiteral(", "))};
+        throw UsageError{wrongValue(parser, "model", oneOf(padNames()))};
     return *pad;
 }
 
@@ -36,8 +42,8 @@ QSize sizeOption(const QCommandLineParser& parser, int longestSide)
                                                  positiveNumber(sides[1], longestSide))
                                          : QSize(0, 0);
     if (size.isEmpty())
-        throw UsageError{wrongValue(parser, "size", "WxH with sides of 1 to ") +
-                         QStringLiteral("%1 pixels").arg(longestSide)};
+        throw UsageError{
+            wrongValue(parser, "size", Text::tr("WxH with sides of 1 to %1 pixels").arg(longestSide))};
     return size;
 }
 
@@ -45,7 +51,7 @@ int penWidthOption(const QCommandLineParser& parser, const char* option)
 {
     const int width = positiveNumber(parser.value(QLatin1String(option)), 10);
     if (width == 0)
-        throw UsageError{wrongValue(parser, option, "1 to 10")};
+        throw UsageError{wrongValue(parser, option, Text::tr("1 to 10"))};
     return width;
 }
 
@@ -53,7 +59,7 @@ QColor colorOption(const QCommandLineParser& parser, const char* option)
 {
     QColor color(parser.value(QLatin1String(option)));
     if (!color.isValid() || color.alpha() != 255)
-        throw UsageError{wrongValue(parser, option, "#rrggbb or the name of an opaque colour")};
+        throw UsageError{wrongValue(parser, option, Text::tr("#rrggbb or the name of an opaque colour"))};
     return color;
 }
 
@@ -61,6 +67,6 @@ int dpiOption(const QCommandLineParser& parser)
 {
     const int dpi = positiveNumber(parser.value(QStringLiteral("dpi")), 300);
     if (dpi != 150 && dpi != 300)
-        throw UsageError{wrongValue(parser, "dpi", "150 or 300")};
+        throw UsageError{wrongValue(parser, "dpi", Text::tr("150 or 300"))};
     return dpi;
 }

@@ -7,7 +7,10 @@
 #include <QCommandLineParser>
 #include <QSize>
 
-QString wrongValue(const QCommandLineParser& parser, const char* option, const char* expected);
+QString wrongValue(const QCommandLineParser& parser, const char* option, const QString& expected);
+
+// As what is expected.
+QString oneOf(const QStringList& names);
 
 // A whole number of digits alone, from 1 to the largest; otherwise 0.
 int positiveNumber(const QString& text, int largest);

@@ -1,6 +1,7 @@
 #include "program.h"
 
 #include "output.h"
+#include "text.h"
 
 #include <new>
 
@@ -31,19 +32,20 @@ int exitCodeOf(const char* program, int (*run)(const QStringList& arguments), co
     try {
         return run(arguments);
     } catch (const UsageError& error) {
-        return refuse(error.reason + QStringLiteral("\nTry '%1 --help'.").arg(QLatin1String(program)),
+        return refuse(error.reason + QLatin1Char('\n') +
+                          Text::tr("Try '%1 --help'.").arg(QLatin1String(program)),
                       WrongUsage);
     } catch (const Failure& failure) {
         return refuse(failure.reason, Failed);
     } catch (const std::bad_alloc&) {
-        return refuse(QStringLiteral("not enough memory"), Failed);
+        return refuse(Text::tr("not enough memory"), Failed);
     }
 }
 
 void startParser(QCommandLineParser& parser, const char* summary)
 {
-    parser.setApplicationDescription(QLatin1String(summary));
-    parser.addOption({{QStringLiteral("h"), QLatin1String(helpOption)}, QStringLiteral("This text.")});
+    parser.setApplicationDescription(Text::tr(summary));
+    parser.addOption({{QStringLiteral("h"), QLatin1String(helpOption)}, Text::tr("This text.")});
 }
 
 bool parse(QCommandLineParser& parser, const QStringList& arguments)
@@ -57,7 +59,7 @@ QString commandName(const QStringList& arguments)
 {
     QString first = arguments.value(1);
     if (first.isEmpty() || first.startsWith(QLatin1Char('-')))
-        throw UsageError{first.isEmpty() ? QStringLiteral("no command named")
-                                         : QStringLiteral("a command comes first, not '%1'").arg(first)};
+        throw UsageError{first.isEmpty() ? Text::tr("no command named")
+                                         : Text::tr("a command comes first, not '%1'").arg(first)};
     return first;
 }

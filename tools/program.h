@@ -3,6 +3,7 @@
 #pragma once
 
 #include "failures.h"
+#include "text.h"
 
 #include <QCommandLineParser>
 #include <QString>
@@ -31,7 +32,7 @@ int exitCodeOf(const char* program, int (*run)(const QStringList& arguments), co
 // The first argument when it may be a command's name. Throws UsageError.
 QString commandName(const QStringList& arguments);
 
-// What all parsers know: the command's summary, and --help.
+// What all parsers know: the command's summary, which is looked up, and --help.
 void startParser(QCommandLineParser& parser, const char* summary);
 
 // Reads the arguments; false when there is nothing to do but to print the help. Throws UsageError.
@@ -44,7 +45,7 @@ const Command& commandNamed(const Command (&commands)[Count], const QString& nam
     for (const Command& command : commands)
         if (name == QLatin1String(command.name))
             return command;
-    throw UsageError{QStringLiteral("there is no command '%1'").arg(name)};
+    throw UsageError{Text::tr("there is no command '%1'").arg(name)};
 }
 
 // The commands as --help lists them.
@@ -54,10 +55,10 @@ QString listOf(const Command (&commands)[Count])
     int longest = 13;
     for (const Command& command : commands)
         longest = std::max(longest, static_cast<int>(std::strlen(command.name)));
-    QString text = QStringLiteral("Commands:\n");
+    QString text = Text::tr("Commands:") + QLatin1Char('\n');
     for (const Command& command : commands)
         text += QStringLiteral("  %1 %2\n")
                     .arg(QLatin1String(command.name), -longest)
-                    .arg(QLatin1String(command.summary));
+                    .arg(Text::tr(command.summary));
     return text;
 }

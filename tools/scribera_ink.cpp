@@ -11,6 +11,7 @@
 #include "optionvalues.h"
 #include "output.h"
 #include "program.h"
+#include "text.h"
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -53,7 +54,7 @@ void addModelOption(QCommandLineParser& parser)
 {
     parser.addOption(
         {QStringLiteral("model"),
-         QStringLiteral("The pad: %1; the pads' own names, such as SCK210, too. Streams do not name it.")
+         Text::tr("The pad: %1; the pads' own names, such as SCK210, too. Streams do not name it.")
              .arg(padNames().join(QStringLiteral(", "))),
          QStringLiteral("model")});
 }
@@ -67,7 +68,7 @@ const CPadModel* optionalModel(const QCommandLineParser& parser)
 void addResolutionOption(QCommandLineParser& parser)
 {
     parser.addOption({QStringLiteral("units-per-mm"),
-                      QStringLiteral("Pad units in a millimetre, which neither streams nor pads tell."),
+                      Text::tr("Pad units in a millimetre, which neither streams nor pads tell."),
                       QStringLiteral("number")});
 }
 
@@ -78,14 +79,14 @@ std::optional<double> resolutionOption(const QCommandLineParser& parser)
         return std::nullopt;
     const double number = parser.value(QLatin1String(name)).toDouble();
     if (!(number >= 0.1 && number <= 10000))
-        throw UsageError{wrongValue(parser, name, "a number of 0.1 to 10000")};
+        throw UsageError{wrongValue(parser, name, Text::tr("a number of 0.1 to 10000"))};
     return number;
 }
 
 void addIsoOptions(QCommandLineParser& parser)
 {
-    parser.addOption({QStringLiteral("compact"),
-                      QStringLiteral("The compact form, in shares of the pad that --model names.")});
+    parser.addOption(
+        {QStringLiteral("compact"), Text::tr("The compact form, in shares of the pad that --model names.")});
     addModelOption(parser);
 }
 
@@ -93,7 +94,7 @@ bool isCompact(const QCommandLineParser& parser)
 {
     const bool compact = parser.isSet(QStringLiteral("compact"));
     if (!compact && parser.isSet(QStringLiteral("model")))
-        throw UsageError{QStringLiteral("--model belongs to --compact")};
+        throw UsageError{Text::tr("--model belongs to --compact")};
     return compact;
 }
 
@@ -108,12 +109,11 @@ void addDrawingOptions(QCommandLineParser& parser)
     addModelOption(parser);
     parser.addOptions({
         {QStringLiteral("size"),
-         QStringLiteral("Canvas in pixels; the whole writing area is on it. Default 800x400."),
+         Text::tr("Canvas in pixels; the whole writing area is on it. Default 800x400."),
          QStringLiteral("WxH"), QStringLiteral("800x400")},
-        {QStringLiteral("pen-width"),
-         QStringLiteral("1 to 10, default 3; strokes follow it and the pressure."), QStringLiteral("width"),
-         QStringLiteral("3")},
-        {QStringLiteral("color"), QStringLiteral("Ink as #rrggbb or by name, default black."),
+        {QStringLiteral("pen-width"), Text::tr("1 to 10, default 3; strokes follow it and the pressure."),
+         QStringLiteral("width"), QStringLiteral("3")},
+        {QStringLiteral("color"), Text::tr("Ink as #rrggbb or by name, default black."),
          QStringLiteral("color"), QStringLiteral("black")},
     });
 }
@@ -126,9 +126,9 @@ void addResolution(QCommandLineParser& parser, const QString& description)
 void addSvgOptions(QCommandLineParser& parser)
 {
     addDrawingOptions(parser);
-    addResolution(parser, QStringLiteral("Resolution, 150 or 300, default 150."));
-    parser.addOption({QStringLiteral("compact"),
-                      QStringLiteral("A path a stroke, at 150 dots per inch, for a small file.")});
+    addResolution(parser, Text::tr("Resolution, 150 or 300, default 150."));
+    parser.addOption(
+        {QStringLiteral("compact"), Text::tr("A path a stroke, at 150 dots per inch, for a small file.")});
 }
 
 constexpr int LeastPngResolution = 30;
@@ -137,11 +137,10 @@ constexpr int LargestPngResolution = 2400;
 void addPngOptions(QCommandLineParser& parser)
 {
     addDrawingOptions(parser);
-    addResolution(parser,
-                  QStringLiteral("Resolution, %1 to %2, default 150. The canvas keeps the size on paper "
-                                 "that it has at 150: at 300 there are twice as many pixels each way.")
-                      .arg(LeastPngResolution)
-                      .arg(LargestPngResolution));
+    addResolution(parser, Text::tr("Resolution, %1 to %2, default 150. The canvas keeps the size on paper "
+                                   "that it has at 150: at 300 there are twice as many pixels each way.")
+                              .arg(LeastPngResolution)
+                              .arg(LargestPngResolution));
 }
 
 void addNoOptions(QCommandLineParser&) {}
@@ -178,8 +177,7 @@ void addInfoOptions(QCommandLineParser& parser)
 {
     addModelOption(parser);
     addResolutionOption(parser);
-    parser.addOption(
-        {QStringLiteral("require-signature"), QStringLiteral("Exit code 3 when nothing was signed.")});
+    parser.addOption({QStringLiteral("require-signature"), Text::tr("Exit code 3 when nothing was signed.")});
 }
 
 Conversion prepareInfo(const QCommandLineParser& parser)
@@ -195,7 +193,7 @@ Conversion prepareInfo(const QCommandLineParser& parser)
 void addPlotOptions(QCommandLineParser& parser)
 {
     addResolutionOption(parser);
-    parser.addOption({QStringLiteral("png"), QStringLiteral("A PNG picture instead of SVG.")});
+    parser.addOption({QStringLiteral("png"), Text::tr("A PNG picture instead of SVG.")});
 }
 
 Conversion preparePlot(const QCommandLineParser& parser)
@@ -224,7 +222,7 @@ Conversion prepareSvg(const QCommandLineParser& parser)
     if (!parser.isSet(QStringLiteral("compact")))
         return drawnBy<toSvg>(drawing);
     if (drawing.dotsPerInch != CanvasDotsPerInch)
-        throw UsageError{QStringLiteral("--compact does not go with --dpi %1").arg(drawing.dotsPerInch)};
+        throw UsageError{Text::tr("--compact does not go with --dpi %1").arg(drawing.dotsPerInch)};
     return drawnBy<toCompactSvg>(drawing);
 }
 
@@ -232,7 +230,7 @@ Conversion preparePng(const QCommandLineParser& parser)
 {
     const int dotsPerInch = positiveNumber(parser.value(QStringLiteral("dpi")), LargestPngResolution);
     if (dotsPerInch < LeastPngResolution)
-        throw UsageError{wrongValue(parser, "dpi", "a whole number of 30 to 2400")};
+        throw UsageError{wrongValue(parser, "dpi", Text::tr("a whole number of 30 to 2400"))};
     return drawnBy<toPng>(drawingOptions(parser, dotsPerInch));
 }
 
@@ -258,7 +256,7 @@ Conversion prepareIso(const QCommandLineParser& parser)
     if (!isCompact(parser))
         return fromStream([resolution](const CInkSnapshot& ink) { return toIsoSignature(ink, resolution); });
     if (resolution)
-        throw UsageError{QStringLiteral("--units-per-mm does not go with --compact")};
+        throw UsageError{Text::tr("--units-per-mm does not go with --compact")};
     return fromStream(
         [&pad = modelOption(parser)](const CInkSnapshot& ink) { return toCompactIsoSignature(ink, pad); });
 }
@@ -273,40 +271,49 @@ Conversion prepareIsoReading(const QCommandLineParser& parser)
 }
 
 constexpr Command Commands[] = {
-    {"info", "What the points are, from when, and whether something was signed.", addInfoOptions,
-     prepareInfo},
-    {"plot", "Position, pressure, speed and pen lifts over time: SVG or PNG.", addPlotOptions, preparePlot},
-    {"to-json", "The points as JSON.", addNoOptions, prepareAsItIs<toJson>},
-    {"to-csv", "The points as comma-separated values.", addNoOptions, prepareAsItIs<toCsv>},
-    {"to-svg", "The strokes as the library saves them: SVG.", addSvgOptions, prepareSvg},
-    {"to-png", "The strokes as a picture of any resolution: PNG.", addPngOptions, preparePng},
-    {"to-pdf", "The strokes as vectors on a page of their canvas's size: PDF.", addDrawingOptions,
-     preparePdf},
-    {"to-recording", "A recording that the simulated pad plays.", addModelOption, prepareRecording},
-    {"to-inkml", "The points in the Ink Markup Language of the W3C.", addModelOption, prepareInkMl},
-    {"to-iso19794-7", "The points as signature time series of ISO/IEC 19794-7:2007.", addIsoWritingOptions,
-     prepareIso},
-    {"from-json", "The stream of what to-json wrote.", addNoOptions,
+    {"info", QT_TRANSLATE_NOOP("Tools", "What the points are, from when, and whether something was signed."),
+     addInfoOptions, prepareInfo},
+    {"plot", QT_TRANSLATE_NOOP("Tools", "Position, pressure, speed and pen lifts over time: SVG or PNG."),
+     addPlotOptions, preparePlot},
+    {"to-json", QT_TRANSLATE_NOOP("Tools", "The points as JSON."), addNoOptions, prepareAsItIs<toJson>},
+    {"to-csv", QT_TRANSLATE_NOOP("Tools", "The points as comma-separated values."), addNoOptions,
+     prepareAsItIs<toCsv>},
+    {"to-svg", QT_TRANSLATE_NOOP("Tools", "The strokes as the library saves them: SVG."), addSvgOptions,
+     prepareSvg},
+    {"to-png", QT_TRANSLATE_NOOP("Tools", "The strokes as a picture of any resolution: PNG."), addPngOptions,
+     preparePng},
+    {"to-pdf", QT_TRANSLATE_NOOP("Tools", "The strokes as vectors on a page of their canvas's size: PDF."),
+     addDrawingOptions, preparePdf},
+    {"to-recording", QT_TRANSLATE_NOOP("Tools", "A recording that the simulated pad plays."), addModelOption,
+     prepareRecording},
+    {"to-inkml", QT_TRANSLATE_NOOP("Tools", "The points in the Ink Markup Language of the W3C."),
+     addModelOption, prepareInkMl},
+    {"to-iso19794-7",
+     QT_TRANSLATE_NOOP("Tools", "The points as signature time series of ISO/IEC 19794-7:2007."),
+     addIsoWritingOptions, prepareIso},
+    {"from-json", QT_TRANSLATE_NOOP("Tools", "The stream of what to-json wrote."), addNoOptions,
      prepareReading<fromJson, LargestDocument>},
-    {"from-csv", "The stream of what to-csv wrote.", addNoOptions, prepareReading<fromCsv, LargestInput>},
-    {"from-recording", "The stream of a recording.", addNoOptions,
+    {"from-csv", QT_TRANSLATE_NOOP("Tools", "The stream of what to-csv wrote."), addNoOptions,
+     prepareReading<fromCsv, LargestInput>},
+    {"from-recording", QT_TRANSLATE_NOOP("Tools", "The stream of a recording."), addNoOptions,
      prepareReading<fromRecording, LargestInput>},
-    {"from-inkml", "The stream of a document in the Ink Markup Language.", addNoOptions,
-     prepareReading<fromInkMl, LargestDocument>},
-    {"from-iso19794-7", "The stream of signature time series of ISO/IEC 19794-7:2007.", addIsoOptions,
-     prepareIsoReading},
+    {"from-inkml", QT_TRANSLATE_NOOP("Tools", "The stream of a document in the Ink Markup Language."),
+     addNoOptions, prepareReading<fromInkMl, LargestDocument>},
+    {"from-iso19794-7",
+     QT_TRANSLATE_NOOP("Tools", "The stream of signature time series of ISO/IEC 19794-7:2007."),
+     addIsoOptions, prepareIsoReading},
 };
 
 QString generalHelp()
 {
-    return QStringLiteral("Usage: scribera-ink COMMAND [options] [FILE]\n"
-                          "Reads an ink packet stream, the Base64 text in which the library hands over the "
-                          "points of a signature, or with from-... writes one.\n\n") +
-           listOf(Commands) +
-           QStringLiteral("\nFILE is a file, or - or nothing for standard input.\n"
-                          "'scribera-ink COMMAND --help' tells the options; --version the version.\n"
-                          "Exit code: 0 done, 1 malformed input or a file that cannot be read or written, 2 "
-                          "wrong usage.\n");
+    return Text::tr("Usage: scribera-ink COMMAND [options] [FILE]\n"
+                    "Reads an ink packet stream, the Base64 text in which the library hands over the "
+                    "points of a signature, or with from-... writes one.\n\n") +
+           listOf(Commands) + QLatin1Char('\n') +
+           Text::tr("FILE is a file, or - or nothing for standard input.\n"
+                    "'scribera-ink COMMAND --help' tells the options; --version the version.\n"
+                    "Exit code: 0 done, 1 malformed input or a file that cannot be read or written, 2 "
+                    "wrong usage.\n");
 }
 
 int run(const QStringList& arguments)
@@ -321,19 +328,18 @@ int run(const QStringList& arguments)
     QCommandLineParser parser;
     startParser(parser, command.summary);
     const QCommandLineOption output({QStringLiteral("o"), QStringLiteral("output")},
-                                    QStringLiteral("File to write, default standard output."),
+                                    Text::tr("File to write, default standard output."),
                                     QStringLiteral("file"), QStringLiteral("-"));
     parser.addOption(output);
     command.addOptions(parser);
-    parser.addPositionalArgument(first, QLatin1String(command.summary), first);
-    parser.addPositionalArgument(QStringLiteral("file"),
-                                 QStringLiteral("File to read, default standard input."),
+    parser.addPositionalArgument(first, Text::tr(command.summary), first);
+    parser.addPositionalArgument(QStringLiteral("file"), Text::tr("File to read, default standard input."),
                                  QStringLiteral("[file]"));
     if (!parse(parser, arguments))
         return printHelp(parser.helpText());
     const QStringList files = parser.positionalArguments().mid(1);
     if (files.size() > 1)
-        throw UsageError{QStringLiteral("more than one file")};
+        throw UsageError{Text::tr("more than one file")};
     const Conversion convert = command.prepare(parser);
     const Result result = convert(files.value(0, QStringLiteral("-")));
     writeOutput(result.output, parser.value(output));
@@ -355,5 +361,6 @@ int main(int argc, char** argv)
     const std::unique_ptr<QCoreApplication> application(hasTexts ? new QGuiApplication(argc, argv)
                                                                  : new QCoreApplication(argc, argv));
     QCoreApplication::setApplicationName(QStringLiteral("scribera-ink"));
+    loadCatalogues();
     return exitCodeOf("scribera-ink", run, QCoreApplication::arguments());
 }

@@ -1,5 +1,7 @@
 #include "devices.h"
 
+#include "texts.h"
+
 #include <libevdev/libevdev.h>
 #include <libudev.h>
 
@@ -14,8 +16,9 @@
 
 namespace pen {
 
-const char* const kHowToGetPermission = "install the udev rule 70-scribera-pen.rules and plug the device in "
-                                        "again, or sign in at the machine itself";
+const char* const kHowToGetPermission = TR_LATER(
+    "PenDriver", "install the udev rule 70-scribera-pen.rules and plug the device in again, or sign in at "
+                 "the machine itself");
 
 namespace {
 
@@ -119,13 +122,14 @@ InputDevice::InputDevice(const std::string& node) : m_node(node)
     const int descriptor = open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) {
         if (errno == EACCES || errno == EPERM)
-            throw Refusal(std::string("no permission to read it: ") + kHowToGetPermission);
-        throw Refusal(std::string("cannot be opened: ") + std::strerror(errno));
+            throw Refusal(filled(trText("PenDriver", "no permission to read it: %1"),
+                                 {trText("PenDriver", kHowToGetPermission)}));
+        throw Refusal(filled(trText("PenDriver", "cannot be opened: %1"), {std::strerror(errno)}));
     }
     libevdev* handle = nullptr;
     if (const int error = libevdev_new_from_fd(descriptor, &handle); error < 0) {
         close(descriptor);
-        throw Refusal(std::string("no input device: ") + std::strerror(-error));
+        throw Refusal(filled(trText("PenDriver", "no input device: %1"), {std::strerror(-error)}));
     }
     m_handle.reset(handle);
 }
@@ -159,19 +163,19 @@ bool InputDevice::grab()
     return libevdev_grab(handle(), LIBEVDEV_GRAB) == 0;
 }
 
-const char* nameOf(Kind kind)
+std::string nameOf(Kind kind)
 {
     switch (kind) {
     case Kind::Pen:
-        return "pen";
+        return trText("PenDriver", "pen");
     case Kind::TouchScreen:
-        return "touch screen";
+        return trText("PenDriver", "touch screen");
     case Kind::Touchpad:
-        return "touchpad";
+        return trText("PenDriver", "touchpad");
     case Kind::None:
         break;
     }
-    return "nothing to sign on";
+    return trText("PenDriver", "nothing to sign on");
 }
 
 Judgement judge(const InputDevice& device, bool udevSaysTouchScreen)
@@ -182,7 +186,7 @@ Judgement judge(const InputDevice& device, bool udevSaysTouchScreen)
     const bool hasContacts = slots > 0 && device.has(EV_ABS, ABS_MT_POSITION_X) &&
                              device.has(EV_ABS, ABS_MT_POSITION_Y) && device.has(EV_ABS, ABS_MT_TRACKING_ID);
     if (!hasPosition && !hasContacts) {
-        result.reason = "tells no position";
+        result.reason = trText("PenDriver", "tells no position");
         return result;
     }
     const bool isPen = hasPosition && hasPenButtons(device);
@@ -200,12 +204,14 @@ Judgement judge(const InputDevice& device, bool udevSaysTouchScreen)
     else if (isPen && surface.pressure)
         surface.touch = Touch::Pressure;
     else {
-        result.reason =
-            isPen ? "has a pen's buttons, but never tells that the tip touches" : "is not touched";
+        result.reason = isPen
+                            ? trText("PenDriver", "has a pen's buttons, but never tells that the tip touches")
+                            : trText("PenDriver", "is not touched");
         return result;
     }
     if (!surface.x.isUsable() || !surface.y.isUsable()) {
-        result.reason = std::string("has no range on its ") + (surface.x.isUsable() ? "y" : "x") + " axis";
+        result.reason =
+            filled(trText("PenDriver", "has no range on its %1 axis"), {surface.x.isUsable() ? "y" : "x"});
         return result;
     }
     const bool isDirect = libevdev_has_property(device.handle(), INPUT_PROP_DIRECT) != 0;
@@ -226,7 +232,7 @@ void Udev::Unref::operator()(udev* handle) const
 Udev::Udev() : m_handle(udev_new())
 {
     if (!m_handle)
-        throw Refusal("udev cannot be reached");
+        throw Refusal(trText("PenDriver", "udev cannot be reached"));
 }
 
 std::vector<Found> Udev::devices(const std::string& wanted) const
@@ -292,15 +298,17 @@ const Found& choose(const std::vector<Found>& devices, const std::string& wanted
     for (const Found& device : devices) {
         std::string reason = device.judgement.reason;
         if (!wanted.empty() && !isMeant(device.node, device.name, wanted))
-            reason = "is not meant";
+            reason = trText("PenDriver", "is not meant");
         else if (reason.empty())
-            reason = std::string("is a ") + nameOf(device.judgement.kind) +
-                     ", which SCRIBERA_PEN_DEVICE has to name";
-        looked += (looked.empty() ? ": " : "; ") + description(device) + " " + reason;
+            reason = filled(trText("PenDriver", "is a %1, which SCRIBERA_PEN_DEVICE has to name"),
+                            {nameOf(device.judgement.kind)});
+        looked += (looked.empty() ? "" : "; ") + description(device) + " " + reason;
     }
-    throw Refusal(
-        (wanted.empty() ? "no pen and no touch screen" : "no device to sign on is \"" + wanted + "\"") +
-        (looked.empty() ? ": there are no input devices" : looked));
+    if (looked.empty())
+        looked = trText("PenDriver", "there are no input devices");
+    throw Refusal((wanted.empty() ? trText("PenDriver", "no pen and no touch screen")
+                                  : filled(trText("PenDriver", "no device to sign on is \"%1\""), {wanted})) +
+                  ": " + looked);
 }
 
 } // namespace pen

@@ -53,7 +53,7 @@ enum class Kind
 };
 
 // "pen", "touch screen" and so on.
-const char* nameOf(Kind kind);
+std::string nameOf(Kind kind);
 
 // What a device is good for. The event bits decide; what udev says of it is a hint where they leave a doubt.
 struct Judgement

@@ -1,5 +1,7 @@
 #include "mapping.h"
 
+#include "texts.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <utility>
@@ -56,14 +58,16 @@ Mapping::Mapping(const Axis& x, const Axis& y, const WritingArea& area, const Se
     if (settings.area) {
         const SurfaceArea& wanted = *settings.area;
         if (!hasSize)
-            throw Refusal("SCRIBERA_PEN_AREA cannot be used: the device does not tell its size");
+            throw Refusal(
+                trText("PenDriver", "SCRIBERA_PEN_AREA cannot be used: the device does not tell its size"));
         const auto fits = [](const Axis& axis, long long end) {
             return Wide{end} * axis.resolution <= magnitude(axis.span()) * kMicrometres;
         };
         if (!fits(x, wanted.left + wanted.width) || !fits(y, wanted.top + wanted.height))
-            throw Refusal("SCRIBERA_PEN_AREA does not lie on the device, which has " +
-                          std::to_string(std::abs(x.span()) / x.resolution) + " x " +
-                          std::to_string(std::abs(y.span()) / y.resolution) + " mm");
+            throw Refusal(filled(
+                trText("PenDriver", "SCRIBERA_PEN_AREA does not lie on the device, which has %1 x %2 mm"),
+                {std::to_string(std::abs(x.span()) / x.resolution),
+                 std::to_string(std::abs(y.span()) / y.resolution)}));
         m_horizontal = part(x, wanted.left, wanted.width);
         m_vertical = part(y, wanted.top, wanted.height);
     }

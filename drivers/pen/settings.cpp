@@ -1,5 +1,7 @@
 #include "settings.h"
 
+#include "texts.h"
+
 #include <libevdev/libevdev.h>
 
 #include <array>
@@ -19,7 +21,7 @@ std::string variable(const char* name)
 
 [[noreturn]] void refuse(const char* name, const std::string& value, const std::string& wanted)
 {
-    throw Refusal(std::string(name) + " is \"" + value + "\"; it has to be " + wanted);
+    throw Refusal(filled(trText("PenDriver", "%1 is \"%2\"; it has to be %3"), {name, value, wanted}));
 }
 
 // Millimetres with a decimal point, as micrometres; a device of more than ten metres is none.
@@ -35,7 +37,8 @@ std::optional<long long> micrometres(std::string_view text)
 std::optional<SurfaceArea> readArea()
 {
     constexpr char kName[] = "SCRIBERA_PEN_AREA";
-    constexpr char kWanted[] = "left,top,width,height in millimetres, such as 10,10,120.5,80";
+    const std::string wanted =
+        trText("PenDriver", "left,top,width,height in millimetres, such as 10,10,120.5,80");
     const std::string value = variable(kName);
     if (value.empty())
         return std::nullopt;
@@ -45,17 +48,17 @@ std::optional<SurfaceArea> readArea()
         const bool last = i + 1 == numbers.size();
         const std::size_t comma = rest.find(',');
         if (last != (comma == std::string_view::npos))
-            refuse(kName, value, kWanted);
+            refuse(kName, value, wanted);
         const std::optional<long long> number = micrometres(rest.substr(0, comma));
         if (!number)
-            refuse(kName, value, kWanted);
+            refuse(kName, value, wanted);
         numbers[i] = *number;
         if (!last)
             rest.remove_prefix(comma + 1);
     }
     const SurfaceArea area{numbers[0], numbers[1], numbers[2], numbers[3]};
     if (area.left < 0 || area.top < 0 || area.width <= 0 || area.height <= 0)
-        refuse(kName, value, kWanted);
+        refuse(kName, value, wanted);
     return area;
 }
 
@@ -71,9 +74,9 @@ std::optional<Button> readButton(const char* name, unsigned usual)
     const int code = libevdev_event_code_from_name(EV_KEY, value.substr(0, at).c_str());
     if (code < 0 || (at != std::string::npos && at + 1 == value.size()))
         refuse(name, value,
-               "the name of a key or button, such as BTN_STYLUS or KEY_ENTER, with @ and a part of a "
-               "device's name "
-               "behind it or not, or none");
+               trText("PenDriver",
+                      "the name of a key or button, such as BTN_STYLUS or KEY_ENTER, with @ and a part of a "
+                      "device's name behind it or not, or none"));
     return Button{static_cast<unsigned>(code), at == std::string::npos ? "" : value.substr(at + 1)};
 }
 
@@ -81,7 +84,7 @@ bool readSwitch(const char* name, bool usual)
 {
     const std::string value = variable(name);
     if (!value.empty() && value != "0" && value != "1")
-        refuse(name, value, "0 or 1");
+        refuse(name, value, trText("PenDriver", "0 or 1"));
     return value.empty() ? usual : value == "1";
 }
 
@@ -90,7 +93,7 @@ Fit readFit()
     constexpr char kName[] = "SCRIBERA_PEN_FIT";
     const std::string value = variable(kName);
     if (!value.empty() && value != "keep" && value != "stretch")
-        refuse(kName, value, "keep or stretch");
+        refuse(kName, value, trText("PenDriver", "keep or stretch"));
     return value == "stretch" ? Fit::Stretch : Fit::Keep;
 }
 
@@ -103,7 +106,7 @@ int readRotation()
             return degrees;
     }
     if (!value.empty())
-        refuse(kName, value, "0, 90, 180 or 270");
+        refuse(kName, value, trText("PenDriver", "0, 90, 180 or 270"));
     return 0;
 }
 

@@ -1,5 +1,7 @@
 #include "files.h"
 
+#include "texts.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -24,24 +26,25 @@ std::string systemReason(int code)
 bool readFile(const std::string& path, std::string& content, std::string& error)
 {
     const auto refuse = [&](const std::string& reason) {
-        error = path + ": " + reason;
+        error = reason;
         return false;
     };
     // Not blocking: a named pipe without a writer must not hang the host.
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (file < 0)
-        return refuse("cannot be opened: " + systemReason(errno));
+        return refuse(filled(trText("Simulator", "%1: cannot be opened: %2"), {path, systemReason(errno)}));
     const auto refuseOpen = [&](const std::string& reason) {
         close(file);
         return refuse(reason);
     };
     struct stat state = {};
     if (fstat(file, &state) != 0)
-        return refuseOpen("cannot be examined: " + systemReason(errno));
+        return refuseOpen(
+            filled(trText("Simulator", "%1: cannot be examined: %2"), {path, systemReason(errno)}));
     if (!S_ISREG(state.st_mode))
-        return refuseOpen("is not a regular file");
+        return refuseOpen(filled(trText("Simulator", "%1: is not a regular file"), {path}));
     if (state.st_size > static_cast<off_t>(LargestFile))
-        return refuseOpen("is larger than 64 MiB");
+        return refuseOpen(filled(trText("Simulator", "%1: is larger than 64 MiB"), {path}));
     content.clear();
     content.reserve(static_cast<std::size_t>(state.st_size));
     std::array<char, 65536> block;
@@ -50,12 +53,13 @@ bool readFile(const std::string& path, std::string& content, std::string& error)
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            return refuseOpen("cannot be read: " + systemReason(errno));
+            return refuseOpen(
+                filled(trText("Simulator", "%1: cannot be read: %2"), {path, systemReason(errno)}));
         if (count == 0)
             break;
         content.append(block.data(), static_cast<std::size_t>(count));
         if (content.size() > LargestFile)
-            return refuseOpen("is larger than 64 MiB");
+            return refuseOpen(filled(trText("Simulator", "%1: is larger than 64 MiB"), {path}));
     }
     close(file);
     return true;
@@ -66,7 +70,8 @@ bool writeFile(const std::string& text, const std::string& path, std::string& er
     const bool toStandardOutput = path == "-";
     std::FILE* file = toStandardOutput ? stdout : std::fopen(path.c_str(), "wbe");
     const auto refuse = [&](int code) {
-        error = (toStandardOutput ? "standard output" : path) + ": cannot be written: " + systemReason(code);
+        const std::string name = toStandardOutput ? trText("Simulator", "standard output") : path;
+        error = filled(trText("Simulator", "%1: cannot be written: %2"), {name, systemReason(code)});
         return false;
     };
     if (file == nullptr)

@@ -3,6 +3,7 @@
 #include "files.h"
 #include "random.h"
 #include "recording.h"
+#include "texts.h"
 
 #include <algorithm>
 #include <array>
@@ -405,41 +406,45 @@ bool parseGreyMap(std::string_view content, const std::string& name, std::vector
     };
     const bool isPlain = content.starts_with("P2");
     if (!isPlain && !content.starts_with("P5"))
-        return refuse("is not a grey PGM picture, which would begin with P5 or P2");
+        return refuse(trText("Simulator", "is not a grey PGM picture, which would begin with P5 or P2"));
     GreyMapReader reader(content.substr(2));
     int width = 0;
     int height = 0;
     int maxValue = 0;
     if (!reader.takeNumber(width) || !reader.takeNumber(height) || !reader.takeNumber(maxValue))
-        return refuse("the header does not give width, height and largest grey value");
+        return refuse(trText("Simulator", "the header does not give width, height and largest grey value"));
     if (width < 1 || width > LargestSide || height < 1 || height > LargestSide)
-        return refuse("width or height is not within 1 to 16384");
+        return refuse(trText("Simulator", "width or height is not within 1 to 16384"));
     if (maxValue != 255)
-        return refuse("the largest grey value is " + std::to_string(maxValue) + ", not 255");
+        return refuse(
+            filled(trText("Simulator", "the largest grey value is %1, not 255"), {std::to_string(maxValue)}));
 
     const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    const std::string expected =
-        " than " + std::to_string(width) + " x " + std::to_string(height) + " grey values";
+    const auto more = [&] {
+        return filled(trText("Simulator", "more than %1 x %2 grey values"),
+                      {std::to_string(width), std::to_string(height)});
+    };
     std::vector<unsigned char> picture;
     if (isPlain) {
         int value = 0;
         for (reader.skipSpace(); !reader.rest().empty(); reader.skipSpace()) {
             if (picture.size() == count)
-                return refuse("more" + expected);
+                return refuse(more());
             if (!reader.takeNumber(value) || value > 255)
-                return refuse("grey value " + std::to_string(picture.size() + 1) +
-                              " is not an integer from 0 to 255");
+                return refuse(filled(trText("Simulator", "grey value %1 is not an integer from 0 to 255"),
+                                     {std::to_string(picture.size() + 1)}));
             picture.push_back(static_cast<unsigned char>(value));
         }
     } else {
         if (!reader.takeSpace())
-            return refuse("no white space between header and picture");
+            return refuse(trText("Simulator", "no white space between header and picture"));
         if (reader.rest().size() > count)
-            return refuse("more" + expected);
+            return refuse(more());
         picture.assign(reader.rest().begin(), reader.rest().end());
     }
     if (picture.size() < count)
-        return refuse("fewer" + expected);
+        return refuse(filled(trText("Simulator", "fewer than %1 x %2 grey values"),
+                             {std::to_string(width), std::to_string(height)}));
 
     pixels.assign(FingerprintSize, 255);
     const int columns = std::min(width, Width);

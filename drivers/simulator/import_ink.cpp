@@ -1,6 +1,8 @@
 // scribera-sim-import: turns handwriting in the common text forms into a recording.
+#include "catalogues.h"
 #include "files.h"
 #include "recording.h"
+#include "texts.h"
 #include "words.h"
 
 #include <algorithm>
@@ -76,13 +78,13 @@ public:
             }
         }
         if (m_ink.rows.empty()) {
-            m_error = m_name + ": no rows";
+            m_error = filled(trText("Simulator", "%1: no rows"), {m_name});
             return false;
         }
         if (m_form == Form::Counted && m_count != static_cast<std::int64_t>(m_ink.rows.size()))
-            m_warning = m_name + ":" + std::to_string(m_countLine) + ": the count line says " +
-                        std::to_string(m_count) + ", but there are " + std::to_string(m_ink.rows.size()) +
-                        " rows";
+            m_warning = filled(trText("Simulator", "%1:%2: the count line says %3, but there are %4 rows"),
+                               {m_name, std::to_string(m_countLine), std::to_string(m_count),
+                                std::to_string(m_ink.rows.size())});
         return true;
     }
 
@@ -107,19 +109,21 @@ private:
         if (count == 0 || line.front() == '#')
             return true;
         if (!fits)
-            return refuse("more than 16 columns");
+            return refuse(trText("Simulator", "more than 16 columns"));
         if (!m_form) {
             if (count == 1)
                 return takeCount(words[0], number);
             if (count != 4)
-                return refuse("neither a count line nor a row of 4 columns (seconds x y pressure)");
+                return refuse(trText("Simulator",
+                                     "neither a count line nor a row of 4 columns (seconds x y pressure)"));
             m_form = Form::Timed;
             m_ink.pressureIsShare = true;
         }
         std::array<double, MostColumns> values{};
         for (std::size_t index = 0; index < count; ++index) {
             if (!parseNumber(words[index], values[index]))
-                return refuse("column " + std::to_string(index + 1) + " is not a number, or too large");
+                return refuse(filled(trText("Simulator", "column %1 is not a number, or too large"),
+                                     {std::to_string(index + 1)}));
         }
         return m_form == Form::Counted ? takeCountedRow(values, count, number)
                                        : takeTimedRow(values, count, number);
@@ -128,7 +132,7 @@ private:
     bool takeCount(std::string_view word, std::size_t number)
     {
         if (!simulator::parseInteger(word, m_count) || m_count < 0)
-            return refuse("the count line is not 0 or a positive integer");
+            return refuse(trText("Simulator", "the count line is not 0 or a positive integer"));
         m_countLine = number;
         m_form = Form::Counted;
         return true;
@@ -137,30 +141,31 @@ private:
     bool takeCountedRow(const std::array<double, MostColumns>& values, std::size_t count, std::size_t number)
     {
         if (count < 5)
-            return refuse("a row needs 5 columns or more: x y milliseconds pen_down ... pressure");
+            return refuse(
+                trText("Simulator", "a row needs 5 columns or more: x y milliseconds pen_down ... pressure"));
         if (values[3] != 0 && values[3] != 1)
-            return refuse("pen_down is neither 0 nor 1");
+            return refuse(trText("Simulator", "pen_down is neither 0 nor 1"));
         return takeRow({number, values[2], values[0], values[1], values[count - 1], values[3] == 1});
     }
 
     bool takeTimedRow(const std::array<double, MostColumns>& values, std::size_t count, std::size_t number)
     {
         if (count != 4)
-            return refuse("a row needs 4 columns: seconds x y pressure");
+            return refuse(trText("Simulator", "a row needs 4 columns: seconds x y pressure"));
         if (values[3] > 1)
-            return refuse("the pressure is not within 0 to 1");
+            return refuse(trText("Simulator", "the pressure is not within 0 to 1"));
         return takeRow({number, values[0] * 1000.0, values[1], values[2], values[3], values[3] > 0});
     }
 
     bool takeRow(const Row& row)
     {
         if (row.pressure < 0)
-            return refuse("the pressure is negative");
+            return refuse(trText("Simulator", "the pressure is negative"));
         if (!m_ink.rows.empty() && row.milliseconds < m_ink.rows.back().milliseconds)
-            return refuse("the time is before the previous row's");
+            return refuse(trText("Simulator", "the time is before the previous row's"));
         if (!m_ink.rows.empty() && row.milliseconds - m_ink.rows.front().milliseconds >
                                        static_cast<double>(simulator::LongestRecording - 1000))
-            return refuse("the time is too long after the first row's");
+            return refuse(trText("Simulator", "the time is too long after the first row's"));
         m_ink.rows.push_back(row);
         return true;
     }
@@ -287,8 +292,8 @@ bool convert(const Ink& ink, const Pad& pad, const Mapping& mapping, const std::
             sample.pressure = std::max(sample.pressure, 1);
         sample.status = inStroke ? simulator::PenMove : simulator::PenDown;
         if (!isInside(sample, pad)) {
-            error = name + ":" + std::to_string(row.line) +
-                    ": position or pressure outside the pad's range for " + std::string(pad.model);
+            error = filled(trText("Simulator", "%1:%2: position or pressure outside the pad's range for %3"),
+                           {name, std::to_string(row.line), std::string(pad.model)});
             return false;
         }
         recording.samples.push_back(sample);
@@ -301,29 +306,32 @@ bool convert(const Ink& ink, const Pad& pad, const Mapping& mapping, const std::
 
 std::string usage()
 {
-    return "usage: scribera-sim-import [--model MODEL] [--pad] [--flip-y] FILE [-o OUT]\n"
-           "Turns handwriting into a recording for the simulated pad. FILE is one of\n"
-           "  a count line, then rows: x y milliseconds pen_down [azimuth tilt ...] pressure\n"
-           "  rows without a count line: seconds x y pressure, pressure 0 to 1, 0 in the air\n\n"
-           "  --model MODEL  pad to write on, default SCT580; one of these, also without SC:\n"
-           "                 " +
-           simulator::modelNames() +
-           "\n"
-           "  --pad          the positions, and pressures that are no shares of 1, are pad units already:\n"
-           "                 do not scale them\n"
-           "  --flip-y       turn upside down: in the file y grows upwards\n"
-           "  -o OUT         file to write, default standard output\n"
-           "  --help         this text\n"
-           "  --version      name and version\n\n"
-           "Without --pad the written part is scaled to the pad's writing area with a margin, proportions "
-           "kept,\n"
-           "and the file's largest pressure becomes the pad's.\n"
-           "Exit code: 0 done, 1 the file is refused or OUT cannot be written, 2 wrong arguments.\n";
+    return filled(
+        trText(
+            "Simulator",
+            "usage: scribera-sim-import [--model MODEL] [--pad] [--flip-y] FILE [-o OUT]\n"
+            "Turns handwriting into a recording for the simulated pad. FILE is one of\n"
+            "  a count line, then rows: x y milliseconds pen_down [azimuth tilt ...] pressure\n"
+            "  rows without a count line: seconds x y pressure, pressure 0 to 1, 0 in the air\n\n"
+            "  --model MODEL  pad to write on, default SCT580; one of these, also without SC:\n"
+            "                 %1\n"
+            "  --pad          the positions, and pressures that are no shares of 1, are pad units already:\n"
+            "                 do not scale them\n"
+            "  --flip-y       turn upside down: in the file y grows upwards\n"
+            "  -o OUT         file to write, default standard output\n"
+            "  --help         this text\n"
+            "  --version      name and version\n\n"
+            "Without --pad the written part is scaled to the pad's writing area with a margin, proportions "
+            "kept,\n"
+            "and the file's largest pressure becomes the pad's.\n"
+            "Exit code: 0 done, 1 the file is refused or OUT cannot be written, 2 wrong arguments.\n"),
+        {simulator::modelNames()});
 }
 
 int refuseArguments(const std::string& reason)
 {
-    std::fprintf(stderr, "scribera-sim-import: %s\nTry 'scribera-sim-import --help'.\n", reason.c_str());
+    std::fprintf(stderr, "scribera-sim-import: %s\n%s\n", reason.c_str(),
+                 filled(trText("Simulator", "Try '%1 --help'."), {"scribera-sim-import"}).c_str());
     return 2;
 }
 
@@ -343,14 +351,16 @@ int import(const std::string& input, const std::string& output, const Pad& pad, 
     if (!reader.read(content))
         return refuseFile(reader.error());
     if (!reader.warning().empty())
-        std::fprintf(stderr, "scribera-sim-import: warning: %s\n", reader.warning().c_str());
+        std::fprintf(stderr, "scribera-sim-import: %s\n",
+                     filled(trText("Simulator", "warning: %1"), {reader.warning()}).c_str());
 
     const Ink& ink = reader.ink();
     if (std::none_of(ink.rows.begin(), ink.rows.end(), [](const Row& row) { return row.contact; }))
-        return refuseFile(input + ": the pen is never down");
+        return refuseFile(filled(trText("Simulator", "%1: the pen is never down"), {input}));
     if (std::none_of(ink.rows.begin(), ink.rows.end(),
                      [](const Row& row) { return row.contact && row.pressure > 0; }))
-        return refuseFile(input + ": no row with the pen down has any pressure");
+        return refuseFile(
+            filled(trText("Simulator", "%1: no row with the pen down has any pressure"), {input}));
     const Mapping mapping = inPadUnits ? padMapping(ink, pad, flipY) : fittedMapping(ink, pad, flipY);
     Recording recording;
     if (!convert(ink, pad, mapping, input, recording, error))
@@ -364,6 +374,7 @@ int import(const std::string& input, const std::string& output, const Pad& pad, 
 
 int main(int argc, char** argv)
 {
+    loadCatalogues();
     std::string input;
     std::string output = "-";
     const Pad* pad = simulator::padForModel("SCT580");
@@ -374,7 +385,7 @@ int main(int argc, char** argv)
         const std::string argument = argv[index];
         if (onlyFiles || !argument.starts_with('-') || argument == "-") {
             if (!input.empty())
-                return refuseArguments("more than one file");
+                return refuseArguments(trText("Simulator", "more than one file"));
             input = argument;
         } else if (argument == "--help" || argument == "-h") {
             std::fputs(usage().c_str(), stdout);
@@ -390,19 +401,19 @@ int main(int argc, char** argv)
             flipY = true;
         } else if (argument == "--model" || argument == "-o") {
             if (++index == argc)
-                return refuseArguments(argument + " needs a value");
+                return refuseArguments(filled(trText("Simulator", "%1 needs a value"), {argument}));
             if (argument == "-o") {
                 output = argv[index];
                 continue;
             }
             pad = simulator::padForModel(argv[index]);
             if (pad == nullptr)
-                return refuseArguments("there is no model '" + std::string(argv[index]) + "'");
+                return refuseArguments(filled(trText("Simulator", "there is no model '%1'"), {argv[index]}));
         } else {
-            return refuseArguments("unknown option '" + argument + "'");
+            return refuseArguments(filled(trText("Simulator", "unknown option '%1'"), {argument}));
         }
     }
     if (input.empty())
-        return refuseArguments("no file named");
+        return refuseArguments(trText("Simulator", "no file named"));
     return import(input, output, *pad, inPadUnits, flipY);
 }

@@ -1,5 +1,7 @@
 #include "padlink.h"
 
+#include "texts.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -217,14 +219,15 @@ bool Parser::parseHeader(Header& header)
     const auto type = static_cast<unsigned char>(m_pending[0]);
     const Rule* rule = ruleFor(m_peer, type);
     if (rule == nullptr)
-        return refuse("unknown message type " + std::to_string(type));
+        return refuse(filled(trText("Simulator", "unknown message type %1"), {std::to_string(type)}));
     header.type = rule->type;
     header.length = numberAt(m_pending, 1, 3);
     if (header.length < rule->least || header.length > rule->most)
-        return refuse("a message of type " + std::to_string(type) + " cannot have " +
-                      std::to_string(header.length) + " bytes");
+        return refuse(filled(trText("Simulator", "a message of type %1 cannot have %2 bytes"),
+                             {std::to_string(type), std::to_string(header.length)}));
     if (rule->introduces == m_isIntroduced)
-        return refuse(m_isIntroduced ? "a second introduction" : "the first message is no introduction");
+        return refuse(m_isIntroduced ? trText("Simulator", "a second introduction")
+                                     : trText("Simulator", "the first message is no introduction"));
     return true;
 }
 
@@ -266,11 +269,13 @@ bool Parser::parseMessage(const Header& header, std::string_view payload, Messag
 {
     const auto flag = [&](auto&& make) {
         if (payload[0] != 0 && payload[0] != 1)
-            return refuse("a switch that is neither on nor off");
+            return refuse(trText("Simulator", "a switch that is neither on nor off"));
         message = make(payload[0] == 1);
         return true;
     };
-    const auto isSigned = [&] { return payload.starts_with(Signature) || refuse("not this protocol"); };
+    const auto isSigned = [&] {
+        return payload.starts_with(Signature) || refuse(trText("Simulator", "not this protocol"));
+    };
 
     switch (header.type) {
     case TypeHello:
@@ -283,7 +288,7 @@ bool Parser::parseMessage(const Header& header, std::string_view payload, Messag
         return true;
     case TypeVersionInfo:
         if (!isText(payload.substr(1)))
-            return refuse("a text that is not printable");
+            return refuse(trText("Simulator", "a text that is not printable"));
         return flag([&](bool shown) { return VersionInfo{shown, std::string(payload.substr(1))}; });
     case TypePenStyle:
         return flag([](bool withPressure) { return PenStyle{withPressure}; });
@@ -292,20 +297,20 @@ bool Parser::parseMessage(const Header& header, std::string_view payload, Messag
     case TypeWelcome: {
         Welcome welcome{numberAt(payload, 8, 4), std::string(payload.substr(12))};
         if (!std::all_of(welcome.model.begin(), welcome.model.end(), isPrintable))
-            return refuse("a model text that is not printable");
+            return refuse(trText("Simulator", "a model text that is not printable"));
         message = std::move(welcome);
         return isSigned();
     }
     case TypeRefusal:
         message = Refusal{std::string(payload)};
-        return isText(payload) || refuse("a text that is not printable");
+        return isText(payload) || refuse(trText("Simulator", "a text that is not printable"));
     case TypeSamples:
         return parseSamples(payload, message);
     case TypeFingerprint:
         message = FingerprintScan{signedAt(payload, 0), asPixels(payload.substr(4))};
         return true;
     }
-    return refuse("unknown message type");
+    return refuse(trText("Simulator", "unknown message type"));
 }
 
 bool Parser::parsePicture(std::string_view payload, Message& message)
@@ -314,7 +319,8 @@ bool Parser::parsePicture(std::string_view payload, Message& message)
     const auto height = static_cast<int>(numberAt(payload, 2, 2));
     if (width < 1 || height < 1 || width > LargestPictureSide || height > LargestPictureSide ||
         payload.size() - 4 != static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 2)
-        return refuse("a picture whose length is not width x height x 2, or with too long a side");
+        return refuse(
+            trText("Simulator", "a picture whose length is not width x height x 2, or with too long a side"));
     message = Picture{width, height, asPixels(payload.substr(4))};
     return true;
 }
@@ -322,7 +328,8 @@ bool Parser::parsePicture(std::string_view payload, Message& message)
 bool Parser::parseSamples(std::string_view payload, Message& message)
 {
     if (payload.size() % SampleSize != 0)
-        return refuse("samples whose length is no multiple of " + std::to_string(SampleSize));
+        return refuse(filled(trText("Simulator", "samples whose length is no multiple of %1"),
+                             {std::to_string(SampleSize)}));
     Samples samples;
     samples.samples.reserve(payload.size() / SampleSize);
     for (std::size_t position = 0; position < payload.size(); position += SampleSize)

@@ -1,5 +1,7 @@
 #include "padsocket.h"
 
+#include "texts.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -25,12 +27,13 @@ bool defaultPath(std::string& path, std::string& error)
     // Whoever made the folder first may be somebody else, who must not become the pad.
     struct stat state = {};
     if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
-        error = folder + ": cannot be made: " + std::generic_category().message(errno);
+        error = filled(trText("Simulator", "%1: cannot be made: %2"),
+                       {folder, std::generic_category().message(errno)});
         return false;
     }
     if (lstat(folder.c_str(), &state) != 0 || !S_ISDIR(state.st_mode) || state.st_uid != geteuid() ||
         (state.st_mode & 0777) != 0700) {
-        error = folder + ": is no folder that belongs to this user alone";
+        error = filled(trText("Simulator", "%1: is no folder that belongs to this user alone"), {folder});
         return false;
     }
     path = folder + "/virtual-pad";
@@ -61,8 +64,8 @@ bool padSocketPath(const std::string& setting, std::string& path, std::string& e
         return false;
     if (path.size() < sizeof(sockaddr_un::sun_path))
         return true;
-    error = path + ": is longer than a socket's path may be, " +
-            std::to_string(sizeof(sockaddr_un::sun_path) - 1) + " bytes";
+    error = filled(trText("Simulator", "%1: is longer than a socket's path may be, %2 bytes"),
+                   {path, std::to_string(sizeof(sockaddr_un::sun_path) - 1)});
     return false;
 }
 

@@ -1,6 +1,7 @@
 #include "recording.h"
 
 #include "files.h"
+#include "texts.h"
 #include "words.h"
 
 #include <algorithm>
@@ -62,12 +63,13 @@ private:
         const std::string_view name = trimmed(line.substr(0, colon));
         const std::string_view value = trimmed(line.substr(colon + 1));
         if (!m_recording.samples.empty())
-            return refuse("header line " + quoted(name) + " behind the first sample");
+            return refuse(
+                filled(trText("Simulator", "header line %1 behind the first sample"), {quoted(name)}));
         if (name == "model") {
             if (m_hasModel)
-                return refuse("second header line 'model'");
+                return refuse(filled(trText("Simulator", "second header line '%1'"), {"model"}));
             if (value.empty() || value.size() > 64)
-                return refuse("model has no name or one of more than 64 bytes");
+                return refuse(trText("Simulator", "model has no name or one of more than 64 bytes"));
             m_recording.model = value;
             m_hasModel = true;
             return true;
@@ -77,29 +79,32 @@ private:
         if (name == "max-pressure") {
             std::int64_t number = 0;
             if (m_recording.maxPressure != 0)
-                return refuse("second header line 'max-pressure'");
+                return refuse(filled(trText("Simulator", "second header line '%1'"), {"max-pressure"}));
             if (!parseInteger(value, number) || number < 1 || number > LargestExtent)
-                return refuse("max-pressure " + quoted(value) + " is not an integer from 1 to 1000000");
+                return refuse(
+                    filled(trText("Simulator", "max-pressure %1 is not an integer from 1 to 1000000"),
+                           {quoted(value)}));
             m_recording.maxPressure = static_cast<int>(number);
             return true;
         }
-        return refuse("unknown header line " + quoted(name));
+        return refuse(filled(trText("Simulator", "unknown header line %1"), {quoted(name)}));
     }
 
     bool takeArea(std::string_view value)
     {
         if (m_recording.area.width != 0)
-            return refuse("second header line 'area'");
+            return refuse(filled(trText("Simulator", "second header line '%1'"), {"area"}));
         std::array<std::string_view, 4> words;
         std::size_t count = 0;
         if (!splitWords(value, words.data(), words.size(), count) || count != words.size())
-            return refuse("area needs four numbers: originX originY width height");
+            return refuse(trText("Simulator", "area needs four numbers: originX originY width height"));
         std::array<std::int64_t, 4> numbers{};
         for (std::size_t index = 0; index < words.size(); ++index) {
             const bool isExtent = index >= 2;
             if (!parseInteger(words[index], numbers[index]) || numbers[index] > LargestExtent ||
                 numbers[index] < (isExtent ? 1 : -LargestExtent))
-                return refuse("area number " + quoted(words[index]) + " is no integer or out of range");
+                return refuse(filled(trText("Simulator", "area number %1 is no integer or out of range"),
+                                     {quoted(words[index])}));
         }
         m_recording.area = {static_cast<int>(numbers[0]), static_cast<int>(numbers[1]),
                             static_cast<int>(numbers[2]), static_cast<int>(numbers[3])};
@@ -109,11 +114,11 @@ private:
     bool headerComplete()
     {
         if (!m_hasModel)
-            return refuse("header line 'model' is missing");
+            return refuse(filled(trText("Simulator", "header line '%1' is missing"), {"model"}));
         if (m_recording.area.width == 0)
-            return refuse("header line 'area' is missing");
+            return refuse(filled(trText("Simulator", "header line '%1' is missing"), {"area"}));
         if (m_recording.maxPressure == 0)
-            return refuse("header line 'max-pressure' is missing");
+            return refuse(filled(trText("Simulator", "header line '%1' is missing"), {"max-pressure"}));
         return true;
     }
 
@@ -124,19 +129,23 @@ private:
         std::array<std::string_view, 5> words;
         std::size_t count = 0;
         if (!splitWords(line, words.data(), words.size(), count) || count != words.size())
-            return refuse("a sample needs five numbers: milliseconds x y pressure status");
+            return refuse(
+                trText("Simulator", "a sample needs five numbers: milliseconds x y pressure status"));
         std::array<std::int64_t, 5> numbers{};
         for (std::size_t index = 0; index < words.size(); ++index) {
             if (!parseInteger(words[index], numbers[index]))
-                return refuse(quoted(words[index]) + " is not an integer");
+                return refuse(filled(trText("Simulator", "%1 is not an integer"), {quoted(words[index])}));
             if (index > 0 && (numbers[index] < std::numeric_limits<int>::min() ||
                               numbers[index] > std::numeric_limits<int>::max()))
-                return refuse(quoted(words[index]) + " does not fit into 32 bits");
+                return refuse(
+                    filled(trText("Simulator", "%1 does not fit into 32 bits"), {quoted(words[index])}));
         }
         if (numbers[0] < 0 || numbers[0] > LongestRecording)
-            return refuse("time " + quoted(words[0]) + " is not within 0 to 1000000000 ms");
+            return refuse(
+                filled(trText("Simulator", "time %1 is not within 0 to 1000000000 ms"), {quoted(words[0])}));
         if (!m_recording.samples.empty() && numbers[0] < m_recording.samples.back().milliseconds)
-            return refuse("time " + quoted(words[0]) + " is before the previous sample's");
+            return refuse(
+                filled(trText("Simulator", "time %1 is before the previous sample's"), {quoted(words[0])}));
         m_recording.samples.push_back({numbers[0], static_cast<int>(numbers[1]), static_cast<int>(numbers[2]),
                                        static_cast<int>(numbers[3]), static_cast<int>(numbers[4])});
         return true;
@@ -174,15 +183,16 @@ bool decodeBase64(std::string_view text, std::vector<unsigned char>& bytes, std:
     const std::size_t digits = text.size() - padding;
     for (offset = 0; offset < digits; ++offset) {
         if (base64Value(text[offset]) == NotBase64) {
-            reason = "byte " + quoted(text.substr(offset, 1)) +
-                     " is not of the Base64 alphabet, and a recording would begin with '" +
-                     std::string(FirstLine) + "'";
+            reason =
+                filled(trText("Simulator",
+                              "byte %1 is not of the Base64 alphabet, and a recording would begin with '%2'"),
+                       {quoted(text.substr(offset, 1)), std::string(FirstLine)});
             return false;
         }
     }
     offset = text.size();
     if (text.size() % 4 != 0) {
-        reason = "the Base64 text ends within a group of four";
+        reason = trText("Simulator", "the Base64 text ends within a group of four");
         return false;
     }
     bytes.clear();
@@ -200,7 +210,7 @@ bool decodeBase64(std::string_view text, std::vector<unsigned char>& bytes, std:
     }
     if (group != 0) {
         offset = digits - 1;
-        reason = "the last Base64 digit carries bits that belong to no byte";
+        reason = trText("Simulator", "the last Base64 digit carries bits that belong to no byte");
         return false;
     }
     return true;
@@ -232,14 +242,14 @@ bool parseRecording(std::string_view text, const std::string& name, Recording& r
         text.remove_prefix(std::min(end + 1, text.size()));
         ++number;
         if (number == 1 && line != FirstLine) {
-            reason = "the first line is not '" + std::string(FirstLine) + "'";
+            reason = filled(trText("Simulator", "the first line is not '%1'"), {std::string(FirstLine)});
             return refuse();
         }
         if (!parser.takeLine(line))
             return refuse();
     }
     if (number == 0)
-        reason = "the first line is not '" + std::string(FirstLine) + "'";
+        reason = filled(trText("Simulator", "the first line is not '%1'"), {std::string(FirstLine)});
     return number > 0 && parser.finish() ? true : refuse();
 }
 
@@ -257,7 +267,7 @@ bool parsePacketStream(std::string_view text, const std::string& name, Recording
         return false;
     };
     if (text.empty())
-        return refuse(0, "neither a recording nor an ink packet stream, it is empty");
+        return refuse(0, trText("Simulator", "neither a recording nor an ink packet stream, it is empty"));
     std::vector<unsigned char> bytes;
     std::size_t offset = 0;
     std::string reason;
@@ -267,21 +277,26 @@ bool parsePacketStream(std::string_view text, const std::string& name, Recording
 
     const std::size_t count = bytes.size() / RecordSize;
     if (bytes.size() % RecordSize != 1)
-        return refuse(text.size(), "the stream has " + std::to_string(bytes.size()) +
-                                       " bytes, which is no number of 24-byte records and one byte");
+        return refuse(
+            text.size(),
+            filled(trText("Simulator",
+                          "the stream has %1 bytes, which is no number of 24-byte records and one byte"),
+                   {std::to_string(bytes.size())}));
     if (bytes.back() != 0)
-        return refuse(offsetOfByte(bytes.size() - 1), "the byte behind the last record is not zero");
+        return refuse(offsetOfByte(bytes.size() - 1),
+                      trText("Simulator", "the byte behind the last record is not zero"));
 
     recording.samples.reserve(count);
     std::uint64_t firstTick = 0;
     bool inStroke = false;
     for (std::size_t index = 0; index < count; ++index) {
         const unsigned char* record = bytes.data() + index * RecordSize;
-        const auto label = [index] { return "record " + std::to_string(index + 1) + ": "; };
+        const std::string number = std::to_string(index + 1);
         const unsigned int status = record[6];
         if (status > 1)
             return refuse(offsetOfByte(index * RecordSize + 6),
-                          label() + "status " + std::to_string(status) + " is neither 0 nor 1");
+                          filled(trText("Simulator", "record %1: status %2 is neither 0 nor 1"),
+                                 {number, std::to_string(status)}));
         const std::uint64_t tick = littleEndian(record + 8, 8);
         if (index == 0)
             firstTick = tick;
@@ -289,8 +304,11 @@ bool parsePacketStream(std::string_view text, const std::string& name, Recording
         const std::uint64_t elapsed = tick - firstTick;
         if (elapsed > static_cast<std::uint64_t>(LongestRecording) ||
             (index > 0 && static_cast<std::int64_t>(elapsed) < recording.samples.back().milliseconds))
-            return refuse(offsetOfByte(index * RecordSize + 8),
-                          label() + "its tick goes back, or is over 1000000000 ms after the first");
+            return refuse(
+                offsetOfByte(index * RecordSize + 8),
+                filled(trText("Simulator",
+                              "record %1: its tick goes back, or is over 1000000000 ms after the first"),
+                       {number}));
         RecordedSample sample;
         sample.milliseconds = static_cast<std::int64_t>(elapsed);
         sample.x = static_cast<std::uint16_t>(littleEndian(record, 2));

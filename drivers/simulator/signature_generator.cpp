@@ -4,8 +4,10 @@
 // run through at the speed of a hand: slow in bends and at the ends, fast between. Everything is made of
 // additions, multiplications, divisions and square roots, which every machine rounds alike, so that a seed
 // gives the same bytes everywhere.
+#include "catalogues.h"
 #include "random.h"
 #include "recording.h"
+#include "texts.h"
 #include "words.h"
 
 #include <algorithm>
@@ -196,9 +198,12 @@ std::vector<Path> paraphStrokes(Random& random)
 const std::vector<Style>& styles()
 {
     static const std::vector<Style> table{
-        {"flowing", "a whole name in round joined letters", 3.6, 0.30, 0.035, flowingStrokes},
-        {"initials", "two large capitals with full stops over a line", 1.9, 0.16, 0.03, initialsStrokes},
-        {"paraph", "a hurried name that ends in a looping flourish", 2.5, 0.26, 0.06, paraphStrokes},
+        {"flowing", TR_LATER("Simulator", "a whole name in round joined letters"), 3.6, 0.30, 0.035,
+         flowingStrokes},
+        {"initials", TR_LATER("Simulator", "two large capitals with full stops over a line"), 1.9, 0.16, 0.03,
+         initialsStrokes},
+        {"paraph", TR_LATER("Simulator", "a hurried name that ends in a looping flourish"), 2.5, 0.26, 0.06,
+         paraphStrokes},
     };
     return table;
 }
@@ -468,27 +473,30 @@ Recording generate(const Style& style, std::uint64_t seed, const Pad& pad)
 
 std::string usage()
 {
-    std::string text = "usage: scribera-sim-generate --style NAME [--seed N] [--model MODEL] [-o FILE]\n"
-                       "Writes a synthetic signature as a recording for the simulated pad.\n\n"
-                       "  --style NAME   kind of signature:\n";
+    std::string styleList;
     for (const Style& style : styles())
-        text += "                   " + std::string(style.name) +
-                std::string(10 - std::strlen(style.name), ' ') + style.description + "\n";
-    text += "  --seed N       0 or a positive integer, default 1; the same seed gives the same bytes\n"
-            "  --model MODEL  pad it is written on, default SCT580; one of these, also without SC:\n"
-            "                 " +
-            simulator::modelNames() +
-            "\n"
-            "  -o FILE        file to write, default standard output\n"
-            "  --help         this text\n"
-            "  --version      name and version\n\n"
-            "Exit code: 0 done, 1 the file cannot be written, 2 wrong arguments.\n";
-    return text;
+        styleList += "                   " + std::string(style.name) +
+                     std::string(10 - std::strlen(style.name), ' ') + trText("Simulator", style.description) +
+                     "\n";
+    return filled(
+        trText("Simulator",
+               "usage: scribera-sim-generate --style NAME [--seed N] [--model MODEL] [-o FILE]\n"
+               "Writes a synthetic signature as a recording for the simulated pad.\n\n"
+               "  --style NAME   kind of signature:\n%1"
+               "  --seed N       0 or a positive integer, default 1; the same seed gives the same bytes\n"
+               "  --model MODEL  pad it is written on, default SCT580; one of these, also without SC:\n"
+               "                 %2\n"
+               "  -o FILE        file to write, default standard output\n"
+               "  --help         this text\n"
+               "  --version      name and version\n\n"
+               "Exit code: 0 done, 1 the file cannot be written, 2 wrong arguments.\n"),
+        {styleList, simulator::modelNames()});
 }
 
 int refuseArguments(const std::string& reason)
 {
-    std::fprintf(stderr, "scribera-sim-generate: %s\nTry 'scribera-sim-generate --help'.\n", reason.c_str());
+    std::fprintf(stderr, "scribera-sim-generate: %s\n%s\n", reason.c_str(),
+                 filled(trText("Simulator", "Try '%1 --help'."), {"scribera-sim-generate"}).c_str());
     return 2;
 }
 
@@ -496,6 +504,7 @@ int refuseArguments(const std::string& reason)
 
 int main(int argc, char** argv)
 {
+    loadCatalogues();
     const Style* style = nullptr;
     std::int64_t seed = 1;
     const Pad* pad = simulator::padForModel("SCT580");
@@ -511,29 +520,30 @@ int main(int argc, char** argv)
             return 0;
         }
         if (option != "--style" && option != "--seed" && option != "--model" && option != "-o")
-            return refuseArguments("unknown argument '" + option + "'");
+            return refuseArguments(filled(trText("Simulator", "unknown argument '%1'"), {option}));
         if (++index == argc)
-            return refuseArguments(option + " needs a value");
+            return refuseArguments(filled(trText("Simulator", "%1 needs a value"), {option}));
         const std::string value = argv[index];
         if (option == "--style") {
             const auto found = std::find_if(styles().begin(), styles().end(),
                                             [&](const Style& candidate) { return value == candidate.name; });
             if (found == styles().end())
-                return refuseArguments("there is no style '" + value + "'");
+                return refuseArguments(filled(trText("Simulator", "there is no style '%1'"), {value}));
             style = &*found;
         } else if (option == "--seed") {
             if (!simulator::parseInteger(value, seed) || seed < 0)
-                return refuseArguments("the seed '" + value + "' is not 0 or a positive integer");
+                return refuseArguments(
+                    filled(trText("Simulator", "the seed '%1' is not 0 or a positive integer"), {value}));
         } else if (option == "--model") {
             pad = simulator::padForModel(value);
             if (pad == nullptr)
-                return refuseArguments("there is no model '" + value + "'");
+                return refuseArguments(filled(trText("Simulator", "there is no model '%1'"), {value}));
         } else {
             output = value;
         }
     }
     if (style == nullptr)
-        return refuseArguments("--style is missing");
+        return refuseArguments(filled(trText("Simulator", "%1 is missing"), {"--style"}));
     std::string error;
     if (!simulator::writeRecording(generate(*style, static_cast<std::uint64_t>(seed), *pad), output, error)) {
         std::fprintf(stderr, "scribera-sim-generate: %s\n", error.c_str());

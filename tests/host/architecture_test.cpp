@@ -65,10 +65,13 @@ const std::vector<Row>& table()
         {"src/model", {"include", "src/log"}},
         {"src/log", {"include", "src/sync"}},
         {"src/sync", {}},
-        {"drivers/pen", {"src/model"}},
-        {"drivers/simulator", {"src/model"}},
-        {"drivers/simulator/virtualpad", {"drivers/simulator"}, true},
-        {"tools", {"src/export", "src/canvas", "src/pen", "src/ink", "src/model", "drivers/simulator"}},
+        {"translations", {}},
+        {"drivers/pen", {"src/model", "translations"}},
+        {"drivers/simulator", {"src/model", "translations"}},
+        {"drivers/simulator/virtualpad", {"drivers/simulator", "translations"}, true},
+        {"tools",
+         {"src/export", "src/canvas", "src/pen", "src/ink", "src/model", "drivers/simulator",
+          "translations"}},
         {"tools/pad",
          {"include", "src/export", "src/model", "drivers/pen", "drivers/simulator", "tools"},
          true},
@@ -173,7 +176,8 @@ std::string targetOf(const std::string& from, const std::string& name)
                                                 "examples/qt-host",
                                                 "tools/pad",
                                                 "tools/sign",
-                                                "web/bridge"};
+                                                "web/bridge",
+                                                "translations"};
     const auto existing = [&](const fs::path& folder) -> std::string {
         const fs::path path = (folder / name).lexically_normal();
         return fs::is_regular_file(tree() / path) ? path.string() : std::string();

@@ -2,6 +2,7 @@
 
 #include "failures.h"
 #include "interrupts.h"
+#include "text.h"
 
 #include <array>
 #include <cerrno>
@@ -87,8 +88,8 @@ private:
 QString endOf(int status)
 {
     return WIFSIGNALED(status)
-               ? QStringLiteral("crashes: ") + QString::fromLocal8Bit(strsignal(WTERMSIG(status)))
-               : QStringLiteral("ends the process with exit code %1").arg(WEXITSTATUS(status));
+               ? Text::tr("crashes: %1").arg(QString::fromLocal8Bit(strsignal(WTERMSIG(status))))
+               : Text::tr("ends the process with exit code %1").arg(WEXITSTATUS(status));
 }
 
 } // namespace
@@ -97,7 +98,7 @@ Apart workApart(const std::function<QByteArray()>& work)
 {
     std::array<int, 2> pipe{};
     if (pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK) != 0)
-        throw Failure{QStringLiteral("no pipe: ") + QString::fromLocal8Bit(std::strerror(errno))};
+        throw Failure{Text::tr("no pipe: %1").arg(QString::fromLocal8Bit(std::strerror(errno)))};
     const pid_t process = fork();
     if (process == 0) {
         fcntl(pipe[1], F_SETFL, 0);
@@ -106,14 +107,14 @@ Apart workApart(const std::function<QByteArray()>& work)
     close(pipe[1]);
     Child child(process, pipe[0]);
     if (process < 0)
-        throw Failure{QStringLiteral("no process: ") + QString::fromLocal8Bit(std::strerror(errno))};
+        throw Failure{Text::tr("no process: %1").arg(QString::fromLocal8Bit(std::strerror(errno)))};
 
     Apart result;
     QElapsedTimer clock;
     clock.start();
     while (child.read(result.answer)) {
         if (clock.hasExpired(patience)) {
-            result.fault = QStringLiteral("does not come back within %1 seconds").arg(patience / 1000);
+            result.fault = Text::tr("does not come back within %1 seconds").arg(patience / 1000);
             return result;
         }
         waitFor({child.output()}, patience);

@@ -1,6 +1,7 @@
 #include "display.h"
 
 #include "apart.h"
+#include "text.h"
 
 #include <QGuiApplication>
 
@@ -36,8 +37,8 @@ WindowPlatform tryDisplay()
     const Apart tried = workApart(platformName);
     display.platform = QString::fromUtf8(tried.answer);
     if (!tried.fault.isEmpty())
-        display.fault = display.isNamed ? names.join(QLatin1Char(' ')) + QStringLiteral(" cannot be used")
-                                        : QStringLiteral("there is no display");
+        display.fault = display.isNamed ? Text::tr("%1 cannot be used").arg(names.join(QLatin1Char(' ')))
+                                        : Text::tr("there is no display");
     return display;
 }
 

@@ -7,6 +7,7 @@
 #include "output.h"
 #include "pens.h"
 #include "program.h"
+#include "text.h"
 #include "waiting.h"
 
 #include <QDir>
@@ -31,48 +32,50 @@ struct Finding
 Finding library()
 {
     const QString version = libraryVersion();
-    const QString text = libraryFile() + QStringLiteral(", version ") + version;
+    const QString text = Text::tr("%1, version %2").arg(libraryFile(), version);
     if (version != QLatin1String(SCRIBERA_VERSION))
-        return {"library", false,
-                text + QStringLiteral(
-                           "; this program is of version " SCRIBERA_VERSION
-                           ": install both from one release, and look for another copy in LD_LIBRARY_PATH")};
-    return {"library", true, text};
+        return {QT_TRANSLATE_NOOP("Tools", "library"), false,
+                Text::tr("%1; this program is of version %2: install both from one release, and look for "
+                         "another copy in LD_LIBRARY_PATH")
+                    .arg(text, QLatin1String(SCRIBERA_VERSION))};
+    return {QT_TRANSLATE_NOOP("Tools", "library"), true, text};
 }
 
 Finding currentFolder()
 {
     QByteArray path(4096, '\0');
     if (!getcwd(path.data(), static_cast<std::size_t>(path.size())))
-        return {"current folder", false,
-                QStringLiteral("cannot be told (%1): change to one that is there")
+        return {QT_TRANSLATE_NOOP("Tools", "current folder"), false,
+                Text::tr("cannot be told (%1): change to one that is there")
                     .arg(QString::fromLocal8Bit(std::strerror(errno)))};
     const QString folder = QFile::decodeName(path.constData());
     if (access(".", X_OK) != 0)
-        return {"current folder", false,
-                folder + QStringLiteral(" cannot be entered: hosts find no driver in it")};
-    return {"current folder", true, folder};
+        return {QT_TRANSLATE_NOOP("Tools", "current folder"), false,
+                Text::tr("%1 cannot be entered: hosts find no driver in it").arg(folder)};
+    return {QT_TRANSLATE_NOOP("Tools", "current folder"), true, folder};
 }
 
 Finding driverFile(const Driver& driver, const CPadModel& model)
 {
     const QString fault = faultOf(driver, &model);
     if (fault.isEmpty())
-        return {"driver", true, driver.path + QStringLiteral(", ") + nameOf(driver.kind)};
+        return {QT_TRANSLATE_NOOP("Tools", "driver"), true,
+                driver.path + QStringLiteral(", ") + nameOf(driver.kind)};
     const QString remedy = QFile::exists(driver.path)
-                               ? QStringLiteral("; take the file that came with the pad")
-                               : QStringLiteral("; link the pad's driver there, or name one with --driver");
-    return {"driver", false, driver.path + QLatin1Char(' ') + fault + remedy};
+                               ? Text::tr("%1; take the file that came with the pad")
+                               : Text::tr("%1; link the pad's driver there, or name one with --driver");
+    return {QT_TRANSLATE_NOOP("Tools", "driver"), false, remedy.arg(driver.path + QLatin1Char(' ') + fault)};
 }
 
 Finding device(const Driver& driver)
 {
     if (driver.kind != Driver::Kind::Pen)
-        return {"device", true, QStringLiteral("the driver's own business; no input device is asked")};
+        return {QT_TRANSLATE_NOOP("Tools", "device"), true,
+                Text::tr("the driver's own business; no input device is asked")};
     try {
-        return {"device", true, chosenDevice()};
+        return {QT_TRANSLATE_NOOP("Tools", "device"), true, chosenDevice()};
     } catch (const Failure& failure) {
-        return {"device", false, failure.reason};
+        return {QT_TRANSLATE_NOOP("Tools", "device"), false, failure.reason};
     }
 }
 
@@ -81,36 +84,37 @@ Finding logFile(const char* what, const char* path)
 {
     const QString name = QString::fromLatin1(path);
     const auto fault = [&](const QString& reason) {
-        return Finding{what, false, QStringLiteral("%1 %2: nothing is logged; remove it").arg(name, reason)};
+        return Finding{what, false, Text::tr("%1 %2: nothing is logged; remove it").arg(name, reason)};
     };
     struct stat file = {};
     if (lstat(path, &file) != 0) {
         if (access("/tmp", W_OK | X_OK) != 0)
             return {what, false,
-                    QStringLiteral("%1 cannot be made: nothing is logged; make /tmp writable").arg(name)};
-        return {what, true, name + QStringLiteral(" is made when a host switches logging on")};
+                    Text::tr("%1 cannot be made: nothing is logged; make /tmp writable").arg(name)};
+        return {what, true, Text::tr("%1 is made when a host switches logging on").arg(name)};
     }
     if (!S_ISREG(file.st_mode))
-        return fault(QStringLiteral("is no plain file"));
+        return fault(Text::tr("is no plain file"));
     if (file.st_nlink != 1)
-        return fault(QStringLiteral("has a second name"));
+        return fault(Text::tr("has a second name"));
     if (file.st_uid != geteuid())
-        return fault(QStringLiteral("belongs to another user"));
+        return fault(Text::tr("belongs to another user"));
     if (access(path, R_OK | W_OK) != 0)
-        return fault(QStringLiteral("cannot be written"));
-    return {what, true, QStringLiteral("%1, %2 bytes").arg(name).arg(file.st_size)};
+        return fault(Text::tr("cannot be written"));
+    return {what, true, Text::tr("%1, %2 bytes").arg(name, numberText(file.st_size))};
 }
 
 Finding windows()
 {
     const WindowPlatform& tried = display();
     if (tried.fault.isEmpty())
-        return {"windows", true,
-                QStringLiteral("Qt %1 on %2").arg(QLatin1String(qVersion()), tried.platform)};
+        return {QT_TRANSLATE_NOOP("Tools", "windows"), true,
+                Text::tr("Qt %1 on %2").arg(QLatin1String(qVersion()), tried.platform)};
     if (!tried.isNamed)
-        return {"windows", true,
-                tried.fault + QStringLiteral(": signatures are taken without a window only")};
-    return {"windows", false, tried.fault + QStringLiteral(": correct or unset it")};
+        return {QT_TRANSLATE_NOOP("Tools", "windows"), true,
+                Text::tr("%1: signatures are taken without a window only").arg(tried.fault)};
+    return {QT_TRANSLATE_NOOP("Tools", "windows"), false,
+            Text::tr("%1: correct or unset it").arg(tried.fault)};
 }
 
 // The last link: opens the pad and closes it, where a crash does no harm.
@@ -126,11 +130,12 @@ Finding pad(const Driver& driver, const CPadModel& model)
         }
     });
     if (!opened.fault.isEmpty())
-        return {"pad", false, QStringLiteral("the driver %1: ask its maker").arg(opened.fault)};
+        return {QT_TRANSLATE_NOOP("Tools", "pad"), false,
+                Text::tr("the driver %1: ask its maker").arg(opened.fault)};
     if (opened.answer.startsWith('+'))
-        return {"pad", true, QString::fromUtf8(opened.answer.mid(1))};
-    return {"pad", false,
-            QString::fromUtf8(opened.answer) + QStringLiteral("; is it plugged in, and is --model right?")};
+        return {QT_TRANSLATE_NOOP("Tools", "pad"), true, QString::fromUtf8(opened.answer.mid(1))};
+    return {QT_TRANSLATE_NOOP("Tools", "pad"), false,
+            Text::tr("%1; is it plugged in, and is --model right?").arg(QString::fromUtf8(opened.answer))};
 }
 
 } // namespace
@@ -142,9 +147,8 @@ int examine(const QCommandLineParser& parser, const QString&)
     bool isFine = true;
     const auto tell = [&](const Finding& finding) {
         isFine = isFine && finding.isFine;
-        const QString text = QString::fromLatin1(finding.isFine ? "OK   " : "FIX  ") +
-                             QString::fromLatin1(finding.what).leftJustified(16) + finding.text +
-                             QLatin1Char('\n');
+        const QString text = (finding.isFine ? Text::tr("OK") : Text::tr("FIX")).leftJustified(5) +
+                             Text::tr(finding.what).leftJustified(16) + finding.text + QLatin1Char('\n');
         writeOutput(text.toLocal8Bit(), QStringLiteral("-"));
     };
     tell(library());
@@ -152,12 +156,12 @@ int examine(const QCommandLineParser& parser, const QString&)
     const Finding file = driverFile(driver, model);
     tell(file);
     tell(device(driver));
-    tell(logFile("log", "/tmp/scriberasdk.log"));
-    tell(logFile("log of threads", "/tmp/scriberasdk_inthread.log"));
+    tell(logFile(QT_TRANSLATE_NOOP("Tools", "log"), "/tmp/scriberasdk.log"));
+    tell(logFile(QT_TRANSLATE_NOOP("Tools", "log of threads"), "/tmp/scriberasdk_inthread.log"));
     tell(windows());
     if (file.isFine)
         tell(pad(driver, model));
     else
-        tell({"pad", false, QStringLiteral("not tried, for want of a driver")});
+        tell({QT_TRANSLATE_NOOP("Tools", "pad"), false, Text::tr("not tried, for want of a driver")});
     return isFine ? Done : Failed;
 }

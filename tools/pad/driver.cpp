@@ -2,6 +2,7 @@
 
 #include "apart.h"
 #include "failures.h"
+#include "text.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -96,12 +97,16 @@ QByteArray loadingFault(const QByteArray& path, const CPadModel* model)
 {
     void* const library = dlopen(path.constData(), RTLD_NOW | RTLD_LOCAL);
     if (!library)
-        return "cannot be loaded: " + QByteArray(dlerror());
+        return Text::tr("cannot be loaded: %1").arg(QString::fromLocal8Bit(dlerror())).toLocal8Bit();
     QByteArray missing;
     for (const EntryPoint& entryPoint : entryPoints)
         if (isNeeded(entryPoint, model) && !dlsym(library, entryPoint.name))
             missing += (missing.isEmpty() ? "" : ", ") + QByteArray(entryPoint.name);
-    return missing.isEmpty() ? QByteArray() : "is no driver of such a pad: it lacks " + missing;
+    if (missing.isEmpty())
+        return {};
+    return Text::tr("is no driver of such a pad: it lacks %1")
+        .arg(QString::fromLatin1(missing))
+        .toLocal8Bit();
 }
 
 // The simulated pad finds its files from the current folder.
@@ -120,8 +125,8 @@ void nameFilesInFull()
 void addDriverOption(QCommandLineParser& parser)
 {
     parser.addOption({QStringLiteral("driver"),
-                      QStringLiteral("The pad's driver: 'pen' for pens and touch screens of this machine, "
-                                     "'simulated', or a file. Default ./%1, as hosts have it.")
+                      Text::tr("The pad's driver: 'pen' for pens and touch screens of this machine, "
+                               "'simulated', or a file. Default ./%1, as hosts have it.")
                           .arg(QLatin1String(driverName)),
                       QStringLiteral("driver")});
 }
@@ -132,7 +137,7 @@ Driver driverOption(const QCommandLineParser& parser)
     if (!parser.isSet(QStringLiteral("driver")))
         return driverHere();
     if (name.isEmpty())
-        throw UsageError{QStringLiteral("--driver is empty")};
+        throw UsageError{Text::tr("--driver is empty")};
     return driverNamed(name);
 }
 
@@ -168,25 +173,25 @@ QString nameOf(Driver::Kind kind)
 {
     switch (kind) {
     case Driver::Kind::Pen:
-        return QStringLiteral("driver for pens and touch screens");
+        return Text::tr("driver for pens and touch screens");
     case Driver::Kind::Simulated:
-        return QStringLiteral("simulated pad");
+        return Text::tr("simulated pad");
     case Driver::Kind::Other:
         break;
     }
-    return QStringLiteral("a pad's own driver");
+    return Text::tr("a pad's own driver");
 }
 
 QString faultOf(const Driver& driver, const CPadModel* model)
 {
     const QFileInfo file(driver.path);
     if (!file.exists())
-        return file.isSymLink() ? QStringLiteral("leads to %1, which is not there").arg(file.symLinkTarget())
-                                : QStringLiteral("is not there");
+        return file.isSymLink() ? Text::tr("leads to %1, which is not there").arg(file.symLinkTarget())
+                                : Text::tr("is not there");
     if (!file.isFile())
-        return QStringLiteral("is no file");
+        return Text::tr("is no file");
     if (!file.isReadable())
-        return QStringLiteral("cannot be read: no permission");
+        return Text::tr("cannot be read: no permission");
     const Apart loaded = workApart([&] { return loadingFault(QFile::encodeName(driver.path), model); });
     return loaded.fault.isEmpty() ? QString::fromLocal8Bit(loaded.answer) : loaded.fault;
 }
@@ -198,14 +203,14 @@ DriverFolder::DriverFolder(const Driver& driver)
     std::error_code error;
     m_before = std::filesystem::current_path(error).string();
     if (error)
-        throw Failure{QStringLiteral("the current folder is gone")};
+        throw Failure{Text::tr("the current folder is gone")};
     m_folder = std::make_unique<PrivateFolder>();
     nameFilesInFull();
     const QByteArray target = QFile::encodeName(driver.path);
     if (symlink(target.constData(), m_folder->file(driverName).c_str()) != 0 ||
         chdir(m_folder->path().c_str()) != 0)
-        throw Failure{QStringLiteral("the driver cannot be put into a folder of its own: ") +
-                      QString::fromLocal8Bit(std::strerror(errno))};
+        throw Failure{Text::tr("the driver cannot be put into a folder of its own: %1")
+                          .arg(QString::fromLocal8Bit(std::strerror(errno)))};
 }
 
 DriverFolder::~DriverFolder()

@@ -1,6 +1,7 @@
 #include "leftovers.h"
 
 #include "failures.h"
+#include "text.h"
 
 #include <algorithm>
 #include <array>
@@ -42,7 +43,7 @@ std::string madeFolder()
     std::string name = (parent / "scribera-pad.XXXXXX").string();
     if (!mkdtemp(name.data()))
         throw Failure{
-            QStringLiteral("no folder can be made in %1: %2")
+            Text::tr("no folder can be made in %1: %2")
                 .arg(QString::fromStdString(parent.string()), QString::fromLocal8Bit(std::strerror(errno)))};
     return name;
 }

@@ -5,6 +5,7 @@
 #include "output.h"
 #include "pens.h"
 #include "program.h"
+#include "text.h"
 
 #include <QStringList>
 
@@ -41,7 +42,7 @@ QString devicesText()
     } catch (const Failure& failure) {
         return QStringLiteral("  ") + failure.reason + QLatin1Char('\n');
     }
-    return rows.isEmpty() ? QStringLiteral("  none\n") : table(rows);
+    return rows.isEmpty() ? QStringLiteral("  %1\n").arg(Text::tr("none", "device")) : table(rows);
 }
 
 QString driversText()
@@ -53,12 +54,12 @@ QString driversText()
     };
     QList<QStringList> rows;
     for (const Place& place :
-         {Place{QStringLiteral("current folder"), driverHere()}, Place{QStringLiteral("pen"), penDriver()},
+         {Place{Text::tr("current folder"), driverHere()}, Place{QStringLiteral("pen"), penDriver()},
           Place{QStringLiteral("simulated"), simulatedDriver()}}) {
         const QString fault = faultOf(place.driver, nullptr);
         rows.append({place.name, place.driver.path,
-                     fault.isEmpty() ? QStringLiteral("yes: ") + nameOf(place.driver.kind)
-                                     : QStringLiteral("no: ") + fault});
+                     fault.isEmpty() ? Text::tr("yes: %1").arg(nameOf(place.driver.kind))
+                                     : Text::tr("no: %1").arg(fault)});
     }
     return table(rows);
 }
@@ -67,8 +68,9 @@ QString driversText()
 
 int listDevices(const QCommandLineParser&, const QString&)
 {
-    writeOutput((QStringLiteral("Input devices, and whether they can be signed on:\n") + devicesText() +
-                 QStringLiteral("Drivers, and whether they can be used:\n") + driversText())
+    writeOutput((Text::tr("Input devices, and whether they can be signed on:") + QLatin1Char('\n') +
+                 devicesText() + Text::tr("Drivers, and whether they can be used:") + QLatin1Char('\n') +
+                 driversText())
                     .toLocal8Bit(),
                 QStringLiteral("-"));
     return Done;

@@ -5,6 +5,7 @@
 #include "failures.h"
 #include "interrupts.h"
 #include "program.h"
+#include "text.h"
 
 #include <QApplication>
 
@@ -19,31 +20,36 @@ namespace {
 constexpr char programName[] = "scribera-pad";
 
 constexpr Command commands[] = {
-    {"list", "Input devices and drivers that are there, and whether they can be used.", nullptr, addNoOptions,
-     listDevices},
-    {"info", "What the pad is: identity, versions, ranges, keys, used part of the device.", nullptr,
-     addPadOptions, tellOfPad},
-    {"watch", "What comes from the pad, as it comes: samples, keys, report rate, gaps.", nullptr,
-     addWatchOptions, watchPad},
-    {"record", "Write what the pen does as a recording, which the simulated pad plays.", "FILE",
-     addRecordOptions, recordPad},
-    {"sign", "Take one signature and save it as files.", nullptr, addSignOptions, signOnPad},
-    {"doctor", "Look through everything that a signature needs, and say what to do.", nullptr, addPadOptions,
-     examine},
+    {"list",
+     QT_TRANSLATE_NOOP("Tools", "Input devices and drivers that are there, and whether they can be used."),
+     nullptr, addNoOptions, listDevices},
+    {"info",
+     QT_TRANSLATE_NOOP("Tools",
+                       "What the pad is: identity, versions, ranges, keys, used part of the device."),
+     nullptr, addPadOptions, tellOfPad},
+    {"watch",
+     QT_TRANSLATE_NOOP("Tools", "What comes from the pad, as it comes: samples, keys, report rate, gaps."),
+     nullptr, addWatchOptions, watchPad},
+    {"record",
+     QT_TRANSLATE_NOOP("Tools", "Write what the pen does as a recording, which the simulated pad plays."),
+     "FILE", addRecordOptions, recordPad},
+    {"sign", QT_TRANSLATE_NOOP("Tools", "Take one signature and save it as files."), nullptr, addSignOptions,
+     signOnPad},
+    {"doctor",
+     QT_TRANSLATE_NOOP("Tools", "Look through everything that a signature needs, and say what to do."),
+     nullptr, addPadOptions, examine},
 };
 
 QString generalHelp()
 {
-    return QStringLiteral(
-               "Usage: scribera-pad COMMAND [options] [FILE]\n"
-               "Tells of signature pads, pens and touch screens, and takes signatures on them.\n\n") +
-           listOf(commands) +
-           QStringLiteral(
-               "\n'scribera-pad COMMAND --help' tells the options; --version the version.\n"
-               "Exit code: 0 done, 1 failure, 2 wrong usage, 3 cancelled, 4 nobody confirmed in time, 5 "
-               "nothing "
-               "to write. Ctrl-C drops what was begun and ends by the signal; it is the regular end of "
-               "'watch'.\n");
+    return Text::tr("Usage: scribera-pad COMMAND [options] [FILE]\n"
+                    "Tells of signature pads, pens and touch screens, and takes signatures on them.\n\n") +
+           listOf(commands) + QLatin1Char('\n') +
+           Text::tr("'scribera-pad COMMAND --help' tells the options; --version the version.\n"
+                    "Exit code: 0 done, 1 failure, 2 wrong usage, 3 cancelled, 4 nobody confirmed in time, 5 "
+                    "nothing "
+                    "to write. Ctrl-C drops what was begun and ends by the signal; it is the regular end of "
+                    "'watch'.\n");
 }
 
 int runCommand(const Command& command, const QStringList& arguments)
@@ -52,19 +58,18 @@ int runCommand(const Command& command, const QStringList& arguments)
     startParser(parser, command.summary);
     command.addOptions(parser);
     const QString name = QLatin1String(command.name);
-    parser.addPositionalArgument(name, QLatin1String(command.summary), name);
+    parser.addPositionalArgument(name, Text::tr(command.summary), name);
     if (command.file)
-        parser.addPositionalArgument(QStringLiteral("file"),
-                                     QStringLiteral("File to write; - is standard output."),
+        parser.addPositionalArgument(QStringLiteral("file"), Text::tr("File to write; - is standard output."),
                                      QLatin1String(command.file));
     if (!parse(parser, arguments))
         return printHelp(parser.helpText());
     const QStringList files = parser.positionalArguments().mid(1);
     const int wanted = command.file ? 1 : 0;
     if (files.size() < wanted)
-        throw UsageError{QStringLiteral("no file named")};
+        throw UsageError{Text::tr("no file named")};
     if (files.size() > wanted)
-        throw UsageError{QStringLiteral("unexpected: ") + files.last()};
+        throw UsageError{Text::tr("unexpected: %1").arg(files.last())};
     return command.run(parser, files.value(0));
 }
 
@@ -108,6 +113,7 @@ int main(int argc, char** argv)
     try {
         const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv);
         QCoreApplication::setApplicationName(QLatin1String(programName));
+        loadCatalogues();
         return exitCodeOf(programName, run, QCoreApplication::arguments());
     } catch (const Interrupted& interrupted) {
         return endBy(interrupted);

@@ -1,24 +1,28 @@
 // Without libevdev and libudev there is nothing to ask input devices with.
 #include "failures.h"
 #include "pens.h"
+#include "text.h"
 
 namespace {
 
-const Failure noPens{QStringLiteral("this program was built without libevdev, and cannot ask input devices")};
+Failure noPens()
+{
+    return {Text::tr("this program was built without libevdev, and cannot ask input devices")};
+}
 
 } // namespace
 
 QList<InputDeviceLine> inputDevices()
 {
-    throw noPens;
+    throw noPens();
 }
 
 QString deviceOf(const CPadModel&)
 {
-    throw noPens;
+    throw noPens();
 }
 
 QString chosenDevice()
 {
-    throw noPens;
+    throw noPens();
 }

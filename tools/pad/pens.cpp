@@ -5,6 +5,7 @@
 #include "mapping.h"
 #include "settings.h"
 #include "surfacedrawing.h"
+#include "text.h"
 
 #include <libevdev/libevdev.h>
 
@@ -53,18 +54,23 @@ struct Look
 QString verdictOn(const Found& device, const Found* chosen)
 {
     if (device.judgement.kind == pen::Kind::None)
-        return QStringLiteral("no: ") + toText(device.judgement.reason);
+        return Text::tr("no: %1").arg(toText(device.judgement.reason));
     if (&device == chosen)
-        return QStringLiteral("yes: signed on");
-    return device.judgement.kind == pen::Kind::Touchpad
-               ? QStringLiteral("yes, where SCRIBERA_PEN_DEVICE names it")
-               : QStringLiteral("yes");
+        return Text::tr("yes: signed on");
+    return device.judgement.kind == pen::Kind::Touchpad ? Text::tr("yes, where SCRIBERA_PEN_DEVICE names it")
+                                                        : Text::tr("yes");
+}
+
+QString summaryOf(const Found& device)
+{
+    return Text::tr("%1, %2, a %3")
+        .arg(toText(device.node), toText(device.name), toText(nameOf(device.judgement.kind)));
 }
 
 QString axisText(const Axis& axis)
 {
-    return QStringLiteral("%1 to %2").arg(axis.minimum).arg(axis.maximum) +
-           (axis.resolution > 0 ? QStringLiteral(", %1 units/mm").arg(axis.resolution) : QString());
+    const QString range = Text::tr("%1 to %2").arg(numberText(axis.minimum), numberText(axis.maximum));
+    return axis.resolution > 0 ? Text::tr("%1, %2 units/mm").arg(range, numberText(axis.resolution)) : range;
 }
 
 // Where a value lies on an axis, from 0 at its beginning to 1.
@@ -81,15 +87,16 @@ double millimetres(const Axis& axis, double value)
 QString buttonText(const std::optional<pen::Button>& button, const Found& device)
 {
     if (!button)
-        return QStringLiteral("none");
+        return Text::tr("none", "button");
     const char* const name = libevdev_event_code_get_name(EV_KEY, button->code);
     const QString code = name ? QString::fromLatin1(name) : QString::number(button->code);
     if (!button->device.empty())
-        return QStringLiteral("%1 of %2").arg(code, toText(button->device));
+        return Text::tr("%1 of %2").arg(code, toText(button->device));
     if (device.buttons[button->code])
-        return code + QStringLiteral(" of this device");
-    return code + (button->isUsual ? QStringLiteral(", which this device does not have")
-                                   : QStringLiteral(" of another device"));
+        return Text::tr("%1 of this device").arg(code);
+    return (button->isUsual ? Text::tr("%1, which this device does not have")
+                            : Text::tr("%1 of another device"))
+        .arg(code);
 }
 
 // Size of what is used, and where it begins.
@@ -100,14 +107,12 @@ QString usedText(const pen::Surface& surface, const Stretch& x, const Stretch& y
                         std::abs(stretch.lastValue() - axis.minimum));
     };
     const auto length = [](const Stretch& stretch) { return stretch.lastValue() - stretch.firstValue(); };
-    const auto mm = [](const Axis& axis, double value) {
-        return QString::number(millimetres(axis, value), 'f', 1);
-    };
+    const auto mm = [](const Axis& axis, double value) { return numberText(millimetres(axis, value), 1); };
     if (surface.x.resolution <= 0 || surface.y.resolution <= 0)
-        return QStringLiteral("x %1 to %2, y %3 to %4; the device does not tell its size")
-            .arg(QString::number(x.firstValue(), 'f', 1), QString::number(x.lastValue(), 'f', 1),
-                 QString::number(y.firstValue(), 'f', 1), QString::number(y.lastValue(), 'f', 1));
-    return QStringLiteral("%1 x %2 mm of %3 x %4 mm, %5 mm from the left and %6 mm from the top")
+        return Text::tr("x %1 to %2, y %3 to %4; the device does not tell its size")
+            .arg(numberText(x.firstValue(), 1), numberText(x.lastValue(), 1), numberText(y.firstValue(), 1),
+                 numberText(y.lastValue(), 1));
+    return Text::tr("%1 x %2 mm of %3 x %4 mm, %5 mm from the left and %6 mm from the top")
         .arg(mm(surface.x, length(x)), mm(surface.y, length(y)),
              mm(surface.x, static_cast<double>(surface.x.span())),
              mm(surface.y, static_cast<double>(surface.y.span())), mm(surface.x, begin(surface.x, x)),
@@ -141,9 +146,8 @@ QList<InputDeviceLine> inputDevices()
         QList<InputDeviceLine> lines;
         for (const Found& device : look.devices)
             lines.append({toText(device.node), toText(device.name),
-                          device.judgement.kind == pen::Kind::None
-                              ? QStringLiteral("-")
-                              : QString::fromLatin1(nameOf(device.judgement.kind)),
+                          device.judgement.kind == pen::Kind::None ? QStringLiteral("-")
+                                                                   : toText(nameOf(device.judgement.kind)),
                           verdictOn(device, chosen)});
         return lines;
     });
@@ -159,21 +163,17 @@ QString deviceOf(const CPadModel& model)
             surface.x, surface.y,
             {model.m_nPadOriginX, model.m_nPadOriginY, model.m_nAreaWidth, model.m_nAreaHeight},
             look.settings);
-        QString text;
-        const auto line = [&text](const char* name, const QString& value) {
-            text += QString::fromLatin1(name).leftJustified(16) + value + QLatin1Char('\n');
-        };
-        line("device:", QStringLiteral("%1, %2, a %3")
-                            .arg(toText(device.node), toText(device.name),
-                                 QString::fromLatin1(nameOf(device.judgement.kind))));
-        line("its x axis:", axisText(surface.x));
-        line("its y axis:", axisText(surface.y));
-        line("its pressure:", surface.pressure ? axisText(*surface.pressure)
-                                               : QStringLiteral("not felt; half of the pad's is told"));
-        line("confirm key:", buttonText(look.settings.confirm, device));
-        line("cancel key:", buttonText(look.settings.cancel, device));
-        line("used:", usedText(surface, mapping.usedX(), mapping.usedY()));
-        return text + drawingOf(surface, mapping, look.settings.rotation % 180 != 0);
+        NamedLines lines(16);
+        lines.add(Text::tr("device:"), summaryOf(device));
+        lines.add(Text::tr("its x axis:"), axisText(surface.x));
+        lines.add(Text::tr("its y axis:"), axisText(surface.y));
+        lines.add(Text::tr("its pressure:"), surface.pressure
+                                                 ? axisText(*surface.pressure)
+                                                 : Text::tr("not felt; half of the pad's is told"));
+        lines.add(Text::tr("confirm key:"), buttonText(look.settings.confirm, device));
+        lines.add(Text::tr("cancel key:"), buttonText(look.settings.cancel, device));
+        lines.add(Text::tr("used:"), usedText(surface, mapping.usedX(), mapping.usedY()));
+        return lines.text() + drawingOf(surface, mapping, look.settings.rotation % 180 != 0);
     });
 }
 
@@ -181,9 +181,6 @@ QString chosenDevice()
 {
     return orFailure<QString>([] {
         const Look look;
-        const Found& device = look.chosen();
-        return QStringLiteral("%1, %2, a %3")
-            .arg(toText(device.node), toText(device.name),
-                 QString::fromLatin1(nameOf(device.judgement.kind)));
+        return summaryOf(look.chosen());
     });
 }

@@ -9,6 +9,7 @@
 #include "strokes.h"
 #include "targetfile.h"
 #include "terminal.h"
+#include "text.h"
 #include "waiting.h"
 
 #include "simulator/recording.h"
@@ -69,7 +70,7 @@ private:
             m_start = event.nanoseconds;
         const std::int64_t milliseconds = (event.nanoseconds - m_start) / 1'000'000;
         if (milliseconds > simulator::LongestRecording)
-            throw Failure{QStringLiteral("the recording is longer than the %1 ms that one may have")
+            throw Failure{Text::tr("the recording is longer than the %1 ms that one may have")
                               .arg(simulator::LongestRecording)};
         m_recording.samples.push_back({milliseconds, event.x, event.y, event.pressure, status});
     }
@@ -90,10 +91,10 @@ End recordOn(Session& session, Tape& tape, Strokes& strokes, const Deadline& dea
     constexpr int keyInterval = 10; // ms between looks at the pad's keys
     Keyboard keyboard;
     StatusLine line(stderr);
-    print(stderr, QStringLiteral("Recording the pad %1; its confirm key ends.%2\n")
-                      .arg(QLatin1String(session.model().m_pszName),
-                           keyboard.isThere() ? QStringLiteral(" So does Enter; Escape drops the recording.")
-                                              : QString()));
+    print(stderr, (keyboard.isThere() ? Text::tr("Recording the pad %1; its confirm key ends. So does Enter; "
+                                                 "Escape drops the recording.\n")
+                                      : Text::tr("Recording the pad %1; its confirm key ends.\n"))
+                      .arg(QLatin1String(session.model().m_pszName)));
     Presence presence(session);
     while (!deadline.isOver()) {
         waitFor({session.descriptor(), keyboard.descriptor()}, deadline.wait(keyInterval));
@@ -112,11 +113,7 @@ End recordOn(Session& session, Tape& tape, Strokes& strokes, const Deadline& dea
             break;
         }
         presence.look();
-        line.show(QStringLiteral("%1 s, %2 points, %3 strokes%4")
-                      .arg(deadline.seconds(), 0, 'f', 1)
-                      .arg(strokes.points())
-                      .arg(strokes.strokes())
-                      .arg(presence.isThere() ? QString() : QStringLiteral("; the pad does not answer")));
+        line.show(progressText(deadline.seconds(), strokes, presence.isThere()));
     }
     return End::Asked;
 }
@@ -127,7 +124,7 @@ void addRecordOptions(QCommandLineParser& parser)
 {
     addDriverAndModel(parser);
     parser.addOption(
-        {QStringLiteral("seconds"), QStringLiteral("End after this time."), QStringLiteral("seconds")});
+        {QStringLiteral("seconds"), Text::tr("End after this time."), QStringLiteral("seconds")});
 }
 
 int recordPad(const QCommandLineParser& parser, const QString& file)
@@ -143,18 +140,18 @@ int recordPad(const QCommandLineParser& parser, const QString& file)
     {
         Session session(model, driver, nullptr, canvasFor(model, 100));
         if (recordOn(session, tape, strokes, Deadline(seconds)) == End::Cancelled)
-            throw Ending{Cancelled, QStringLiteral("cancelled; nothing is written")};
+            throw Ending{Cancelled, Text::tr("cancelled; nothing is written")};
     }
     if (tape.isEmpty())
-        throw Ending{NothingWritten, QStringLiteral("the pen has done nothing; nothing is written")};
+        throw Ending{NothingWritten, Text::tr("the pen has done nothing; nothing is written")};
     const QByteArray text = QByteArray::fromStdString(tape.text());
     if (toStandardOutput)
         writeOutput(text, file);
     else
         target.write(text);
-    print(stderr, QStringLiteral("%1 points, %2 strokes, %3 seconds\n")
-                      .arg(strokes.points())
-                      .arg(strokes.strokes())
-                      .arg(strokes.seconds(), 0, 'f', 1));
+    print(stderr, Text::tr("%1, %2, %3 seconds", "points, strokes")
+                          .arg(pointsText(strokes.points()), strokesText(strokes.strokes()),
+                               numberText(strokes.seconds(), 1)) +
+                      QLatin1Char('\n'));
     return Done;
 }

@@ -2,6 +2,7 @@
 
 #include "failures.h"
 #include "interrupts.h"
+#include "text.h"
 
 #include <scriberasdk_ext.h>
 
@@ -124,7 +125,7 @@ Session::Session(const CPadModel& model, const Driver& driver, QWidget* parent, 
 {
     const int type = m_family.deviceType;
     if (m_wakeUp < 0)
-        throw Failure{QStringLiteral("no descriptor is left")};
+        throw Failure{Text::tr("no descriptor is left")};
     {
         const DriverFolder folder(driver);
         if (!m_family.initialDevice(type, parent, 0, 0, canvas.width(), canvas.height())) {
@@ -372,5 +373,5 @@ QString whyNotOpened(const Driver& driver, const CPadModel& model)
         SCRX_LastStartFailure(sentence.data(), static_cast<int>(sentence.size()));
         reason = QString::fromLocal8Bit(sentence.data());
     }
-    return QStringLiteral("no pad %1: ").arg(QLatin1String(model.m_pszName)) + reason;
+    return Text::tr("no pad %1: %2").arg(QLatin1String(model.m_pszName), reason);
 }

@@ -1,6 +1,7 @@
 #include "signature.h"
 
 #include "failures.h"
+#include "text.h"
 
 #include <scriberasdk.h>
 
@@ -33,7 +34,7 @@ int typeOf(const QString& path)
         return suffix == QLatin1String(row.suffix);
     });
     if (kind == std::end(kinds))
-        throw UsageError{QStringLiteral("%1 has none of the suffixes %2").arg(path, kindsOfFiles())};
+        throw UsageError{Text::tr("%1 has none of the suffixes %2").arg(path, kindsOfFiles())};
     return kind->type;
 }
 
@@ -86,8 +87,8 @@ bool SignatureFiles::take(const Session& session) noexcept
             file.content = contentOf(session, file);
             QFile::remove(QFile::decodeName(file.draft.c_str())); // must not pass for the next one
             if (!isWhole(file.type, file.content))
-                m_fault = file.target.path() +
-                          QStringLiteral(": cannot be made: is the disk full, or the picture too large?");
+                m_fault = Text::tr("%1: cannot be made: is the disk full, or the picture too large?")
+                              .arg(file.target.path());
         }
         return session.points() == points;
     } catch (const std::exception& error) {

@@ -1,6 +1,7 @@
 #include "signwindow.h"
 
 #include "interrupts.h"
+#include "text.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -15,13 +16,12 @@
 
 SignWindow::SignWindow(const QSize& canvas)
     : m_canvasParent(new QWidget(this)), m_status(new QLabel(this)),
-      m_confirm(new QPushButton(QStringLiteral("Confirm"), this)),
-      m_clear(new QPushButton(QStringLiteral("Clear"), this)),
-      m_cancel(new QPushButton(QStringLiteral("Cancel"), this))
+      m_confirm(new QPushButton(Text::tr("Confirm"), this)),
+      m_clear(new QPushButton(Text::tr("Clear"), this)), m_cancel(new QPushButton(Text::tr("Cancel"), this))
 {
-    setWindowTitle(QStringLiteral("Please sign"));
+    setWindowTitle(Text::tr("Please sign"));
     m_canvasParent->setFixedSize(canvas);
-    m_status->setText(QStringLiteral("Please sign"));
+    m_status->setText(Text::tr("Please sign"));
     m_confirm->setEnabled(false);
     m_clear->setEnabled(false);
     auto* const buttons = new QHBoxLayout;
@@ -77,11 +77,11 @@ std::optional<Signing::State> SignWindow::run(Session& session, Signing& signing
         const Strokes& strokes = signing.strokes();
         m_confirm->setEnabled(strokes.hasInk());
         m_clear->setEnabled(strokes.points() > 0);
-        m_status->setText(!presence.isThere()    ? QStringLiteral("The pad does not answer")
-                          : strokes.points() > 0 ? QStringLiteral("%1 strokes, %2 points, %3 s")
-                                                       .arg(strokes.strokes())
-                                                       .arg(strokes.points())
-                                                       .arg(strokes.seconds(), 0, 'f', 1)
-                                                 : QStringLiteral("Please sign"));
+        m_status->setText(!presence.isThere() ? Text::tr("The pad does not answer")
+                          : strokes.points() > 0
+                              ? Text::tr("%1, %2, %3 s", "strokes, points, seconds")
+                                    .arg(strokesText(strokes.strokes()), pointsText(strokes.points()),
+                                         numberText(strokes.seconds(), 1))
+                              : Text::tr("Please sign"));
     }
 }

@@ -1,5 +1,7 @@
 #include "strokes.h"
 
+#include "text.h"
+
 #include <algorithm>
 
 void Strokes::take(const PadEvent& event)
@@ -53,4 +55,21 @@ std::optional<double> Strokes::rateOfStroke() const
 std::optional<double> Strokes::gap() const
 {
     return m_gap < 0 ? std::nullopt : std::optional(static_cast<double>(m_gap) / 1e9);
+}
+
+QString pointsText(int count)
+{
+    return Text::tr("%n points", nullptr, count);
+}
+
+QString strokesText(int count)
+{
+    return Text::tr("%n strokes", nullptr, count);
+}
+
+QString progressText(double seconds, const Strokes& strokes, bool answers)
+{
+    return (answers ? Text::tr("%1 s, %2, %3", "seconds, points, strokes")
+                    : Text::tr("%1 s, %2, %3; the pad does not answer", "seconds, points, strokes"))
+        .arg(numberText(seconds, 1), pointsText(strokes.points()), strokesText(strokes.strokes()));
 }

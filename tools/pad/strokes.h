@@ -3,8 +3,14 @@
 
 #include "session.h"
 
+#include <QString>
+
 #include <cstdint>
 #include <optional>
+
+// How many, in words.
+QString pointsText(int count);
+QString strokesText(int count);
 
 class Strokes
 {
@@ -42,3 +48,6 @@ private:
     Steps m_all;
     Steps m_ofStroke;
 };
+
+// While a pad is waited for.
+QString progressText(double seconds, const Strokes& strokes, bool answers);

@@ -1,4 +1,5 @@
 #include "surfacedrawing.h"
+#include "text.h"
 
 #include <QStringList>
 
@@ -66,5 +67,6 @@ QString drawing(const UsedSurface& used, double widthByHeight)
     else
         picture.put(picture.columnAt(used.right), picture.rowAt(used.top), '2');
     return picture.text() +
-           QStringLiteral(". the device   - used   1 the pad's upper left corner   2 its upper right one\n");
+           Text::tr(". the device   - used   1 the pad's upper left corner   2 its upper right one") +
+           QLatin1Char('\n');
 }

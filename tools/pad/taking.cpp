@@ -6,6 +6,7 @@
 #include "program.h"
 #include "signwindow.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <optional>
 
@@ -19,10 +20,11 @@ std::optional<State> waitAtTerminal(Session& session, Signing& signing, const De
     Keyboard keyboard;
     StatusLine line(stderr);
     Presence presence(session);
-    print(stderr,
-          QStringLiteral("Please sign on the pad %1, then touch its confirm key.%2\n")
-              .arg(QLatin1String(session.model().m_pszName),
-                   keyboard.isThere() ? QStringLiteral(" Or press Enter here; Escape cancels.") : QString()));
+    print(stderr, (keyboard.isThere()
+                       ? Text::tr("Please sign on the pad %1, then touch its confirm key. Or press Enter "
+                                  "here; Escape cancels.\n")
+                       : Text::tr("Please sign on the pad %1, then touch its confirm key.\n"))
+                      .arg(QLatin1String(session.model().m_pszName)));
     for (;;) {
         waitFor({session.descriptor(), keyboard.descriptor()}, deadline.wait(interval));
         if (const State state = signing.proceed(); state != State::Going)
@@ -39,14 +41,10 @@ std::optional<State> waitAtTerminal(Session& session, Signing& signing, const De
         if (deadline.isOver())
             return std::nullopt;
         if (presence.look() && !isTerminal(stderr))
-            print(stderr, presence.isThere() ? QStringLiteral("The pad answers again.\n")
-                                             : QStringLiteral("The pad does not answer.\n"));
+            print(stderr, presence.isThere() ? Text::tr("The pad answers again.\n")
+                                             : Text::tr("The pad does not answer.\n"));
         const Strokes& strokes = signing.strokes();
-        line.show(QStringLiteral("%1 s, %2 points, %3 strokes%4")
-                      .arg(deadline.seconds(), 0, 'f', 1)
-                      .arg(strokes.points())
-                      .arg(strokes.strokes())
-                      .arg(presence.isThere() ? QString() : QStringLiteral("; the pad does not answer")));
+        line.show(progressText(deadline.seconds(), strokes, presence.isThere()));
     }
 }
 
@@ -60,17 +58,17 @@ Strokes takeSignature(const CPadModel& model, const Driver& driver, const QSize&
     Session session(model, driver, window ? window->canvasParent() : nullptr, canvas, [&] { take(*open); });
     open = &session;
     if (!session.setPen(pen.width, pen.color))
-        throw Failure{QStringLiteral("the pen cannot be set")};
+        throw Failure{Text::tr("the pen cannot be set")};
     Signing signing(session, take);
     const std::optional<State> decided =
         window ? window->run(session, signing, deadline) : waitAtTerminal(session, signing, deadline);
     if (!decided && !session.isAnswering())
-        throw Failure{QStringLiteral("the pad does not answer any more; nothing is saved")};
+        throw Failure{Text::tr("the pad does not answer any more; nothing is saved")};
     if (!decided)
-        throw Ending{TimedOut, QStringLiteral("nobody confirmed in time; nothing is saved")};
+        throw Ending{TimedOut, Text::tr("nobody confirmed in time; nothing is saved")};
     if (*decided == State::Cancelled)
-        throw Ending{Cancelled, QStringLiteral("cancelled; nothing is saved")};
+        throw Ending{Cancelled, Text::tr("cancelled; nothing is saved")};
     if (!signing.strokes().hasInk())
-        throw Ending{NothingWritten, QStringLiteral("confirmed without a signature; nothing is saved")};
+        throw Ending{NothingWritten, Text::tr("confirmed without a signature; nothing is saved")};
     return signing.strokes();
 }

@@ -2,6 +2,7 @@
 
 #include "export/wholefile.h"
 #include "failures.h"
+#include "text.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -13,7 +14,7 @@ namespace {
 
 Failure cannotWrite(const QString& path, const QString& reason)
 {
-    return {path + QStringLiteral(": cannot be written: ") + reason};
+    return {Text::tr("%1: cannot be written: %2").arg(path, reason)};
 }
 
 } // namespace
@@ -26,11 +27,11 @@ TargetFile::TargetFile(const QString& path)
     const QFileInfo file(m_absolutePath);
     const QFileInfo folder(file.path());
     if (file.isDir())
-        throw cannotWrite(path, QStringLiteral("it is a folder"));
+        throw cannotWrite(path, Text::tr("it is a folder"));
     if (!folder.isDir())
-        throw cannotWrite(path, QStringLiteral("there is no folder ") + QDir(file.path()).path());
+        throw cannotWrite(path, Text::tr("there is no folder %1").arg(QDir(file.path()).path()));
     if (file.exists() ? !file.isWritable() : !folder.isWritable())
-        throw cannotWrite(path, QStringLiteral("no permission"));
+        throw cannotWrite(path, Text::tr("no permission"));
 }
 
 void TargetFile::write(const QByteArray& content) const

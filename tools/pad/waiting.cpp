@@ -3,6 +3,7 @@
 #include "failures.h"
 #include "inkpad.h"
 #include "optionvalues.h"
+#include "text.h"
 
 #include <algorithm>
 
@@ -10,7 +11,7 @@ void addDriverAndModel(QCommandLineParser& parser)
 {
     addDriverOption(parser);
     parser.addOption({QStringLiteral("model"),
-                      QStringLiteral("The pad: %1; the pads' own names, such as SCK210, too. Default K210.")
+                      Text::tr("The pad: %1; the pads' own names, such as SCK210, too. Default K210.")
                           .arg(padNames().join(QStringLiteral(", "))),
                       QStringLiteral("model"), QStringLiteral("K210")});
 }
@@ -22,7 +23,7 @@ std::optional<int> secondsOption(const QCommandLineParser& parser, const char* o
         return std::nullopt;
     const int seconds = positiveNumber(parser.value(QLatin1String(option)), aDay);
     if (seconds == 0)
-        throw UsageError{wrongValue(parser, option, "1 to 86400 seconds")};
+        throw UsageError{wrongValue(parser, option, Text::tr("1 to 86400 seconds"))};
     return seconds;
 }
 

@@ -6,6 +6,7 @@
 #include "program.h"
 #include "strokes.h"
 #include "terminal.h"
+#include "text.h"
 #include "waiting.h"
 
 #include <algorithm>
@@ -17,21 +18,22 @@ namespace {
 
 using What = PadEvent::What;
 
+// As JSON has it; for people, it is translated.
 const char* nameOf(What what)
 {
     switch (what) {
     case What::Down:
-        return "down";
+        return QT_TRANSLATE_NOOP("Tools", "down");
     case What::Move:
-        return "move";
+        return QT_TRANSLATE_NOOP("Tools", "move");
     case What::Up:
-        return "up";
+        return QT_TRANSLATE_NOOP("Tools", "up");
     case What::KeyTouched:
-        return "touched";
+        return QT_TRANSLATE_NOOP("Tools", "touched");
     case What::KeyUsed:
         break;
     }
-    return "used";
+    return QT_TRANSLATE_NOOP("Tools", "used");
 }
 
 bool isKey(const PadEvent& event)
@@ -41,12 +43,21 @@ bool isKey(const PadEvent& event)
 
 const char* keyOf(const PadEvent& event)
 {
-    return event.isConfirm ? "confirm" : "cancel";
+    return event.isConfirm ? QT_TRANSLATE_NOOP("Tools", "confirm") : QT_TRANSLATE_NOOP("Tools", "cancel");
 }
 
 QString number(double value, int digits)
 {
     return QString::number(value, 'f', digits);
+}
+
+// As wide as the widest, so that what follows stands below each other.
+QString motionText(What what)
+{
+    int width = 0;
+    for (const What any : {What::Down, What::Move, What::Up})
+        width = std::max(width, static_cast<int>(Text::tr(nameOf(any)).size()));
+    return Text::tr(nameOf(what)).leftJustified(width);
 }
 
 QString barOf(int pressure, int highest)
@@ -71,8 +82,9 @@ public:
     static void flush()
     {
         if (std::fflush(stdout) != 0 || std::ferror(stdout))
-            throw Failure{QStringLiteral("standard output: cannot be written: ") +
-                          QString::fromLocal8Bit(std::strerror(errno))};
+            throw Failure{
+                Text::tr("%1: cannot be written: %2")
+                    .arg(Text::tr("standard output"), QString::fromLocal8Bit(std::strerror(errno)))};
     }
 
 protected:
@@ -92,40 +104,42 @@ public:
 
     void show(const PadEvent& event, double seconds, const Strokes& strokes) override
     {
-        const QString time = number(seconds, 3).rightJustified(9) + QStringLiteral(" s  ");
         if (isKey(event)) {
-            printLine(time + QStringLiteral("%1 key %2")
-                                 .arg(QLatin1String(keyOf(event)), QLatin1String(nameOf(event.what))));
+            printAt(seconds, Text::tr("%1 key %2").arg(Text::tr(keyOf(event)), Text::tr(nameOf(event.what))));
             return;
         }
-        QString line = time + QStringLiteral("%1 x %2 y %3 pressure %4")
-                                  .arg(QLatin1String(nameOf(event.what)), -4)
-                                  .arg(event.x, 5)
-                                  .arg(event.y, 5)
-                                  .arg(pressureOf(event));
+        QString line = Text::tr("%1 x %2 y %3 pressure %4")
+                           .arg(motionText(event.what))
+                           .arg(event.x, 5)
+                           .arg(event.y, 5)
+                           .arg(pressureOf(event));
         if (const std::optional<double> gap = strokes.gap())
-            line += QStringLiteral(" gap %1 ms").arg(number(*gap * 1000, 1).rightJustified(6));
-        printLine(line);
+            line +=
+                QLatin1Char(' ') + Text::tr("gap %1 ms").arg(numberText(*gap * 1000, 1).rightJustified(6));
+        printAt(seconds, line);
     }
     void showPresence(double seconds, bool isThere) override
     {
-        printLine(number(seconds, 3).rightJustified(9) +
-                  (isThere ? QStringLiteral(" s  the pad answers again")
-                           : QStringLiteral(" s  the pad does not answer")));
+        printAt(seconds, isThere ? Text::tr("the pad answers again") : Text::tr("the pad does not answer"));
     }
     void end(double seconds, const Strokes& strokes) override
     {
         const std::optional<double> rate = strokes.rate();
-        printLine(QStringLiteral("%1 s, %2 points, %3 strokes, %4 points/s, longest gap %5 ms")
-                      .arg(number(seconds, 1))
-                      .arg(strokes.points())
-                      .arg(strokes.strokes())
-                      .arg(rate ? number(*rate, 1) : QStringLiteral("no"))
-                      .arg(number(strokes.longestGap() * 1000, 1)));
+        printLine(Text::tr("%1 s, %2, %3, %4 points/s, longest gap %5 ms", "seconds, points, strokes")
+                      .arg(numberText(seconds, 1), pointsText(strokes.points()),
+                           strokesText(strokes.strokes()),
+                           rate ? numberText(*rate, 1) : Text::tr("no", "points/s"),
+                           numberText(strokes.longestGap() * 1000, 1)));
     }
 
 protected:
     virtual void printLine(const QString& line) { print(stdout, line + QLatin1Char('\n')); }
+
+private:
+    void printAt(double seconds, const QString& text)
+    {
+        printLine(numberText(seconds, 3).rightJustified(9) + QStringLiteral(" s  ") + text);
+    }
 };
 
 // Points move a line in its place; keys and the end have lines that stay.
@@ -141,13 +155,13 @@ public:
             return;
         }
         const std::optional<double> rate = strokes.rateOfStroke();
-        m_line.show(QStringLiteral("%1 x %2 y %3 %4 %5/s, longest gap %6 ms")
-                        .arg(QLatin1String(nameOf(event.what)), -4)
+        m_line.show(Text::tr("%1 x %2 y %3 %4 %5/s, longest gap %6 ms")
+                        .arg(motionText(event.what))
                         .arg(event.x, 5)
                         .arg(event.y, 5)
                         .arg(pressureOf(event))
-                        .arg(rate ? number(*rate, 0) : QStringLiteral("-"), 4)
-                        .arg(number(strokes.longestGap() * 1000, 1)));
+                        .arg(rate ? numberText(*rate, 0) : QStringLiteral("-"), 4)
+                        .arg(numberText(strokes.longestGap() * 1000, 1)));
     }
 
 private:
@@ -216,8 +230,8 @@ void addWatchOptions(QCommandLineParser& parser)
 {
     addDriverAndModel(parser);
     parser.addOptions({
-        {QStringLiteral("json"), QStringLiteral("An object of JSON for each event, in a line of its own.")},
-        {QStringLiteral("seconds"), QStringLiteral("End after this time; otherwise Ctrl-C ends."),
+        {QStringLiteral("json"), Text::tr("An object of JSON for each event, in a line of its own.")},
+        {QStringLiteral("seconds"), Text::tr("End after this time; otherwise Ctrl-C ends."),
          QStringLiteral("seconds")},
     });
 }
@@ -237,7 +251,7 @@ int watchPad(const QCommandLineParser& parser, const QString&)
     Presence presence(session);
     Strokes strokes;
     const std::unique_ptr<View> view = makeView(parser.isSet(QStringLiteral("json")), session.number(4, 0));
-    print(stderr, QStringLiteral("Watching the pad %1. Ctrl-C ends.\n").arg(QLatin1String(model.m_pszName)));
+    print(stderr, Text::tr("Watching the pad %1. Ctrl-C ends.\n").arg(QLatin1String(model.m_pszName)));
     try {
         while (!deadline.isOver()) {
             waitFor({session.descriptor()}, deadline.wait(keyInterval));

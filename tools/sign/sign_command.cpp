@@ -14,6 +14,7 @@
 #include "sign_commands.h"
 #include "signer.h"
 #include "taking.h"
+#include "text.h"
 #include "waiting.h"
 
 #include <QDateTime>
@@ -59,12 +60,12 @@ sign::Spot spotOption(const QCommandLineParser& parser)
     }
     spot.corner.width = points(value(parser, "width"));
     if (spot.corner.width <= 0)
-        throw UsageError{wrongValue(parser, "width", "a width in points")};
+        throw UsageError{wrongValue(parser, "width", Text::tr("a width in points"))};
     spot.after = value(parser, "after").toStdString();
     if (isSet(parser, "page") || isSet(parser, "at")) {
         spot.page = positiveNumber(value(parser, "page"), 10'000'000);
         if (spot.page == 0)
-            throw UsageError{wrongValue(parser, "page", "the number of a page")};
+            throw UsageError{wrongValue(parser, "page", Text::tr("the number of a page"))};
     }
     if (isSet(parser, "after")) {
         if (spot.after.empty())
@@ -75,7 +76,8 @@ sign::Spot spotOption(const QCommandLineParser& parser)
     spot.corner.left = corner.size() == 2 ? points(corner[0]) : -1;
     spot.corner.top = corner.size() == 2 ? points(corner[1]) : -1;
     if (spot.corner.left < 0 || spot.corner.top < 0)
-        throw UsageError{wrongValue(parser, "at", "X,Y in points from the page's upper left corner")};
+        throw UsageError{
+            wrongValue(parser, "at", Text::tr("X,Y in points from the page's upper left corner"))};
     return spot;
 }
 
@@ -132,7 +134,8 @@ std::vector<std::string> linesOption(const QCommandLineParser& parser, const sig
         else if (line == QLatin1String("reason"))
             lines.push_back(statement.reason);
         else
-            throw UsageError{wrongValue(parser, "show", "of name, date and reason, separated by commas")};
+            throw UsageError{
+                wrongValue(parser, "show", Text::tr("of name, date and reason, separated by commas"))};
         if (lines.back().empty())
             throw UsageError{QStringLiteral("--show %1 needs --%1").arg(line)};
     }
@@ -159,7 +162,7 @@ Source sourceOption(const QCommandLineParser& parser)
         throw UsageError{QStringLiteral("--model is of --ink; --pad names the pad itself")};
     const CPadModel* const pad = isFromPad ? padNamed(value(parser, "pad")) : &modelOption(parser);
     if (!pad)
-        throw UsageError{wrongValue(parser, "pad", "one of ") + padNames().join(QStringLiteral(", "))};
+        throw UsageError{wrongValue(parser, "pad", oneOf(padNames()))};
     Source source{{*pad, penWidthOption(parser, "pen-width"), colorOption(parser, "colour")}, {}, {}};
     if (isFromPad) {
         source.driver = driverOption(parser);

@@ -1,7 +1,9 @@
 // scribera-virtual-pad: the pad for those who have none.
+#include "catalogues.h"
 #include "mainwindow.h"
 #include "options.h"
 #include "padsocket.h"
+#include "texts.h"
 
 #include <QApplication>
 #include <QCoreApplication>
@@ -74,7 +76,8 @@ int run(const virtualpad::Options& options)
     const auto saveAndQuit = [&] {
         const bool saved = window.grab().save(options.screenshot);
         QCoreApplication::exit(saved ? 0
-                                     : complain(options.screenshot.toStdString() + ": cannot be written"));
+                                     : complain(filled(trText("Simulator", "%1: cannot be written"),
+                                                       {options.screenshot.toStdString()})));
     };
     if (!options.screenshot.isEmpty()) {
         QObject::connect(&pad, &virtualpad::VirtualPad::replayEnded, &window, saveAndQuit);
@@ -102,6 +105,7 @@ int main(int argc, char** argv)
         given << QString::fromLocal8Bit(argv[index]);
     if (given.contains(QLatin1String("--help")) || given.contains(QLatin1String("-h"))) {
         const QCoreApplication application(argc, argv); // the parser asks it for the program's name
+        loadCatalogues();
         std::fputs(virtualpad::helpText().toUtf8().constData(), stdout);
         return 0;
     }
@@ -114,15 +118,16 @@ int main(int argc, char** argv)
     if (!canShow)
         setenv("QT_QPA_PLATFORM", "offscreen", 1); // enough to understand the arguments
     const QApplication application(argc, argv);    // takes Qt's own options out of them
+    loadCatalogues();
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/scribera-virtual-pad.svg")));
     QGuiApplication::setDesktopFileName(QStringLiteral("scribera-virtual-pad"));
     virtualpad::Options options;
     QString reason;
     if (!virtualpad::parseOptions(QCoreApplication::arguments(), options, reason)) {
-        complain(reason.toStdString() + "; try --help");
+        complain(filled(trText("Simulator", "%1; try --help"), {reason.toStdString()}));
         return WrongArguments;
     }
     if (!canShow)
-        return complain("there is no display; DISPLAY and WAYLAND_DISPLAY are not set");
+        return complain(trText("Simulator", "there is no display; DISPLAY and WAYLAND_DISPLAY are not set"));
     return run(options);
 }

@@ -112,13 +112,13 @@ void MainWindow::makeMenus()
 
     QMenu* const penMenu = menuBar()->addMenu(tr("P&en"));
     m_replay = penMenu->addAction(QString());
-    m_replay->setShortcut(QKeySequence(tr("Ctrl+O")));
+    m_replay->setShortcut(QKeySequence(QStringLiteral("Ctrl+O"), QKeySequence::PortableText));
     m_replay->setToolTip(tr("Play a recorded signature on the pad (Ctrl+O)"));
     connect(m_replay, &QAction::triggered, this, &MainWindow::toggleReplay);
     m_loop = penMenu->addAction(tr("Replay again and &again"));
     m_loop->setCheckable(true);
     m_record = penMenu->addAction(tr("&Record"));
-    m_record->setShortcut(QKeySequence(tr("Ctrl+R")));
+    m_record->setShortcut(QKeySequence(QStringLiteral("Ctrl+R"), QKeySequence::PortableText));
     m_record->setCheckable(true);
     m_record->setToolTip(tr("Record what the pen does, and save it in the end (Ctrl+R)"));
     connect(m_record, &QAction::triggered, this, &MainWindow::toggleRecording);

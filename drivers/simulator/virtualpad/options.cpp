@@ -3,6 +3,7 @@
 #include "padstate.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QRegularExpression>
 
 #include <array>
@@ -11,6 +12,11 @@ namespace virtualpad {
 namespace {
 
 constexpr int LargestExtent = 16384;
+
+class Text
+{
+    Q_DECLARE_TR_FUNCTIONS(VirtualPad)
+};
 
 enum Option
 {
@@ -28,38 +34,37 @@ enum Option
 
 std::array<QCommandLineOption, 10> allOptions()
 {
-    const auto value = [](const char* name, const char* text, const char* placeholder) {
-        return QCommandLineOption(QString::fromLatin1(name), QString::fromUtf8(text),
-                                  QString::fromLatin1(placeholder));
+    const auto value = [](const char* name, const QString& text, const char* placeholder) {
+        return QCommandLineOption(QString::fromLatin1(name), text, QString::fromLatin1(placeholder));
     };
-    const auto flag = [](const QStringList& names, const char* text) {
-        return QCommandLineOption(names, QString::fromUtf8(text));
+    const auto flag = [](const QStringList& names, const QString& text) {
+        return QCommandLineOption(names, text);
     };
     const QString models = QString::fromStdString(simulator::modelNames());
     return {
         value(
             "model",
-            qPrintable(
-                QStringLiteral(
-                    "be this pad, whatever device type a host asks for; one of %1, also without SC. Without "
-                    "it, an SCK210 that turns into what a host asks for")
-                    .arg(models)),
+            Text::tr("be this pad, whatever device type a host asks for; one of %1, also without SC. Without "
+                     "it, an SCK210 that turns into what a host asks for")
+                .arg(models),
             "MODEL"),
         value("socket",
-              "wait for hosts at this path; default is where the driver looks with SCRIBERA_SIM_PAD=default",
+              Text::tr("wait for hosts at this path; default is where the driver looks with "
+                       "SCRIBERA_SIM_PAD=default"),
               "PATH"),
-        value("replay", "play this recording for each host that has opened the pad", "FILE"),
-        flag({QStringLiteral("loop")}, "play it again and again"),
+        value("replay", Text::tr("play this recording for each host that has opened the pad"), "FILE"),
+        flag({QStringLiteral("loop")}, Text::tr("play it again and again")),
         value("fingerprint",
-              "put this finger on the sensor after that: loop, whorl, arch or a grey PGM picture",
+              Text::tr("put this finger on the sensor after that: loop, whorl, arch or a grey PGM picture"),
               "PATTERN|FILE"),
-        value("position", "place of the window on the screen", "X,Y"),
-        value("size", "size of the window", "WxH"),
+        value("position", Text::tr("place of the window on the screen"), "X,Y"),
+        value("size", Text::tr("size of the window"), "WxH"),
         value("screenshot",
-              "save a picture of the window and quit; with --replay, play at once and save it afterwards",
+              Text::tr("save a picture of the window and quit; with --replay, play at once and save it "
+                       "afterwards"),
               "FILE"),
-        flag({QStringLiteral("help"), QStringLiteral("h")}, "show this text"),
-        flag({QStringLiteral("version"), QStringLiteral("v")}, "show the version")};
+        flag({QStringLiteral("help"), QStringLiteral("h")}, Text::tr("show this text")),
+        flag({QStringLiteral("version"), QStringLiteral("v")}, Text::tr("show the version"))};
 }
 
 bool parsePair(const QString& text, QChar separator, int least, int most, int& first, int& second)
@@ -93,14 +98,13 @@ bool parseOptions(const QStringList& arguments, Options& options, QString& reaso
         return refuse(text);
     }
     if (!parser.positionalArguments().isEmpty())
-        return refuse(
-            QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
+        return refuse(Text::tr("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
     for (const QCommandLineOption& option : known) {
         const QString name = option.names().constFirst();
         if (parser.values(option).size() > 1)
-            return refuse(QStringLiteral("--%1 is given twice").arg(name));
+            return refuse(Text::tr("--%1 is given twice").arg(name));
         if (parser.isSet(option) && !option.valueName().isEmpty() && parser.value(option).isEmpty())
-            return refuse(QStringLiteral("--%1 needs a value").arg(name));
+            return refuse(Text::tr("--%1 needs a value").arg(name));
     }
 
     options.fingerprint = parser.value(known[Finger]).toStdString();
@@ -111,31 +115,31 @@ bool parseOptions(const QStringList& arguments, Options& options, QString& reaso
     options.pad = simulator::padForModel(model);
     if (options.pad == nullptr)
         return refuse(
-            QStringLiteral("there is no model '%1', only %2")
+            Text::tr("there is no model '%1', only %2")
                 .arg(QString::fromStdString(model), QString::fromStdString(simulator::modelNames())));
     if (!options.fingerprint.empty() && !hasFingerprintSensor(*options.pad))
-        return refuse(QStringLiteral("the %1 has no fingerprint sensor").arg(QString::fromStdString(model)));
+        return refuse(Text::tr("the %1 has no fingerprint sensor").arg(QString::fromStdString(model)));
     options.socket = parser.value(known[Socket]).toStdString();
     options.replay = parser.value(known[Replay]).toStdString();
     options.loop = parser.isSet(known[Loop]);
     if (options.loop && options.replay.empty())
-        return refuse(QStringLiteral("--loop needs --replay"));
+        return refuse(Text::tr("--loop needs --replay"));
     options.screenshot = parser.value(known[Screenshot]);
     if (options.loop && !options.screenshot.isEmpty())
-        return refuse(QStringLiteral("--screenshot comes after a replay, which with --loop never ends"));
+        return refuse(Text::tr("--screenshot comes after a replay, which with --loop never ends"));
 
     int first = 0;
     int second = 0;
     if (parser.isSet(known[Position])) {
         const QString text = parser.value(known[Position]);
         if (!parsePair(text, QLatin1Char(','), -LargestExtent, LargestExtent, first, second))
-            return refuse(QStringLiteral("the position '%1' is not X,Y").arg(text));
+            return refuse(Text::tr("the position '%1' is not X,Y").arg(text));
         options.position = QPoint(first, second);
     }
     if (parser.isSet(known[Size])) {
         const QString text = parser.value(known[Size]);
         if (!parsePair(text, QLatin1Char('x'), 1, LargestExtent, first, second))
-            return refuse(QStringLiteral("the size '%1' is not WxH").arg(text));
+            return refuse(Text::tr("the size '%1' is not WxH").arg(text));
         options.size = QSize(first, second);
     }
     return true;
@@ -145,13 +149,13 @@ QString helpText()
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("A signature pad in a window. The simulated driver finds it when its host has\n"
-                       "SCRIBERA_SIM_PAD=default or =PATH in the environment; either may be started first."));
+        Text::tr("A signature pad in a window. The simulated driver finds it when its host has\n"
+                 "SCRIBERA_SIM_PAD=default or =PATH in the environment; either may be started first."));
     for (const QCommandLineOption& option : allOptions())
         parser.addOption(option);
-    return parser.helpText() +
-           QStringLiteral("\nQt's own options are understood too, such as -platform and -style.\n"
-                          "Exit code: 0 done, 1 failure, 2 wrong arguments.\n");
+    return parser.helpText() + QLatin1Char('\n') +
+           Text::tr("Qt's own options are understood too, such as -platform and -style.\n"
+                    "Exit code: 0 done, 1 failure, 2 wrong arguments.\n");
 }
 
 } // namespace virtualpad

@@ -1,5 +1,7 @@
 #include "padserver.h"
 
+#include "texts.h"
+
 #include <QTimer>
 
 #include <algorithm>
@@ -74,24 +76,24 @@ bool PadServer::listen(const std::string& path, std::string& error)
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     if (path.empty() || path.size() >= sizeof address.sun_path)
-        return refuse("is no path for a socket");
+        return refuse(trText("Simulator", "is no path for a socket"));
     std::memcpy(address.sun_path, path.data(), path.size());
 
     const std::string lockPath = path + ".lock";
     Descriptor lock(open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!lock.isOpen())
-        return refuse("cannot be locked: " + systemReason(errno));
+        return refuse(filled(trText("Simulator", "cannot be locked: %1"), {systemReason(errno)}));
     if (flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
-        return refuse("another virtual pad is listening there");
+        return refuse(trText("Simulator", "another virtual pad is listening there"));
 
     struct stat state = {};
     if (lstat(path.c_str(), &state) == 0) {
         if (!S_ISSOCK(state.st_mode))
-            return refuse("is there already, and no socket");
+            return refuse(trText("Simulator", "is there already, and no socket"));
         // Whoever listens without our lock is no virtual pad, but is to be left alone too.
         const bool listens = simulator::connectToPad(path).isOpen() || errno != ECONNREFUSED;
         if (listens)
-            return refuse("somebody else is listening there");
+            return refuse(trText("Simulator", "somebody else is listening there"));
         unlink(path.c_str());
     }
 
@@ -103,11 +105,11 @@ bool PadServer::listen(const std::string& path, std::string& error)
     const int code = errno;
     umask(mask);
     if (!bound)
-        return refuse("cannot listen there: " + systemReason(code));
+        return refuse(filled(trText("Simulator", "cannot listen there: %1"), {systemReason(code)}));
     if (::listen(listening.get(), MostPeers) != 0) {
         const int reason = errno;
         unlink(path.c_str());
-        return refuse("cannot listen there: " + systemReason(reason));
+        return refuse(filled(trText("Simulator", "cannot listen there: %1"), {systemReason(reason)}));
     }
     m_path = path;
     m_lock = std::move(lock);

@@ -1,5 +1,7 @@
 #include "virtualpad.h"
 
+#include "texts.h"
+
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -194,13 +196,14 @@ bool VirtualPad::putFinger(const std::string& source, int score, std::string& er
     padlink::FingerprintScan scan;
     scan.score = score;
     if (!hasFingerprintSensor(m_state.pad())) {
-        error = std::string(m_state.pad().model) + " has no fingerprint sensor";
+        error =
+            filled(trText("Simulator", "%1 has no fingerprint sensor"), {std::string(m_state.pad().model)});
         return false;
     }
     if (!readFinger(source, scan.pixels, error))
         return false;
     if (!m_server.hasHost()) {
-        error = "no host takes the fingerprint";
+        error = trText("Simulator", "no host takes the fingerprint");
         return false;
     }
     m_server.send(scan);
