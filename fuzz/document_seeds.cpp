@@ -179,6 +179,9 @@ std::map<std::string, std::string> documentSeeds()
                     {3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300 300] /Annots [6 0 R] >>"},
                     {6, "<< /Type /Annot /Subtype /Widget /FT /Sig /T (Here) /Rect [20 20 220 90] /P 3 0 R "
                         "/Lock << /Type /SigFieldLock /Action /All >> >>"}});
+    const Objects limited =
+        with(field, {{6, "<< /Type /Annot /Subtype /Widget /FT /Sig /T (Here) /Rect [20 20 220 90] /P 3 0 R "
+                         "/Lock << /Type /SigFieldLock /Action /Include /Fields [(There)] /P 3 >> >>"}});
     const Person person = somebody();
     const Spot corner{"", "", 1, {20, 20, 100, 0}};
 
@@ -214,6 +217,8 @@ std::map<std::string, std::string> documentSeeds()
     seeds["signed"] = signedBy(&person, seeds["plain"], corner, &person);
     seeds["signed-twice"] = signedBy(&person, seeds["signed"], {"", "", 1, {20, 150, 100, 0}}, nullptr);
     seeds["field-signed"] = signedBy(&person, seeds["field"], {"Here", "", 0, {}}, nullptr);
+    seeds["changed-later"] = signedBy(
+        &person, signedBy(&person, withTable(limited), {"Here", "", 0, {}}, nullptr), corner, nullptr);
     seeds["behind-text"] =
         signedBy(&person, seeds["object-stream"], {"", "Signature:", 0, {0, 0, 100, 0}}, nullptr);
     seeds["encrypted-signed"] = signedBy(&person, seeds["encrypted"], corner, &person);
