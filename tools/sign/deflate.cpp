@@ -12,6 +12,8 @@ namespace sign {
 
 namespace {
 
+constexpr char damaged[] = "it is damaged";
+
 class Bounded : public Pipeline
 {
 public:
@@ -51,7 +53,6 @@ std::string deflated(std::string_view bytes)
 
 std::string inflated(std::string_view bytes, std::size_t most)
 {
-    constexpr char damaged[] = "it is damaged";
     std::string result;
     Bounded end(result, most);
     Pl_Flate flate("inflate", &end, Pl_Flate::a_inflate);

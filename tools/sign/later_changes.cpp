@@ -35,10 +35,10 @@ long long numberOf(QPDFObjectHandle dictionary, const char* key)
     return number.isInteger() ? number.getIntValue() : 0;
 }
 
-bool isOnlySet(QPDFObjectHandle before, QPDFObjectHandle after, const char* key, long long bits)
+bool isOnlySet(const QPDFObjectHandle& before, const QPDFObjectHandle& after, const char* key, long long bits)
 {
-    const long long old = numberOf(std::move(before), key);
-    const long long now = numberOf(std::move(after), key);
+    const long long old = numberOf(before, key);
+    const long long now = numberOf(after, key);
     return ((now ^ old) & ~bits) == 0 && (old & ~now) == 0;
 }
 
@@ -68,7 +68,7 @@ public:
                         m_known.insert(annotation.getObjGen());
         }
         for (const FormField& field : m_fields) {
-            for (QPDFObjectHandle widget : field.widgets)
+            for (const QPDFObjectHandle& widget : field.widgets)
                 if (widget.isIndirect())
                     m_known.insert(widget.getObjGen());
             for (QPDFObjectHandle node = field.object;
@@ -320,13 +320,15 @@ private:
 
 std::optional<std::string> forbiddenChange(Document& before, Document& after, const Limits& limits)
 {
+    if (!limits.areAny())
+        return std::nullopt;
     if (limits.certified == 1)
         return "the document was changed";
     try {
         Comparison comparison(before, after, limits);
         if (limits.certified)
             comparison.compareDocuments();
-        else if (!limits.locks.empty())
+        else
             comparison.compareLockedFields();
     } catch (const Forbidden& forbidden) {
         return forbidden.change;

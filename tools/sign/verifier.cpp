@@ -368,7 +368,7 @@ void checkDictionary(const Coverage& coverage, QPDFObjGen object, QPDFObjectHand
 
 // What it allows is told by its own revision, where no later one can say otherwise.
 void checkLaterChanges(Document& document, const Coverage& coverage, QPDFObjGen object,
-                       QPDFObjectHandle signature, SignatureReport& report)
+                       const QPDFObjectHandle& signature, SignatureReport& report)
 {
     try {
         Document before(document.bytes().substr(0, coverage.end), document.password());
