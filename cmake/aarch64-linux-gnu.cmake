@@ -19,7 +19,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${CMAKE_SYSROOT})
 set(ENV{PKG_CONFIG_LIBDIR} ${CMAKE_SYSROOT}/usr/lib/aarch64-linux-gnu/pkgconfig:${CMAKE_SYSROOT}/usr/share/pkgconfig)
 
-# Pages are as large as those of any such machine, which finds what takes them for small. Qt does not find its plugins
-# itself: of the calls that look whether a file is there, the emulator redirects some only.
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64 -p 65536 -L ${CMAKE_SYSROOT}
+# Its Qt does not find its plugins itself: of the calls that look whether a file is there, the emulator redirects some only.
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64 -L ${CMAKE_SYSROOT}
     -E QT_PLUGIN_PATH=${CMAKE_SYSROOT}/usr/lib/aarch64-linux-gnu/qt5/plugins)
