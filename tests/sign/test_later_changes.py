@@ -36,11 +36,12 @@ def contract(lock: str) -> bytes:
         pdf.add(f"{WIDGET} /FT /Btn /T (Box) /V /Off /AS /Off /Rect [300 600 320 620] "
                 f"/AP << /N << /Yes {NAME + 10} 0 R /Off {OTHER + 10} 0 R >> >> >>", BOX)
         pdf.add("<< /Type /Annot /Subtype /Link /Rect [20 20 40 40] /Dest [6 0 R /Fit] >>", LINK)
+        pdf.objects[FONT] = pdf.objects[FONT].replace(b"/Type /Font", b"/Type /Font /Rect [0 0 9 9]")
         fields = writer.references([CUSTOMER, CLERK, NAME, OTHER, BOX])
         pdf.add(f"<< /Fields [{fields}] /DR << /Font << /F1 5 0 R >> >> /DA (/F1 12 Tf 0 g) >>", FORM)
         pdf.objects[1] = pdf.objects[1].replace(b"/Catalog", b"/Catalog /AcroForm %d 0 R" % FORM)
         pdf.objects[PAGE] = pdf.objects[PAGE].replace(
-            b"/Contents", f"/Annots [{fields} {LINK} 0 R] /Missing {MISSING} 0 R /Contents".encode())
+            b"/Contents", f"/Annots [{fields} {FONT} 0 R {LINK} 0 R] /Missing {MISSING} 0 R /Contents".encode())
 
     return document(change=change)
 
@@ -72,6 +73,7 @@ CHANGES: dict[str, tuple[Callable[[bytes], dict[int, bytes]], bool, bool]] = {
                                         70: b"<< /Type /Annot /Subtype /Square /Rect [9 9 99 99] >>"}, False, True),
     "another annotation": (lambda one: now(one, LINK, (b"[20 20 40 40]", b"[20 20 90 90]")), False, True),
     "an annotation less": (lambda one: now(one, PAGE, (b" %d 0 R]" % LINK, b"]")), False, True),
+    "a font that is an annotation, too": (lambda one: now(one, FONT, (b"/Helvetica", b"/Symbol")), False, False),
     "hidden": (lambda one: now(one, NAME, (b"/F 4", b"/F 2")), False, False),
     "how a box looks": (lambda one: now(one, BOX, (b"/Yes 53 0 R /Off 54 0 R", b"/Yes 54 0 R /Off 53 0 R")), False, False),
     "a moved field": (lambda one: now(one, NAME, (b"[100 600 200 620]", b"[0 0 595 842]")), False, False),
@@ -151,7 +153,7 @@ def test_signed_by_the_next(tool: Tool, tmp_path: Path, level: int) -> None:
 
 
 LOCKED = {name: name in ("a value", "hidden", "a moved field", "a field less", "a field that is not in the form", "read-only from now on")
-          for name in CHANGES if name not in ("another font", "the signed field")}
+          for name in CHANGES if name not in ("another font", "a font that is an annotation, too", "the signed field")}
 
 
 @pytest.mark.parametrize("name", LOCKED)

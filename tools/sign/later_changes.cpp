@@ -59,14 +59,8 @@ public:
         : m_before(before), m_after(after), m_limits(limits), m_fields(before.fields())
     {
         m_known.insert(before.catalog().getObjGen());
-        for (int number = 1; number <= before.pageCount(); ++number) {
-            QPDFObjectHandle page = before.page(number).object;
-            m_known.insert(page.getObjGen());
-            if (allowsAnnotations())
-                for (const QPDFObjectHandle& annotation : itemsOf(page.getKey("/Annots")))
-                    if (annotation.isIndirect() && !isWidget(annotation))
-                        m_known.insert(annotation.getObjGen());
-        }
+        for (int number = 1; number <= before.pageCount(); ++number)
+            m_known.insert(before.page(number).object.getObjGen());
         for (const FormField& field : m_fields) {
             for (const QPDFObjectHandle& widget : field.widgets)
                 if (widget.isIndirect())
@@ -308,10 +302,10 @@ private:
     Document& m_before;
     Document& m_after;
     const Limits& m_limits;
-    const std::vector<FormField> m_fields; // before
-    std::vector<QPDFObjectHandle> m_nodes; // these fields and those above them
-    std::set<QPDFObjGen> m_known;          // these, their widgets, the pages, the catalog, what may change
-    std::set<QPDFObjGen> m_added;          // fields
+    const std::vector<FormField> m_fields;              // before
+    std::vector<QPDFObjectHandle> m_nodes;              // these fields and those above them
+    std::set<QPDFObjGen> m_known;                       // these, their widgets, the pages, the catalog
+    std::set<QPDFObjGen> m_added;                       // fields
     std::set<std::pair<QPDFObjGen, QPDFObjGen>> m_seen; // that are the same or will have been found not to be
     std::size_t m_compared = 0;
 };
