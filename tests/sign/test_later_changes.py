@@ -14,7 +14,7 @@ from test_verifying import CERTIFYING, signed_again
 from tool import Place, Tool, one_line
 from writer import Pdf, document, stream
 
-FORM, CUSTOMER, CLERK, NAME, OTHER, BOX, LINK, MISSING = 40, 41, 42, 43, 44, 45, 46, 77
+FORM, CUSTOMER, CLERK, NAME, OTHER, BOX, LINK, FILE, MISSING = 40, 41, 42, 43, 44, 45, 46, 47, 77
 PAGE, CONTENT, FONT = 6, 7, 5
 WIDGET = "<< /Type /Annot /Subtype /Widget /F 4 /P 6 0 R"
 
@@ -38,7 +38,8 @@ def contract(lock: str) -> bytes:
         pdf.add("<< /Type /Annot /Subtype /Link /Rect [20 20 40 40] /Dest [6 0 R /Fit] >>", LINK)
         pdf.objects[FONT] = pdf.objects[FONT].replace(b"/Type /Font", b"/Type /Font /Rect [0 0 9 9]")
         fields = writer.references([CUSTOMER, CLERK, NAME, OTHER, BOX])
-        pdf.add(f"<< /Fields [{fields}] /DR << /Font << /F1 5 0 R >> >> /DA (/F1 12 Tf 0 g) >>", FORM)
+        pdf.add("<< /FT /Tx /T (File) /F (here) >>", FILE)
+        pdf.add(f"<< /Fields [{FILE} 0 R {fields}] /DR << /Font << /F1 5 0 R >> >> /DA (/F1 12 Tf 0 g) >>", FORM)
         pdf.objects[1] = pdf.objects[1].replace(b"/Catalog", b"/Catalog /AcroForm %d 0 R" % FORM)
         pdf.objects[PAGE] = pdf.objects[PAGE].replace(
             b"/Contents", f"/Annots [{fields} {FONT} 0 R {LINK} 0 R] /Missing {MISSING} 0 R /Contents".encode())
@@ -74,6 +75,7 @@ CHANGES: dict[str, tuple[Callable[[bytes], dict[int, bytes]], bool, bool]] = {
     "another annotation": (lambda one: now(one, LINK, (b"[20 20 40 40]", b"[20 20 90 90]")), False, True),
     "an annotation less": (lambda one: now(one, PAGE, (b" %d 0 R]" % LINK, b"]")), False, True),
     "a font that is an annotation, too": (lambda one: now(one, FONT, (b"/Helvetica", b"/Symbol")), False, False),
+    "a field that is a file, too": (lambda one: now(one, FILE, (b"/F (here)", b"/F (there)")), False, False),
     "hidden": (lambda one: now(one, NAME, (b"/F 4", b"/F 2")), False, False),
     "how a box looks": (lambda one: now(one, BOX, (b"/Yes 53 0 R /Off 54 0 R", b"/Yes 54 0 R /Off 53 0 R")), False, False),
     "a moved field": (lambda one: now(one, NAME, (b"[100 600 200 620]", b"[0 0 595 842]")), False, False),

@@ -29,17 +29,20 @@ const Keys aboutTheDocument = {"/DSS", "/Extensions", "/Metadata"};
 // Of a field and what is seen of it: its value, and what comes with a value.
 const Keys filled = {"/AP", "/AS", "/F", "/Ff", "/I", "/M", "/RV", "/V"};
 
-long long numberOf(QPDFObjectHandle dictionary, const char* key)
+// Flags, or nothing where they are something else.
+std::optional<long long> flagsOf(QPDFObjectHandle dictionary, const char* key)
 {
-    QPDFObjectHandle number = dictionary.getKey(key);
-    return number.isInteger() ? number.getIntValue() : 0;
+    QPDFObjectHandle value = dictionary.getKey(key);
+    if (value.isInteger())
+        return value.getIntValue();
+    return value.isNull() ? std::optional(0LL) : std::nullopt;
 }
 
 bool isOnlySet(const QPDFObjectHandle& before, const QPDFObjectHandle& after, const char* key, long long bits)
 {
-    const long long old = numberOf(before, key);
-    const long long now = numberOf(after, key);
-    return ((now ^ old) & ~bits) == 0 && (old & ~now) == 0;
+    const std::optional<long long> old = flagsOf(before, key);
+    const std::optional<long long> now = flagsOf(after, key);
+    return old && now && ((*now ^ *old) & ~bits) == 0 && (*old & ~*now) == 0;
 }
 
 bool isWidget(QPDFObjectHandle annotation)
@@ -206,8 +209,9 @@ private:
                 continue;
             constexpr long long printedAndLocked = 4 + 128;
             constexpr long long readOnly = 1;
-            demandSame(field,
-                       isOnlySet(part, now, "/F", printedAndLocked) && isOnlySet(part, now, "/Ff", readOnly));
+            for (const auto& [key, bits] : {std::pair("/F", printedAndLocked), std::pair("/Ff", readOnly)})
+                demandSame(field,
+                           isOnlySet(part, now, key, bits) || areSame(part.getKey(key), now.getKey(key)));
             // It tells how each state looks.
             demandSame(field, field.type != "/Btn" || areSame(part.getKey("/AP"), now.getKey("/AP")));
         }
