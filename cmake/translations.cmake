@@ -35,6 +35,7 @@ function(scribera_add_catalogues target)
         COMMAND Qt${SCRIBERA_QT}::rcc --name translations --format-version 1 -o ${CMAKE_CURRENT_BINARY_DIR}/qrc_translations.cpp ${list}
         DEPENDS ${compiled} ${list}
         VERBATIM)
+    set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/qrc_translations.cpp PROPERTIES SKIP_AUTOGEN ON)
     target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/qrc_translations.cpp)
     target_compile_definitions(${target} PRIVATE SCRIBERA_HAS_CATALOGUES)
 endfunction()

@@ -186,6 +186,541 @@
     </message>
 </context>
 <context>
+    <name>Sign</name>
+    <message>
+        <source>the signature would lie beyond the edge of the page, which is %1 by %2 points</source>
+        <translation>die Unterschrift läge über dem Rand der Seite, die %1 mal %2 Punkt misst</translation>
+    </message>
+    <message>
+        <source>there is no room for a signature behind the text</source>
+        <translation>hinter dem Text ist kein Platz für eine Unterschrift</translation>
+    </message>
+    <message>
+        <source>the line below the signature has characters that its font lacks: %1</source>
+        <translation>die Zeile unter der Unterschrift hat Zeichen, die ihrer Schrift fehlen: %1</translation>
+    </message>
+    <message>
+        <source>there is no room for the lines below the signature</source>
+        <translation>für die Zeilen unter der Unterschrift ist kein Platz</translation>
+    </message>
+    <message>
+        <source>the ink has no strokes</source>
+        <translation>die Tinte hat keine Striche</translation>
+    </message>
+    <message>
+        <source>the pages have too much on them to be searched</source>
+        <translation>auf den Seiten steht zu viel, um sie zu durchsuchen</translation>
+    </message>
+    <message>
+        <source>the document is damaged: what is on its pages cannot be read</source>
+        <translation>das Dokument ist beschädigt: was auf seinen Seiten steht, lässt sich nicht lesen</translation>
+    </message>
+    <message>
+        <source>more than 2 GB cannot be read at once</source>
+        <translation>mehr als 2 GB lassen sich nicht auf einmal lesen</translation>
+    </message>
+    <message>
+        <source>CMS cannot be written: %1</source>
+        <translation>die CMS-Daten lassen sich nicht schreiben: %1</translation>
+    </message>
+    <message>
+        <source>no reason given</source>
+        <translation>kein Grund angegeben</translation>
+    </message>
+    <message>
+        <source>its RSA key has only %1 bits, fewer than %2</source>
+        <translation>sein RSA-Schlüssel hat nur %1 Bits, weniger als %2</translation>
+    </message>
+    <message>
+        <source>its EC key has only %1 bits, fewer than %2</source>
+        <translation>sein EC-Schlüssel hat nur %1 Bits, weniger als %2</translation>
+    </message>
+    <message>
+        <source>its key is neither RSA nor EC</source>
+        <translation>sein Schlüssel ist weder RSA noch EC</translation>
+    </message>
+    <message>
+        <source>a digest cannot be made: %1</source>
+        <translation>ein Hashwert lässt sich nicht berechnen: %1</translation>
+    </message>
+    <message>
+        <source>it stands for more than %1 bytes</source>
+        <translation>sie steht für mehr als %1 Bytes</translation>
+    </message>
+    <message>
+        <source>the document is damaged: %1</source>
+        <translation>das Dokument ist beschädigt: %1</translation>
+    </message>
+    <message>
+        <source>the document is certified: it must not be changed any more</source>
+        <translation>das Dokument ist zertifiziert: es darf nicht mehr geändert werden</translation>
+    </message>
+    <message>
+        <source>the document is certified: fields that it has may be filled and signed, nothing may be added</source>
+        <translation>das Dokument ist zertifiziert: vorhandene Felder dürfen ausgefüllt und unterschrieben werden, hinzukommen darf nichts</translation>
+    </message>
+    <message>
+        <source>it is no PDF document</source>
+        <translation>es ist kein PDF-Dokument</translation>
+    </message>
+    <message>
+        <source>something stands before the PDF document</source>
+        <translation>vor dem PDF-Dokument steht noch etwas</translation>
+    </message>
+    <message>
+        <source>the document needs a password</source>
+        <translation>das Dokument braucht ein Passwort</translation>
+    </message>
+    <message>
+        <source>the password does not open the document</source>
+        <translation>das Passwort öffnet das Dokument nicht</translation>
+    </message>
+    <message>
+        <source>its catalog is no object of its own</source>
+        <translation>sein Katalog ist kein eigenes Objekt</translation>
+    </message>
+    <message>
+        <source>it has no catalog</source>
+        <translation>es hat keinen Katalog</translation>
+    </message>
+    <message>
+        <source>its page tree is wrong</source>
+        <translation>sein Seitenbaum ist falsch</translation>
+    </message>
+    <message>
+        <source>it has no pages</source>
+        <translation>es hat keine Seiten</translation>
+    </message>
+    <message>
+        <source>there is no page %1: the document has %2</source>
+        <translation>es gibt keine Seite %1: das Dokument hat %2</translation>
+    </message>
+    <message>
+        <source>its form fields are wrong</source>
+        <translation>seine Formularfelder sind falsch</translation>
+    </message>
+    <message>
+        <source>there is no signature field %1</source>
+        <translation>es gibt kein Unterschriftsfeld %1</translation>
+    </message>
+    <message>
+        <source>the field %1 is signed</source>
+        <translation>das Feld %1 ist schon unterschrieben</translation>
+    </message>
+    <message>
+        <source>the field %1 has no room on a page</source>
+        <translation>das Feld %1 hat auf keiner Seite Platz</translation>
+    </message>
+    <message>
+        <source>the field %1 is hidden</source>
+        <translation>das Feld %1 ist verborgen</translation>
+    </message>
+    <message>
+        <source>the field %1 is read-only</source>
+        <translation>das Feld %1 ist schreibgeschützt</translation>
+    </message>
+    <message>
+        <source>the field %1 demands a signature of a certain kind, which cannot be promised</source>
+        <translation>das Feld %1 verlangt eine Unterschrift bestimmter Art, die sich nicht zusagen lässt</translation>
+    </message>
+    <message>
+        <source>the document is an XFA form, which cannot be signed here</source>
+        <translation>das Dokument ist ein XFA-Formular; solche lassen sich hier nicht unterschreiben</translation>
+    </message>
+    <message>
+        <source>a signature of the document locks the field %1</source>
+        <translation>eine Unterschrift des Dokuments sperrt das Feld %1</translation>
+    </message>
+    <message>
+        <source>the owner of the document does not allow this; the owner&apos;s password would</source>
+        <translation>der Eigentümer des Dokuments erlaubt das nicht; mit seinem Passwort ginge es</translation>
+    </message>
+    <message>
+        <source>the addition to the document cannot be encrypted</source>
+        <translation>der Zusatz zum Dokument lässt sich nicht verschlüsseln</translation>
+    </message>
+    <message>
+        <source>the document is encrypted in a way that is not known</source>
+        <translation>das Dokument ist auf unbekannte Art verschlüsselt</translation>
+    </message>
+    <message>
+        <source>without a certificate there is no seal to fill the field %1 with</source>
+        <translation>ohne Zertifikat gibt es kein Siegel, mit dem sich das Feld %1 füllen ließe</translation>
+    </message>
+    <message>
+        <source>the units of the page are too large for a signature of this size</source>
+        <translation>die Einheiten der Seite sind zu groß für eine Unterschrift dieser Größe</translation>
+    </message>
+    <message>
+        <source>the document cannot be continued: it contradicts itself</source>
+        <translation>das Dokument lässt sich nicht fortsetzen: es widerspricht sich</translation>
+    </message>
+    <message>
+        <source>the signature cannot be found again: the document contradicts itself</source>
+        <translation>die Unterschrift ist nicht wiederzufinden: das Dokument widerspricht sich</translation>
+    </message>
+    <message>
+        <source>the field %1 is not drawn as it is filled, which the form leaves to readers</source>
+        <translation>das Feld %1 ist nicht so gezeichnet, wie es ausgefüllt ist; das Formular überlässt das dem Anzeigeprogramm</translation>
+    </message>
+    <message>
+        <source>on no page</source>
+        <translation>auf keiner Seite</translation>
+    </message>
+    <message>
+        <source>page %1 at %2,%3, %4 by %5 points</source>
+        <translation>Seite %1 bei %2,%3, %4 mal %5 Punkt</translation>
+    </message>
+    <message>
+        <source>%1, signed</source>
+        <translation>%1, unterschrieben</translation>
+    </message>
+    <message>
+        <source>%1, not signed</source>
+        <translation>%1, nicht unterschrieben</translation>
+    </message>
+    <message>
+        <source>the form was changed</source>
+        <translation>wurde das Formular geändert</translation>
+    </message>
+    <message>
+        <source>pages were added or removed</source>
+        <translation>wurden Seiten hinzugefügt oder entfernt</translation>
+    </message>
+    <message>
+        <source>the field %1 was changed</source>
+        <translation>wurde das Feld %1 geändert</translation>
+    </message>
+    <message>
+        <source>what holds for all of the document was changed</source>
+        <translation>wurde geändert, was für das ganze Dokument gilt</translation>
+    </message>
+    <message>
+        <source>fields were removed</source>
+        <translation>wurden Felder entfernt</translation>
+    </message>
+    <message>
+        <source>fields were added</source>
+        <translation>wurden Felder hinzugefügt</translation>
+    </message>
+    <message>
+        <source>page %1 was changed</source>
+        <translation>wurde Seite %1 geändert</translation>
+    </message>
+    <message>
+        <source>what lies on page %1 was changed</source>
+        <translation>wurde geändert, was auf Seite %1 liegt</translation>
+    </message>
+    <message>
+        <source>so much was there already that the changes are not judged</source>
+        <translation>war schon so viel vorhanden, dass die Änderungen nicht beurteilt werden</translation>
+    </message>
+    <message>
+        <source>the document was changed</source>
+        <translation>wurde das Dokument geändert</translation>
+    </message>
+    <message>
+        <source>the page has too much text on it to be searched</source>
+        <translation>auf der Seite steht zu viel Text, um sie zu durchsuchen</translation>
+    </message>
+    <message>
+        <source>an empty text is everywhere</source>
+        <translation>ein leerer Text ist überall</translation>
+    </message>
+    <message>
+        <source>a signature cannot stand behind the text &apos;%1&apos; as it is drawn</source>
+        <translation>hinter dem Text „%1“, so wie er gezeichnet ist, kann keine Unterschrift stehen</translation>
+    </message>
+    <message>
+        <source>the text &apos;%1&apos; is not found</source>
+        <translation>der Text „%1“ kommt nicht vor</translation>
+    </message>
+    <message>
+        <source>the text &apos;%1&apos; is not found; not all that the document shows can be read as text</source>
+        <translation>der Text „%1“ kommt nicht vor; nicht alles, was das Dokument zeigt, ist als Text lesbar</translation>
+    </message>
+    <message>
+        <source>the text &apos;%1&apos; is there %2 times; use a longer one, or --at</source>
+        <translation>der Text „%1“ kommt %2-mal vor; nehmen Sie einen längeren oder --at</translation>
+    </message>
+    <message>
+        <source>the document is damaged: it does not tell where its cross-reference is</source>
+        <translation>das Dokument ist beschädigt: es sagt nicht, wo seine Querverweistabelle ist</translation>
+    </message>
+    <message>
+        <source>there are no random numbers</source>
+        <translation>es gibt keine Zufallszahlen</translation>
+    </message>
+    <message>
+        <source>the document is damaged: it has no cross-reference where it says</source>
+        <translation>das Dokument ist beschädigt: wo es seine Querverweistabelle angibt, ist keine</translation>
+    </message>
+    <message>
+        <source>the document has no numbers left for further objects</source>
+        <translation>das Dokument hat keine Nummern für weitere Objekte mehr</translation>
+    </message>
+    <message>
+        <source>the document is damaged: one object is two</source>
+        <translation>das Dokument ist beschädigt: ein Objekt ist zweierlei</translation>
+    </message>
+    <message>
+        <source>the document is too large</source>
+        <translation>das Dokument ist zu groß</translation>
+    </message>
+    <message>
+        <source>the signature is longer than the room for it</source>
+        <translation>die Signatur ist länger als der Platz für sie</translation>
+    </message>
+    <message>
+        <source>the sealed ink is not in a form that this version knows</source>
+        <translation>die versiegelte Tinte hat eine Form, die diese Version nicht kennt</translation>
+    </message>
+    <message>
+        <source>what the ink is to be sealed for is no certificate in PEM</source>
+        <translation>wofür die Tinte versiegelt werden soll, ist kein Zertifikat in PEM</translation>
+    </message>
+    <message>
+        <source>the ink cannot be sealed for this certificate: %1</source>
+        <translation>die Tinte lässt sich für dieses Zertifikat nicht versiegeln: %1</translation>
+    </message>
+    <message>
+        <source>the private key is not in PEM, or it has a password</source>
+        <translation>der private Schlüssel ist nicht in PEM, oder er hat ein Passwort</translation>
+    </message>
+    <message>
+        <source>the private key is not in PEM, or the password is not its own</source>
+        <translation>der private Schlüssel ist nicht in PEM, oder das Passwort ist nicht seines</translation>
+    </message>
+    <message>
+        <source>the ink cannot be sealed: %1</source>
+        <translation>die Tinte lässt sich nicht versiegeln: %1</translation>
+    </message>
+    <message>
+        <source>the sealed ink is not AuthEnvelopedData</source>
+        <translation>die versiegelte Tinte ist kein AuthEnvelopedData</translation>
+    </message>
+    <message>
+        <source>the sealed ink cannot be opened: it was changed, or is for another key</source>
+        <translation>die versiegelte Tinte lässt sich nicht öffnen: sie wurde geändert oder ist für einen anderen Schlüssel</translation>
+    </message>
+    <message>
+        <source>the sealed ink was made for another document</source>
+        <translation>die versiegelte Tinte gehört zu einem anderen Dokument</translation>
+    </message>
+    <message>
+        <source>the sealed ink was made for an earlier revision of the document</source>
+        <translation>die versiegelte Tinte gehört zu einer früheren Fassung des Dokuments</translation>
+    </message>
+    <message>
+        <source>the sealed ink cannot be read: %1</source>
+        <translation>die versiegelte Tinte lässt sich nicht lesen: %1</translation>
+    </message>
+    <message>
+        <source>the certificate is not a PKCS#12 file</source>
+        <translation>das Zertifikat ist keine PKCS#12-Datei</translation>
+    </message>
+    <message>
+        <source>it is not valid yet</source>
+        <translation>es ist noch nicht gültig</translation>
+    </message>
+    <message>
+        <source>it has expired</source>
+        <translation>es ist abgelaufen</translation>
+    </message>
+    <message>
+        <source>it is not meant for signatures</source>
+        <translation>es ist nicht für Signaturen bestimmt</translation>
+    </message>
+    <message>
+        <source>the signature cannot be made</source>
+        <translation>die Signatur lässt sich nicht erzeugen</translation>
+    </message>
+    <message>
+        <source>the certificate&apos;s file has a password</source>
+        <translation>die Datei des Zertifikats hat ein Passwort</translation>
+    </message>
+    <message>
+        <source>the password is not that of the certificate&apos;s file</source>
+        <translation>das Passwort ist nicht das der Zertifikatsdatei</translation>
+    </message>
+    <message>
+        <source>the certificate&apos;s file cannot be read</source>
+        <translation>die Datei des Zertifikats lässt sich nicht lesen</translation>
+    </message>
+    <message>
+        <source>the certificate&apos;s file lacks the private key or its certificate</source>
+        <translation>der Datei des Zertifikats fehlt der private Schlüssel oder dessen Zertifikat</translation>
+    </message>
+    <message>
+        <source>the certificate cannot be used: %1</source>
+        <translation>das Zertifikat ist nicht verwendbar: %1</translation>
+    </message>
+    <message>
+        <source>the signature is longer than the place for it</source>
+        <translation>die Signatur ist länger als die Stelle für sie</translation>
+    </message>
+    <message>
+        <source>its /ByteRange does not name two ranges</source>
+        <translation>ihr /ByteRange nennt nicht zwei Bereiche</translation>
+    </message>
+    <message>
+        <source>its /ByteRange is not made of sizes</source>
+        <translation>ihr /ByteRange besteht nicht aus Größen</translation>
+    </message>
+    <message>
+        <source>what it covers does not begin with the file</source>
+        <translation>was sie abdeckt, beginnt nicht mit der Datei</translation>
+    </message>
+    <message>
+        <source>the ranges that it covers overlap</source>
+        <translation>die Bereiche, die sie abdeckt, überlappen sich</translation>
+    </message>
+    <message>
+        <source>it covers more than there is: the file is cut off</source>
+        <translation>sie deckt mehr ab, als da ist: die Datei ist abgeschnitten</translation>
+    </message>
+    <message>
+        <source>what it leaves out is more than the signature</source>
+        <translation>was sie auslässt, ist mehr als die Signatur</translation>
+    </message>
+    <message>
+        <source>what it leaves out is another signature</source>
+        <translation>was sie auslässt, ist eine andere Signatur</translation>
+    </message>
+    <message>
+        <source>it is too long</source>
+        <translation>sie ist zu lang</translation>
+    </message>
+    <message>
+        <source>it is no CMS signature</source>
+        <translation>sie ist keine CMS-Signatur</translation>
+    </message>
+    <message>
+        <source>something else stands behind it in its place</source>
+        <translation>hinter ihr steht an ihrer Stelle noch etwas anderes</translation>
+    </message>
+    <message>
+        <source>it holds what it signs instead of the document&apos;s digest</source>
+        <translation>sie enthält, was sie unterschreibt, statt des Hashwerts des Dokuments</translation>
+    </message>
+    <message>
+        <source>its digest is of a kind that is not safe or not known</source>
+        <translation>ihr Hashwert ist von einer unsicheren oder unbekannten Art</translation>
+    </message>
+    <message>
+        <source>it does not say which certificate it was made with</source>
+        <translation>sie sagt nicht, mit welchem Zertifikat sie erzeugt wurde</translation>
+    </message>
+    <message>
+        <source>it was made with another certificate than the one that it brings</source>
+        <translation>sie wurde mit einem anderen Zertifikat erzeugt als dem, das sie mitbringt</translation>
+    </message>
+    <message>
+        <source>the document was changed after it</source>
+        <translation>das Dokument wurde nach ihr geändert</translation>
+    </message>
+    <message>
+        <source>the key of its certificate cannot be read</source>
+        <translation>der Schlüssel ihres Zertifikats ist nicht lesbar</translation>
+    </message>
+    <message>
+        <source>it was changed, or made with another key than its certificate&apos;s</source>
+        <translation>sie wurde geändert oder mit einem anderen Schlüssel als dem ihres Zertifikats erzeugt</translation>
+    </message>
+    <message>
+        <source>it is not one over a document</source>
+        <translation>sie gilt keinem Dokument</translation>
+    </message>
+    <message>
+        <source>there is no certificate in PEM among what is to be trusted</source>
+        <translation>unter dem, dem vertraut werden soll, ist kein Zertifikat in PEM</translation>
+    </message>
+    <message>
+        <source>its certificate is not meant for signatures</source>
+        <translation>ihr Zertifikat ist nicht für Signaturen bestimmt</translation>
+    </message>
+    <message>
+        <source>it is not of exactly one signer</source>
+        <translation>sie stammt nicht von genau einer Person</translation>
+    </message>
+    <message>
+        <source>the signer&apos;s certificate is missing</source>
+        <translation>das Zertifikat der unterzeichnenden Person fehlt</translation>
+    </message>
+    <message>
+        <source>what it says stands apart from it</source>
+        <translation>was sie aussagt, steht getrennt von ihr</translation>
+    </message>
+    <message>
+        <source>what it says was changed after it</source>
+        <translation>was sie aussagt, wurde nach ihr geändert</translation>
+    </message>
+    <message>
+        <source>what it covers does not have it as a signature</source>
+        <translation>was sie abdeckt, enthält sie nicht als Signatur</translation>
+    </message>
+    <message>
+        <source>it certifies the document against that, but afterwards %1</source>
+        <translation>sie zertifiziert das Dokument dagegen, doch danach %1</translation>
+    </message>
+    <message>
+        <source>it locks fields, but afterwards %1</source>
+        <translation>sie sperrt Felder, doch danach %1</translation>
+    </message>
+    <message>
+        <source>what was changed after it cannot be judged: %1</source>
+        <translation>was nach ihr geändert wurde, lässt sich nicht beurteilen: %1</translation>
+    </message>
+    <message>
+        <source>it is no dictionary</source>
+        <translation>sie ist kein Dictionary</translation>
+    </message>
+    <message>
+        <source>it is of a kind that is not known here: %1</source>
+        <translation>sie ist von einer hier unbekannten Art: %1</translation>
+    </message>
+    <message>
+        <source>none named</source>
+        <translation>keine genannt</translation>
+    </message>
+    <message>
+        <source>it has no /Contents</source>
+        <translation>sie hat kein /Contents</translation>
+    </message>
+    <message>
+        <source>the sealed ink is not within what was signed</source>
+        <translation>die versiegelte Tinte liegt nicht in dem, was unterschrieben wurde</translation>
+    </message>
+    <message>
+        <source>it has too many signatures to verify them all</source>
+        <translation>es hat zu viele Signaturen, um alle zu prüfen</translation>
+    </message>
+    <message>
+        <source>it is in several fields</source>
+        <translation>sie steht in mehreren Feldern</translation>
+    </message>
+    <message>
+        <source>there is sealed ink in several places; name the field</source>
+        <translation>versiegelte Tinte steht an mehreren Stellen; nennen Sie das Feld</translation>
+    </message>
+    <message>
+        <source>the signature %1 is not valid: %2</source>
+        <translation>die Signatur %1 ist nicht gültig: %2</translation>
+    </message>
+    <message>
+        <source>there is no sealed ink</source>
+        <translation>es gibt keine versiegelte Tinte</translation>
+    </message>
+    <message>
+        <source>there is no sealed ink in the field %1</source>
+        <translation>im Feld %1 gibt es keine versiegelte Tinte</translation>
+    </message>
+    <message>
+        <source>it is damaged</source>
+        <translation>sie ist beschädigt</translation>
+    </message>
+</context>
+<context>
     <name>Simulator</name>
     <message>
         <source>standard output</source>
@@ -1911,6 +2446,341 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     <message>
         <source>the pad does not answer any more; nothing is saved</source>
         <translation>das Pad antwortet nicht mehr; es wird nichts gespeichert</translation>
+    </message>
+    <message>
+        <source>Put a signature into a PDF document.</source>
+        <translation>Setzt eine Unterschrift in ein PDF-Dokument.</translation>
+    </message>
+    <message>
+        <source>The document&apos;s signature fields: pages, places, whether they are signed.</source>
+        <translation>Die Unterschriftsfelder des Dokuments: Seiten, Orte, ob sie unterschrieben sind.</translation>
+    </message>
+    <message>
+        <source>What each signature covers, who made it, and whether it is valid.</source>
+        <translation>Was jede Signatur abdeckt, von wem sie ist und ob sie gültig ist.</translation>
+    </message>
+    <message>
+        <source>Write the ink that was sealed for the holder of a key.</source>
+        <translation>Schreibt die Tinte, die für den Inhaber eines Schlüssels versiegelt wurde.</translation>
+    </message>
+    <message>
+        <source>Usage: scribera-sign DOCUMENT -o FILE [options]
+       scribera-sign COMMAND [options] DOCUMENT
+Puts a handwritten signature into a PDF document and seals it with a certificate.
+
+</source>
+        <translation>Aufruf: scribera-sign DOKUMENT -o DATEI [Optionen]
+        scribera-sign BEFEHL [Optionen] DOKUMENT
+Setzt eine handschriftliche Unterschrift in ein PDF-Dokument und versiegelt es mit einem Zertifikat.
+
+</translation>
+    </message>
+    <message>
+        <source>&apos;scribera-sign COMMAND --help&apos; tells its options; --version the version.
+Exit code: 0 done, 1 failure, 2 wrong usage, 3 cancelled, 4 nobody confirmed in time, 5 nothing written on the pad. Ctrl-C drops what was begun and ends by the signal.
+</source>
+        <translation>„scribera-sign BEFEHL --help“ nennt dessen Optionen, --version die Version.
+Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat rechtzeitig bestätigt, 5 nichts auf dem Pad geschrieben. Strg-C verwirft Begonnenes und endet durch das Signal.
+</translation>
+    </message>
+    <message>
+        <source>PDF document.</source>
+        <translation>PDF-Dokument.</translation>
+    </message>
+    <message>
+        <source>no document named</source>
+        <translation>kein Dokument angegeben</translation>
+    </message>
+    <message>
+        <source>cannot be used: %1</source>
+        <translation>nicht verwendbar: %1</translation>
+    </message>
+    <message>
+        <source>it is no regular file</source>
+        <translation>es ist keine gewöhnliche Datei</translation>
+    </message>
+    <message>
+        <source>%1 is read, and stays as it is</source>
+        <translation>%1 wird gelesen und bleibt, wie es ist</translation>
+    </message>
+    <message>
+        <source>one of --at, --after and --field says where the signature goes</source>
+        <translation>genau eines von --at, --after und --field sagt, wohin die Unterschrift kommt</translation>
+    </message>
+    <message>
+        <source>--field is a field&apos;s name, and has its own page and width</source>
+        <translation>--field ist der Name eines Feldes, das seine eigene Seite und Breite hat</translation>
+    </message>
+    <message>
+        <source>--after is empty</source>
+        <translation>--after ist leer</translation>
+    </message>
+    <message>
+        <source>--password-file is of --certificate</source>
+        <translation>--password-file gehört zu --certificate</translation>
+    </message>
+    <message>
+        <source>--show %1 needs --%1</source>
+        <translation>--show %1 braucht --%1</translation>
+    </message>
+    <message>
+        <source>one of --pad and --ink says where the ink comes from</source>
+        <translation>genau eines von --pad und --ink sagt, woher die Tinte kommt</translation>
+    </message>
+    <message>
+        <source>--%1 is of --pad</source>
+        <translation>--%1 gehört zu --pad</translation>
+    </message>
+    <message>
+        <source>--model is of --ink; --pad names the pad itself</source>
+        <translation>--model gehört zu --ink; --pad nennt das Pad selbst</translation>
+    </message>
+    <message>
+        <source>File whose first line opens the document.</source>
+        <translation>Datei, deren erste Zeile das Dokument öffnet.</translation>
+    </message>
+    <message>
+        <source>The signed document.</source>
+        <translation>Das unterschriebene Dokument.</translation>
+    </message>
+    <message>
+        <source>From 1. Default 1 with --at, all with --after.</source>
+        <translation>Ab 1. Vorgabe 1 mit --at, alle mit --after.</translation>
+    </message>
+    <message>
+        <source>Upper left corner of the signature, in points from that of the page.</source>
+        <translation>Obere linke Ecke der Unterschrift, in Punkt ab der der Seite.</translation>
+    </message>
+    <message>
+        <source>Room for the ink in points, default 180. What is written on all of the pad fills it.</source>
+        <translation>Platz für die Tinte in Punkt, Vorgabe 180. Was das ganze Pad füllt, füllt auch ihn.</translation>
+    </message>
+    <message>
+        <source>Text behind which the signature stands, on its line. It must be there once.</source>
+        <translation>Text, hinter dem die Unterschrift steht, auf seiner Zeile. Er muss genau einmal vorkommen.</translation>
+    </message>
+    <message>
+        <source>Signature field that is filled.</source>
+        <translation>Unterschriftsfeld, das gefüllt wird.</translation>
+    </message>
+    <message>
+        <source>Sign now, on this pad.</source>
+        <translation>Jetzt auf diesem Pad unterschreiben.</translation>
+    </message>
+    <message>
+        <source>Wait no longer than this for the signature.</source>
+        <translation>Nicht länger als diese Zeit auf die Unterschrift warten.</translation>
+    </message>
+    <message>
+        <source>Ink packet stream to draw; - is standard input.</source>
+        <translation>Zu zeichnender Tintenstrom; - ist die Standardeingabe.</translation>
+    </message>
+    <message>
+        <source>The pad that --ink is from, default K210.</source>
+        <translation>Das Pad, von dem --ink stammt, Vorgabe K210.</translation>
+    </message>
+    <message>
+        <source>Lines below the ink: name, date, reason, separated by commas.</source>
+        <translation>Zeilen unter der Tinte: name, date, reason, durch Kommas getrennt.</translation>
+    </message>
+    <message>
+        <source>PKCS#12 file whose key seals the document. Without one it is only marked.</source>
+        <translation>PKCS#12-Datei, deren Schlüssel das Dokument versiegelt. Ohne sie wird es nur markiert.</translation>
+    </message>
+    <message>
+        <source>File whose first line opens the certificate&apos;s.</source>
+        <translation>Datei, deren erste Zeile die des Zertifikats öffnet.</translation>
+    </message>
+    <message>
+        <source>Who signs, default what the certificate says.</source>
+        <translation>Wer unterschreibt, Vorgabe wie im Zertifikat.</translation>
+    </message>
+    <message>
+        <source>Why.</source>
+        <translation>Warum.</translation>
+    </message>
+    <message>
+        <source>Where.</source>
+        <translation>Wo.</translation>
+    </message>
+    <message>
+        <source>Certificate in PEM whose key alone shall read the ink in the document.</source>
+        <translation>Zertifikat in PEM, dessen Schlüssel allein die Tinte im Dokument lesen soll.</translation>
+    </message>
+    <message>
+        <source>%1: page %2, field %3, sealed by %4</source>
+        <translation>%1: Seite %2, Feld %3, versiegelt von %4</translation>
+    </message>
+    <message>
+        <source>%1: page %2, marked. This is no seal: without --certificate nothing shows later changes. The signatures in the document do not cover it.</source>
+        <translation>%1: Seite %2, markiert. Das ist kein Siegel: Ohne --certificate zeigt nichts spätere Änderungen an. Die Signaturen im Dokument decken es nicht ab.</translation>
+    </message>
+    <message>
+        <source>%1: page %2, marked. This is no seal: without --certificate nothing shows later changes.</source>
+        <translation>%1: Seite %2, markiert. Das ist kein Siegel: Ohne --certificate zeigt nichts spätere Änderungen an.</translation>
+    </message>
+    <message>
+        <source>the ink of a mark. Nobody signed it: anybody may have put it there</source>
+        <translation>die Tinte einer Markierung. Niemand hat sie signiert: jeder kann sie dort hingesetzt haben</translation>
+    </message>
+    <message>
+        <source>the ink of the field %1, signed by %2; the signature is valid</source>
+        <translation>die Tinte des Feldes %1, signiert von %2; die Signatur ist gültig</translation>
+    </message>
+    <message>
+        <source>the ink of the field %1, signed by %2; the signature is valid, and the document was changed afterwards</source>
+        <translation>die Tinte des Feldes %1, signiert von %2; die Signatur ist gültig, und das Dokument wurde danach geändert</translation>
+    </message>
+    <message>
+        <source>Private key in PEM, of the certificate that the ink was sealed for.</source>
+        <translation>Privater Schlüssel in PEM zu dem Zertifikat, für das die Tinte versiegelt wurde.</translation>
+    </message>
+    <message>
+        <source>File whose first line is the password of the key.</source>
+        <translation>Datei, deren erste Zeile das Passwort des Schlüssels ist.</translation>
+    </message>
+    <message>
+        <source>File for the ink.</source>
+        <translation>Datei für die Tinte.</translation>
+    </message>
+    <message>
+        <source>Of several signatures with sealed ink, the one of this field.</source>
+        <translation>Von mehreren Signaturen mit versiegelter Tinte die dieses Feldes.</translation>
+    </message>
+    <message>
+        <source>--%1 is missing</source>
+        <translation>--%1 fehlt</translation>
+    </message>
+    <message>
+        <source>it has no signature</source>
+        <translation>es hat keine Signatur</translation>
+    </message>
+    <message>
+        <source>signature %1 is not valid</source>
+        <translation>die Signatur %1 ist nicht gültig</translation>
+    </message>
+    <message>
+        <source>signature %1 is not trusted</source>
+        <translation>der Signatur %1 wird nicht vertraut</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n bytes were appended after the last signature</source>
+        <translation>
+            <numerusform>%n Byte wurde nach der letzten Signatur angehängt</numerusform>
+            <numerusform>%n Bytes wurden nach der letzten Signatur angehängt</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>the whole file</source>
+        <translation>die ganze Datei</translation>
+    </message>
+    <message>
+        <source>unknown</source>
+        <translation>unbekannt</translation>
+    </message>
+    <message>
+        <source>revision %1, the first %2 of %3 bytes</source>
+        <translation>Fassung %1, die ersten %2 von %3 Bytes</translation>
+    </message>
+    <message>
+        <source>Signature %1, page %2</source>
+        <translation>Signatur %1, Seite %2</translation>
+    </message>
+    <message>
+        <source>Signature %1, on no page</source>
+        <translation>Signatur %1, auf keiner Seite</translation>
+    </message>
+    <message>
+        <source>result:</source>
+        <translation>Ergebnis:</translation>
+    </message>
+    <message>
+        <source>valid</source>
+        <translation>gültig</translation>
+    </message>
+    <message>
+        <source>NOT VALID: %1</source>
+        <translation>NICHT GÜLTIG: %1</translation>
+    </message>
+    <message>
+        <source>covers:</source>
+        <translation>umfasst:</translation>
+    </message>
+    <message>
+        <source>later:</source>
+        <translation>später:</translation>
+    </message>
+    <message>
+        <source>what it allows to be changed</source>
+        <translation>Änderungen, die sie erlaubt</translation>
+    </message>
+    <message>
+        <source>any changes; it does not limit them</source>
+        <translation>beliebige Änderungen; sie beschränkt sie nicht</translation>
+    </message>
+    <message>
+        <source>signer:</source>
+        <translation>Person:</translation>
+    </message>
+    <message>
+        <source>issuer:</source>
+        <translation>Aussteller:</translation>
+    </message>
+    <message>
+        <source>serial:</source>
+        <translation>Seriennr.:</translation>
+    </message>
+    <message>
+        <source>trust:</source>
+        <translation>Vertrauen:</translation>
+    </message>
+    <message>
+        <source>trusted</source>
+        <translation>vertraut</translation>
+    </message>
+    <message>
+        <source>NOT TRUSTED: %1</source>
+        <translation>NICHT VERTRAUT: %1</translation>
+    </message>
+    <message>
+        <source>not checked</source>
+        <translation>nicht geprüft</translation>
+    </message>
+    <message>
+        <source>time:</source>
+        <translation>Zeit:</translation>
+    </message>
+    <message>
+        <source>name:</source>
+        <translation>Name:</translation>
+    </message>
+    <message>
+        <source>reason:</source>
+        <translation>Grund:</translation>
+    </message>
+    <message>
+        <source>location:</source>
+        <translation>Ort:</translation>
+    </message>
+    <message>
+        <source>THE DOCUMENT IS NOT SIGNED.</source>
+        <translation>DAS DOKUMENT IST NICHT SIGNIERT.</translation>
+    </message>
+    <message>
+        <source>The document is as it was signed.</source>
+        <translation>Das Dokument ist so, wie es signiert wurde.</translation>
+    </message>
+    <message>
+        <source>THE DOCUMENT IS NOT AS IT WAS SIGNED: %1.</source>
+        <translation>DAS DOKUMENT IST NICHT SO, WIE ES SIGNIERT WURDE: %1.</translation>
+    </message>
+    <message>
+        <source>Certificates in PEM to trust: a signer&apos;s must come from one of them, or be one.</source>
+        <translation>Zertifikate in PEM, denen vertraut wird: das einer Signatur muss von einem davon stammen oder eines sein.</translation>
+    </message>
+    <message>
+        <source>For programs.</source>
+        <translation>Für Programme.</translation>
     </message>
 </context>
 <context>

@@ -5,13 +5,21 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QIcon>
+#include <QLibraryInfo>
 #include <QTimer>
+#include <QTranslator>
 
 #include <algorithm>
 #include <cstdio>
 #include <memory>
 
 namespace {
+
+// For texts that belong to no window.
+class Program
+{
+    Q_DECLARE_TR_FUNCTIONS(Program)
+};
 
 enum ExitCode
 {
@@ -29,6 +37,8 @@ int complain(const QString& reason, ExitCode code)
 // What the command line wants done by itself; ends the program when all of it is.
 class Script : public QObject
 {
+    Q_DECLARE_TR_FUNCTIONS(Script)
+
 public:
     Script(MainWindow& window, const QString& folder, const QString& picture, double pictureAfter)
         : m_window(window), m_folder(folder), m_picture(picture)
@@ -100,6 +110,24 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv)
     return application;
 }
 
+// The language of the person's desktop, where there is a catalogue for it; English otherwise.
+void loadCatalogues()
+{
+    static QTranslator ofQt;
+    static QTranslator own;
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    const QString folder = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+#else
+    const QString folder = QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+#endif
+    if (!own.load(QLocale(), QStringLiteral("scribera-demo-host"), QStringLiteral("_"),
+                  QStringLiteral(":/translations")))
+        return;
+    if (ofQt.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"), folder))
+        QCoreApplication::installTranslator(&ofQt); // for the dialogs that are Qt's
+    QCoreApplication::installTranslator(&own);
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -107,22 +135,23 @@ int main(int argc, char* argv[])
     const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("scribera-demo-host"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SCRIBERA_VERSION));
+    loadCatalogues();
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("A bank's counter with a signature pad."));
+    parser.setApplicationDescription(Program::tr("A bank's counter with a signature pad."));
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version = parser.addVersionOption();
     const QString models = PadSession::models().join(QLatin1String(", "));
-    const QCommandLineOption model(QStringLiteral("model"), QStringLiteral("The pad: %1.").arg(models),
+    const QCommandLineOption model(QStringLiteral("model"), Program::tr("The pad: %1.").arg(models),
                                    QStringLiteral("model"), QStringLiteral("K210"));
     const QCommandLineOption autoSave(QStringLiteral("auto-save"),
-                                      QStringLiteral("On confirm, save the signature in every form and end."),
+                                      Program::tr("On confirm, save the signature in every form and end."),
                                       QStringLiteral("folder"));
     const QCommandLineOption screenshot(QStringLiteral("screenshot"),
-                                        QStringLiteral("Save a picture of the window and end."),
+                                        Program::tr("Save a picture of the window and end."),
                                         QStringLiteral("file"));
     const QCommandLineOption after(QStringLiteral("after"),
-                                   QStringLiteral("When to take it: 'confirm', or seconds (default 1)."),
+                                   Program::tr("When to take it: 'confirm', or seconds (default 1)."),
                                    QStringLiteral("moment"), QStringLiteral("1"));
     parser.addOptions({model, autoSave, screenshot, after});
 
@@ -134,20 +163,19 @@ int main(int argc, char* argv[])
         return Done;
     }
     if (!parser.positionalArguments().isEmpty())
-        return complain(QStringLiteral("unexpected: ") + parser.positionalArguments().constFirst(),
+        return complain(Program::tr("unexpected: %1").arg(parser.positionalArguments().constFirst()),
                         WrongUsage);
     if (!PadSession::models().contains(parser.value(model)))
-        return complain(QStringLiteral("--model %1 is none of %2").arg(parser.value(model), models),
-                        WrongUsage);
+        return complain(Program::tr("--model %1 is none of %2").arg(parser.value(model), models), WrongUsage);
     bool isNumber = true;
     const bool atConfirm = parser.value(after) == QLatin1String("confirm");
     const double seconds = atConfirm ? -1 : parser.value(after).toDouble(&isNumber);
     if (!isNumber || (!atConfirm && !(seconds >= 0 && seconds <= 3600)))
         return complain(
-            QStringLiteral("--after %1 is neither 'confirm' nor 0 to 3600 seconds").arg(parser.value(after)),
+            Program::tr("--after %1 is neither 'confirm' nor 0 to 3600 seconds").arg(parser.value(after)),
             WrongUsage);
     if (parser.isSet(autoSave) && !QDir().mkpath(parser.value(autoSave)))
-        return complain(QStringLiteral("cannot make the folder ") + parser.value(autoSave), Failed);
+        return complain(Program::tr("cannot make the folder %1").arg(parser.value(autoSave)), Failed);
 
     MainWindow window(parser.value(model));
     const Script script(window, parser.value(autoSave), parser.value(screenshot), seconds);

@@ -131,7 +131,7 @@ QWidget* MainWindow::makeForm()
         {tr("Account holder"), tr("Ada Winterfeld")},
         {tr("Account"), tr("4402 1187 2065")},
         {tr("Overdraft"), tr("up to 1,500.00")},
-        {tr("Date"), QLocale().toString(QDate::currentDate(), QStringLiteral("d MMMM yyyy"))}};
+        {tr("Date"), QLocale().toString(QDate::currentDate(), tr("d MMMM yyyy", "date, in Qt's letters"))}};
     int place = 0;
     for (const auto& [name, value] : rows) {
         facts->addWidget(label(name, "factName"), 0, place);
@@ -154,6 +154,7 @@ QWidget* MainWindow::makeForm()
 
     m_stateLine = label({}, "state");
     m_stateLine->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // no text widens the window
+    m_stateLine->setWordWrap(true);                                           // and none is cut off
     m_clear = button(tr("Clear and &retry"), "clear", tr("Takes the signature off the form and the pad"));
     m_confirm = button(tr("&Confirm"), "confirm", tr("Accepts the signature, as the pad's confirm key does"));
     auto* const bottom = new QHBoxLayout;
@@ -178,14 +179,15 @@ QWidget* MainWindow::makePenBox()
     m_pressure->setToolTip(tr("Harder strokes are drawn wider"));
     auto* const colors = new QButtonGroup(this);
     auto* const swatches = new QHBoxLayout;
-    const std::pair<QString, QColor> inks[] = {{tr("Black"), Qt::black},
-                                               {tr("Blue"), QColor(0x10, 0x35, 0x9c)},
-                                               {tr("Green"), QColor(0x0b, 0x6b, 0x3a)}};
-    for (const auto& [name, color] : inks) {
+    const std::tuple<const char*, QString, QColor> inks[] = {
+        {"Black", tr("Black"), Qt::black},
+        {"Blue", tr("Blue"), QColor(0x10, 0x35, 0x9c)},
+        {"Green", tr("Green"), QColor(0x0b, 0x6b, 0x3a)}};
+    for (const auto& [name, text, color] : inks) {
         auto* const swatch = new QToolButton;
-        swatch->setObjectName(name);
-        swatch->setAccessibleName(name);
-        swatch->setToolTip(name);
+        swatch->setObjectName(QLatin1String(name));
+        swatch->setAccessibleName(text);
+        swatch->setToolTip(text);
         swatch->setCheckable(true);
         swatch->setFocusPolicy(Qt::StrongFocus);
         swatch->setStyleSheet(QStringLiteral("background: %1").arg(color.name()));
@@ -213,7 +215,6 @@ QWidget* MainWindow::makePenBox()
 QWidget* MainWindow::makeSettings()
 {
     auto* const side = new QWidget;
-    side->setFixedWidth(282);
     auto* const column = new QVBoxLayout(side);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(10);
@@ -270,6 +271,7 @@ QWidget* MainWindow::makeSettings()
     column->addWidget(m_save);
     column->addWidget(m_document);
     connect(load, &QPushButton::clicked, this, &MainWindow::loadInk);
+    side->setFixedWidth(std::max(282, side->sizeHint().width())); // languages differ in length
     return side;
 }
 
@@ -341,7 +343,7 @@ void MainWindow::setState(State state)
 void MainWindow::showPoints()
 {
     const int points = m_session.isOpen() ? m_session.points() : m_signature.points;
-    m_count->setText(points == 1 ? tr("1 point") : tr("%1 points").arg(points));
+    m_count->setText(points == 1 ? tr("1 point") : tr("%n points", nullptr, points));
     if (m_session.isOpen())
         m_panel->setInk(points > 0);
 }

@@ -20,7 +20,8 @@ ReplayView::ReplayView(const QByteArray& text, QWidget* parent)
     m_play->setToolTip(tr("Plays the signature at the speed at which it was written"));
     m_position->setToolTip(tr("Moment of the signature"));
     m_position->setAccessibleName(tr("Moment"));
-    m_time->setMinimumWidth(m_time->fontMetrics().horizontalAdvance(QStringLiteral("00.0 of 00.0 s  ")));
+    m_time->setMinimumWidth(m_time->fontMetrics().horizontalAdvance(
+        tr("%L1 of %L2 s").arg(QStringLiteral("00.0"), QStringLiteral("00.0")) + QStringLiteral("  ")));
     auto* const save = new QPushButton(tr("&Export…"));
     save->setToolTip(tr("Saves this ink packet stream as a file"));
     auto* const controls = new QHBoxLayout;
@@ -74,7 +75,7 @@ void ReplayView::setMillisecond(int millisecond)
     m_millisecond = millisecond;
     m_position->setValue(millisecond);
     m_time->setText(
-        tr("%1 of %2 s").arg(millisecond / 1000.0, 0, 'f', 1).arg(duration() / 1000.0, 0, 'f', 1));
+        tr("%L1 of %L2 s").arg(millisecond / 1000.0, 0, 'f', 1).arg(duration() / 1000.0, 0, 'f', 1));
     update();
 }
 

@@ -88,7 +88,7 @@ const std::vector<Row>& table()
           "drivers/simulator/virtualpad", "tools", "tools/sign", "web/bridge"}},
         {"tests",
          {"include", "src/ink", "src/model", "drivers/pen", "drivers/simulator",
-          "drivers/simulator/virtualpad", "examples", "tools", "tools/pad", "tests/host"},
+          "drivers/simulator/virtualpad", "examples", "tools", "tools/pad", "translations", "tests/host"},
          true},
         {"tests/host", {"include", "src/model", "drivers/simulator"}, true},
         {"tests/unit",

@@ -31,7 +31,12 @@ def translate(message: xml.Element) -> None:
     translation = message.find("translation")
     assert translation is not None
     translation.clear()
-    text = "RTL" if source == "QT_LAYOUT_DIRECTION" else pseudo(source)
+    if source == "QT_LAYOUT_DIRECTION":
+        text = "RTL"
+    elif (message.findtext("comment") or "").startswith("date"):
+        text = f"{BEGIN}yyyy-MM-dd{END}"  # names of months are the locale's
+    else:
+        text = pseudo(source)
     if message.get("numerus") == "yes":
         for _ in range(2):
             xml.SubElement(translation, "numerusform").text = text

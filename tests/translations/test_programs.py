@@ -2,9 +2,11 @@
 
 from __future__ import annotations
 
+import json
 import os
 import re
 import subprocess
+import sys
 import tempfile
 from dataclasses import dataclass
 from pathlib import Path
@@ -13,8 +15,12 @@ import pytest
 
 from pseudo import BEGIN, END
 
+sys.path.append(str(Path(__file__).resolve().parents[1] / "sign"))
+from writer import document  # noqa: E402
+
 PROGRAMS = {name: os.environ[f"SCRIBERA_PROGRAM_{name.upper().replace('-', '_')}"]
-            for name in ("ink", "pad", "virtual-pad", "sim-generate", "sim-fingerprint", "sim-import")}
+            for name in ("ink", "pad", "virtual-pad", "sim-generate", "sim-fingerprint", "sim-import", "sign")
+            if f"SCRIBERA_PROGRAM_{name.upper().replace('-', '_')}" in os.environ}
 RECORDINGS = Path(__file__).resolve().parents[2] / "drivers" / "simulator" / "recordings"
 PATIENCE = 120
 RUNTIME_FOLDER = tempfile.TemporaryDirectory()  # without one, Qt complains
@@ -24,9 +30,10 @@ COMMANDS = {
     "ink": ("info", "plot", "to-json", "to-csv", "to-svg", "to-png", "to-pdf", "to-recording", "to-inkml",
             "to-iso19794-7", "from-json", "from-csv", "from-recording", "from-inkml", "from-iso19794-7"),
     "pad": ("list", "info", "watch", "record", "sign", "doctor"),
+    "sign": ("fields", "verify", "unseal"),
 }
 HELPS = [(name, "--help") for name in PROGRAMS] + [
-    (name, command, "--help") for name, commands in COMMANDS.items() for command in commands]
+    (name, command, "--help") for name, commands in COMMANDS.items() if name in PROGRAMS for command in commands]
 
 
 @dataclass
@@ -86,7 +93,7 @@ def test_help_is_wholly_translated(call: tuple[str, ...]) -> None:
     name, *arguments = call
     pseudo = run(name, *arguments, language=PSEUDO)
     assert (pseudo.code, pseudo.error) == (0, "")
-    assert words_left(pseudo.text, "scribera-" + name, "file", "FILE", *COMMANDS.get(name, ())) == []
+    assert words_left(pseudo.text, "scribera-" + name, "file", "FILE", "document", "DOCUMENT", *COMMANDS.get(name, ())) == []
     german = run(name, *arguments, language=GERMAN)
     assert (german.code, german.error) == (0, "")
     assert german.text.startswith("Aufruf: ")
@@ -172,7 +179,7 @@ def test_what_programs_read_is_the_same_in_every_language(call: tuple[str, ...],
     assert outputs.pop()
 
 
-@pytest.mark.parametrize("call", [
+COMPLAINTS = [
     ("ink",), ("ink", "draw"), ("ink", "info", "--nothing"), ("ink", "to-csv", "-o"), ("ink", "info", "a", "b"),
     ("ink", "to-svg"), ("ink", "to-svg", "--model", "K210", "--size", "9"), ("ink", "info", "/none"),
     ("ink", "from-csv", "/dev/null"), ("ink", "from-inkml", "NOTHING"), ("ink", "from-json", "NOTHING"),
@@ -184,7 +191,13 @@ def test_what_programs_read_is_the_same_in_every_language(call: tuple[str, ...],
     ("sim-generate",), ("sim-generate", "--style", "x"), ("sim-generate", "--style"), ("sim-generate", "x"),
     ("sim-generate", "--style", "flowing", "-o", "/none/x"),
     ("sim-fingerprint",), ("sim-fingerprint", "--pattern", "x"), ("sim-fingerprint", "--seed", "x"),
-    ("sim-import",), ("sim-import", "a", "b"), ("sim-import", "/none"), ("sim-import", "--x")], ids=" ".join)
+    ("sim-import",), ("sim-import", "a", "b"), ("sim-import", "/none"), ("sim-import", "--x"),
+    ("sign",), ("sign", "/none"), ("sign", "/none", "-o", "/tmp/x"), ("sign", "verify", "/dev/null"),
+    ("sign", "verify", "NOTHING"), ("sign", "NOTHING", "-o", "/none/x", "--at", "1,1", "--ink", "-"),
+    ("sign", "NOTHING", "-o", "x", "--at", "1", "--ink", "-"), ("sign", "fields", "a", "b"), ("sign", "unseal", "a")]
+
+
+@pytest.mark.parametrize("call", [call for call in COMPLAINTS if call[0] in PROGRAMS], ids=" ".join)
 def test_complaints_are_translated(call: tuple[str, ...], tmp_path: Path) -> None:
     nothing = tmp_path / "nothing"  # but well-formed: for what is not, Qt has words of its own
     nothing.write_text("{}" if "from-json" in call else "<nothing/>")
@@ -211,3 +224,18 @@ def test_what_scribera_pad_tells(tmp_path: Path) -> None:
     assert re.fullmatch(rf"K210: [1-9]\d* Punkte, [1-9]\d* Striche, \d+,\d Sekunden\n{target}\n", german.text)
     pseudo = run("pad", "info", "--driver", "simulated", language=PSEUDO).text
     assert words_left(pseudo, "Corvenna") == []
+
+
+@pytest.mark.skipif("sign" not in PROGRAMS, reason="it is not built")
+def test_what_scribera_sign_tells(tmp_path: Path, ink: bytes) -> None:
+    original, marked = tmp_path / "original.pdf", tmp_path / "marked.pdf"
+    original.write_bytes(document())
+    outcome = run("sign", original, "-o", marked, "--at", "60,250", "--ink", "-", language=GERMAN, stdin=ink)
+    assert outcome.code == 0, outcome.error
+    assert outcome.text == (f"{marked}: Seite 1, markiert. Das ist kein Siegel: Ohne --certificate zeigt nichts spätere "
+                            "Änderungen an.\n")
+    assert run("sign", "verify", marked, language=GERMAN).text == "DAS DOKUMENT IST NICHT SIGNIERT.\n"
+    assert words_left(run("sign", "verify", marked, language=PSEUDO).text) == []
+    reports = {run("sign", "verify", "--json", marked, language=language).output for language in ({}, GERMAN, PSEUDO)}
+    assert len(reports) == 1
+    assert json.loads(reports.pop())["fault"] == "it has no signature"

@@ -4,6 +4,7 @@
 #include "numbers.h"
 #include "refusal.h"
 #include "standard_fonts.h"
+#include "texts.h"
 
 #include <qpdf/QUtil.hh>
 
@@ -121,8 +122,9 @@ Layout Layout::at(const Page& page, const Place& corner, double areaHeightByWidt
     constexpr double slack = 0.01;
     if (corner.left < 0 || corner.top < 0 || corner.right() > page.width() + slack ||
         layout.m_room.height - layout.m_textHeight < leastInkHeight)
-        throw Refusal{"the signature would lie beyond the edge of the page, which is " +
-                      decimal(page.width(), 1) + " by " + decimal(page.height(), 1) + " points"};
+        throw Refusal{filled(
+            trText("Sign", "the signature would lie beyond the edge of the page, which is %1 by %2 points"),
+            {decimal(page.width(), 1), decimal(page.height(), 1)})};
     return layout;
 }
 
@@ -137,13 +139,13 @@ Layout Layout::behind(const Page& page, const TextEnd& text, double width, doubl
     layout.m_room.left = left;
     layout.m_room.width = std::min(width, page.width() - left);
     if (left < 0 || layout.m_room.width < leastInkWidth)
-        throw Refusal{"there is no room for a signature behind the text"};
+        throw Refusal{trText("Sign", "there is no room for a signature behind the text")};
     layout.setLines(lines, largestFont);
     const double inkHeight = std::min(layout.m_room.width * areaHeightByWidth, text.baseline);
     layout.m_room.top = text.baseline - inkHeight;
     layout.m_room.height = inkHeight + layout.m_textHeight;
     if (inkHeight < leastInkHeight || layout.m_room.bottom() > page.height())
-        throw Refusal{"there is no room for a signature behind the text"};
+        throw Refusal{trText("Sign", "there is no room for a signature behind the text")};
     return layout;
 }
 
@@ -165,20 +167,22 @@ void Layout::setLines(const std::vector<std::string>& lines, double largestSize)
     for (const std::string& line : lines) {
         std::string encoded;
         if (!QUtil::utf8_to_win_ansi(line, encoded))
-            throw Refusal{"the line below the signature has characters that its font lacks: " + line};
+            throw Refusal{
+                filled(trText("Sign", "the line below the signature has characters that its font lacks: %1"),
+                       {line})};
         m_fontSize = std::min(m_fontSize, m_room.width * 1000 /
                                               std::max(standardWidth("Helvetica", encoded).value_or(0), 1));
         m_lines.push_back(std::move(encoded));
     }
     if (!m_lines.empty() && m_fontSize < smallestFont)
-        throw Refusal{"there is no room for the lines below the signature"};
+        throw Refusal{trText("Sign", "there is no room for the lines below the signature")};
     m_textHeight = leading * m_fontSize * static_cast<double>(m_lines.size());
 }
 
 Appearance Layout::appearance(const Ink& ink) const
 {
     if (ink.segments.empty())
-        throw Refusal{"the ink has no strokes"};
+        throw Refusal{trText("Sign", "the ink has no strokes")};
     const Bounds bounds = boundsOf(ink);
     const double inkRoom = m_room.height - m_textHeight;
     const double scale = std::min({m_room.width / bounds.width(), inkRoom / bounds.height(),

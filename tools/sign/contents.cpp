@@ -1,6 +1,7 @@
 #include "contents.h"
 
 #include "refusal.h"
+#include "texts.h"
 
 #include <qpdf/Pipeline.hh>
 
@@ -18,12 +19,12 @@ constexpr std::size_t mostObjects = 4'000'000;
 
 Refusal tooMuch()
 {
-    return {"the pages have too much on them to be searched"};
+    return {trText("Sign", "the pages have too much on them to be searched")};
 }
 
 Refusal damaged()
 {
-    return {"the document is damaged: what is on its pages cannot be read"};
+    return {trText("Sign", "the document is damaged: what is on its pages cannot be read")};
 }
 
 class Collector : public Pipeline

@@ -1,6 +1,7 @@
 #include "crypto.h"
 
 #include "refusal.h"
+#include "texts.h"
 
 #include <openssl/err.h>
 #include <openssl/x509v3.h>
@@ -19,7 +20,7 @@ constexpr int fewestCurveBits = 256;
 Owned<BIO> reader(std::string_view bytes)
 {
     if (bytes.size() > INT_MAX)
-        throw Refusal{"more than 2 GB cannot be read at once"};
+        throw Refusal{trText("Sign", "more than 2 GB cannot be read at once")};
     Owned<BIO> bio(BIO_new_mem_buf(bytes.data(), static_cast<int>(bytes.size())));
     if (!bio)
         throw std::bad_alloc();
@@ -38,7 +39,7 @@ std::string derOf(const CMS_ContentInfo* cms)
     unsigned char* bytes = nullptr;
     const int size = i2d_CMS_ContentInfo(cms, &bytes);
     if (size < 0)
-        throw Refusal{"CMS cannot be written: " + cryptoError()};
+        throw Refusal{filled(trText("Sign", "CMS cannot be written: %1"), {cryptoError()})};
     std::string der(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
     OPENSSL_free(bytes);
     return der;
@@ -47,7 +48,7 @@ std::string derOf(const CMS_ContentInfo* cms)
 std::string cryptoError()
 {
     const char* reason = ERR_reason_error_string(ERR_peek_last_error());
-    std::string text = reason ? reason : "no reason given";
+    std::string text = reason ? reason : trText("Sign", "no reason given");
     ERR_clear_error();
     return text;
 }
@@ -58,16 +59,16 @@ std::string keyFault(EVP_PKEY* key)
     switch (EVP_PKEY_get_base_id(key)) {
     case EVP_PKEY_RSA:
         if (bits < fewestRsaBits)
-            return "its RSA key has only " + std::to_string(bits) + " bits, fewer than " +
-                   std::to_string(fewestRsaBits);
+            return filled(trText("Sign", "its RSA key has only %1 bits, fewer than %2"),
+                          {std::to_string(bits), std::to_string(fewestRsaBits)});
         return {};
     case EVP_PKEY_EC:
         if (bits < fewestCurveBits)
-            return "its EC key has only " + std::to_string(bits) + " bits, fewer than " +
-                   std::to_string(fewestCurveBits);
+            return filled(trText("Sign", "its EC key has only %1 bits, fewer than %2"),
+                          {std::to_string(bits), std::to_string(fewestCurveBits)});
         return {};
     default:
-        return "its key is neither RSA nor EC";
+        return trText("Sign", "its key is neither RSA nor EC");
     }
 }
 
@@ -104,7 +105,7 @@ std::string digestOf(const EVP_MD* algorithm, const std::vector<std::string_view
         isDone = isDone && EVP_DigestUpdate(digest.get(), part.data(), part.size());
     std::string bytes(static_cast<std::size_t>(EVP_MD_get_size(algorithm)), '\0');
     if (!isDone || !EVP_DigestFinal_ex(digest.get(), reinterpret_cast<unsigned char*>(bytes.data()), nullptr))
-        throw Refusal{"a digest cannot be made: " + cryptoError()};
+        throw Refusal{filled(trText("Sign", "a digest cannot be made: %1"), {cryptoError()})};
     return bytes;
 }
 

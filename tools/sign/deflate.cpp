@@ -1,6 +1,7 @@
 #include "deflate.h"
 
 #include "refusal.h"
+#include "texts.h"
 
 #include <qpdf/Pipeline.hh>
 #include <qpdf/Pl_Flate.hh>
@@ -12,7 +13,10 @@ namespace sign {
 
 namespace {
 
-constexpr char damaged[] = "it is damaged";
+Refusal damaged()
+{
+    return {trText("Sign", "it is damaged")};
+}
 
 class Bounded : public Pipeline
 {
@@ -24,7 +28,8 @@ public:
     void write(const unsigned char* part, std::size_t size) override
     {
         if (size > m_most - m_data.size())
-            throw Refusal{"it stands for more than " + std::to_string(m_most) + " bytes"};
+            throw Refusal{
+                filled(trText("Sign", "it stands for more than %1 bytes"), {std::to_string(m_most)})};
         m_data.append(reinterpret_cast<const char*>(part), size);
     }
     void finish() override {}
@@ -56,13 +61,13 @@ std::string inflated(std::string_view bytes, std::size_t most)
     std::string result;
     Bounded end(result, most);
     Pl_Flate flate("inflate", &end, Pl_Flate::a_inflate);
-    flate.setWarnCallback([](const char*, int) { throw Refusal{damaged}; });
+    flate.setWarnCallback([](const char*, int) { throw damaged(); });
     try {
         pass(bytes, flate);
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception&) {
-        throw Refusal{damaged};
+        throw damaged();
     }
     return result;
 }

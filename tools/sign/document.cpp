@@ -1,6 +1,7 @@
 #include "document.h"
 
 #include "refusal.h"
+#include "texts.h"
 
 #include <qpdf/QPDFExc.hh>
 #include <qpdf/QUtil.hh>
@@ -31,7 +32,7 @@ bool isWarningOfNoMatter(const QPDFExc& warning)
 
 Refusal damaged(const std::string& what)
 {
-    return {"the document is damaged: " + what};
+    return {filled(trText("Sign", "the document is damaged: %1"), {what})};
 }
 
 bool isSignature(QPDFObjectHandle value)
@@ -85,10 +86,11 @@ int allowedLevel(QPDFObjectHandle parameters)
 void refuseWhereCertified(int allowed, const Change& change)
 {
     if (allowed == 1)
-        throw Refusal{"the document is certified: it must not be changed any more"};
+        throw Refusal{trText("Sign", "the document is certified: it must not be changed any more")};
     if (allowed == 2 && change.kind != Change::Kind::SignField)
-        throw Refusal{
-            "the document is certified: fields that it has may be filled and signed, nothing may be added"};
+        throw Refusal{trText(
+            "Sign",
+            "the document is certified: fields that it has may be filled and signed, nothing may be added")};
 }
 
 } // namespace
@@ -150,19 +152,19 @@ Document::Document(std::string_view bytes, const std::string& password) : m_byte
 {
     if (!bytes.starts_with("%PDF-"))
         throw Refusal{bytes.substr(0, 1024).find("%PDF-") == std::string_view::npos
-                          ? "it is no PDF document"
-                          : "something stands before the PDF document"};
+                          ? trText("Sign", "it is no PDF document")
+                          : trText("Sign", "something stands before the PDF document")};
     // Older documents have passwords in other encodings.
     const std::vector<std::string> passwords = QUtil::possible_repaired_encodings(password);
     if (std::none_of(passwords.begin(), passwords.end(),
                      [this](const std::string& candidate) { return opensBy(candidate); }))
-        throw Refusal{password.empty() ? "the document needs a password"
-                                       : "the password does not open the document"};
+        throw Refusal{password.empty() ? trText("Sign", "the document needs a password")
+                                       : trText("Sign", "the password does not open the document")};
     for (const QPDFExc& warning : m_file->getWarnings())
         if (!isWarningOfNoMatter(warning))
             throw damaged(warning.getMessageDetail());
     if (!catalog().isIndirect())
-        throw damaged("its catalog is no object of its own");
+        throw damaged(trText("Sign", "its catalog is no object of its own"));
 }
 
 bool Document::opensBy(const std::string& password)
@@ -193,7 +195,7 @@ QPDFObjectHandle Document::catalog()
 {
     QPDFObjectHandle root = m_file->getTrailer().getKey("/Root");
     if (!root.isDictionary())
-        throw damaged("it has no catalog");
+        throw damaged(trText("Sign", "it has no catalog"));
     return root;
 }
 
@@ -224,7 +226,7 @@ const std::vector<QPDFObjectHandle>& Document::pages()
         QPDFObjectHandle node = step.kids[step.next++];
         if (!node.isIndirect() || !node.isDictionary() || !seen.insert(node.getObjGen()).second ||
             path.size() > deepest)
-            throw damaged("its page tree is wrong");
+            throw damaged(trText("Sign", "its page tree is wrong"));
         QPDFObjectHandle kids = node.getKey("/Kids");
         if (kids.isArray())
             path.push_back({kids.getArrayAsVector()});
@@ -233,15 +235,15 @@ const std::vector<QPDFObjectHandle>& Document::pages()
     }
     refuseDamage();
     if (m_pages.empty())
-        throw damaged("it has no pages");
+        throw damaged(trText("Sign", "it has no pages"));
     return m_pages;
 }
 
 Page Document::page(int number)
 {
     if (number < 1 || number > pageCount())
-        throw Refusal{"there is no page " + std::to_string(number) + ": the document has " +
-                      std::to_string(pageCount())};
+        throw Refusal{filled(trText("Sign", "there is no page %1: the document has %2"),
+                             {std::to_string(number), std::to_string(pageCount())})};
     Page page;
     page.object = pages()[static_cast<std::size_t>(number) - 1];
     const Rectangle media =
@@ -281,7 +283,7 @@ std::vector<FormField> Document::fields()
             }
             if (!node.isIndirect() || !node.isDictionary() || !seen.insert(node.getObjGen()).second ||
                 depth > deepest || name.size() > longestName)
-                throw damaged("its form fields are wrong");
+                throw damaged(trText("Sign", "its form fields are wrong"));
             if (QPDFObjectHandle own = node.getKey("/FT"); own.isName())
                 type = own.getName();
             FormField field{name, type, node, {}};
@@ -346,23 +348,24 @@ SignatureField Document::fieldToSign(const std::string& name)
     const auto found = std::find_if(fields.begin(), fields.end(),
                                     [&](const SignatureField& field) { return field.name == name; });
     if (found == fields.end())
-        throw Refusal{"there is no signature field " + name};
+        throw Refusal{filled(trText("Sign", "there is no signature field %1"), {name})};
     SignatureField field = *found;
     if (field.isSigned)
-        throw Refusal{"the field " + name + " is signed"};
+        throw Refusal{filled(trText("Sign", "the field %1 is signed"), {name})};
     if (!hasRoom(field))
-        throw Refusal{"the field " + name + " has no room on a page"};
+        throw Refusal{filled(trText("Sign", "the field %1 has no room on a page"), {name})};
     QPDFObjectHandle seen = field.widget.getKey("/F");
     if (seen.isInteger() && (seen.getIntValue() & hiddenFlags) != 0)
-        throw Refusal{"the field " + name + " is hidden"};
+        throw Refusal{filled(trText("Sign", "the field %1 is hidden"), {name})};
     QPDFObjectHandle flags = inheritedValue(field.object, "/Ff");
     if (flags.isInteger() && (flags.getIntValue() & 1) != 0)
-        throw Refusal{"the field " + name + " is read-only"};
+        throw Refusal{filled(trText("Sign", "the field %1 is read-only"), {name})};
     QPDFObjectHandle demands = field.object.getKey("/SV");
     QPDFObjectHandle demanded = demands.getKeyIfDict("/Ff");
     if (demanded.isInteger() && demanded.getIntValue() != 0)
-        throw Refusal{"the field " + name +
-                      " demands a signature of a certain kind, which cannot be promised"};
+        throw Refusal{filled(
+            trText("Sign", "the field %1 demands a signature of a certain kind, which cannot be promised"),
+            {name})};
     refuseDamage();
     return field;
 }
@@ -393,7 +396,7 @@ void Document::refuseUnlessAllowed(const Change& change)
     using Kind = Change::Kind;
     const bool isField = change.kind != Kind::Mark;
     if (isField && !form().getKeyIfDict("/XFA").isNull())
-        throw Refusal{"the document is an XFA form, which cannot be signed here"};
+        throw Refusal{trText("Sign", "the document is an XFA form, which cannot be signed here")};
     std::vector<QPDFObjectHandle> signatures;
     if (QPDFObjectHandle certifying = catalog().getKey("/Perms").getKeyIfDict("/DocMDP");
         certifying.isDictionary())
@@ -406,7 +409,8 @@ void Document::refuseUnlessAllowed(const Change& change)
         if (limits.certified)
             refuseWhereCertified(*limits.certified, change);
         if (isField && limits.locksField(change.field))
-            throw Refusal{"a signature of the document locks the field " + change.field};
+            throw Refusal{
+                filled(trText("Sign", "a signature of the document locks the field %1"), {change.field})};
     }
     if (m_file->isEncrypted() && !m_file->ownerPasswordMatched()) {
         const bool isAllowed = change.kind == Kind::SignField
@@ -414,7 +418,8 @@ void Document::refuseUnlessAllowed(const Change& change)
                                    : m_file->allowModifyAnnotation() &&
                                          (change.kind == Kind::Mark || m_file->allowModifyOther());
         if (!isAllowed)
-            throw Refusal{"the owner of the document does not allow this; the owner's password would"};
+            throw Refusal{
+                trText("Sign", "the owner of the document does not allow this; the owner's password would")};
     }
     refuseDamage();
 }

@@ -1,6 +1,7 @@
 #include "document_cipher.h"
 
 #include "refusal.h"
+#include "texts.h"
 
 #include <openssl/evp.h>
 #include <openssl/rand.h>
@@ -57,7 +58,7 @@ std::string aesCbc(std::string_view text, const std::string& key)
                           reinterpret_cast<const unsigned char*>(text.data()),
                           static_cast<int>(text.size())) != 1 ||
         EVP_EncryptFinal_ex(context.get(), bytes(result) + blockSize + size, &rest) != 1)
-        throw Refusal{"the addition to the document cannot be encrypted"};
+        throw Refusal{trText("Sign", "the addition to the document cannot be encrypted")};
     std::copy(start.begin(), start.end(), bytes(result));
     result.resize(blockSize + static_cast<std::size_t>(size + rest));
     return result;
@@ -75,7 +76,7 @@ DocumentCipher::DocumentCipher(QPDF& file)
         if (m_version < 4)
             method = QPDF::e_rc4; // the only one, and not named
     if (m_streams == QPDF::e_unknown || m_strings == QPDF::e_unknown)
-        throw Refusal{"the document is encrypted in a way that is not known"};
+        throw Refusal{trText("Sign", "the document is encrypted in a way that is not known")};
     m_key = file.getEncryptionKey();
 }
 

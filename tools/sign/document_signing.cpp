@@ -4,6 +4,7 @@
 #include "numbers.h"
 #include "refusal.h"
 #include "sealed_ink.h"
+#include "texts.h"
 
 #include <algorithm>
 #include <array>
@@ -107,7 +108,9 @@ DocumentSigning::DocumentSigning(Document& document, const Spot& spot, bool isSe
     using Kind = Change::Kind;
     if (!m_isNew) {
         if (!isSealed)
-            throw Refusal{"without a certificate there is no seal to fill the field " + spot.field + " with"};
+            throw Refusal{
+                filled(trText("Sign", "without a certificate there is no seal to fill the field %1 with"),
+                       {spot.field})};
         m_field = document.fieldToSign(spot.field);
         m_pageNumber = m_field.page;
     } else if (isSealed) {
@@ -172,7 +175,7 @@ QPDFObjectHandle DocumentSigning::shown(const QPDFObjectHandle& form, const Plac
         widget.replaceKey("/Type", QPDFObjectHandle::newName("/Annot"));
         const Rectangle corners = m_page.toPage(place);
         if (std::min(corners.width(), corners.height()) < leastSide)
-            throw Refusal{"the units of the page are too large for a signature of this size"};
+            throw Refusal{trText("Sign", "the units of the page are too large for a signature of this size")};
         widget.replaceKey("/Rect", rectangle(corners));
         widget.replaceKey("/P", m_page.object);
     }
@@ -275,7 +278,7 @@ void DocumentSigning::refuseUnlessContinued(QPDF& written) const
             (before.getType() == 1 ? found->second.getOffset() == before.getOffset()
                                    : found->second.getObjStreamNumber() == before.getObjStreamNumber());
         if (!isSame)
-            throw Refusal{"the document cannot be continued: it contradicts itself"};
+            throw Refusal{trText("Sign", "the document cannot be continued: it contradicts itself")};
     }
 }
 
@@ -298,7 +301,7 @@ void DocumentSigning::refuseUnlessIn(const std::string& file) const
         isThere = contents.isString() && contents.getStringValue().starts_with('0'); // a sequence in DER
     }
     if (!isThere)
-        throw Refusal{"the signature cannot be found again: the document contradicts itself"};
+        throw Refusal{trText("Sign", "the signature cannot be found again: the document contradicts itself")};
 }
 
 } // namespace sign

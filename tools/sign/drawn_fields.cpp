@@ -2,6 +2,7 @@
 
 #include "page_text.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace sign {
 
@@ -33,8 +34,10 @@ bool needsDrawnFields(Document& document)
     for (const FormField& field : document.fields())
         for (const QPDFObjectHandle& widget : field.widgets)
             if (field.type != "/Sig" && !isDrawn(field, widget, fonts))
-                throw Refusal{"the field " + field.name +
-                              " is not drawn as it is filled, which the form leaves to readers"};
+                throw Refusal{filled(
+                    trText("Sign",
+                           "the field %1 is not drawn as it is filled, which the form leaves to readers"),
+                    {field.name})};
     document.refuseDamage();
     return true;
 }

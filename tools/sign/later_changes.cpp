@@ -1,6 +1,7 @@
 #include "later_changes.h"
 
 #include "refusal.h"
+#include "texts.h"
 
 #include <algorithm>
 #include <cstring>
@@ -84,11 +85,11 @@ public:
             if (std::none_of(m_fields.begin(), m_fields.end(), [&](const FormField& field) {
                     return field.object.getObjGen() == node.getObjGen();
                 }))
-                demand(haveSame(node, later(node), {}), "the form was changed");
+                demand(haveSame(node, later(node), {}), trText("Sign", "the form was changed"));
         for (const FormField& field : m_fields)
             compareFields(field);
         if (m_before.pageCount() != m_after.pageCount())
-            throw Forbidden{"pages were added or removed"};
+            throw Forbidden{trText("Sign", "pages were added or removed")};
         for (int number = 1; number <= m_before.pageCount(); ++number)
             comparePages(number);
     }
@@ -129,7 +130,7 @@ private:
     }
     static void demandSame(const FormField& field, bool isSo)
     {
-        demand(isSo, "the field " + field.name + " was changed");
+        demand(isSo, ::filled(trText("Sign", "the field %1 was changed"), {field.name}));
     }
     bool allowsAnnotations() const { return m_limits.certified == 3; }
     QPDFObjectHandle later(const QPDFObjectHandle& object)
@@ -155,14 +156,14 @@ private:
         Keys apart = aboutTheDocument;
         apart.insert("/AcroForm");
         demand(before.getObjGen() == after.getObjGen() && haveSame(before, after, apart),
-               "what holds for all of the document was changed");
+               trText("Sign", "what holds for all of the document was changed"));
     }
 
     void compareForms()
     {
         QPDFObjectHandle before = m_before.form();
         QPDFObjectHandle after = m_after.form();
-        constexpr char change[] = "the form was changed";
+        const std::string change = trText("Sign", "the form was changed");
         demand(before.isDictionary() && after.isDictionary(), change);
         demand(haveSame(before, after, {"/Fields", "/NeedAppearances", "/SigFlags"}), change);
         const auto drawsAnew = [](QPDFObjectHandle form) {
@@ -179,7 +180,7 @@ private:
             else
                 takeNewField(field);
         }
-        demand(next == old.end(), "fields were removed");
+        demand(next == old.end(), trText("Sign", "fields were removed"));
     }
 
     // To be signed, and seen on a page.
@@ -188,7 +189,7 @@ private:
         demand(allowsAnnotations() && field.isIndirect() && field.isDictionary() &&
                    !m_known.contains(field.getObjGen()) && field.getKey("/FT").isNameAndEquals("/Sig") &&
                    !field.hasKey("/Kids") && !field.hasKey("/Parent"),
-               "fields were added");
+               trText("Sign", "fields were added"));
         m_added.insert(field.getObjGen());
     }
 
@@ -221,7 +222,7 @@ private:
     {
         QPDFObjectHandle before = m_before.page(number).object;
         QPDFObjectHandle after = m_after.page(number).object;
-        const std::string change = "page " + std::to_string(number) + " was changed";
+        const std::string change = ::filled(trText("Sign", "page %1 was changed"), {std::to_string(number)});
         demand(before.getObjGen() == after.getObjGen() && haveSame(before, after, {"/Annots"}), change);
         std::vector<QPDFObjectHandle> old = itemsOf(before.getKey("/Annots"));
         std::vector<QPDFObjectHandle> now = itemsOf(after.getKey("/Annots"));
@@ -234,7 +235,7 @@ private:
         demand(old.size() == now.size() &&
                    std::equal(old.begin(), old.end(), now.begin(),
                               [this](const auto& one, const auto& other) { return areSame(one, other); }),
-               "what lies on page " + std::to_string(number) + " was changed");
+               ::filled(trText("Sign", "what lies on page %1 was changed"), {std::to_string(number)}));
     }
 
     bool haveSame(QPDFObjectHandle before, QPDFObjectHandle after, const Keys& apart)
@@ -257,7 +258,7 @@ private:
             auto [one, other] = std::move(pairs.back());
             pairs.pop_back();
             if (++m_compared > mostCompared)
-                throw Forbidden{"so much was there already that the changes are not judged"};
+                throw Forbidden{trText("Sign", "so much was there already that the changes are not judged")};
             if (one.isIndirect()) {
                 if (m_known.contains(one.getObjGen())) {
                     if (one.getObjGen() != other.getObjGen())
@@ -321,7 +322,7 @@ std::optional<std::string> forbiddenChange(Document& before, Document& after, co
     if (!limits.areAny())
         return std::nullopt;
     if (limits.certified == 1)
-        return "the document was changed";
+        return trText("Sign", "the document was changed");
     try {
         Comparison comparison(before, after, limits);
         if (limits.certified)

@@ -6,6 +6,7 @@
 #include "quoted.h"
 #include "refusal.h"
 #include "sign_commands.h"
+#include "text.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -30,35 +31,39 @@ struct SignCommand
     int (*run)(const QCommandLineParser& parser, const QString& document);
 };
 
-constexpr SignCommand signing = {"", "Put a signature into a PDF document.", addSigningOptions, signDocument};
+constexpr SignCommand signing = {"", QT_TRANSLATE_NOOP("Tools", "Put a signature into a PDF document."),
+                                 addSigningOptions, signDocument};
 
 constexpr SignCommand commands[] = {
-    {"fields", "The document's signature fields: pages, places, whether they are signed.", addFieldOptions,
-     listFields},
-    {"verify", "What each signature covers, who made it, and whether it is valid.", addVerifyOptions,
-     verifyDocument},
-    {"unseal", "Write the ink that was sealed for the holder of a key.", addUnsealOptions, unsealInkOf},
+    {"fields",
+     QT_TRANSLATE_NOOP("Tools", "The document's signature fields: pages, places, whether they are signed."),
+     addFieldOptions, listFields},
+    {"verify",
+     QT_TRANSLATE_NOOP("Tools", "What each signature covers, who made it, and whether it is valid."),
+     addVerifyOptions, verifyDocument},
+    {"unseal", QT_TRANSLATE_NOOP("Tools", "Write the ink that was sealed for the holder of a key."),
+     addUnsealOptions, unsealInkOf},
 };
 
 QString generalHelp(const QString& options)
 {
-    return QStringLiteral("Usage: scribera-sign DOCUMENT -o FILE [options]\n"
-                          "       scribera-sign COMMAND [options] DOCUMENT\n"
-                          "Puts a handwritten signature into a PDF document and seals it with a "
-                          "certificate.\n\n") +
-           listOf(commands) + QStringLiteral("\n") + options +
-           QStringLiteral(
-               "\n'scribera-sign COMMAND --help' tells its options; --version the version.\n"
-               "Exit code: 0 done, 1 failure, 2 wrong usage, 3 cancelled, 4 nobody confirmed in time, 5 "
-               "nothing written on the pad. Ctrl-C drops what was begun and ends by the signal.\n");
+    return Text::tr("Usage: scribera-sign DOCUMENT -o FILE [options]\n"
+                    "       scribera-sign COMMAND [options] DOCUMENT\n"
+                    "Puts a handwritten signature into a PDF document and seals it with a "
+                    "certificate.\n\n") +
+           listOf(commands) + QLatin1Char('\n') + options + QLatin1Char('\n') +
+           Text::tr("'scribera-sign COMMAND --help' tells its options; --version the version.\n"
+                    "Exit code: 0 done, 1 failure, 2 wrong usage, 3 cancelled, 4 nobody confirmed in time, 5 "
+                    "nothing written on the pad. Ctrl-C drops what was begun and ends by the signal.\n");
 }
 
 // Without the usage, which the parser does not know.
 QString optionsOf(const QCommandLineParser& parser)
 {
     const QString text = parser.helpText();
-    const int start = text.indexOf(QStringLiteral("Options:"));
-    const int end = text.indexOf(QStringLiteral("\nArguments:"));
+    const int start = text.indexOf(QCoreApplication::translate("QCommandLineParser", "Options:"));
+    const int end =
+        text.indexOf(QLatin1Char('\n') + QCoreApplication::translate("QCommandLineParser", "Arguments:"));
     return text.mid(start, end - start);
 }
 
@@ -96,16 +101,16 @@ int runCommand(const SignCommand& command, const QStringList& arguments)
     command.addOptions(parser);
     const QString name = QLatin1String(command.name);
     if (!name.isEmpty())
-        parser.addPositionalArgument(name, QLatin1String(command.summary), name);
-    parser.addPositionalArgument(QStringLiteral("document"), QStringLiteral("PDF document."),
+        parser.addPositionalArgument(name, Text::tr(command.summary), name);
+    parser.addPositionalArgument(QStringLiteral("document"), Text::tr("PDF document."),
                                  QStringLiteral("DOCUMENT"));
     if (!parse(parser, arguments))
         return printHelp(name.isEmpty() ? generalHelp(optionsOf(parser)) : parser.helpText());
     const QStringList files = parser.positionalArguments().mid(name.isEmpty() ? 0 : 1);
     if (files.isEmpty())
-        throw UsageError{QStringLiteral("no document named")};
+        throw UsageError{Text::tr("no document named")};
     if (files.size() > 1)
-        throw UsageError{QStringLiteral("unexpected: ") + files.last()};
+        throw UsageError{Text::tr("unexpected: %1").arg(files.last())};
     limitMemory(files.first());
     try {
         return command.run(parser, files.first());
@@ -114,7 +119,7 @@ int runCommand(const SignCommand& command, const QStringList& arguments)
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) { // of what reads the document
-        throw failureOf(files.first(), QStringLiteral("cannot be used: ") + QString::fromUtf8(error.what()));
+        throw failureOf(files.first(), Text::tr("cannot be used: %1").arg(QString::fromUtf8(error.what())));
     }
 }
 
@@ -147,6 +152,9 @@ int main(int argc, char** argv)
     try {
         const QCoreApplication application(argc, argv);
         QCoreApplication::setApplicationName(QLatin1String(programName));
+        // A report for programs has reasons in it, which are then in English wherever it is made.
+        if (!QCoreApplication::arguments().contains(QStringLiteral("--json")))
+            loadCatalogues();
         return exitCodeOf(programName, run, QCoreApplication::arguments());
     } catch (const Interrupted& interrupted) {
         return endBy(interrupted);

@@ -3,6 +3,7 @@
 #include "failures.h"
 #include "interrupts.h"
 #include "leftovers.h"
+#include "text.h"
 
 #include <QFile>
 
@@ -25,7 +26,7 @@ QString reasonOf(int error)
 
 Failure cannotWrite(const QString& path, const QString& reason)
 {
-    return {path + QStringLiteral(": cannot be written: ") + reason};
+    return {Text::tr("%1: cannot be written: %2").arg(path, reason)};
 }
 
 class Descriptor
@@ -83,7 +84,7 @@ public:
         if (m_file.get() < 0 || fstat(m_file.get(), &status) != 0)
             throw cannotRead(reasonOf(errno));
         if (!S_ISREG(status.st_mode))
-            throw cannotRead(QStringLiteral("it is no regular file"));
+            throw cannotRead(Text::tr("it is no regular file"));
         m_size = static_cast<std::size_t>(status.st_size);
     }
 
@@ -107,7 +108,7 @@ public:
 private:
     Failure cannotRead(const QString& reason) const
     {
-        return {m_path + QStringLiteral(": cannot be read: ") + reason};
+        return {Text::tr("%1: cannot be read: %2").arg(m_path, reason)};
     }
 
     const QString m_path;
@@ -132,11 +133,11 @@ OutputFile::OutputFile(const QString& path, const QStringList& inputs, Readers r
     struct stat source = {};
     if (stat(m_target.c_str(), &target) == 0) {
         if (!S_ISREG(target.st_mode))
-            throw cannotWrite(path, QStringLiteral("it is no regular file"));
+            throw cannotWrite(path, Text::tr("it is no regular file"));
         for (const QString& input : inputs)
             if (stat(QFile::encodeName(input).constData(), &source) == 0 && source.st_dev == target.st_dev &&
                 source.st_ino == target.st_ino)
-                throw cannotWrite(path, input + QStringLiteral(" is read, and stays as it is"));
+                throw cannotWrite(path, Text::tr("%1 is read, and stays as it is").arg(input));
         if (access(m_target.c_str(), W_OK) != 0)
             throw cannotWrite(path, reasonOf(errno));
     }

@@ -1,6 +1,7 @@
 #include "page_text.h"
 
 #include "refusal.h"
+#include "texts.h"
 
 #include <qpdf/QPDFMatrix.hh>
 
@@ -177,7 +178,7 @@ private:
     void note(Font::Character& character, const QPDFMatrix& toPage)
     {
         if (m_reading.glyphs.size() >= mostGlyphs)
-            throw Refusal{"the page has too much text on it to be searched"};
+            throw Refusal{trText("Sign", "the page has too much text on it to be searched")};
         const Place start = placeOf(toPage, 0);
         const Place end = placeOf(toPage, character.width * m_state.size * m_state.stretch);
         const double size = std::hypot(toPage.c, toPage.d) * std::abs(m_state.size) * m_reading.page.unit;
@@ -296,7 +297,7 @@ TextEnd findText(Document& document, const std::string& text, int onlyPage)
 {
     const std::string wanted = lettersOf(text);
     if (wanted.empty())
-        throw Refusal{"an empty text is everywhere"};
+        throw Refusal{trText("Sign", "an empty text is everywhere")};
     std::vector<TextEnd> found;
     Fonts fonts;
     bool isAllRead = true;
@@ -320,13 +321,18 @@ TextEnd findText(Document& document, const std::string& text, int onlyPage)
         }
     }
     if (found.empty() && isElsewise)
-        throw Refusal{"a signature cannot stand behind the text '" + text + "' as it is drawn"};
+        throw Refusal{
+            filled(trText("Sign", "a signature cannot stand behind the text '%1' as it is drawn"), {text})};
     if (found.empty())
-        throw Refusal{"the text '" + text + "' is not found" +
-                      (isAllRead ? "" : "; not all that the document shows can be read as text")};
+        throw Refusal{filled(
+            isAllRead
+                ? trText("Sign", "the text '%1' is not found")
+                : trText("Sign",
+                         "the text '%1' is not found; not all that the document shows can be read as text"),
+            {text})};
     if (found.size() > 1)
-        throw Refusal{"the text '" + text + "' is there " + std::to_string(found.size()) +
-                      " times; use a longer one, or --at"};
+        throw Refusal{filled(trText("Sign", "the text '%1' is there %2 times; use a longer one, or --at"),
+                             {text, std::to_string(found.size())})};
     return found.front();
 }
 

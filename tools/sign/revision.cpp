@@ -2,6 +2,7 @@
 
 #include "crypto.h"
 #include "refusal.h"
+#include "texts.h"
 
 #include <openssl/rand.h>
 
@@ -55,7 +56,8 @@ std::size_t lastCrossReference(std::string_view bytes)
             offset = 0;
     }
     if (offset == 0 || offset >= bytes.size())
-        throw Refusal{"the document is damaged: it does not tell where its cross-reference is"};
+        throw Refusal{
+            trText("Sign", "the document is damaged: it does not tell where its cross-reference is")};
     return offset;
 }
 
@@ -63,7 +65,7 @@ std::string randomBytes(std::size_t count)
 {
     std::string bytes(count, '\0');
     if (RAND_bytes(reinterpret_cast<unsigned char*>(bytes.data()), static_cast<int>(count)) != 1)
-        throw Refusal{"there are no random numbers"};
+        throw Refusal{trText("Sign", "there are no random numbers")};
     return bytes;
 }
 
@@ -103,7 +105,7 @@ Revision::Revision(Document& document) : m_document(document), m_cipher(document
     const std::size_t start = afterBlanks(bytes, m_before);
     m_isTable = bytes.substr(start).starts_with("xref");
     if (!m_isTable && (start == bytes.size() || std::isdigit(static_cast<unsigned char>(bytes[start])) == 0))
-        throw Refusal{"the document is damaged: it has no cross-reference where it says"};
+        throw Refusal{trText("Sign", "the document is damaged: it has no cross-reference where it says")};
 
     // What the document says is not always right.
     QPDFObjectHandle size = document.file().getTrailer().getKey("/Size");
@@ -112,7 +114,7 @@ Revision::Revision(Document& document) : m_document(document), m_cipher(document
     if (!known.empty())
         next = std::max<long long>(next, known.rbegin()->first.getObj() + 1LL);
     if (next < 1 || next > largestNumber - 1000)
-        throw Refusal{"the document has no numbers left for further objects"};
+        throw Refusal{trText("Sign", "the document has no numbers left for further objects")};
     m_next = static_cast<int>(next);
     if (!bytes.ends_with('\n') && !bytes.ends_with('\r'))
         m_bytes += '\n';
@@ -139,7 +141,7 @@ std::size_t Revision::position() const
 void Revision::begin(QPDFObjGen number)
 {
     if (!m_positions.emplace(number, position()).second)
-        throw Refusal{"the document is damaged: one object is two"};
+        throw Refusal{trText("Sign", "the document is damaged: one object is two")};
     m_bytes += std::to_string(number.getObj()) + ' ' + std::to_string(number.getGen()) + " obj\n";
 }
 
@@ -291,7 +293,7 @@ void Revision::end()
         writeTableStream();
     m_bytes += "startxref\n" + std::to_string(start) + "\n%%EOF\n";
     if (position() > largestOffset)
-        throw Refusal{"the document is too large"};
+        throw Refusal{trText("Sign", "the document is too large")};
     if (!m_room)
         return;
     const std::size_t before = m_document.bytes().size() + m_room->contents;
@@ -311,7 +313,7 @@ std::vector<std::string_view> Revision::signedParts() const
 void Revision::putSignature(std::string_view signature)
 {
     if (2 * signature.size() + 2 > m_room->size)
-        throw Refusal{"the signature is longer than the room for it"};
+        throw Refusal{trText("Sign", "the signature is longer than the room for it")};
     m_bytes.replace(m_room->contents + 1, 2 * signature.size(), hexadecimal(signature));
 }
 

@@ -3,6 +3,7 @@
 #include "crypto.h"
 #include "deflate.h"
 #include "refusal.h"
+#include "texts.h"
 
 #include <openssl/ec.h>
 #include <openssl/err.h>
@@ -26,17 +27,19 @@ constexpr std::string_view digestLine = "document-sha256: ";
 // As much as the tools read, of an ink that somebody hostile may have sealed: the certificate is public.
 constexpr std::size_t mostInk = std::size_t{256} << 20;
 
-constexpr char unknownForm[] = "the sealed ink is not in a form that this version knows";
-constexpr char notSealed[] = "the ink cannot be sealed: ";
+Refusal unknownForm()
+{
+    return {trText("Sign", "the sealed ink is not in a form that this version knows")};
+}
 
 Owned<X509> certificateOf(std::string_view pem)
 {
     const Owned<BIO> bio = reader(pem);
     Owned<X509> certificate(PEM_read_bio_X509(bio.get(), nullptr, nullptr, nullptr));
     if (!certificate)
-        throw Refusal{"what the ink is to be sealed for is no certificate in PEM"};
+        throw Refusal{trText("Sign", "what the ink is to be sealed for is no certificate in PEM")};
     if (const std::string fault = keyFault(X509_get0_pubkey(certificate.get())); !fault.empty())
-        throw Refusal{"the ink cannot be sealed for this certificate: " + fault};
+        throw Refusal{filled(trText("Sign", "the ink cannot be sealed for this certificate: %1"), {fault})};
     // Whether it has expired does not matter: it says who shall read, and that does not change.
     return certificate;
 }
@@ -59,7 +62,7 @@ std::string_view takeLine(std::string_view& text, std::string_view label)
 {
     const std::size_t end = text.find('\n');
     if (end == std::string_view::npos || !text.starts_with(label))
-        throw Refusal{unknownForm};
+        throw unknownForm();
     const std::string_view value = text.substr(label.size(), end - label.size());
     text.remove_prefix(end + 1);
     return value;
@@ -81,8 +84,8 @@ Owned<EVP_PKEY> keyOf(std::string_view pem, const Secret& password)
         PEM_read_bio_PrivateKey(bio.get(), nullptr, givePassword, const_cast<Secret*>(&password)));
     if (!key)
         throw Refusal{password.view().empty()
-                          ? "the private key is not in PEM, or it has a password"
-                          : "the private key is not in PEM, or the password is not its own"};
+                          ? trText("Sign", "the private key is not in PEM, or it has a password")
+                          : trText("Sign", "the private key is not in PEM, or the password is not its own")};
     return key;
 }
 
@@ -105,7 +108,7 @@ std::string sealInk(std::string_view ink, std::string_view document, std::string
     CMS_RecipientInfo* info =
         cms ? CMS_add1_recipient_cert(cms.get(), recipient.get(), CMS_KEY_PARAM) : nullptr;
     if (!info || !chooseAlgorithms(info) || !CMS_final(cms.get(), content.get(), nullptr, CMS_BINARY))
-        throw Refusal{notSealed + cryptoError()};
+        throw Refusal{filled(trText("Sign", "the ink cannot be sealed: %1"), {cryptoError()})};
     return derOf(cms.get());
 }
 
@@ -117,32 +120,33 @@ std::string unsealInk(std::string_view sealed, std::string_view document, std::s
     const Owned<BIO> bio = reader(sealed);
     const Owned<CMS_ContentInfo> cms(d2i_CMS_bio(bio.get(), nullptr));
     if (!cms || OBJ_obj2nid(CMS_get0_type(cms.get())) != NID_id_smime_ct_authEnvelopedData)
-        throw Refusal{"the sealed ink is not AuthEnvelopedData"};
+        throw Refusal{trText("Sign", "the sealed ink is not AuthEnvelopedData")};
     const Owned<BIO> opened(BIO_new(BIO_s_mem()));
     if (!opened || !CMS_decrypt(cms.get(), key.get(), nullptr, nullptr, opened.get(), CMS_BINARY))
-        throw Refusal{"the sealed ink cannot be opened: it was changed, or is for another key"};
+        throw Refusal{
+            trText("Sign", "the sealed ink cannot be opened: it was changed, or is for another key")};
     const std::string content = contentOf(opened.get());
 
     std::string_view text = content;
     const std::string_view version = takeLine(text, firstLine);
     if (version != plainVersion && version != compressedVersion)
-        throw Refusal{unknownForm};
+        throw unknownForm();
     const std::string_view sizeText = takeLine(text, sizeLine);
     const std::string_view digest = takeLine(text, digestLine);
     std::size_t size = 0;
     const auto [end, fault] = std::from_chars(sizeText.data(), sizeText.data() + sizeText.size(), size);
     if (fault != std::errc() || end != sizeText.data() + sizeText.size() || !takeLine(text, {}).empty())
-        throw Refusal{unknownForm};
+        throw unknownForm();
     if (size > document.size() || hexadecimal(digestOf(EVP_sha256(), {document.substr(0, size)})) != digest)
-        throw Refusal{"the sealed ink was made for another document"};
+        throw Refusal{trText("Sign", "the sealed ink was made for another document")};
     if (document.find("%%EOF", size) != std::string_view::npos)
-        throw Refusal{"the sealed ink was made for an earlier revision of the document"};
+        throw Refusal{trText("Sign", "the sealed ink was made for an earlier revision of the document")};
     if (version == plainVersion)
         return std::string(text);
     try {
         return inflated(text, mostInk);
     } catch (const Refusal& refusal) {
-        throw Refusal{"the sealed ink cannot be read: " + refusal.reason};
+        throw Refusal{filled(trText("Sign", "the sealed ink cannot be read: %1"), {refusal.reason})};
     }
 }
 

@@ -51,11 +51,11 @@ sign::Spot spotOption(const QCommandLineParser& parser)
 {
     sign::Spot spot;
     if (isSet(parser, "field") + isSet(parser, "at") + isSet(parser, "after") != 1)
-        throw UsageError{QStringLiteral("one of --at, --after and --field says where the signature goes")};
+        throw UsageError{Text::tr("one of --at, --after and --field says where the signature goes")};
     if (isSet(parser, "field")) {
         spot.field = value(parser, "field").toStdString();
         if (spot.field.empty() || isSet(parser, "page") || isSet(parser, "width"))
-            throw UsageError{QStringLiteral("--field is a field's name, and has its own page and width")};
+            throw UsageError{Text::tr("--field is a field's name, and has its own page and width")};
         return spot;
     }
     spot.corner.width = points(value(parser, "width"));
@@ -69,7 +69,7 @@ sign::Spot spotOption(const QCommandLineParser& parser)
     }
     if (isSet(parser, "after")) {
         if (spot.after.empty())
-            throw UsageError{QStringLiteral("--after is empty")};
+            throw UsageError{Text::tr("--after is empty")};
         return spot;
     }
     const QStringList corner = value(parser, "at").split(QLatin1Char(','));
@@ -104,7 +104,7 @@ Keys keyOptions(const QCommandLineParser& parser)
         const sign::Secret password = passwordOption(parser, "password-file");
         keys.signer = naming(file, [&] { return std::make_unique<sign::Signer>(content, password); });
     } else if (isSet(parser, "password-file")) {
-        throw UsageError{QStringLiteral("--password-file is of --certificate")};
+        throw UsageError{Text::tr("--password-file is of --certificate")};
     }
     if (isSet(parser, "seal-ink")) {
         const QString file = value(parser, "seal-ink");
@@ -137,7 +137,7 @@ std::vector<std::string> linesOption(const QCommandLineParser& parser, const sig
             throw UsageError{
                 wrongValue(parser, "show", Text::tr("of name, date and reason, separated by commas"))};
         if (lines.back().empty())
-            throw UsageError{QStringLiteral("--show %1 needs --%1").arg(line)};
+            throw UsageError{Text::tr("--show %1 needs --%1").arg(line)};
     }
     return lines;
 }
@@ -154,12 +154,12 @@ Source sourceOption(const QCommandLineParser& parser)
 {
     const bool isFromPad = isSet(parser, "pad");
     if (isFromPad == isSet(parser, "ink"))
-        throw UsageError{QStringLiteral("one of --pad and --ink says where the ink comes from")};
+        throw UsageError{Text::tr("one of --pad and --ink says where the ink comes from")};
     for (const char* const option : {"driver", "timeout"})
         if (!isFromPad && isSet(parser, option))
-            throw UsageError{QStringLiteral("--%1 is of --pad").arg(QLatin1String(option))};
+            throw UsageError{Text::tr("--%1 is of --pad").arg(QLatin1String(option))};
     if (isFromPad && isSet(parser, "model"))
-        throw UsageError{QStringLiteral("--model is of --ink; --pad names the pad itself")};
+        throw UsageError{Text::tr("--model is of --ink; --pad names the pad itself")};
     const CPadModel* const pad = isFromPad ? padNamed(value(parser, "pad")) : &modelOption(parser);
     if (!pad)
         throw UsageError{wrongValue(parser, "pad", oneOf(padNames()))};
@@ -210,7 +210,7 @@ QByteArray takenInk(const Source& source)
 void addDocumentPasswordOption(QCommandLineParser& parser)
 {
     parser.addOption({QStringLiteral("document-password-file"),
-                      QStringLiteral("File whose first line opens the document."), QStringLiteral("file")});
+                      Text::tr("File whose first line opens the document."), QStringLiteral("file")});
 }
 
 std::string documentPassword(const QCommandLineParser& parser)
@@ -228,35 +228,39 @@ sign::Secret passwordOption(const QCommandLineParser& parser, const char* option
 
 void addSigningOptions(QCommandLineParser& parser)
 {
-    const auto add = [&parser](const char* name, const char* description, const char* valueName,
+    const auto add = [&parser](const char* name, const QString& description, const char* valueName,
                                const char* byDefault = "") {
-        parser.addOption({QLatin1String(name), QLatin1String(description), QLatin1String(valueName),
-                          QLatin1String(byDefault)});
+        parser.addOption(
+            {QLatin1String(name), description, QLatin1String(valueName), QLatin1String(byDefault)});
     };
     parser.addOption({{QStringLiteral("o"), QStringLiteral("output")},
-                      QStringLiteral("The signed document."),
+                      Text::tr("The signed document."),
                       QStringLiteral("file")});
-    add("page", "From 1. Default 1 with --at, all with --after.", "number", "1");
-    add("at", "Upper left corner of the signature, in points from that of the page.", "X,Y");
-    add("width", "Room for the ink in points, default 180. What is written on all of the pad fills it.",
+    add("page", Text::tr("From 1. Default 1 with --at, all with --after."), "number", "1");
+    add("at", Text::tr("Upper left corner of the signature, in points from that of the page."), "X,Y");
+    add("width",
+        Text::tr("Room for the ink in points, default 180. What is written on all of the pad fills it."),
         "points", "180");
-    add("after", "Text behind which the signature stands, on its line. It must be there once.", "text");
-    add("field", "Signature field that is filled.", "name");
-    add("pad", "Sign now, on this pad.", "model");
+    add("after", Text::tr("Text behind which the signature stands, on its line. It must be there once."),
+        "text");
+    add("field", Text::tr("Signature field that is filled."), "name");
+    add("pad", Text::tr("Sign now, on this pad."), "model");
     addDriverOption(parser);
-    add("timeout", "Wait no longer than this for the signature.", "seconds");
-    add("ink", "Ink packet stream to draw; - is standard input.", "file");
-    parser.addOption({QStringLiteral("model"), QStringLiteral("The pad that --ink is from, default K210."),
+    add("timeout", Text::tr("Wait no longer than this for the signature."), "seconds");
+    add("ink", Text::tr("Ink packet stream to draw; - is standard input."), "file");
+    parser.addOption({QStringLiteral("model"), Text::tr("The pad that --ink is from, default K210."),
                       QStringLiteral("model"), QStringLiteral("K210")});
-    add("pen-width", "1 to 10, default 3; strokes follow it and the pressure.", "width", "3");
-    add("colour", "Of the ink as #rrggbb or by name, default black.", "colour", "black");
-    add("show", "Lines below the ink: name, date, reason, separated by commas.", "lines");
-    add("certificate", "PKCS#12 file whose key seals the document. Without one it is only marked.", "file");
-    add("password-file", "File whose first line opens the certificate's.", "file");
-    add("name", "Who signs, default what the certificate says.", "name");
-    add("reason", "Why.", "text");
-    add("location", "Where.", "text");
-    add("seal-ink", "Certificate in PEM whose key alone shall read the ink in the document.", "file");
+    add("pen-width", Text::tr("1 to 10, default 3; strokes follow it and the pressure."), "width", "3");
+    add("colour", Text::tr("Of the ink as #rrggbb or by name, default black."), "colour", "black");
+    add("show", Text::tr("Lines below the ink: name, date, reason, separated by commas."), "lines");
+    add("certificate", Text::tr("PKCS#12 file whose key seals the document. Without one it is only marked."),
+        "file");
+    add("password-file", Text::tr("File whose first line opens the certificate's."), "file");
+    add("name", Text::tr("Who signs, default what the certificate says."), "name");
+    add("reason", Text::tr("Why."), "text");
+    add("location", Text::tr("Where."), "text");
+    add("seal-ink", Text::tr("Certificate in PEM whose key alone shall read the ink in the document."),
+        "file");
     addDocumentPasswordOption(parser);
 }
 
@@ -264,7 +268,7 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
 {
     const QString output = value(parser, "output");
     if (output.isEmpty())
-        throw UsageError{QStringLiteral("--output is missing")};
+        throw UsageError{Text::tr("--output is missing")};
     const sign::Spot spot = spotOption(parser);
     const Source source = sourceOption(parser);
     const CPadModel& pad = source.pen.pad;
@@ -308,16 +312,18 @@ int signDocument(const QCommandLineParser& parser, const QString& path)
     const std::string revision = signing->revision(drawnInk(points, source.pen), statement, seal, sealInk);
     target.write({bytes, revision}, [&](const std::string& draft) { signing->refuseUnlessIn(draft); });
 
-    QString text = QStringLiteral("%1: page %2").arg(output, QString::number(signing->page()));
-    if (keys.signer)
-        text +=
-            QStringLiteral(", field %1, sealed by %2\n")
-                .arg(QString::fromStdString(signing->field()), QString::fromStdString(keys.signer->name()));
-    else
-        text +=
-            QStringLiteral(", marked. This is no seal: without --certificate nothing shows later changes.") +
-            (isAnySigned ? QStringLiteral(" The signatures in the document do not cover it.\n")
-                         : QStringLiteral("\n"));
-    print(stdout, text);
+    const QString page = QString::number(signing->page());
+    const QString text =
+        keys.signer ? Text::tr("%1: page %2, field %3, sealed by %4")
+                          .arg(output, page, QString::fromStdString(signing->field()),
+                               QString::fromStdString(keys.signer->name()))
+        : isAnySigned
+            ? Text::tr("%1: page %2, marked. This is no seal: without --certificate nothing shows later "
+                       "changes. The signatures in the document do not cover it.")
+                  .arg(output, page)
+            : Text::tr("%1: page %2, marked. This is no seal: without --certificate nothing shows later "
+                       "changes.")
+                  .arg(output, page);
+    print(stdout, text + QLatin1Char('\n'));
     return Done;
 }

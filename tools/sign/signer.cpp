@@ -1,6 +1,7 @@
 #include "signer.h"
 
 #include "refusal.h"
+#include "texts.h"
 
 #include <openssl/err.h>
 #include <openssl/pkcs12.h>
@@ -20,7 +21,7 @@ struct Pkcs12
         const Owned<BIO> bio = reader(content);
         file = d2i_PKCS12_bio(bio.get(), nullptr);
         if (!file)
-            throw Refusal{"the certificate is not a PKCS#12 file"};
+            throw Refusal{trText("Sign", "the certificate is not a PKCS#12 file")};
     }
     ~Pkcs12() { PKCS12_free(file); }
     Pkcs12(const Pkcs12&) = delete;
@@ -50,11 +51,11 @@ const EVP_MD* digestFor(EVP_PKEY* key)
 std::string certificateFault(X509* certificate)
 {
     if (X509_cmp_current_time(X509_get0_notBefore(certificate)) >= 0)
-        return "it is not valid yet";
+        return trText("Sign", "it is not valid yet");
     if (X509_cmp_current_time(X509_get0_notAfter(certificate)) <= 0)
-        return "it has expired";
+        return trText("Sign", "it has expired");
     if (!maySign(certificate))
-        return "it is not meant for signatures";
+        return trText("Sign", "it is not meant for signatures");
     return {};
 }
 
@@ -76,7 +77,7 @@ std::string signedSet(CMS_SignerInfo* signer)
         unsigned char* bytes = nullptr;
         const int size = i2d_X509_ATTRIBUTE(CMS_signed_get_attr(signer, i), &bytes);
         if (size < 0)
-            refuse("the signature cannot be made");
+            refuse(trText("Sign", "the signature cannot be made"));
         attributes.emplace_back(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
         OPENSSL_free(bytes);
     }
@@ -98,11 +99,11 @@ std::string signatureOf(EVP_PKEY* key, const EVP_MD* algorithm, const std::strin
     std::size_t size = 0;
     if (!context || EVP_DigestSignInit(context.get(), nullptr, algorithm, nullptr, key) != 1 ||
         EVP_DigestSign(context.get(), nullptr, &size, data, bytes.size()) != 1)
-        refuse("the signature cannot be made");
+        refuse(trText("Sign", "the signature cannot be made"));
     std::string signature(size, '\0');
     if (EVP_DigestSign(context.get(), reinterpret_cast<unsigned char*>(signature.data()), &size, data,
                        bytes.size()) != 1)
-        refuse("the signature cannot be made");
+        refuse(trText("Sign", "the signature cannot be made"));
     signature.resize(size);
     return signature;
 }
@@ -134,19 +135,20 @@ Signer::Signer(std::string_view pkcs12, const Secret& password)
     }
     if (!isRead) {
         if (isPasswordWrong())
-            throw Refusal{password.view().empty() ? "the certificate's file has a password"
-                                                  : "the password is not that of the certificate's file"};
-        refuse("the certificate's file cannot be read");
+            throw Refusal{password.view().empty()
+                              ? trText("Sign", "the certificate's file has a password")
+                              : trText("Sign", "the password is not that of the certificate's file")};
+        refuse(trText("Sign", "the certificate's file cannot be read"));
     }
     m_key.reset(key);
     m_certificate.reset(certificate);
     m_issuers.reset(issuers);
     if (!m_key || !m_certificate)
-        throw Refusal{"the certificate's file lacks the private key or its certificate"};
+        throw Refusal{trText("Sign", "the certificate's file lacks the private key or its certificate")};
     if (const std::string fault = keyFault(m_key.get()); !fault.empty())
-        throw Refusal{"the certificate cannot be used: " + fault};
+        throw Refusal{filled(trText("Sign", "the certificate cannot be used: %1"), {fault})};
     if (const std::string fault = certificateFault(m_certificate.get()); !fault.empty())
-        throw Refusal{"the certificate cannot be used: " + fault};
+        throw Refusal{filled(trText("Sign", "the certificate cannot be used: %1"), {fault})};
 }
 
 std::string Signer::name() const
@@ -183,16 +185,16 @@ std::string Signer::sign(const std::vector<std::string_view>& parts) const
                                      OBJ_nid2obj(NID_pkcs7_data), -1) ||
         !CMS_signed_add1_attr_by_NID(signer, NID_pkcs9_messageDigest, V_ASN1_OCTET_STRING, digest.data(),
                                      static_cast<int>(digest.size())))
-        refuse("the signature cannot be made");
+        refuse(trText("Sign", "the signature cannot be made"));
     const std::string signature = signatureOf(m_key.get(), algorithm, signedSet(signer));
     if (!ASN1_OCTET_STRING_set(CMS_SignerInfo_get0_signature(signer),
                                reinterpret_cast<const unsigned char*>(signature.data()),
                                static_cast<int>(signature.size())))
-        refuse("the signature cannot be made");
+        refuse(trText("Sign", "the signature cannot be made"));
 
     std::string der = derOf(cms.get());
     if (der.size() > reservedSize())
-        throw Refusal{"the signature is longer than the place for it"};
+        throw Refusal{trText("Sign", "the signature is longer than the place for it")};
     return der;
 }
 

@@ -6,6 +6,7 @@
 #include "quoted.h"
 #include "sealed_ink.h"
 #include "sign_commands.h"
+#include "text.h"
 #include "verifier.h"
 
 #include <optional>
@@ -16,11 +17,13 @@ namespace {
 QString originOf(const std::optional<sign::SignatureReport>& signature)
 {
     if (!signature)
-        return QStringLiteral("the ink of a mark. Nobody signed it: anybody may have put it there");
-    return QStringLiteral("the ink of the field %1, signed by %2; the signature is valid%3")
-        .arg(quoted(signature->field), quoted(signature->signer),
-             signature->isWholeFile ? QString()
-                                    : QStringLiteral(", and the document was changed afterwards"));
+        return Text::tr("the ink of a mark. Nobody signed it: anybody may have put it there");
+    return (signature->isWholeFile
+                ? Text::tr("the ink of the field %1, signed by %2; the signature is valid")
+                : Text::tr(
+                      "the ink of the field %1, signed by %2; the signature is valid, and the document was "
+                      "changed afterwards"))
+        .arg(quoted(signature->field), quoted(signature->signer));
 }
 
 } // namespace
@@ -29,15 +32,14 @@ void addUnsealOptions(QCommandLineParser& parser)
 {
     parser.addOptions({
         {QStringLiteral("key"),
-         QStringLiteral("Private key in PEM, of the certificate that the ink was sealed for."),
+         Text::tr("Private key in PEM, of the certificate that the ink was sealed for."),
          QStringLiteral("file")},
-        {QStringLiteral("password-file"), QStringLiteral("File whose first line is the password of the key."),
+        {QStringLiteral("password-file"), Text::tr("File whose first line is the password of the key."),
          QStringLiteral("file")},
         {{QStringLiteral("o"), QStringLiteral("output")},
-         QStringLiteral("File for the ink."),
+         Text::tr("File for the ink."),
          QStringLiteral("file")},
-        {QStringLiteral("field"),
-         QStringLiteral("Of several signatures with sealed ink, the one of this field."),
+        {QStringLiteral("field"), Text::tr("Of several signatures with sealed ink, the one of this field."),
          QStringLiteral("name")},
     });
     addDocumentPasswordOption(parser);
@@ -47,7 +49,7 @@ int unsealInkOf(const QCommandLineParser& parser, const QString& file)
 {
     for (const char* option : {"key", "output"})
         if (!parser.isSet(QLatin1String(option)))
-            throw UsageError{QStringLiteral("--%1 is missing").arg(QLatin1String(option))};
+            throw UsageError{Text::tr("--%1 is missing").arg(QLatin1String(option))};
     const auto value = [&parser](const char* option) { return parser.value(QLatin1String(option)); };
     const OutputFile target(value("output"),
                             {file, value("key"), value("password-file"), value("document-password-file")},

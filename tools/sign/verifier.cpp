@@ -4,6 +4,7 @@
 #include "later_changes.h"
 #include "refusal.h"
 #include "sealed_ink.h"
+#include "texts.h"
 
 #include <openssl/err.h>
 #include <openssl/ess.h>
@@ -56,21 +57,21 @@ struct Coverage
 Coverage coverageOf(QPDFObjectHandle ranges, std::size_t fileSize)
 {
     if (!ranges.isArray() || ranges.getArrayNItems() != 4)
-        throw Fault{"its /ByteRange does not name two ranges"};
+        throw Fault{trText("Sign", "its /ByteRange does not name two ranges")};
     std::array<std::size_t, 4> numbers{};
     for (int i = 0; i < 4; ++i) {
         QPDFObjectHandle number = ranges.getArrayItem(i);
         if (!number.isInteger() || number.getIntValue() < 0)
-            throw Fault{"its /ByteRange is not made of sizes"};
+            throw Fault{trText("Sign", "its /ByteRange is not made of sizes")};
         numbers[static_cast<std::size_t>(i)] = static_cast<std::size_t>(number.getIntValue());
     }
     const auto [start, gap, afterGap, rest] = numbers;
     if (start != 0)
-        throw Fault{"what it covers does not begin with the file"};
+        throw Fault{trText("Sign", "what it covers does not begin with the file")};
     if (gap >= afterGap)
-        throw Fault{"the ranges that it covers overlap"};
+        throw Fault{trText("Sign", "the ranges that it covers overlap")};
     if (afterGap > fileSize || rest > fileSize - afterGap)
-        throw Fault{"it covers more than there is: the file is cut off"};
+        throw Fault{trText("Sign", "it covers more than there is: the file is cut off")};
     return {gap, afterGap, afterGap + rest};
 }
 
@@ -82,9 +83,9 @@ std::string contentsOf(std::string_view file, const Coverage& coverage, QPDFObje
     const std::string_view gap = file.substr(coverage.gap, coverage.afterGap - coverage.gap);
     if (gap.size() < 2 || gap.front() != '<' || gap.back() != '>' || gap.size() % 2 != 0 ||
         !std::all_of(gap.begin() + 1, gap.end() - 1, isHexDigit))
-        throw Fault{"what it leaves out is more than the signature"};
+        throw Fault{trText("Sign", "what it leaves out is more than the signature")};
     if (contents.getParsedOffset() != static_cast<qpdf_offset_t>(coverage.gap))
-        throw Fault{"what it leaves out is another signature"};
+        throw Fault{trText("Sign", "what it leaves out is another signature")};
     const auto value = [](char digit) { return digit <= '9' ? digit - '0' : (digit | 0x20) - 'a' + 10; };
     std::string bytes;
     bytes.reserve(gap.size() / 2);
@@ -98,15 +99,15 @@ Owned<CMS_ContentInfo> cmsOf(const std::string& contents)
     const auto* start = reinterpret_cast<const unsigned char*>(contents.data());
     const unsigned char* end = start;
     if (contents.size() > LONG_MAX)
-        throw Fault{"it is too long"};
+        throw Fault{trText("Sign", "it is too long")};
     Owned<CMS_ContentInfo> cms(d2i_CMS_ContentInfo(nullptr, &end, static_cast<long>(contents.size())));
     if (!cms || OBJ_obj2nid(CMS_get0_type(cms.get())) != NID_pkcs7_signed)
-        throw Fault{"it is no CMS signature"};
+        throw Fault{trText("Sign", "it is no CMS signature")};
     const std::string_view rest = std::string_view(contents).substr(static_cast<std::size_t>(end - start));
     if (rest.find_first_not_of('\0') != std::string_view::npos)
-        throw Fault{"something else stands behind it in its place"};
+        throw Fault{trText("Sign", "something else stands behind it in its place")};
     if (CMS_is_detached(cms.get()) != 1)
-        throw Fault{"it holds what it signs instead of the document's digest"};
+        throw Fault{trText("Sign", "it holds what it signs instead of the document's digest")};
     return cms;
 }
 
@@ -128,7 +129,7 @@ const EVP_MD* digestAlgorithm(const X509_ALGOR* algorithm)
     case NID_sha3_512:
         return EVP_sha3_512();
     default:
-        throw Fault{"its digest is of a kind that is not safe or not known"};
+        throw Fault{trText("Sign", "its digest is of a kind that is not safe or not known")};
     }
 }
 
@@ -150,7 +151,7 @@ void checkCertificateStatement(CMS_SignerInfo* signer, X509* certificate)
 {
     const ASN1_STRING* value = signedValue(signer, NID_id_smime_aa_signingCertificateV2, V_ASN1_SEQUENCE);
     if (!value)
-        throw Fault{"it does not say which certificate it was made with"};
+        throw Fault{trText("Sign", "it does not say which certificate it was made with")};
     const unsigned char* bytes = ASN1_STRING_get0_data(value);
     ESS_SIGNING_CERT_V2* statement = d2i_ESS_SIGNING_CERT_V2(nullptr, &bytes, ASN1_STRING_length(value));
     STACK_OF(X509)* chain = sk_X509_new_null();
@@ -159,7 +160,7 @@ void checkCertificateStatement(CMS_SignerInfo* signer, X509* certificate)
     sk_X509_free(chain);
     ESS_SIGNING_CERT_V2_free(statement);
     if (!isThis)
-        throw Fault{"it was made with another certificate than the one that it brings"};
+        throw Fault{trText("Sign", "it was made with another certificate than the one that it brings")};
 }
 
 bool isSignatureOver(const std::vector<std::string_view>& parts, const EVP_MD* algorithm, EVP_PKEY* key,
@@ -177,10 +178,10 @@ bool isSignatureOver(const std::vector<std::string_view>& parts, const EVP_MD* a
 void checkSignature(CMS_SignerInfo* signer, X509* certificate, const std::vector<std::string_view>& parts,
                     bool mustNameCertificate)
 {
-    constexpr char notMatching[] = "the document was changed after it";
+    const auto notMatching = [] { return Fault{trText("Sign", "the document was changed after it")}; };
     EVP_PKEY* key = X509_get0_pubkey(certificate);
     if (!key)
-        throw Fault{"the key of its certificate cannot be read"};
+        throw Fault{trText("Sign", "the key of its certificate cannot be read")};
     if (const std::string fault = keyFault(key); !fault.empty())
         throw Fault{fault};
     X509_ALGOR* digestKind = nullptr;
@@ -188,20 +189,20 @@ void checkSignature(CMS_SignerInfo* signer, X509* certificate, const std::vector
     const EVP_MD* algorithm = digestAlgorithm(digestKind);
     if (CMS_signed_get_attr_count(signer) <= 0) {
         if (mustNameCertificate)
-            throw Fault{"it does not say which certificate it was made with"};
+            throw Fault{trText("Sign", "it does not say which certificate it was made with")};
         if (!isSignatureOver(parts, algorithm, key, bytesOf(CMS_SignerInfo_get0_signature(signer))))
-            throw Fault{notMatching};
+            throw notMatching();
         return;
     }
     if (CMS_SignerInfo_verify(signer) != 1)
-        throw Fault{"it was changed, or made with another key than its certificate's"};
+        throw Fault{trText("Sign", "it was changed, or made with another key than its certificate's")};
     const void* type =
         CMS_signed_get0_data_by_OBJ(signer, OBJ_nid2obj(NID_pkcs9_contentType), -3, V_ASN1_OBJECT);
     if (!type || OBJ_obj2nid(static_cast<const ASN1_OBJECT*>(type)) != NID_pkcs7_data)
-        throw Fault{"it is not one over a document"};
+        throw Fault{trText("Sign", "it is not one over a document")};
     const ASN1_STRING* digest = signedValue(signer, NID_pkcs9_messageDigest, V_ASN1_OCTET_STRING);
     if (!digest || bytesOf(digest) != digestOf(algorithm, parts))
-        throw Fault{notMatching};
+        throw notMatching();
     if (mustNameCertificate)
         checkCertificateStatement(signer, certificate);
 }
@@ -225,7 +226,7 @@ public:
             count += X509_STORE_add_cert(m_store.get(), certificate.get());
         ERR_clear_error();
         if (count == 0)
-            throw Refusal{"there is no certificate in PEM among what is to be trusted"};
+            throw Refusal{trText("Sign", "there is no certificate in PEM among what is to be trusted")};
     }
 
     // Empty when trusted, or when there is nothing to go by.
@@ -241,7 +242,7 @@ public:
             return X509_verify_cert_error_string(X509_STORE_CTX_get_error(check.get()));
         }
         if (!maySign(certificate))
-            return "its certificate is not meant for signatures";
+            return trText("Sign", "its certificate is not meant for signatures");
         return {};
     }
 
@@ -265,13 +266,13 @@ void checkCms(const std::string& contents, const std::vector<std::string_view>& 
     const Owned<CMS_ContentInfo> cms = cmsOf(contents);
     STACK_OF(CMS_SignerInfo)* signers = CMS_get0_SignerInfos(cms.get());
     if (sk_CMS_SignerInfo_num(signers) != 1)
-        throw Fault{"it is not of exactly one signer"};
+        throw Fault{trText("Sign", "it is not of exactly one signer")};
     CMS_set1_signers_certs(cms.get(), nullptr, 0);
     CMS_SignerInfo* signer = sk_CMS_SignerInfo_value(signers, 0);
     X509* certificate = nullptr;
     CMS_SignerInfo_get0_algs(signer, nullptr, &certificate, nullptr, nullptr);
     if (!certificate)
-        throw Fault{"the signer's certificate is missing"};
+        throw Fault{trText("Sign", "the signer's certificate is missing")};
     report.signer = nameOf(X509_get_subject_name(certificate));
     report.issuer = nameOf(X509_get_issuer_name(certificate));
     report.serial = serialOf(certificate);
@@ -359,11 +360,11 @@ void checkDictionary(const Coverage& coverage, QPDFObjGen object, QPDFObjectHand
                      const Places& places)
 {
     if (!places.isPlain(object, coverage.gap) || signature.getKey("/Contents").isIndirect())
-        throw Fault{"what it says stands apart from it"};
+        throw Fault{trText("Sign", "what it says stands apart from it")};
     for (const char* const key : {"/ByteRange", "/M", "/Name", "/Reason", "/Location"})
         if (QPDFObjectHandle said = signature.getKey(key);
             said.isIndirect() && !places.isBelow(said.getObjGen(), coverage.end))
-            throw Fault{"what it says was changed after it"};
+            throw Fault{trText("Sign", "what it says was changed after it")};
 }
 
 // What it allows is told by its own revision, where no later one can say otherwise.
@@ -377,15 +378,17 @@ void checkLaterChanges(Document& document, const Coverage& coverage, QPDFObjGen 
             own = own.getKeyIfDict("/V");
         QPDFObjectHandle contents = own.getKeyIfDict("/Contents");
         if (!contents.isString() || contents.getParsedOffset() != static_cast<qpdf_offset_t>(coverage.gap))
-            throw Fault{"what it covers does not have it as a signature"};
+            throw Fault{trText("Sign", "what it covers does not have it as a signature")};
         const Limits limits = limitsOf(own);
         report.limitsChanges = limits.areAny();
         if (const std::optional<std::string> change = forbiddenChange(before, document, limits))
-            throw Fault{(limits.certified ? "it certifies the document against that, but afterwards "
-                                          : "it locks fields, but afterwards ") +
-                        *change};
+            throw Fault{filled(
+                limits.certified ? trText("Sign", "it certifies the document against that, but afterwards %1")
+                                 : trText("Sign", "it locks fields, but afterwards %1"),
+                {*change})};
     } catch (const Refusal& refusal) {
-        throw Fault{"what was changed after it cannot be judged: " + refusal.reason};
+        throw Fault{
+            filled(trText("Sign", "what was changed after it cannot be judged: %1"), {refusal.reason})};
     }
 }
 
@@ -395,7 +398,7 @@ void check(Document& document, QPDFObjectHandle field, const Places& places, con
     const std::string_view file = document.bytes();
     QPDFObjectHandle signature = field.getKey("/V");
     if (!signature.isDictionary())
-        throw Fault{"it is no dictionary"};
+        throw Fault{trText("Sign", "it is no dictionary")};
     report.time = isoTime(textOf(signature, "/M"));
     report.name = textOf(signature, "/Name");
     report.reason = textOf(signature, "/Reason");
@@ -403,11 +406,11 @@ void check(Document& document, QPDFObjectHandle field, const Places& places, con
     QPDFObjectHandle kind = signature.getKey("/SubFilter");
     const bool isCades = kind.isNameAndEquals("/ETSI.CAdES.detached");
     if (!isCades && !kind.isNameAndEquals("/adbe.pkcs7.detached"))
-        throw Fault{"it is of a kind that is not known here: " +
-                    (kind.isName() ? kind.getName() : std::string("none named"))};
+        throw Fault{filled(trText("Sign", "it is of a kind that is not known here: %1"),
+                           {kind.isName() ? kind.getName() : trText("Sign", "none named")})};
     QPDFObjectHandle contents = signature.getKey("/Contents");
     if (!contents.isString())
-        throw Fault{"it has no /Contents"};
+        throw Fault{trText("Sign", "it has no /Contents")};
     const Coverage coverage = coverageOf(signature.getKey("/ByteRange"), file.size());
     report.end = coverage.end;
     report.isWholeFile = coverage.end == file.size();
@@ -439,7 +442,7 @@ SealedInk sealedInkIn(QPDFObjectHandle holder, std::size_t limit)
     QPDFObjectHandle stream = holder.getKey(sealedInkKey);
     if (!stream.isStream() || stream.getParsedOffset() <= 0 ||
         static_cast<std::size_t>(stream.getParsedOffset()) >= limit)
-        throw Refusal{"the sealed ink is not within what was signed"};
+        throw Refusal{trText("Sign", "the sealed ink is not within what was signed")};
     const std::shared_ptr<Buffer> data = stream.getRawStreamData();
     return {std::string(reinterpret_cast<const char*>(data->getBuffer()), data->getSize()),
             static_cast<std::size_t>(stream.getParsedOffset()),
@@ -455,7 +458,7 @@ std::vector<SignatureReport> verifySignatures(Document& document, std::string_vi
     std::erase_if(fields, [](const SignatureField& field) { return !field.isSigned; });
     // Each may cover all of the file, and nobody waits for hours.
     if (fields.size() > fewSignatures && fields.size() > mostBytes / document.bytes().size())
-        throw Refusal{"it has too many signatures to verify them all"};
+        throw Refusal{trText("Sign", "it has too many signatures to verify them all")};
     const Places places(document);
     std::map<QPDFObjGen, int> owners; // of each signature
     for (const SignatureField& field : fields)
@@ -465,7 +468,7 @@ std::vector<SignatureReport> verifySignatures(Document& document, std::string_vi
     for (const SignatureField& field : fields) {
         reports.push_back(reportOf(document, field, places, anchors));
         if (reports.back().fault.empty() && owners[signatureObject(field.object)] > 1)
-            reports.back().fault = "it is in several fields";
+            reports.back().fault = trText("Sign", "it is in several fields");
     }
     std::stable_sort(
         reports.begin(), reports.end(),
@@ -488,7 +491,7 @@ SealedInk sealedInkOf(Document& document, const std::string& field)
     std::optional<SealedInk> found;
     const auto put = [&](const QPDFObjectHandle& holder, std::size_t limit) {
         if (found)
-            throw Refusal{"there is sealed ink in several places; name the field"};
+            throw Refusal{trText("Sign", "there is sealed ink in several places; name the field")};
         found = sealedInkIn(holder, limit);
     };
     for (const SignatureField& candidate : document.signatureFields()) {
@@ -498,7 +501,8 @@ SealedInk sealedInkOf(Document& document, const std::string& field)
             continue;
         const SignatureReport report = reportOf(document, candidate, places, Anchors({}));
         if (!report.fault.empty())
-            throw Refusal{"the signature " + report.field + " is not valid: " + report.fault};
+            throw Refusal{
+                filled(trText("Sign", "the signature %1 is not valid: %2"), {report.field, report.fault})};
         put(signature, report.end);
         found->signature = report;
     }
@@ -510,8 +514,9 @@ SealedInk sealedInkOf(Document& document, const std::string& field)
                 put(annotation, document.bytes().size());
     }
     if (!found)
-        throw Refusal{field.empty() ? "there is no sealed ink"
-                                    : "there is no sealed ink in the field " + field};
+        throw Refusal{field.empty()
+                          ? trText("Sign", "there is no sealed ink")
+                          : filled(trText("Sign", "there is no sealed ink in the field %1"), {field})};
     return *found;
 }
 

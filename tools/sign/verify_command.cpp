@@ -5,6 +5,7 @@
 #include "program.h"
 #include "quoted.h"
 #include "sign_commands.h"
+#include "text.h"
 #include "verifier.h"
 
 #include <QJsonArray>
@@ -34,68 +35,73 @@ int revisionOf(const std::vector<SignatureReport>& reports, const SignatureRepor
 QString verdict(const std::vector<SignatureReport>& reports, std::size_t size)
 {
     if (reports.empty())
-        return QStringLiteral("it has no signature");
+        return Text::tr("it has no signature");
     for (const SignatureReport& report : reports) {
         if (!report.fault.empty())
-            return QStringLiteral("signature %1 is not valid").arg(quoted(report.field));
+            return Text::tr("signature %1 is not valid").arg(quoted(report.field));
         if (!report.distrust.empty())
-            return QStringLiteral("signature %1 is not trusted").arg(quoted(report.field));
+            return Text::tr("signature %1 is not trusted").arg(quoted(report.field));
     }
     if (reports.back().isWholeFile)
         return {};
-    return QStringLiteral("%1 bytes were appended after the last signature").arg(size - reports.back().end);
+    return Text::tr("%n bytes were appended after the last signature", nullptr,
+                    static_cast<int>(size - reports.back().end));
 }
 
 QString coverage(const std::vector<SignatureReport>& reports, const SignatureReport& report, std::size_t size)
 {
     if (report.isWholeFile)
-        return QStringLiteral("the whole file");
+        return Text::tr("the whole file");
     if (report.end == 0)
-        return QStringLiteral("unknown");
-    return QStringLiteral("revision %1, the first %2 of %3 bytes")
-        .arg(revisionOf(reports, report))
-        .arg(report.end)
-        .arg(size);
+        return Text::tr("unknown");
+    return Text::tr("revision %1, the first %2 of %3 bytes")
+        .arg(QString::number(revisionOf(reports, report)), numberText(report.end), numberText(size));
 }
 
 QString asText(const std::vector<SignatureReport>& reports, std::size_t size, bool isTrustAsked)
 {
     QString text;
-    const auto put = [&text](const char* label, const QString& value) {
-        if (!value.isEmpty())
-            text += QStringLiteral("  %1 %2\n").arg(QLatin1String(label), -12).arg(value);
-    };
     for (const SignatureReport& report : reports) {
-        text += QStringLiteral("Signature %1%2\n")
-                    .arg(quoted(report.field), report.page > 0 ? QStringLiteral(", page %1").arg(report.page)
-                                                               : QStringLiteral(", on no page"));
+        NamedLines lines(13);
+        const auto put = [&lines](const QString& label, const QString& value) {
+            if (!value.isEmpty())
+                lines.add(label, value);
+        };
+        text +=
+            (report.page > 0
+                 ? Text::tr("Signature %1, page %2").arg(quoted(report.field), QString::number(report.page))
+                 : Text::tr("Signature %1, on no page").arg(quoted(report.field))) +
+            QLatin1Char('\n');
         const bool isValid = report.fault.empty();
-        put("result:",
-            isValid ? QStringLiteral("valid") : QStringLiteral("NOT VALID: ") + quoted(report.fault));
-        put("covers:", coverage(reports, report, size));
+        put(Text::tr("result:"),
+            isValid ? Text::tr("valid") : Text::tr("NOT VALID: %1").arg(quoted(report.fault)));
+        put(Text::tr("covers:"), coverage(reports, report, size));
         if (isValid && !report.isWholeFile)
-            put("later:", report.limitsChanges ? QStringLiteral("what it allows to be changed")
-                                               : QStringLiteral("any changes; it does not limit them"));
-        put("signer:", quoted(report.signer));
-        put("issuer:", quoted(report.issuer));
-        put("serial:", quoted(report.serial));
+            put(Text::tr("later:"), report.limitsChanges ? Text::tr("what it allows to be changed")
+                                                         : Text::tr("any changes; it does not limit them"));
+        put(Text::tr("signer:"), quoted(report.signer));
+        put(Text::tr("issuer:"), quoted(report.issuer));
+        put(Text::tr("serial:"), quoted(report.serial));
         if (isTrustAsked && isValid)
-            put("trust:", report.distrust.empty()
-                              ? QStringLiteral("trusted")
-                              : QStringLiteral("NOT TRUSTED: ") + quoted(report.distrust));
+            put(Text::tr("trust:"), report.distrust.empty()
+                                        ? Text::tr("trusted")
+                                        : Text::tr("NOT TRUSTED: %1").arg(quoted(report.distrust)));
         else
-            put("trust:", QStringLiteral("not checked"));
-        put("time:", quoted(report.time));
-        put("name:", quoted(report.name));
-        put("reason:", quoted(report.reason));
-        put("location:", quoted(report.location));
+            put(Text::tr("trust:"), Text::tr("not checked"));
+        put(Text::tr("time:"), quoted(report.time));
+        put(Text::tr("name:"), quoted(report.name));
+        put(Text::tr("reason:"), quoted(report.reason));
+        put(Text::tr("location:"), quoted(report.location));
+        for (const QString& line : lines.text().split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+            text += QStringLiteral("  ") + line + QLatin1Char('\n');
     }
     if (reports.empty())
-        return QStringLiteral("THE DOCUMENT IS NOT SIGNED.\n");
+        return Text::tr("THE DOCUMENT IS NOT SIGNED.") + QLatin1Char('\n');
     const QString fault = verdict(reports, size);
-    return text + (fault.isEmpty()
-                       ? QStringLiteral("The document is as it was signed.\n")
-                       : QStringLiteral("THE DOCUMENT IS NOT AS IT WAS SIGNED: %1.\n").arg(fault));
+    return text +
+           (fault.isEmpty() ? Text::tr("The document is as it was signed.")
+                            : Text::tr("THE DOCUMENT IS NOT AS IT WAS SIGNED: %1.").arg(fault)) +
+           QLatin1Char('\n');
 }
 
 QJsonObject asJson(const std::vector<SignatureReport>& reports, const SignatureReport& report,
@@ -149,9 +155,9 @@ void addVerifyOptions(QCommandLineParser& parser)
 {
     parser.addOptions({
         {QStringLiteral("trust"),
-         QStringLiteral("Certificates in PEM to trust: a signer's must come from one of them, or be one."),
+         Text::tr("Certificates in PEM to trust: a signer's must come from one of them, or be one."),
          QStringLiteral("file")},
-        {QStringLiteral("json"), QStringLiteral("For programs.")},
+        {QStringLiteral("json"), Text::tr("For programs.")},
     });
     addDocumentPasswordOption(parser);
 }

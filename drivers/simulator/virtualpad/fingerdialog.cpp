@@ -15,6 +15,7 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -50,7 +51,9 @@ FingerDialog::FingerDialog(const std::string& source, QWidget* parent)
     choices->addLayout(fileRow);
     m_file->setPlaceholderText(tr("Grey PGM picture"));
     m_file->setAccessibleName(tr("Picture file"));
-    m_file->setMinimumWidth(220);
+    constexpr int frame = 20;
+    m_file->setMinimumWidth(
+        std::max(220, m_file->fontMetrics().horizontalAdvance(m_file->placeholderText()) + frame));
 
     auto* const scoreLabel = new QLabel(tr("&Score"), this);
     scoreLabel->setBuddy(m_score);
