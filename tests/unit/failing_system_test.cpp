@@ -1,0 +1,297 @@
+// Calls of the system that fail, one at a time and for good, while a file is written: it is there whole, as
+// it was before, empty or not at all, nothing else stays in its folder, and the next time it works.
+#include "export/wholefile.h"
+
+#include <QString>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <new>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statfs.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace {
+
+// Of the test's only thread.
+struct Failures
+{
+    bool counts = false;     // calls, while the file is written
+    int calls = 0;           // so far
+    int failsAt = 0;         // the call that fails; 0 none
+    std::string failsAlways; // the name of calls that fail; empty none
+    int error = EIO;
+    std::vector<std::string> names; // of the calls
+};
+thread_local Failures failures;
+
+Failures at(int call)
+{
+    Failures planned;
+    planned.failsAt = call;
+    return planned;
+}
+
+Failures always(const char* name)
+{
+    Failures planned;
+    planned.failsAlways = name;
+    planned.error = EOPNOTSUPP;
+    return planned;
+}
+
+bool fails(const char* name)
+{
+    if (!failures.counts)
+        return false;
+    failures.names.emplace_back(name);
+    if (++failures.calls != failures.failsAt && failures.failsAlways != name)
+        return false;
+    errno = failures.error;
+    return true;
+}
+
+template <class Function>
+Function next(const char* name)
+{
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+// Takes the place of the C library's functions in the whole program. A function that is called is looked up
+// at its first call.
+#define STANDS_IN(result, name, parameters, arguments)                                                       \
+    extern "C" result name parameters                                                                        \
+    {                                                                                                        \
+        static const auto real = next<result(*) parameters>(#name);                                          \
+        return fails(#name) ? static_cast<result>(-1) : real arguments;                                      \
+    }
+
+STANDS_IN(ssize_t, flistxattr, (int file, char* list, size_t size), (file, list, size))
+STANDS_IN(ssize_t, fgetxattr, (int file, const char* name, void* value, size_t size),
+          (file, name, value, size))
+STANDS_IN(int, fsetxattr, (int file, const char* name, const void* value, size_t size, int flags),
+          (file, name, value, size, flags))
+STANDS_IN(int, fremovexattr, (int file, const char* name), (file, name))
+STANDS_IN(int, fchmod, (int file, mode_t mode), (file, mode))
+STANDS_IN(int, fstat, (int file, struct stat* status), (file, status))
+STANDS_IN(int, fstatat, (int folder, const char* path, struct stat* status, int flags),
+          (folder, path, status, flags))
+STANDS_IN(int, fstatfs, (int file, struct statfs* status), (file, status))
+STANDS_IN(int, statx, (int folder, const char* path, int flags, unsigned mask, struct statx* status),
+          (folder, path, flags, mask, status))
+STANDS_IN(int, linkat, (int from, const char* older, int to, const char* newer, int flags),
+          (from, older, to, newer, flags))
+STANDS_IN(int, renameat, (int from, const char* older, int to, const char* newer), (from, older, to, newer))
+STANDS_IN(int, fallocate, (int file, int mode, off_t offset, off_t length), (file, mode, offset, length))
+STANDS_IN(int, ftruncate, (int file, off_t length), (file, length))
+STANDS_IN(off_t, lseek, (int file, off_t offset, int from), (file, offset, from))
+STANDS_IN(ssize_t, write, (int file, const void* bytes, size_t size), (file, bytes, size))
+
+extern "C" int open(const char* path, int flags, ...)
+{
+    static const auto real = next<int (*)(const char*, int, ...)>("open");
+    va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
+    va_end(rest);
+    return fails("open") ? -1 : real(path, flags, mode);
+}
+
+extern "C" int openat(int folder, const char* path, int flags, ...)
+{
+    static const auto real = next<int (*)(int, const char*, int, ...)>("openat");
+    va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
+    va_end(rest);
+    return fails("openat") ? -1 : real(folder, path, flags, mode);
+}
+
+namespace scribera::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string older(3000, 'o');
+const std::string newer(200'000, 'n');
+
+std::optional<std::string> contentOf(const fs::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        return std::nullopt;
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+std::set<std::string> namesIn(const fs::path& folder)
+{
+    std::set<std::string> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder))
+        names.insert(entry.path().filename());
+    return names;
+}
+
+// In two pieces, so that a file may have got one of them.
+bool handOverHalves(const FnTakeBytes& take)
+{
+    const std::size_t half = newer.size() / 2;
+    return take(newer.data(), half) && take(newer.data() + half, newer.size() - half);
+}
+
+// A file, and what it is like before it is written.
+struct Scene
+{
+    std::string name;
+    std::function<void(const fs::path& file)> make;
+};
+
+void PrintTo(const Scene& scene, std::ostream* out)
+{
+    *out << scene.name;
+}
+
+void makeOlder(const fs::path& file)
+{
+    std::ofstream(file) << older;
+}
+
+class FailingSystem : public testing::TestWithParam<Scene>
+{
+protected:
+    void SetUp() override
+    {
+        fs::remove_all(m_folder);
+        fs::create_directory(m_folder);
+    }
+
+    // Writes with these failures. How many calls it took.
+    int write(const Failures& planned, std::optional<bool>& written)
+    {
+        fs::remove_all(m_folder);
+        fs::create_directory(m_folder);
+        GetParam().make(m_file);
+        failures = planned;
+        failures.counts = true;
+        written = WriteWholeFile(QString::fromStdString(m_file.string()), handOverHalves);
+        failures.counts = false;
+        return failures.calls;
+    }
+
+    void expectTidy(bool written, const std::set<std::string>& names)
+    {
+        const std::optional<std::string> content = contentOf(m_file);
+        if (written)
+            EXPECT_EQ(content, newer);
+        else
+            EXPECT_TRUE(!content || content->empty() || content == older || content == newer)
+                << content->size() << " bytes that are neither";
+        for (const std::string& name : namesIn(m_folder))
+            EXPECT_TRUE(names.contains(name)) << name << " stays behind";
+        ASSERT_TRUE(WriteWholeFile(QString::fromStdString(m_file.string()), handOverHalves));
+        EXPECT_EQ(contentOf(m_file), newer);
+        EXPECT_EQ(namesIn(m_folder), names);
+    }
+
+    const fs::path m_folder = fs::current_path() / "folder";
+    const fs::path m_file = m_folder / "picture.png";
+};
+
+TEST_P(FailingSystem, LeavesNoPartAndNothingElseAtAnyCall)
+{
+    std::optional<bool> written;
+    const int calls = write({}, written);
+    ASSERT_EQ(written, true);
+    ASSERT_GT(calls, 3);
+    const std::set<std::string> names = namesIn(m_folder);
+    for (int call = 1; call <= calls; ++call) {
+        SCOPED_TRACE(call);
+        write(at(call), written);
+        SCOPED_TRACE(failures.names[static_cast<std::size_t>(call) - 1]);
+        expectTidy(*written, names);
+    }
+}
+
+TEST_P(FailingSystem, DoesWithoutWhatAFileSystemDoesNotKnow)
+{
+    std::optional<bool> written;
+    write({}, written);
+    const std::set<std::string> names = namesIn(m_folder);
+    for (const char* const unknown : {"openat", "flistxattr", "fgetxattr", "fsetxattr", "statx", "linkat",
+                                      "fallocate", "fchmod", "renameat"}) {
+        SCOPED_TRACE(unknown);
+        write(always(unknown), written);
+        EXPECT_EQ(written, true);
+        expectTidy(*written, names);
+    }
+}
+
+TEST_P(FailingSystem, LeavesNoPartWhenTheBytesEndInAnException)
+{
+    std::optional<bool> written;
+    write({}, written);
+    const std::set<std::string> names = namesIn(m_folder);
+    for (const char* const unknown : {"", "openat"}) { // then in place, and not without a name
+        SCOPED_TRACE(unknown);
+        fs::remove_all(m_folder);
+        fs::create_directory(m_folder);
+        GetParam().make(m_file);
+        failures = always(unknown);
+        failures.counts = true;
+        int times = 0;
+        const auto handOver = [&times](const FnTakeBytes& take) {
+            const bool taken = take(newer.data(), newer.size() / 2);
+            if (++times == 2) // the first time may be for the size
+                throw std::bad_alloc();
+            return taken && take(newer.data() + newer.size() / 2, newer.size() - newer.size() / 2);
+        };
+        bool done = false;
+        try {
+            done = WriteWholeFile(QString::fromStdString(m_file.string()), handOver);
+        } catch (const std::bad_alloc&) {
+        }
+        failures.counts = false;
+        expectTidy(done, names);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , FailingSystem,
+    testing::Values(Scene{"New", [](const fs::path&) {}}, Scene{"Older", makeOlder},
+                    Scene{"WithAttributes",
+                          [](const fs::path& file) {
+                              makeOlder(file);
+                              // Where the file system has none, this is the scene before.
+                              static_cast<void>(setxattr(file.c_str(), "user.note", "kept", 4, 0));
+                          }},
+                    Scene{"WithTwoNames",
+                          [](const fs::path& file) {
+                              makeOlder(file);
+                              fs::create_hard_link(file, file.parent_path() / "second.png");
+                          }},
+                    Scene{"BehindALink",
+                          [](const fs::path& file) {
+                              makeOlder(file.parent_path() / "aim.png");
+                              fs::create_symlink("aim.png", file);
+                          }},
+                    Scene{"BehindALinkThatLeadsNowhere",
+                          [](const fs::path& file) { fs::create_symlink("aim.png", file); }}),
+    [](const testing::TestParamInfo<Scene>& info) { return info.param.name; });
+
+} // namespace
+} // namespace scribera::test
