@@ -73,10 +73,11 @@ QImage CopyInside(const QImage& Image, const QRect& rcPart)
 void WarmUpDrawing()
 {
     QImage Canvas = BlankCanvas(8, 8);
-    QPainter Painter(&Canvas);
-    DrawStrokeSegment(Painter, QLineF(1, 1, 6, 5), 2.5, Qt::black);
-    Painter.setCompositionMode(QPainter::RasterOp_SourceAndDestination);
-    Painter.drawImage(QRectF(1, 1, 4.5, 4.5), BlankCanvas(4, 4), QRectF(0, 0, 4, 4));
+    DrawInBandsOn(Canvas, [](QPainter& Painter) {
+        DrawStrokeSegment(Painter, QLineF(1, 1, 6, 5), 2.5, Qt::black);
+        Painter.setCompositionMode(QPainter::RasterOp_SourceAndDestination);
+        Painter.drawImage(QRectF(1, 1, 4.5, 4.5), BlankCanvas(4, 4), QRectF(0, 0, 4, 4));
+    });
 }
 
 QRect RectFromHost(int nLeft, int nTop, int nWidth, int nHeight)

@@ -26,14 +26,39 @@ QImage BlankCanvas(int nWidth, int nHeight);
 // when memory is short.
 void Whiten(QImage& Canvas, CImageWitness& Witness);
 
-// Has Draw(QPainter&) draw on the image. False when it ran out of memory: then the image has new pixels of
-// its own, since what a painter leaves behind halfway may keep others from painting.
+// What a painter draws on in the place of a picture without transparent pixels, as all of signatures are. On
+// Qt 6 its own pixels as those of a format without transparency: what is drawn is the same, but faster, and
+// Qt does not hand a stroke's parts to other threads: where the system refuses it one, it would wait for it
+// for ever.
+#if QT_VERSION_MAJOR < 6
+inline QImage& OpaqueView(QImage& Canvas)
+{
+    return Canvas;
+}
+#else
+inline QImage OpaqueView(QImage& Canvas)
+{
+    return {Canvas.bits(), Canvas.width(), Canvas.height(), Canvas.bytesPerLine(), QImage::Format_RGB32};
+}
+#endif
+
+// The same for a picture that is drawn on another one, of which nobody else holds the pixels.
+inline QImage Opaque(QImage Picture)
+{
+    Picture.reinterpretAsFormat(QImage::Format_RGB32);
+    return Picture;
+}
+
+// Has Draw(QPainter&) draw on the image, which is never transparent. False when it ran out of memory: then
+// the image has new pixels of its own, since what a painter leaves behind halfway may keep others from
+// painting.
 template <typename TDraw>
 bool DrawOn(QImage& Canvas, TDraw Draw)
 {
     bool bDrawn = false;
     const auto Paint = [&] {
-        QPainter Painter(&Canvas);
+        auto&& View = OpaqueView(Canvas);
+        QPainter Painter(&View);
         if (Painter.isActive()) {
             Draw(Painter);
             bDrawn = Painter.end();
@@ -45,6 +70,24 @@ bool DrawOn(QImage& Canvas, TDraw Draw)
     if (Attempt([&] { Own = Canvas.copy(); }) && !Own.isNull())
         Canvas = std::move(Own);
     return false;
+}
+
+// The same for what draws another picture: in bands, so low that Qt 6 does not use other threads for one
+// either.
+template <typename TDraw>
+bool DrawInBandsOn(QImage& Canvas, TDraw Draw)
+{
+    if constexpr (QT_VERSION_MAJOR < 6) // which has no memory to spare for a clip, and needs none
+        return DrawOn(Canvas, Draw);
+    constexpr int kRows = 64;
+    const int nWidth = Canvas.width();
+    const int nHeight = Canvas.height();
+    return DrawOn(Canvas, [&](QPainter& Painter) {
+        for (int nTop = 0; nTop < nHeight; nTop += kRows) {
+            Painter.setClipRect(0, nTop, nWidth, kRows);
+            Draw(Painter);
+        }
+    });
 }
 
 // A copy of the part of the image that lies in the rectangle; null when none does.

@@ -9,11 +9,12 @@
 
 namespace {
 
-// All pixels that a segment can touch: half its width around it, and what antialiasing adds. A width below
-// one pixel still draws one; round caps are curves that stand out by less than a thousandth.
+// All pixels that a segment can touch: half its width around it, and what antialiasing adds, which is more
+// than one pixel at the ends of Qt 6's thin lines. A width below one pixel still draws one; round caps are
+// curves that stand out by less than a thousandth.
 QRect TouchedBy(const QLineF& Segment, double dblWidth, const QRect& rcCanvas)
 {
-    const double dblReach = std::max(std::abs(dblWidth), 1.0) * 0.5005 + 1;
+    const double dblReach = std::max(std::abs(dblWidth), 1.0) * 0.5005 + 2;
     const auto Edge = [](double dblValue, int nMin, int nMax) {
         return static_cast<int>(std::clamp(dblValue, static_cast<double>(nMin), static_cast<double>(nMax)));
     };
@@ -57,7 +58,7 @@ void CSignCanvas::TakeUpSize()
     if (Resized.size() != m_Size || (m_pLayer && Strokes.size() != m_Size))
         return;
     const auto DrawOld = [this](QPainter& Painter) { Painter.drawImage(0, 0, m_SignCanvas); };
-    if (!m_SignCanvas.isNull() && !Resized.isNull() && !DrawOn(Resized, DrawOld))
+    if (!m_SignCanvas.isNull() && !Resized.isNull() && !DrawInBandsOn(Resized, DrawOld))
         return;
     m_bSizeOwed = false;
     m_SignCanvas = std::move(Resized);

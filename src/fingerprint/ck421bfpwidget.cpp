@@ -1,5 +1,6 @@
 #include "fingerprint/ck421bfpwidget.h"
 
+#include "canvas/drawing.h"
 #include "sync/attempt.h"
 
 #include <QPaintEvent>
@@ -38,7 +39,7 @@ void CK421BFPWidget::paintEvent(QPaintEvent* pEvent)
 {
     const QRect rcExposed = pEvent->rect();
     const auto Paint = [&] {
-        const QImage Exposed = m_pPicture->CopyOf(rcExposed);
+        const QImage Exposed = Opaque(m_pPicture->CopyOf(rcExposed));
         QPainter Painter(this);
         Painter.drawImage(rcExposed.topLeft(), Exposed);
     };

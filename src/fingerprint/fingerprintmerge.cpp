@@ -10,7 +10,7 @@ namespace {
 
 bool DrawFingerprint(QImage& Canvas, const QImage& Fingerprint, const QRectF& rcTargetFP)
 {
-    return DrawOn(Canvas, [&](QPainter& Painter) {
+    return DrawInBandsOn(Canvas, [&](QPainter& Painter) {
         Painter.setCompositionMode(QPainter::RasterOp_SourceAndDestination);
         Painter.drawImage(rcTargetFP, Fingerprint, QRectF(0, 0, kFPWidth, kFPHeight));
     });

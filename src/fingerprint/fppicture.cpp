@@ -154,7 +154,7 @@ bool CFPPicture::UpdateFPImage(const QImage& Image, ELogFile eFile)
             Painter.setCompositionMode(QPainter::CompositionMode_Source);
             Painter.drawImage(rcTargetFP, Image, rcSourceFP);
         };
-        bDrawn = MakeWritable(m_FPCanvas) && DrawOn(m_FPCanvas, Draw);
+        bDrawn = MakeWritable(m_FPCanvas) && DrawInBandsOn(m_FPCanvas, Draw);
         if (bDrawn) {
             m_nDrawnKey = Image.cacheKey();
             NotifyChanged(m_FPCanvas.rect()); // a placement may draw outside of its own rectangle

@@ -64,7 +64,7 @@ void CSignWidget::paintEvent(QPaintEvent* pEvent)
     QWidget::paintEvent(pEvent);
     const QRect rcExposed = pEvent->rect();
     const auto Paint = [&] {
-        const QImage Exposed = Canvas().CopyOf(rcExposed);
+        const QImage Exposed = Opaque(Canvas().CopyOf(rcExposed));
         QPainter Painter(this);
         Painter.drawImage(rcExposed.topLeft(), Exposed);
     };

@@ -416,7 +416,7 @@ TEST_F(InkFormatsTest, SignatureRecordsThatAreNone)
                   std::string::npos)
             << size;
     const std::string count = std::to_string(recordedSignatures().front().Count());
-    for (const int size : {22, 100, good.size() - 1})
+    for (const int size : {22, 100, static_cast<int>(good.size()) - 1})
         EXPECT_EQ(refusal(fromIsoSignature, good.left(size)),
                   "input:22: the record ends before its " + count + " points do");
     EXPECT_EQ(refusal(fromIsoSignature, good + '\0'),

@@ -94,7 +94,7 @@ TEST_F(InkMalformedTest, BitsThatBelongToNoByte)
 TEST_F(InkMalformedTest, SizesThatAreNoRecordsAndOneByte)
 {
     const QByteArray stream = streamOf(threeStrokes());
-    for (const int size : {2, 23, 24, 26, 48, 50, stream.size() - 1}) {
+    for (const int size : {2, 23, 24, 26, 48, 50, static_cast<int>(stream.size()) - 1}) {
         const QByteArray text = stream.left(size).toBase64();
         expectRefused(text + '\n', std::to_string(text.size()) + ": the stream ends after " +
                                        std::to_string(size) +

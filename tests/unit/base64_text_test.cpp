@@ -39,7 +39,7 @@ TEST(Base64Text, PiecesMayEndAnywhere)
         CBase64Decoder decoder;
         std::string decoded;
         for (int at = 0; at < text.size();) {
-            const int piece = std::min(text.size() - at, static_cast<int>(random() % 9));
+            const int piece = std::min(static_cast<int>(text.size()) - at, static_cast<int>(random() % 9));
             std::string bytes(CBase64Decoder::Room(static_cast<std::size_t>(piece)), '\0');
             bytes.resize(
                 decoder.Decode(text.constData() + at, static_cast<std::size_t>(piece), bytes.data()));

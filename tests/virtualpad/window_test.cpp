@@ -12,6 +12,9 @@
 #include <QMouseEvent>
 #include <QPalette>
 #include <QPushButton>
+#if QT_VERSION_MAJOR >= 6
+#include <QPointingDevice>
+#endif
 #include <QTabletEvent>
 #include <QTimer>
 #include <QToolButton>
@@ -470,10 +473,16 @@ TEST_F(WindowTest, OnlyAPadWithASensorOffersIt)
 TEST_F(WindowTest, AStylusPressesAsItSays)
 {
     const auto stylus = [this](QEvent::Type type, QPointF position, double pressure) {
-        QTabletEvent event(type, position, view().mapToGlobal(position.toPoint()), QTabletEvent::Stylus,
-                           QTabletEvent::Pen, pressure, 0, 0, 0, 0, 0, Qt::NoModifier, 1,
-                           type == QEvent::TabletMove ? Qt::NoButton : Qt::LeftButton,
-                           type == QEvent::TabletRelease ? Qt::NoButton : Qt::LeftButton);
+        const QPointF onScreen = view().mapToGlobal(position.toPoint());
+        const Qt::MouseButton changed = type == QEvent::TabletMove ? Qt::NoButton : Qt::LeftButton;
+        const Qt::MouseButton held = type == QEvent::TabletRelease ? Qt::NoButton : Qt::LeftButton;
+#if QT_VERSION_MAJOR < 6
+        QTabletEvent event(type, position, onScreen, QTabletEvent::Stylus, QTabletEvent::Pen, pressure, 0, 0,
+                           0, 0, 0, Qt::NoModifier, 1, changed, held);
+#else
+        QTabletEvent event(type, QPointingDevice::primaryPointingDevice(), position, onScreen, pressure, 0, 0,
+                           0, 0, 0, Qt::NoModifier, changed, held);
+#endif
         QApplication::sendEvent(&view(), &event);
         EXPECT_TRUE(event.isAccepted()) << "or a mouse would follow";
     };
