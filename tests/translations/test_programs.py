@@ -239,3 +239,14 @@ def test_what_scribera_sign_tells(tmp_path: Path, ink: bytes) -> None:
     reports = {run("sign", "verify", "--json", marked, language=language).output for language in ({}, GERMAN, PSEUDO)}
     assert len(reports) == 1
     assert json.loads(reports.pop())["fault"] == "it has no signature"
+
+
+def test_the_demo_host_chooses_by_itself() -> None:
+    """It has a catalogue of its own, which it loads by Qt's means."""
+    PROGRAMS["demo-host"] = os.environ["SCRIBERA_DEMO_HOST"]
+    try:
+        assert "Ein Bankschalter mit einem Unterschriftenpad." in run("demo-host", "--help", language=GERMAN).text
+        assert "A bank's counter with a signature pad." in run("demo-host", "--help", language={}).text
+        assert "A bank's counter with a signature pad." in run("demo-host", "--help", language={"LANGUAGE": "fr"}).text
+    finally:
+        del PROGRAMS["demo-host"]
