@@ -1,5 +1,5 @@
-/* Goes before every source of the build that counts coverage: has the counters of the program or library written by
- * _exit() too, for children and hosts that end by it. See dump_at_exit.c. */
+/* Goes before every source of the build that counts coverage: has the counters of the program or library
+ * written by _exit() too, for children and hosts that end by it. See dump_at_exit.c. */
 #ifndef SCRIBERA_DUMP_AT_EXIT_H
 #define SCRIBERA_DUMP_AT_EXIT_H
 

@@ -1,6 +1,7 @@
-// For test programs that start others where the processor is emulated. Qt asks whether the system knows processes by
-// descriptors, by waiting for one that is none; the emulator passes the question on to a system that does, but cannot
-// start such a process itself. So the answer is that there are none, and Qt starts others the older way.
+// For test programs that start others where the processor is emulated. Qt asks whether the system knows
+// processes by descriptors, by waiting for one that is none; the emulator passes the question on to a system
+// that does, but cannot start such a process itself. So the answer is that there are none, and Qt starts
+// others the older way.
 #define _GNU_SOURCE
 #include <errno.h>
 #include <stdarg.h>
