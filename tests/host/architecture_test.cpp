@@ -75,7 +75,7 @@ const std::vector<Row>& table()
         {"tools/pad",
          {"include", "src/export", "src/model", "drivers/pen", "drivers/simulator", "tools"},
          true},
-        {"tools/sign", {"src/pen", "src/ink", "src/model", "tools", "tools/pad"}},
+        {"tools/sign", {"src/pen", "src/ink", "src/model", "tools", "tools/pad", "translations"}},
         {"web/bridge", {"include", "tools", "tools/pad"}},
         {"examples", {"include"}, true},
         {"docs", {"include"}, true},
