@@ -89,8 +89,13 @@ void processEvents()
 ProcessState ProcessState::now()
 {
     ProcessState state;
-    for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/task"))
-        state.threads.insert(entry.path().filename());
+    for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/task")) {
+        // Qt keeps those of its pool for half a minute, and Qt 6 paints with them.
+        std::string name;
+        std::getline(std::ifstream(entry.path() / "comm"), name);
+        if (name != "Thread (pooled)")
+            state.threads.insert(entry.path().filename());
+    }
     for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd")) {
         std::error_code gone; // the descriptor of this very listing
         const fs::path target = fs::read_symlink(entry.path(), gone);
