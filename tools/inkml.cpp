@@ -70,10 +70,11 @@ void writeFormat(QXmlStreamWriter& xml)
     xml.writeEndElement();
 }
 
-// In milliseconds, which may be more than 64 bits can hold.
-QString millisecondsText(std::int64_t seconds)
+// A timestamp is not negative and of 64 bits. A clock that shows anything else stands in the points alone.
+bool canBeTimestamp(std::int64_t seconds)
 {
-    return seconds == 0 ? QStringLiteral("0") : QString::number(qlonglong{seconds}) + QStringLiteral("000");
+    return seconds >= 0 &&
+           static_cast<std::uint64_t>(seconds) <= std::numeric_limits<std::uint64_t>::max() / 1000;
 }
 
 // Reading
@@ -562,6 +563,7 @@ private:
 QByteArray toInkMl(const CInkSnapshot& ink, const CPadModel* pad)
 {
     const std::int64_t firstTick = ink.Count() > 0 ? ink.At(0).llTick : 0;
+    const std::int64_t firstSeconds = ink.Count() > 0 ? ink.At(0).llSeconds : 0;
     QByteArray text;
     QXmlStreamWriter xml(&text);
     const QString lineEnd = QStringLiteral("\n");
@@ -579,7 +581,8 @@ QByteArray toInkMl(const CInkSnapshot& ink, const CPadModel* pad)
     xml.writeEndElement();
     xml.writeEmptyElement(Namespace, QStringLiteral("timestamp"));
     xml.writeAttribute(XmlNamespace, QStringLiteral("id"), QStringLiteral("start"));
-    xml.writeAttribute(QStringLiteral("time"), millisecondsText(ink.Count() > 0 ? ink.At(0).llSeconds : 0));
+    if (canBeTimestamp(firstSeconds))
+        xml.writeAttribute(QStringLiteral("time"), QString::number(qulonglong(firstSeconds) * 1000));
     xml.writeEndElement();
     xml.writeCharacters(lineEnd);
     xml.writeStartElement(Namespace, QStringLiteral("annotation"));

@@ -27,16 +27,11 @@ void CKeyActions::ArmLocked(int nKey)
 void CKeyActions::CheckIfWeCanDoConfirmOrCancelKeyAction()
 {
     const CLocker Lock(m_KeyActionMutex);
-    switch (m_nDoClickConfirmOrCancelKeyActionFlag.load()) {
-    case kConfirmKey:
+    const int nKey = m_nDoClickConfirmOrCancelKeyActionFlag.load();
+    if (nKey == kConfirmKey)
         DoClickConfirmKeyAction();
-        break;
-    case kCancelKey:
+    else if (nKey == kCancelKey)
         DoClickCancelKeyAction();
-        break;
-    default:
-        break;
-    }
 }
 
 void CKeyActions::DoClickConfirmKeyAction()

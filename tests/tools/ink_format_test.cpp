@@ -150,7 +150,7 @@ TEST_F(InkFormatsTest, InkMlIsWhatTheSchemaAllows)
     const std::array<std::pair<const char*, const char*>, 5> changes = {
         {{"<traceFormat>", "<traceFormat frame=\"1\">"},
          {"name=\"X\"", "nome=\"X\""},
-         {" T 0 ", " TT- 0 "},
+         {" T 0 ", " TX 0 "},
          {"<timestamp xml:id=\"start\"", "<timestamp"},
          {"http://www.w3.org/2003/InkML", "http://www.w3.org/2003/Ink"}}};
     for (const auto& [from, to] : changes) {

@@ -30,11 +30,10 @@ namespace {
 // Of the test's only thread.
 struct Failures
 {
-    bool counts = false;     // calls, while the file is written
-    int calls = 0;           // so far
-    int failsAt = 0;         // the call that fails; 0 none
-    std::string failsAlways; // the name of calls that fail; empty none
-    int error = EIO;
+    bool counts = false;            // calls, while the file is written
+    int calls = 0;                  // so far
+    int failsAt = 0;                // the call that fails; 0 none
+    std::string failsAlways;        // the name of calls that the file system does not know; empty none
     std::vector<std::string> names; // of the calls
 };
 thread_local Failures failures;
@@ -46,11 +45,10 @@ Failures at(int call)
     return planned;
 }
 
-Failures always(const char* name)
+Failures always(const char* name, int call = 0)
 {
-    Failures planned;
+    Failures planned = at(call);
     planned.failsAlways = name;
-    planned.error = EOPNOTSUPP;
     return planned;
 }
 
@@ -59,9 +57,10 @@ bool fails(const char* name)
     if (!failures.counts)
         return false;
     failures.names.emplace_back(name);
-    if (++failures.calls != failures.failsAt && failures.failsAlways != name)
+    const bool isUnknown = failures.failsAlways == name;
+    if (++failures.calls != failures.failsAt && !isUnknown)
         return false;
-    errno = failures.error;
+    errno = isUnknown ? EOPNOTSUPP : EIO;
     return true;
 }
 
@@ -181,16 +180,20 @@ protected:
     }
 
     // Writes with these failures. How many calls it took.
-    int write(const Failures& planned, std::optional<bool>& written)
+    int write(const Failures& planned, std::optional<bool>& written, const FnHandOver& handOver)
     {
         fs::remove_all(m_folder);
         fs::create_directory(m_folder);
         GetParam().make(m_file);
         failures = planned;
         failures.counts = true;
-        written = WriteWholeFile(QString::fromStdString(m_file.string()), handOverHalves);
+        written = WriteWholeFile(QString::fromStdString(m_file.string()), handOver);
         failures.counts = false;
         return failures.calls;
+    }
+    int write(const Failures& planned, std::optional<bool>& written)
+    {
+        return write(planned, written, handOverHalves);
     }
 
     void expectTidy(bool written, const std::set<std::string>& names)
@@ -241,43 +244,95 @@ TEST_P(FailingSystem, DoesWithoutWhatAFileSystemDoesNotKnow)
     }
 }
 
+TEST_P(FailingSystem, LeavesNoPartAtAnyCallWhereTheFileSystemKnowsLess)
+{
+    for (const char* const unknown : {"openat", "fallocate"}) {
+        SCOPED_TRACE(unknown);
+        std::optional<bool> written;
+        const int calls = write(always(unknown), written);
+        const std::set<std::string> names = namesIn(m_folder);
+        for (int call = 1; call <= calls; ++call) {
+            SCOPED_TRACE(call);
+            write(always(unknown, call), written);
+            SCOPED_TRACE(failures.names[static_cast<std::size_t>(call) - 1]);
+            expectTidy(*written, names);
+        }
+    }
+}
+
+// What is written in place is asked for twice, the first time for its size.
 TEST_P(FailingSystem, LeavesNoPartWhenTheBytesEndInAnException)
 {
     std::optional<bool> written;
     write({}, written);
     const std::set<std::string> names = namesIn(m_folder);
     for (const char* const unknown : {"", "openat"}) { // then in place, and not without a name
-        SCOPED_TRACE(unknown);
-        fs::remove_all(m_folder);
-        fs::create_directory(m_folder);
-        GetParam().make(m_file);
-        failures = always(unknown);
-        failures.counts = true;
-        int times = 0;
-        const auto handOver = [&times](const FnTakeBytes& take) {
-            const bool taken = take(newer.data(), newer.size() / 2);
-            if (++times == 2) // the first time may be for the size
-                throw std::bad_alloc();
-            return taken && take(newer.data() + newer.size() / 2, newer.size() - newer.size() / 2);
-        };
-        bool done = false;
-        try {
-            done = WriteWholeFile(QString::fromStdString(m_file.string()), handOver);
-        } catch (const std::bad_alloc&) {
+        for (const int throwsAt : {1, 2}) {
+            SCOPED_TRACE(testing::Message() << "without '" << unknown << "', time " << throwsAt);
+            int times = 0;
+            const auto handOver = [&](const FnTakeBytes& take) {
+                const bool taken = take(newer.data(), newer.size() / 2);
+                if (++times == throwsAt)
+                    throw std::bad_alloc();
+                return taken && take(newer.data() + newer.size() / 2, newer.size() - newer.size() / 2);
+            };
+            written = false;
+            try {
+                write(always(unknown), written, handOver);
+            } catch (const std::bad_alloc&) {
+                failures.counts = false;
+            }
+            EXPECT_EQ(*written, times < throwsAt);
+            expectTidy(*written, names);
         }
-        failures.counts = false;
-        expectTidy(done, names);
     }
+}
+
+TEST_P(FailingSystem, LeavesNoPartWhenTheBytesCannotBeMade)
+{
+    std::optional<bool> written;
+    write({}, written);
+    const std::set<std::string> names = namesIn(m_folder);
+    for (const char* const unknown : {"", "openat"}) {
+        for (const int failsAt : {1, 2}) {
+            SCOPED_TRACE(testing::Message() << "without '" << unknown << "', time " << failsAt);
+            int times = 0;
+            write(always(unknown), written, [&](const FnTakeBytes& take) {
+                return take(newer.data(), newer.size() / 2) && ++times < failsAt &&
+                       take(newer.data() + newer.size() / 2, newer.size() - newer.size() / 2);
+            });
+            EXPECT_EQ(*written, times < failsAt);
+            expectTidy(*written, names);
+        }
+    }
+}
+
+TEST_P(FailingSystem, EmptiesAFileForNoBytes)
+{
+    GetParam().make(m_file);
+    EXPECT_TRUE(WriteWholeFile(QString::fromStdString(m_file.string()), QByteArray()));
+    EXPECT_EQ(contentOf(m_file), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(
     , FailingSystem,
+    // Where the file system has no attributes, the scenes with them are as the plain one.
     testing::Values(Scene{"New", [](const fs::path&) {}}, Scene{"Older", makeOlder},
                     Scene{"WithAttributes",
                           [](const fs::path& file) {
                               makeOlder(file);
-                              // Where the file system has none, this is the scene before.
                               static_cast<void>(setxattr(file.c_str(), "user.note", "kept", 4, 0));
+                          }},
+                    Scene{"WhereNewFilesGetAnAccessList",
+                          [](const fs::path& file) {
+                              makeOlder(file);
+                              // Version 2; all rights for owner, group and others, and a mask.
+                              constexpr unsigned char kList[] = {
+                                  2,    0,   0,   0,   0x01, 0,   7,   0,   255,  255, 255, 255,
+                                  0x04, 0,   7,   0,   255,  255, 255, 255, 0x10, 0,   7,   0,
+                                  255,  255, 255, 255, 0x20, 0,   7,   0,   255,  255, 255, 255};
+                              static_cast<void>(setxattr(file.parent_path().c_str(),
+                                                         "system.posix_acl_default", kList, sizeof kList, 0));
                           }},
                     Scene{"WithTwoNames",
                           [](const fs::path& file) {
