@@ -24,8 +24,8 @@ inline QString numberText(double value, int decimals)
     return localeOfTexts().toString(value, 'f', decimals);
 }
 
-// NamedLines of a name and what stands under it, the latter below each other. The names have this width, or
-// that of the longest.
+// Lines of a name and its value. Names take this width, or that of the longest, so that the values are
+// aligned.
 class NamedLines
 {
 public:

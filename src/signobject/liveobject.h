@@ -16,7 +16,8 @@ class CSignObject;
 // The object is found from its publication until it is closed, that is, until its driver has stopped.
 // Whoever comes after that finds none, whoever is inside is waited for, and only then do its resources go.
 //
-// No lock is held on the way, in particular none while the driver is called.
+// No lock is held on the way, in particular none while the driver is called. tests/order has a copy of the
+// steps, which a checker runs in every order that C++ allows; change both.
 //
 //           CStart::Begin            CStart::Finish          CEnding
 //     none ----------------> starting --------------> live ----------> ending

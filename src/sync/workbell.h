@@ -5,7 +5,8 @@
 
 // Whoever brings work makes it visible first and rings then. The worker takes the count, looks for work, and
 // where it finds none waits with that count: what is rung between its look and its wait ends the wait at
-// once, so no ring is missed. Any thread may ring, one waits. Takes no memory and throws nothing.
+// once, so no ring is missed. Any thread may ring, one waits. Takes no memory and throws nothing. tests/order
+// has a copy of the steps, which a checker runs in every order that C++ allows; change both.
 class CWorkBell
 {
 public:

@@ -288,7 +288,7 @@ def test_certified_against_every_change(tool: Tool, tmp_path: Path, level: int) 
     content = signed(tool.keys, value_entries=CERTIFYING % level)
     file.write_bytes(content)
     assert said(tool, file)[0] == 0
-    # Signed by somebody who does not care, in a field of an own.
+    # Signed by somebody who does not care, in a field of its own.
     file.write_bytes(signed_again(tool.keys, content))
     code, told = said(tool, file)
     assert [one["valid"] for one in told] == [level == 3, True] and code == (0 if level == 3 else 1), told
