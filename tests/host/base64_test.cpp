@@ -305,11 +305,16 @@ protected:
         ASSERT_TRUE(pad().start({.width = 1920, .height = 960}));
         ASSERT_EQ(api().SetPenStyle(type(), false), 0);
         std::atomic<bool> stop{false};
+        // A few dashes for each picture, so that however slow the encoder is, the pen still has some to draw.
+        constexpr int dashesAtATime = 20;
+        std::atomic<int> allowed{dashesAtATime};
         int sent = 0;
         std::thread pen([&] {
-            while (!stop && sent < fields) {
-                const auto samples = dash(sent++);
-                sim().SendSamples(samples.data(), static_cast<int>(samples.size()));
+            while (!stop) {
+                if (sent < allowed) {
+                    const auto samples = dash(sent++);
+                    sim().SendSamples(samples.data(), static_cast<int>(samples.size()));
+                }
                 std::this_thread::sleep_for(std::chrono::microseconds(500));
             }
         });
@@ -326,6 +331,7 @@ protected:
         int grown = 0;
         for (int i = 0; i < 30 && grown < 3; ++i) {
             const int before = pad().points();
+            allowed = before / 3 + dashesAtATime;
             const QByteArray bytes = make();
             const int after = pad().points();
             pictures.push_back({bytes, before, after});
