@@ -462,6 +462,24 @@ Operation encodeOperation(const char* name, int imageType, int traits = Plain)
         &Operations::PacketsBase64EncodeFree);
 }
 
+// With lines of the log, which tell what was refused.
+Operation logged(const char* name, Operation operation)
+{
+    const auto prepare = operation.prepare;
+    const auto check = operation.check;
+    operation.name = name;
+    operation.prepare = [prepare](Subject& s) {
+        prepare(s);
+        Library::instance().enableLog = 1;
+        s.api.GetTotalPacketsNumber(s.type); // whose lines make the files
+    };
+    operation.check = [check](Subject& s) {
+        Library::instance().enableLog = 0;
+        check(s);
+    };
+    return operation;
+}
+
 Operation clipped(Operation operation)
 {
     operation.prepare = [](Subject& s) { s.api.SetSaveCenterImageClip(s.type, true, 5, 7); };
@@ -728,6 +746,18 @@ std::vector<Operation> allOperations()
         giveTheMergeAMoment();
     };
     all.push_back(printText);
+
+    // ---- the same with a log
+    all.push_back(logged("LoggedPenMove", penOperation("", true, one({0.7, 0.3}, PenMove))));
+    all.push_back(
+        logged("LoggedSaveClippedPng", saveOperation("", ImagePng, "saved.png", true, CopiesFirst)));
+    all.push_back(logged("LoggedEncodeClippedPng", clipped(encodeOperation("", ImagePng, CopiesFirst))));
+    all.push_back(
+        logged("LoggedGetClippedSVGImageBase64Data",
+               clipped(textOperation("", CopiesFirst, svgText, &Operations::FreeSVGImageBase64Data))));
+    all.push_back(
+        logged("LoggedFingerprint", {"", Draws | NeedsPrint | CopiesFirst,
+                                     [](Subject& s) { s.preparePrint(10); }, sendPreparedPrint, nothing}));
     return all;
 }
 

@@ -34,14 +34,17 @@ struct Failures
     int calls = 0;                  // so far
     int failsAt = 0;                // the call that fails; 0 none
     std::string failsAlways;        // the name of calls that the file system does not know; empty none
+    int error = EIO;                // of the call that fails
+    int unknown = EOPNOTSUPP;       // of the others
     std::vector<std::string> names; // of the calls
 };
 thread_local Failures failures;
 
-Failures at(int call)
+Failures at(int call, int error = EIO)
 {
     Failures planned;
     planned.failsAt = call;
+    planned.error = error;
     return planned;
 }
 
@@ -60,7 +63,7 @@ bool fails(const char* name)
     const bool isUnknown = failures.failsAlways == name;
     if (++failures.calls != failures.failsAt && !isUnknown)
         return false;
-    errno = isUnknown ? EOPNOTSUPP : EIO;
+    errno = isUnknown ? failures.unknown : failures.error;
     return true;
 }
 
@@ -222,11 +225,13 @@ TEST_P(FailingSystem, LeavesNoPartAndNothingElseAtAnyCall)
     ASSERT_EQ(written, true);
     ASSERT_GT(calls, 3);
     const std::set<std::string> names = namesIn(m_folder);
-    for (int call = 1; call <= calls; ++call) {
-        SCOPED_TRACE(call);
-        write(at(call), written);
-        SCOPED_TRACE(failures.names[static_cast<std::size_t>(call) - 1]);
-        expectTidy(*written, names);
+    for (const int error : {EIO, EINTR}) {
+        for (int call = 1; call <= calls; ++call) {
+            SCOPED_TRACE(testing::Message() << std::strerror(error) << " at call " << call);
+            write(at(call, error), written);
+            SCOPED_TRACE(failures.names[static_cast<std::size_t>(call) - 1]);
+            expectTidy(*written, names);
+        }
     }
 }
 
@@ -237,10 +242,14 @@ TEST_P(FailingSystem, DoesWithoutWhatAFileSystemDoesNotKnow)
     const std::set<std::string> names = namesIn(m_folder);
     for (const char* const unknown : {"openat", "flistxattr", "fgetxattr", "fsetxattr", "statx", "linkat",
                                       "fallocate", "fchmod", "renameat"}) {
-        SCOPED_TRACE(unknown);
-        write(always(unknown), written);
-        EXPECT_EQ(written, true);
-        expectTidy(*written, names);
+        for (const int error : {EOPNOTSUPP, ENOSYS}) {
+            SCOPED_TRACE(testing::Message() << unknown << ": " << std::strerror(error));
+            Failures planned = always(unknown);
+            planned.unknown = error;
+            write(planned, written);
+            EXPECT_EQ(written, true);
+            expectTidy(*written, names);
+        }
     }
 }
 
@@ -314,6 +323,45 @@ TEST_P(FailingSystem, EmptiesAFileForNoBytes)
     EXPECT_EQ(contentOf(m_file), "");
 }
 
+// Without a folder in their names.
+TEST(FailingSystemHere, LeavesNoPartOfAFileInTheCurrentFolder)
+{
+    for (const bool isThere : {false, true}) {
+        fs::remove("here.png");
+        if (isThere)
+            makeOlder("here.png");
+        EXPECT_TRUE(WriteWholeFile(QStringLiteral("here.png"), handOverHalves));
+        EXPECT_EQ(contentOf("here.png"), newer);
+    }
+    EXPECT_FALSE(WriteWholeFile(QString(), handOverHalves));
+}
+
+TEST(FailingSystemHere, LeavesNoPartOfAFileThatIsOpen)
+{
+    const auto overwrite = [](const Failures& planned, bool& written) {
+        makeOlder("open.svg");
+        CFileDescriptor file(::open("open.svg", O_WRONLY | O_CLOEXEC));
+        failures = planned;
+        failures.counts = true;
+        written = OverwriteFile(file, QByteArray::fromStdString(newer));
+        failures.counts = false;
+        return failures.calls;
+    };
+    bool written = false;
+    const int calls = overwrite({}, written);
+    ASSERT_TRUE(written);
+    ASSERT_GT(calls, 2);
+    EXPECT_EQ(contentOf("open.svg"), newer);
+    for (const char* const unknown : {"", "fallocate"}) {
+        for (int call = 1; call <= calls + 2; ++call) {
+            SCOPED_TRACE(testing::Message() << "without '" << unknown << "', call " << call);
+            overwrite(always(unknown, call), written);
+            const std::optional<std::string> content = contentOf("open.svg");
+            EXPECT_TRUE(written ? content == newer : content == older || content->empty());
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(
     , FailingSystem,
     // Where the file system has no attributes, the scenes with them are as the plain one.
@@ -343,6 +391,21 @@ INSTANTIATE_TEST_SUITE_P(
                           [](const fs::path& file) {
                               makeOlder(file.parent_path() / "aim.png");
                               fs::create_symlink("aim.png", file);
+                          }},
+                    Scene{"BehindAnAbsoluteLink",
+                          [](const fs::path& file) {
+                              makeOlder(file.parent_path() / "aim.png");
+                              fs::create_symlink(file.parent_path() / "aim.png", file);
+                          }},
+                    Scene{"WithSpecialRights",
+                          [](const fs::path& file) {
+                              makeOlder(file);
+                              fs::permissions(file, fs::perms::set_uid, fs::perm_options::add);
+                          }},
+                    Scene{"BesideAFolderOfTheNewName",
+                          [](const fs::path& file) {
+                              makeOlder(file);
+                              fs::create_directory(file.parent_path() / ".picture.png.scribera-new");
                           }},
                     Scene{"BehindALinkThatLeadsNowhere",
                           [](const fs::path& file) { fs::create_symlink("aim.png", file); }}),

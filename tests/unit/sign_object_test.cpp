@@ -66,6 +66,18 @@ protected:
     Simulator m_simulator;
 };
 
+TEST_P(SignObject, TakesNoPrintThatIsNotThere)
+{
+    m_simulator.close();
+    m_object->RxSignPadFPRawData(nullptr, 100, 1);
+    Bytes print = ridges(1);
+    if (!GetParam().model->hasFingerprint)
+        m_object->RxSignPadFPRawData(print.data(), static_cast<int>(print.size()), 1);
+    EXPECT_EQ(m_object->PointQueries().GetTotalInkPointsNumber(), -8);
+    wchar_t path[] = L"nothing.bmp";
+    EXPECT_EQ(m_object->Export().SaveDrawingImage(EBITI_BITMAP, path, 300), -8);
+}
+
 TEST_P(SignObject, FindsTheInkOfItsCanvas)
 {
     m_simulator.send(stroke(*GetParam().model, {{0.3, 0.4}, {0.6, 0.5}, {0.5, 0.7}}));
@@ -77,6 +89,17 @@ TEST_P(SignObject, FindsTheInkOfItsCanvas)
     EXPECT_EQ(found(0, 0), inkBox(canvas, 0, 0));
     EXPECT_EQ(found(3, 17), inkBox(canvas, 3, 17));
     EXPECT_EQ(found(1000, 1000), canvas.rect());
+}
+
+TEST_P(SignObject, HasNoValueForANumberThatNamesNone)
+{
+    m_simulator.send(stroke(*GetParam().model, {{0.3, 0.4}, {0.6, 0.5}}));
+    CSignExport& exporter = m_object->Export();
+    const std::unique_ptr<char[]> text(exporter.Base64Encode(EBITI_INK));
+    ASSERT_EQ(exporter.Base64Decode(EBITI_INK, text.get(), nullptr), ARI_SUCCESS);
+    EXPECT_EQ(exporter.GetDecodePACKETS(0, INKDATATYPE_X - 1), -8);
+    EXPECT_EQ(exporter.GetDecodePACKETS(0, INKDATATYPE_STROKEEND + 1), -8);
+    EXPECT_NE(exporter.GetDecodePACKETS(0, INKDATATYPE_X), -8);
 }
 
 TEST_P(SignObject, MakesOneColourTransparent)
@@ -188,6 +211,10 @@ TEST_P(SignObjectWithoutPad, HasNothingAndTakesNothing)
     EXPECT_EQ(object->Export().GetDecodePACKETS(0, INKDATATYPE_X), -8);
     EXPECT_EQ(object->ClearDeviceContent(), -1);
     EXPECT_EQ(object->SetDevicePenStyle(false), -1);
+    if (!GetParam().model->hasFingerprint) {
+        EXPECT_EQ(object->SetDisplayedFPImageAt({}), -1);
+        EXPECT_EQ(object->GetFPImageBase64Data(EBITI_PNG, true), nullptr);
+    }
     object->Shutdown();
 }
 

@@ -169,10 +169,33 @@ TEST(SvgDrawing, NothingIsHandedOverAfterARefusal)
 {
     Signature signature(g_PadK210);
     signature.addRandom(5000, 3);
-    int asked = 0;
-    EXPECT_FALSE(HandOverSvg(
-        signature.content(), dpi, [&](const char*, std::size_t) { return ++asked < 3; }, false));
-    EXPECT_EQ(asked, 3);
+    const auto handOver = [&](int refused) { // how often it asked
+        int asked = 0;
+        EXPECT_EQ(HandOverSvg(
+                      signature.content(), dpi, [&](const char*, std::size_t) { return ++asked != refused; },
+                      false),
+                  refused == 0);
+        return asked;
+    };
+    const int all = handOver(0);
+    ASSERT_GT(all, 3);
+    for (int refused = 1; refused <= all; ++refused)
+        EXPECT_EQ(handOver(refused), refused);
+}
+
+// The address is one that nothing may read from.
+TEST(SvgDrawing, OfMoreBytesThanAnArrayHoldsIsNone)
+{
+    const auto hands = [](std::size_t first, std::size_t second) {
+        return [=](const FnTakeBytes& take) {
+            static const char few[100] = {};
+            return take(few, first) && take(nullptr, second);
+        };
+    };
+    constexpr std::size_t gigabytes = std::size_t{2} << 30;
+    EXPECT_EQ(SvgBytes(hands(100, gigabytes)), std::nullopt);
+    EXPECT_EQ(SvgBytes(hands(100, std::numeric_limits<std::size_t>::max())), std::nullopt);
+    EXPECT_EQ(SvgBytes(hands(100, 0)), QByteArray(100, '\0'));
 }
 
 // Ten million of them when there is time.
