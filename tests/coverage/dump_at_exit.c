@@ -33,4 +33,5 @@ void _exit(int status)
 void _Exit(int status)
 {
     _exit(status);
+    __builtin_unreachable();
 }
