@@ -23,8 +23,8 @@ def look(text: str) -> bytes:
     return stream(f"/Tx BMC q BT /F1 12 Tf 2 5 Td ({text}) Tj ET Q EMC".encode(), "/Type /XObject /Subtype /Form /BBox [0 0 100 20]")
 
 
-def contract(lock: str) -> bytes:
-    """With fields to sign and to fill, and what is refered to and not there."""
+def contract(lock: str, prepare: Callable[[Pdf], None] = lambda pdf: None) -> bytes:
+    """With fields to sign and to fill, and what is refered to and not there; prepared for more."""
 
     def change(pdf: Pdf) -> None:
         pdf.add(f"{WIDGET} /FT /Sig /T (Customer) /Rect [300 120 500 180] /Lock << /Type /SigFieldLock {lock} >> >>", CUSTOMER)
@@ -43,6 +43,7 @@ def contract(lock: str) -> bytes:
         pdf.objects[1] = pdf.objects[1].replace(b"/Catalog", b"/Catalog /AcroForm %d 0 R" % FORM)
         pdf.objects[PAGE] = pdf.objects[PAGE].replace(
             b"/Contents", f"/Annots [{fields} {FONT} 0 R {LINK} 0 R] /Missing {MISSING} 0 R /Contents".encode())
+        prepare(pdf)
 
     return document(change=change)
 
@@ -70,6 +71,8 @@ CHANGES: dict[str, tuple[Callable[[bytes], dict[int, bytes]], bool, bool]] = {
     "read-only from now on": (lambda one: now(one, NAME, (b"/V (Ann)", b"/V (Ann) /Ff 1")), True, True),
     "about the document": (lambda one: {**now(one, 1, (b"/Catalog", b"/Catalog /Metadata 70 0 R")),
                                         70: stream(b"<x/>", "/Type /Metadata /Subtype /XML")}, True, True),
+    "proofs": (lambda one: {**now(one, 1, (b"/Catalog", b"/Catalog /DSS << /Certs [70 0 R] >> /Extensions << /ESIC << >> >>")),
+                            70: stream(b"a certificate")}, True, True),
     "an annotation more": (lambda one: {**now(one, PAGE, (b"/Annots [", b"/Annots [70 0 R ")),
                                         70: b"<< /Type /Annot /Subtype /Square /Rect [9 9 99 99] >>"}, False, True),
     "another annotation": (lambda one: now(one, LINK, (b"[20 20 40 40]", b"[20 20 90 90]")), False, True),
@@ -85,6 +88,9 @@ CHANGES: dict[str, tuple[Callable[[bytes], dict[int, bytes]], bool, bool]] = {
                                   70: b"<< /FT /Tx /T (More) /V (x) >>"}, False, False),
     "a text field at the end": (lambda one: {**now(one, FORM, (b" ] /Sig", b" 70 0 R ] /Sig")),
                                              70: b"<< /FT /Tx /T (More) /V (x) >>"}, False, False),
+    "a field that nobody signed": (lambda one: {
+        **now(one, FORM, (b"/Fields [", b"/Fields [70 0 R ")), **now(one, PAGE, (b"/Annots [", b"/Annots [70 0 R ")),
+        70: f"{WIDGET} /FT /Sig /T (More) /Rect [9 9 99 99] >>".encode()}, False, False),
     "a field to draw anew": (lambda one: now(one, FORM, (b"/DR", b"/NeedAppearances true /DR")), False, False),
     "another font": (lambda one: {FONT: b"<< /Type /Font /Subtype /Type1 /BaseFont /Symbol >>"}, False, False),
     "another content": (lambda one: {CONTENT: stream(b"0 0 600 900 re f")}, False, False),
@@ -96,9 +102,9 @@ CHANGES: dict[str, tuple[Callable[[bytes], dict[int, bytes]], bool, bool]] = {
 }
 
 
-def signed_by_customer(tool: Tool, folder: Path, lock: str) -> bytes:
+def signed_by_customer(tool: Tool, folder: Path, lock: str, prepare: Callable[[Pdf], None] = lambda pdf: None) -> bytes:
     original, once = folder / "original.pdf", folder / "once.pdf"
-    original.write_bytes(contract(lock))
+    original.write_bytes(contract(lock, prepare))
     done = tool.run(original, "-o", once, "--field", "Customer", *tool.with_ink(), *tool.with_key("rsa"))
     assert done.returncode == 0, done.stderr
     return once.read_bytes()

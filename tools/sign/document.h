@@ -131,8 +131,8 @@ private:
 // What a signature allows of later changes.
 struct Limits
 {
-    // 1: nothing; 2: filling and signing of the fields that are there; 3: annotations and new fields to sign,
-    // too. None where it does not certify the document.
+    // 1: nothing; 2: filling and signing of the fields that are there; 3: annotations and new fields that
+    // are signed, too. None where it does not certify the document.
     std::optional<int> certified;
     std::vector<QPDFObjectHandle> locks; // of fields
 

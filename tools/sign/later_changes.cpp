@@ -8,6 +8,7 @@
 #include <map>
 #include <set>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,18 @@ struct Forbidden
 };
 
 using Keys = std::set<std::string_view>;
+
+// What leads to an object, and so what else than anything it may be.
+enum class Link
+{
+    Plain,
+    Drawn,   // nothing else: in what is drawn, all names are free, and nothing leads elsewhere
+    Page,    // a page
+    Kid,     // a page or a part of the form
+    Parent,  // what has this among its kids
+    Part,    // a part of the form: a field, what is seen of it, what is above it
+    Catalog, // the catalog
+};
 
 // Of the catalog: what is about the document and not seen, such as proofs that certificates were valid.
 const Keys aboutTheDocument = {"/DSS", "/Extensions", "/Metadata"};
@@ -51,29 +64,173 @@ bool isWidget(QPDFObjectHandle annotation)
     return annotation.isDictionary() && annotation.getKey("/Subtype").isNameAndEquals("/Widget");
 }
 
+bool isSignature(QPDFObjectHandle value)
+{
+    return value.isDictionary() && value.hasKey("/Contents");
+}
+
 std::vector<QPDFObjectHandle> itemsOf(QPDFObjectHandle array)
 {
     return array.isArray() ? array.getArrayAsVector() : std::vector<QPDFObjectHandle>();
 }
 
-class Comparison
+Link linkBy(const std::string& key, Link from)
+{
+    static const std::map<std::string_view, Link> links = {
+        {"/AP", Link::Drawn},        {"/DR", Link::Drawn},      {"/MK", Link::Drawn},
+        {"/Resources", Link::Drawn}, {"/P", Link::Page},        {"/Pg", Link::Page},
+        {"/Kids", Link::Kid},        {"/Parent", Link::Parent}, {"/Annots", Link::Part},
+        {"/CO", Link::Part},         {"/Fields", Link::Part},   {"/Obj", Link::Part},
+        {"/T", Link::Part},          {"/Data", Link::Catalog},
+    };
+    if (from == Link::Drawn)
+        return from;
+    const auto found = links.find(key);
+    return found == links.end() ? Link::Plain : found->second;
+}
+
+// A destination begins with its page.
+Link linkByItem(QPDFObjectHandle array, int index, Link from)
+{
+    const bool isDestination =
+        index == 0 && array.getArrayNItems() > 1 && array.getArrayItem(1).isName() && from != Link::Drawn;
+    return isDestination ? Link::Page : from;
+}
+
+// What stands in the same place, before and after.
+struct Pair
+{
+    QPDFObjectHandle one;
+    QPDFObjectHandle other;
+    Link link;
+    QPDFObjGen owner; // the object of the dictionary that this is in
+};
+
+// Of objects of both revisions, with all that they refer to.
+class Sameness
+{
+public:
+    Sameness() = default;
+    Sameness(const Sameness&) = delete;
+    Sameness& operator=(const Sameness&) = delete;
+    virtual ~Sameness() = default;
+
+    bool haveSame(QPDFObjectHandle before, QPDFObjectHandle after, const Keys& apart)
+    {
+        if (!before.isDictionary() || !after.isDictionary())
+            return false;
+        std::set<std::string> keys = before.getKeys();
+        keys.merge(after.getKeys());
+        return std::all_of(keys.begin(), keys.end(), [&](const std::string& key) {
+            return apart.contains(key) || haveSameValue(before, after, key);
+        });
+    }
+
+    bool haveSameValue(QPDFObjectHandle before, QPDFObjectHandle after, const std::string& key)
+    {
+        return areSame({before.getKey(key), after.getKey(key), linkBy(key, Link::Plain), before.getObjGen()});
+    }
+
+    // Not by recursion: lists may be as long as the document.
+    bool areSame(const Pair& first)
+    {
+        std::vector<Pair> pairs = {first};
+        while (!pairs.empty()) {
+            Pair pair = std::move(pairs.back());
+            pairs.pop_back();
+            auto& [one, other, link, owner] = pair;
+            if (++m_compared > mostCompared)
+                throw Forbidden{trText("Sign", "so much was there already that the changes are not judged")};
+            if (one.isIndirect()) {
+                if (isComparedApart(pair)) {
+                    if (one.getObjGen() != other.getObjGen())
+                        return false;
+                    continue;
+                }
+                // Of the links to anything but a list, one alone changes what is inside.
+                const Link from = one.isArray() || link == Link::Drawn ? link : Link::Plain;
+                if (other.isIndirect() && !m_seen.emplace(one.getObjGen(), other.getObjGen(), from).second)
+                    continue;
+            }
+            if (one.getTypeCode() != other.getTypeCode())
+                return false;
+            if (one.isStream()) {
+                if (!haveSameData(one, other))
+                    return false;
+                one = one.getDict();
+                other = other.getDict();
+            }
+            if (one.isArray()) {
+                if (one.getArrayNItems() != other.getArrayNItems())
+                    return false;
+                for (int index = 0; index < one.getArrayNItems(); ++index)
+                    pairs.push_back({one.getArrayItem(index), other.getArrayItem(index),
+                                     linkByItem(one, index, link), owner});
+            } else if (one.isDictionary()) {
+                const std::set<std::string> keys = one.getKeys();
+                if (keys != other.getKeys())
+                    return false;
+                if (one.isIndirect())
+                    owner = one.getObjGen();
+                for (const std::string& key : keys)
+                    pairs.push_back({one.getKey(key), other.getKey(key), linkBy(key, link), owner});
+            } else if (one.unparseResolved() != other.unparseResolved())
+                return false;
+        }
+        return true;
+    }
+
+private:
+    // What is left out here.
+    virtual bool isComparedApart(const Pair&) const { return false; }
+
+    // The dictionaries, with the lengths, are compared as well.
+    static bool haveSameData(QPDFObjectHandle one, QPDFObjectHandle other)
+    {
+        if (one.getParsedOffset() > 0 && one.getParsedOffset() == other.getParsedOffset())
+            return true; // the same bytes of the same file
+        const std::shared_ptr<Buffer> before = one.getRawStreamData();
+        const std::shared_ptr<Buffer> after = other.getRawStreamData();
+        return before->getSize() == after->getSize() &&
+               std::memcmp(before->getBuffer(), after->getBuffer(), before->getSize()) == 0;
+    }
+
+    // That are the same or will have been found not to be.
+    std::set<std::tuple<QPDFObjGen, QPDFObjGen, Link>> m_seen;
+    std::size_t m_compared = 0;
+};
+
+class Comparison : private Sameness
 {
 public:
     Comparison(Document& before, Document& after, const Limits& limits)
         : m_before(before), m_after(after), m_limits(limits), m_fields(before.fields())
     {
-        m_known.insert(before.catalog().getObjGen());
         for (int number = 1; number <= before.pageCount(); ++number)
-            m_known.insert(before.page(number).object.getObjGen());
-        for (const FormField& field : m_fields) {
-            for (const QPDFObjectHandle& widget : field.widgets)
-                if (widget.isIndirect())
-                    m_known.insert(widget.getObjGen());
-            for (QPDFObjectHandle node = field.object;
-                 node.isIndirect() && m_known.insert(node.getObjGen()).second && node.isDictionary();
-                 node = node.getKey("/Parent"))
-                m_nodes.push_back(node);
+            m_pages.insert(before.page(number).object.getObjGen());
+        for (const FormField& field : m_fields)
+            m_parts.insert(field.object.getObjGen());
+        // What has kids and is no field is above fields, whatever its kids name as their parent. No loops:
+        // the fields were read this way.
+        std::vector<QPDFObjectHandle> rest = itemsOf(before.form().getKeyIfDict("/Fields"));
+        while (!rest.empty()) {
+            QPDFObjectHandle node = std::move(rest.back());
+            rest.pop_back();
+            if (m_parts.contains(node.getObjGen()))
+                continue;
+            m_nodes.push_back(node);
+            for (const QPDFObjectHandle& kid : itemsOf(node.getKey("/Kids"))) {
+                m_above.emplace(kid.getObjGen(), node);
+                rest.push_back(kid);
+            }
         }
+        for (const QPDFObjectHandle& node : m_nodes)
+            m_parts.insert(node.getObjGen());
+        for (const FormField& field : m_fields)
+            for (const QPDFObjectHandle& widget : field.widgets)
+                if (widget.isIndirect() && QPDFObjectHandle(widget).isDictionary() &&
+                    m_parts.insert(widget.getObjGen()).second)
+                    m_above.emplace(widget.getObjGen(), field.object);
     }
 
     // For a certifying signature.
@@ -81,11 +238,8 @@ public:
     {
         compareCatalogs();
         compareForms();
-        for (QPDFObjectHandle& node : m_nodes)
-            if (std::none_of(m_fields.begin(), m_fields.end(), [&](const FormField& field) {
-                    return field.object.getObjGen() == node.getObjGen();
-                }))
-                demand(haveSame(node, later(node), {}), trText("Sign", "the form was changed"));
+        for (const QPDFObjectHandle& node : m_nodes)
+            demand(haveSame(node, later(node), {}), trText("Sign", "the form was changed"));
         for (const FormField& field : m_fields)
             compareFields(field);
         if (m_before.pageCount() != m_after.pageCount())
@@ -100,6 +254,7 @@ public:
         const Shown shownBefore = shownOn(m_before);
         const Shown shownAfter = shownOn(m_after);
         std::map<QPDFObjGen, std::string> names;
+        std::set<QPDFObjGen> compared; // of the nodes
         for (const FormField& field : m_after.fields())
             names.emplace(field.object.getObjGen(), field.name);
         for (const FormField& field : m_fields) {
@@ -108,9 +263,10 @@ public:
             const auto name = names.find(field.object.getObjGen());
             demandSame(field, name != names.end() && name->second == field.name);
             compareFields(field);
-            for (QPDFObjectHandle node = QPDFObjectHandle(field.object).getKey("/Parent");
-                 node.isDictionary() && m_known.contains(node.getObjGen()); node = node.getKey("/Parent"))
-                demandSame(field, haveSame(node, later(node), {"/Kids"}));
+            for (auto above = m_above.find(field.object.getObjGen());
+                 above != m_above.end() && compared.insert(above->second.getObjGen()).second;
+                 above = m_above.find(above->second.getObjGen()))
+                demandSame(field, haveSame(above->second, later(above->second), {"/Kids"}));
             for (const QPDFObjectHandle& widget : field.widgets) {
                 const auto before = shownBefore.find(widget.getObjGen());
                 const auto after = shownAfter.find(widget.getObjGen());
@@ -183,11 +339,12 @@ private:
         demand(next == old.end(), trText("Sign", "fields were removed"));
     }
 
-    // To be signed, and seen on a page.
+    // Signed. It need not be seen on a page.
     void takeNewField(QPDFObjectHandle field)
     {
         demand(allowsAnnotations() && field.isIndirect() && field.isDictionary() &&
-                   !m_known.contains(field.getObjGen()) && field.getKey("/FT").isNameAndEquals("/Sig") &&
+                   !m_parts.contains(field.getObjGen()) && !m_pages.contains(field.getObjGen()) &&
+                   field.getKey("/FT").isNameAndEquals("/Sig") && isSignature(field.getKey("/V")) &&
                    !field.hasKey("/Kids") && !field.hasKey("/Parent"),
                trText("Sign", "fields were added"));
         m_added.insert(field.getObjGen());
@@ -198,23 +355,24 @@ private:
         QPDFObjectHandle before = field.object;
         const bool isSigned = field.type == "/Sig" && before.getKey("/V").isDictionary();
         const bool isFree = m_limits.certified && !isSigned && !m_limits.locksField(field.name);
-        const Keys apart = isFree ? filled : Keys();
         std::vector<QPDFObjectHandle> parts = field.widgets;
         parts.push_back(before);
         for (QPDFObjectHandle& part : parts) {
             if (!part.isIndirect())
                 continue; // a part of what is compared
             QPDFObjectHandle now = later(part);
-            demandSame(field, part.isDictionary() && now.isDictionary() && haveSame(part, now, apart));
-            if (!isFree)
+            // An annotation of another kind does not show the field's value.
+            const bool isFilled =
+                isFree && (allowsAnnotations() || isWidget(part) || part.getKeyIfDict("/Subtype").isNull());
+            demandSame(field, haveSame(part, now, isFilled ? filled : Keys()));
+            if (!isFilled)
                 continue;
             constexpr long long printedAndLocked = 4 + 128;
             constexpr long long readOnly = 1;
             for (const auto& [key, bits] : {std::pair("/F", printedAndLocked), std::pair("/Ff", readOnly)})
-                demandSame(field,
-                           isOnlySet(part, now, key, bits) || areSame(part.getKey(key), now.getKey(key)));
+                demandSame(field, isOnlySet(part, now, key, bits) || haveSameValue(part, now, key));
             // It tells how each state looks.
-            demandSame(field, field.type != "/Btn" || areSame(part.getKey("/AP"), now.getKey("/AP")));
+            demandSame(field, field.type != "/Btn" || haveSameValue(part, now, "/AP"));
         }
     }
 
@@ -224,6 +382,8 @@ private:
         QPDFObjectHandle after = m_after.page(number).object;
         const std::string change = ::filled(trText("Sign", "page %1 was changed"), {std::to_string(number)});
         demand(before.getObjGen() == after.getObjGen() && haveSame(before, after, {"/Annots"}), change);
+        const auto isList = [](QPDFObjectHandle value) { return value.isNull() || value.isArray(); };
+        const bool areLists = isList(before.getKey("/Annots")) && isList(after.getKey("/Annots"));
         std::vector<QPDFObjectHandle> old = itemsOf(before.getKey("/Annots"));
         std::vector<QPDFObjectHandle> now = itemsOf(after.getKey("/Annots"));
         if (allowsAnnotations()) {
@@ -232,87 +392,49 @@ private:
                 return !isWidget(annotation) || m_added.contains(annotation.getObjGen());
             });
         }
-        demand(old.size() == now.size() &&
+        const QPDFObjGen page = before.getObjGen();
+        demand((areLists || haveSameValue(before, after, "/Annots")) && old.size() == now.size() &&
                    std::equal(old.begin(), old.end(), now.begin(),
-                              [this](const auto& one, const auto& other) { return areSame(one, other); }),
+                              [&](const auto& one, const auto& other) {
+                                  return areSame({one, other, Link::Part, page});
+                              }),
                ::filled(trText("Sign", "what lies on page %1 was changed"), {std::to_string(number)}));
     }
 
-    bool haveSame(QPDFObjectHandle before, QPDFObjectHandle after, const Keys& apart)
+    // By itself, but for what may differ, and only where the link says so: what a page draws may be a field's
+    // value, for instance.
+    bool isComparedApart(const Pair& pair) const override
     {
-        if (!before.isDictionary() || !after.isDictionary())
-            return false;
-        std::set<std::string> keys = before.getKeys();
-        keys.merge(after.getKeys());
-        return std::all_of(keys.begin(), keys.end(), [&](const std::string& key) {
-            return apart.contains(key) || areSame(before.getKey(key), after.getKey(key));
-        });
-    }
-
-    // With all that they refer to, but for what is known: that is compared by itself. Not by recursion: lists
-    // may be as long as the document.
-    bool areSame(const QPDFObjectHandle& before, const QPDFObjectHandle& after)
-    {
-        std::vector<std::pair<QPDFObjectHandle, QPDFObjectHandle>> pairs = {{before, after}};
-        while (!pairs.empty()) {
-            auto [one, other] = std::move(pairs.back());
-            pairs.pop_back();
-            if (++m_compared > mostCompared)
-                throw Forbidden{trText("Sign", "so much was there already that the changes are not judged")};
-            if (one.isIndirect()) {
-                if (m_known.contains(one.getObjGen())) {
-                    if (one.getObjGen() != other.getObjGen())
-                        return false;
-                    continue;
-                }
-                if (other.isIndirect() && !m_seen.emplace(one.getObjGen(), other.getObjGen()).second)
-                    continue;
-            }
-            if (one.getTypeCode() != other.getTypeCode())
-                return false;
-            if (one.isStream()) {
-                if (!haveSameData(one, other))
-                    return false;
-                one = one.getDict();
-                other = other.getDict();
-            }
-            if (one.isArray()) {
-                if (one.getArrayNItems() != other.getArrayNItems())
-                    return false;
-                for (int index = 0; index < one.getArrayNItems(); ++index)
-                    pairs.emplace_back(one.getArrayItem(index), other.getArrayItem(index));
-            } else if (one.isDictionary()) {
-                const std::set<std::string> keys = one.getKeys();
-                if (keys != other.getKeys())
-                    return false;
-                for (const std::string& key : keys)
-                    pairs.emplace_back(one.getKey(key), other.getKey(key));
-            } else if (one.unparseResolved() != other.unparseResolved())
-                return false;
+        const QPDFObjGen object = pair.one.getObjGen();
+        switch (pair.link) {
+        case Link::Page:
+            return m_pages.contains(object);
+        case Link::Kid:
+            return m_pages.contains(object) || m_parts.contains(object);
+        case Link::Parent: {
+            const auto above = m_above.find(pair.owner);
+            return above != m_above.end() && above->second.getObjGen() == object;
         }
-        return true;
-    }
-
-    // The dictionaries, with the lengths, are compared as well.
-    static bool haveSameData(QPDFObjectHandle one, QPDFObjectHandle other)
-    {
-        if (one.getParsedOffset() > 0 && one.getParsedOffset() == other.getParsedOffset())
-            return true; // the same bytes of the same file
-        const std::shared_ptr<Buffer> before = one.getRawStreamData();
-        const std::shared_ptr<Buffer> after = other.getRawStreamData();
-        return before->getSize() == after->getSize() &&
-               std::memcmp(before->getBuffer(), after->getBuffer(), before->getSize()) == 0;
+        case Link::Part:
+            return m_parts.contains(object);
+        case Link::Catalog:
+            return object == m_before.catalog().getObjGen();
+        case Link::Plain:
+        case Link::Drawn:
+            break;
+        }
+        return false;
     }
 
     Document& m_before;
     Document& m_after;
     const Limits& m_limits;
-    const std::vector<FormField> m_fields;              // before
-    std::vector<QPDFObjectHandle> m_nodes;              // these fields and those above them
-    std::set<QPDFObjGen> m_known;                       // these, their widgets, the pages, the catalog
-    std::set<QPDFObjGen> m_added;                       // fields
-    std::set<std::pair<QPDFObjGen, QPDFObjGen>> m_seen; // that are the same or will have been found not to be
-    std::size_t m_compared = 0;
+    const std::vector<FormField> m_fields; // before
+    std::vector<QPDFObjectHandle> m_nodes; // above them
+    std::set<QPDFObjGen> m_pages;
+    std::set<QPDFObjGen> m_parts;                   // of the form: fields, widgets, nodes
+    std::map<QPDFObjGen, QPDFObjectHandle> m_above; // what has the field, node or widget among its kids
+    std::set<QPDFObjGen> m_added;                   // fields
 };
 
 } // namespace
