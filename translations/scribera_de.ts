@@ -719,6 +719,10 @@
         <source>it is damaged</source>
         <translation>sie ist beschädigt</translation>
     </message>
+    <message>
+        <source>how the document is encrypted was changed after it</source>
+        <translation>wie das Dokument verschlüsselt ist, wurde nach ihr geändert</translation>
+    </message>
 </context>
 <context>
     <name>Simulator</name>

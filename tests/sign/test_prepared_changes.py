@@ -2,16 +2,21 @@
 
 from __future__ import annotations
 
+import json
+import re
 from collections.abc import Callable
 from dataclasses import dataclass
 from pathlib import Path
 
 import pytest
 
+import forging
 import writer
+from checks import output_of
 from pictures import page_picture
 from test_later_changes import (BOX, CONTENT, FORM, LINK, NAME, NOBODY, OTHER, PAGE, WIDGET, judged, look, now,
                                 signed_by_customer)
+from test_verifying import CERTIFYING
 from tool import Tool
 from writer import Pdf, stream
 
@@ -314,3 +319,53 @@ def test_references_of_a_locked_field(tool: Tool, tmp_path: Path) -> None:
             file = tmp_path / "changed.pdf"
             file.write_bytes(writer.appended(once, change(once)))
             assert judged(tool, file)[1][0]["valid"] == (name != kept), (field, name)
+
+
+def encryption(folder: Path, strings: bytes) -> tuple[bytes, bytes]:
+    """What encrypts streams, or strings, too, with an empty password for whoever reads; and the identifier for it."""
+    source = writer.by_qpdf(writer.document(), folder, "--allow-weak-crypto", "--encrypt", "", "owner", "128", "--force-V4",
+                            "--use-aes=n", "--")
+    number, identifier = re.search(rb"/Encrypt (\d+) 0 R", source), re.search(rb"/ID ?\[[^]]*\]", source)
+    assert number and identifier
+    told = re.search(rb"\n%s 0 obj\n(.*?)\nendobj" % number[1], source, re.DOTALL)
+    assert told and told[1].count(b"/StrF /StdCF") == 1
+    return told[1].replace(b"/StrF /StdCF", b"/StrF " + strings), identifier[0]
+
+
+LIMITS = {"no limits": b"", "forms": CERTIFYING % 2, "annotations": CERTIFYING % 3}
+
+
+@pytest.mark.parametrize("limits", LIMITS)
+@pytest.mark.parametrize("strings", ["/Identity", "/StdCF"])
+def test_encrypted_afterwards(tool: Tool, tmp_path: Path, strings: str, limits: str) -> None:
+    """All that was signed is there, and readers decrypt it to something else."""
+    once, changed = tmp_path / "once.pdf", tmp_path / "changed.pdf"
+    once.write_bytes(forging.signed(tool.keys, value_entries=b"/Reason (I agree) " + LIMITS[limits]))
+    by, identifier = encryption(tmp_path, strings.encode())
+    changed.write_bytes(writer.appended(once.read_bytes(), {NEW: by}, b"/Encrypt %d 0 R " % NEW + identifier))
+    before, after = (output_of("qpdf", f"--show-object={CONTENT}", "--raw-stream-data", file) for file in (once, changed))
+    assert before != after
+    one = judged(tool, changed)[1][0]
+    assert not one["valid"] and one["fault"] == "how the document is encrypted was changed after it", one
+
+
+@pytest.mark.parametrize("bits", ["128", "256"])
+def test_encrypted_as_before(tool: Tool, tmp_path: Path, bits: str) -> None:
+    """The second half of the identifier is the revision's own; where nothing is encrypted, neither half matters."""
+    source = writer.by_qpdf(writer.form(), tmp_path, "--allow-weak-crypto", "--encrypt", "", "owner", bits, "--")
+    reference, identifier = re.search(rb"/Encrypt \d+ 0 R", source), re.search(rb"/ID ?\[<(\w+)>", source)
+    assert reference and identifier
+    original, once, file = (tmp_path / f"{name}.pdf" for name in ("original", "once", "changed"))
+    original.write_bytes(source)
+    done = tool.run(original, "-o", once, "--field", "Customer", *tool.with_ink(), *tool.with_key("rsa"))
+    assert done.returncode == 0, done.stderr
+    for encrypt, first, is_same in ((reference[0], identifier[1], True), (reference[0], identifier[1][::-1], False),
+                                    (b"", identifier[1], False)):
+        file.write_bytes(writer.appended(once.read_bytes(), {NEW: b"[]"}, encrypt + b" /ID [<%s> <abcd>]" % first))
+        told = tool.run("verify", "--json", file)
+        # The shorter key depends on the identifier: nothing is read with another one.
+        assert bool(told.stdout) == (is_same or bits == "256" or not encrypt), told
+        assert (bool(told.stdout) and json.loads(told.stdout)["signatures"][0]["valid"]) == is_same, told.stdout
+    for trailer in (b"", b"/ID [<ab> <cd>]"):
+        file.write_bytes(writer.appended(forging.signed(tool.keys), {NEW: b"[]"}, trailer))
+        assert judged(tool, file)[1][0]["valid"]

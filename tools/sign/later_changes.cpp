@@ -188,7 +188,7 @@ private:
     static bool haveSameData(QPDFObjectHandle one, QPDFObjectHandle other)
     {
         if (one.getParsedOffset() > 0 && one.getParsedOffset() == other.getParsedOffset())
-            return true; // the same bytes of the same file
+            return true; // the same bytes of the same file, which is encrypted alike
         const std::shared_ptr<Buffer> before = one.getRawStreamData();
         const std::shared_ptr<Buffer> after = other.getRawStreamData();
         return before->getSize() == after->getSize() &&
@@ -437,7 +437,30 @@ private:
     std::set<QPDFObjGen> m_added;                   // fields
 };
 
+// Part of the key; null where there is none.
+QPDFObjectHandle lastingIdentifier(QPDFObjectHandle trailer)
+{
+    QPDFObjectHandle identifier = trailer.getKey("/ID");
+    return identifier.isArray() && identifier.getArrayNItems() > 0 ? identifier.getArrayItem(0)
+                                                                   : QPDFObjectHandle::newNull();
+}
+
 } // namespace
+
+bool areEncryptedAlike(Document& before, Document& after)
+{
+    QPDFObjectHandle one = before.file().getTrailer();
+    QPDFObjectHandle other = after.file().getTrailer();
+    if (one.getKey("/Encrypt").isNull() && other.getKey("/Encrypt").isNull())
+        return true;
+    try {
+        Sameness sameness;
+        return sameness.haveSameValue(one, other, "/Encrypt") &&
+               sameness.areSame({lastingIdentifier(one), lastingIdentifier(other), Link::Plain, {}});
+    } catch (const Forbidden&) {
+        return false;
+    }
+}
 
 std::optional<std::string> forbiddenChange(Document& before, Document& after, const Limits& limits)
 {

@@ -9,9 +9,14 @@
 
 namespace sign {
 
+// Whether the same bytes are decrypted to the same, or neither document is encrypted. No signature allows
+// anything else.
+bool areEncryptedAlike(Document& before, Document& after);
+
 // The first change that is not allowed, as a sentence that goes on from "afterwards"; nothing when all are.
 // Objects of both revisions are compared: whatever is not known to be allowed is not. Both documents have to
-// be of the same file, the one before without what came later. Throws Refusal for damage.
+// be of the same file, the one before without what came later, and encrypted alike. Throws Refusal for
+// damage.
 std::optional<std::string> forbiddenChange(Document& before, Document& after, const Limits& limits);
 
 } // namespace sign

@@ -379,6 +379,8 @@ void checkLaterChanges(Document& document, const Coverage& coverage, QPDFObjGen 
         QPDFObjectHandle contents = own.getKeyIfDict("/Contents");
         if (!contents.isString() || contents.getParsedOffset() != static_cast<qpdf_offset_t>(coverage.gap))
             throw Fault{trText("Sign", "what it covers does not have it as a signature")};
+        if (!areEncryptedAlike(before, document))
+            throw Fault{trText("Sign", "how the document is encrypted was changed after it")};
         const Limits limits = limitsOf(own);
         report.limitsChanges = limits.areAny();
         if (const std::optional<std::string> change = forbiddenChange(before, document, limits))
