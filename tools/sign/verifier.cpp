@@ -478,13 +478,18 @@ std::vector<SignatureReport> verifySignatures(Document& document, std::string_vi
     return reports;
 }
 
-bool isWholeAndValid(const std::vector<SignatureReport>& reports)
+Verdict verdictOn(const std::vector<SignatureReport>& reports)
 {
-    const auto isGood = [](const SignatureReport& report) {
-        return report.fault.empty() && report.distrust.empty();
-    };
-    return !reports.empty() && std::all_of(reports.begin(), reports.end(), isGood) &&
-           reports.back().isWholeFile;
+    using Kind = Verdict::Kind;
+    if (reports.empty())
+        return {Kind::NotSigned, {}};
+    for (const SignatureReport& report : reports) {
+        if (!report.fault.empty())
+            return {Kind::NotValid, report.field};
+        if (!report.distrust.empty())
+            return {Kind::NotTrusted, report.field};
+    }
+    return {reports.back().isWholeFile ? Kind::AsSigned : Kind::Continued, {}};
 }
 
 SealedInk sealedInkOf(Document& document, const std::string& field)

@@ -33,9 +33,23 @@ struct SignatureReport
 // Throws Refusal when the file cannot be read as a PDF.
 std::vector<SignatureReport> verifySignatures(Document& document, std::string_view trusted);
 
-// Whether the document as it stands is what was signed: there are signatures, all are valid and none is
-// distrusted, and nothing was appended after the last.
-bool isWholeAndValid(const std::vector<SignatureReport>& reports);
+// Whether the document as it stands is what was signed, and otherwise the first reason why not.
+struct Verdict
+{
+    enum class Kind
+    {
+        AsSigned,
+        NotSigned,
+        NotValid,   // a signature
+        NotTrusted, // a signature
+        Continued,  // after the last signature
+    };
+
+    Kind kind;
+    std::string field; // of the signature
+};
+
+Verdict verdictOn(const std::vector<SignatureReport>& reports);
 
 struct SealedInk
 {

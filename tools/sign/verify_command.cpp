@@ -32,20 +32,23 @@ int revisionOf(const std::vector<SignatureReport>& reports, const SignatureRepor
 }
 
 // Why the document as it stands is not what was signed; empty when it is.
-QString verdict(const std::vector<SignatureReport>& reports, std::size_t size)
+QString faultOf(const std::vector<SignatureReport>& reports, std::size_t size)
 {
-    if (reports.empty())
+    const sign::Verdict verdict = sign::verdictOn(reports);
+    switch (verdict.kind) {
+    case sign::Verdict::Kind::AsSigned:
+        break;
+    case sign::Verdict::Kind::NotSigned:
         return Text::tr("it has no signature");
-    for (const SignatureReport& report : reports) {
-        if (!report.fault.empty())
-            return Text::tr("signature %1 is not valid").arg(quoted(report.field));
-        if (!report.distrust.empty())
-            return Text::tr("signature %1 is not trusted").arg(quoted(report.field));
+    case sign::Verdict::Kind::NotValid:
+        return Text::tr("signature %1 is not valid").arg(quoted(verdict.field));
+    case sign::Verdict::Kind::NotTrusted:
+        return Text::tr("signature %1 is not trusted").arg(quoted(verdict.field));
+    case sign::Verdict::Kind::Continued:
+        return Text::tr("%n bytes were appended after the last signature", nullptr,
+                        static_cast<int>(size - reports.back().end));
     }
-    if (reports.back().isWholeFile)
-        return {};
-    return Text::tr("%n bytes were appended after the last signature", nullptr,
-                    static_cast<int>(size - reports.back().end));
+    return {};
 }
 
 QString coverage(const std::vector<SignatureReport>& reports, const SignatureReport& report, std::size_t size)
@@ -97,7 +100,7 @@ QString asText(const std::vector<SignatureReport>& reports, std::size_t size, bo
     }
     if (reports.empty())
         return Text::tr("THE DOCUMENT IS NOT SIGNED.") + QLatin1Char('\n');
-    const QString fault = verdict(reports, size);
+    const QString fault = faultOf(reports, size);
     return text +
            (fault.isEmpty() ? Text::tr("The document is as it was signed.")
                             : Text::tr("THE DOCUMENT IS NOT AS IT WAS SIGNED: %1.").arg(fault)) +
@@ -139,7 +142,7 @@ QByteArray asJson(const std::vector<SignatureReport>& reports, std::size_t size,
     QJsonArray signatures;
     for (const SignatureReport& report : reports)
         signatures.append(asJson(reports, report, isTrustAsked));
-    const QString fault = verdict(reports, size);
+    const QString fault = faultOf(reports, size);
     return QJsonDocument(QJsonObject{
                              {QStringLiteral("valid"), fault.isEmpty()},
                              {QStringLiteral("fault"), fault.isEmpty() ? QJsonValue() : QJsonValue(fault)},
@@ -173,5 +176,5 @@ int verifyDocument(const QCommandLineParser& parser, const QString& file)
     writeOutput(parser.isSet(QStringLiteral("json")) ? asJson(reports, bytes.size(), isTrustAsked)
                                                      : asText(reports, bytes.size(), isTrustAsked).toUtf8(),
                 QStringLiteral("-"));
-    return verdict(reports, bytes.size()).isEmpty() ? Done : Failed;
+    return sign::verdictOn(reports).kind == sign::Verdict::Kind::AsSigned ? Done : Failed;
 }
