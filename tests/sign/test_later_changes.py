@@ -160,6 +160,14 @@ def test_signed_by_the_next(tool: Tool, tmp_path: Path, level: int) -> None:
     assert "what it allows to be changed" in tool.run("verify", last).stdout
 
 
+@pytest.mark.parametrize("level", [2, 3])
+def test_the_place_of_a_signature_shows_nothing_else(tool: Tool, tmp_path: Path, level: int) -> None:
+    once, file = signed_by_customer(tool, tmp_path, f"{NOBODY} /P {level}"), tmp_path / "changed.pdf"
+    file.write_bytes(writer.appended(once, now(once, CLERK, (b"/T (Clerk)", b"/T (Clerk) /AP << /N 53 0 R >>"))))
+    code, [one] = judged(tool, file)
+    assert (code, one["valid"]) == (1, False) and "the field Clerk was changed" in str(one["fault"]), one
+
+
 LOCKED = {name: name in ("a value", "hidden", "a moved field", "a field less", "a field that is not in the form", "read-only from now on")
           for name in CHANGES if name not in ("another font", "a font that is an annotation, too", "the signed field")}
 

@@ -354,7 +354,10 @@ private:
     {
         QPDFObjectHandle before = field.object;
         const bool isSigned = field.type == "/Sig" && before.getKey("/V").isDictionary();
-        const bool isFree = m_limits.certified && !isSigned && !m_limits.locksField(field.name);
+        // Nothing but a signature fills the place of one.
+        const bool staysEmpty = field.type == "/Sig" && !isSignature(later(before).getKeyIfDict("/V"));
+        const bool isFree =
+            m_limits.certified && !isSigned && !staysEmpty && !m_limits.locksField(field.name);
         std::vector<QPDFObjectHandle> parts = field.widgets;
         parts.push_back(before);
         for (QPDFObjectHandle& part : parts) {
