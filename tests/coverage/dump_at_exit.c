@@ -11,14 +11,27 @@ enum
 typedef void (*Dump)(void);
 static _Atomic(Dump) dumps[kMost];
 
+/* In the place of a library's that was unloaded. */
+static void dump_nothing(void) {}
+
 void scribera_dump_at_exit(Dump dump)
 {
     for (int i = 0; i < kMost; ++i) {
         Dump there = NULL;
         if (atomic_compare_exchange_strong(&dumps[i], &there, dump) || there == dump)
             return;
+        if (there == dump_nothing && atomic_compare_exchange_strong(&dumps[i], &there, dump))
+            return;
     }
     abort(); /* rather than a figure that is too low */
+}
+
+void scribera_forget_dump(Dump dump)
+{
+    for (int i = 0; i < kMost; ++i) {
+        Dump there = dump;
+        atomic_compare_exchange_strong(&dumps[i], &there, dump_nothing);
+    }
 }
 
 void _exit(int status)

@@ -9,11 +9,18 @@ extern "C" {
 
 void __gcov_dump(void); /* each program and library has one of its own */
 __attribute__((weak)) void scribera_dump_at_exit(void (*dump)(void));
+__attribute__((weak)) void scribera_forget_dump(void (*dump)(void));
 
 __attribute__((constructor)) static void scribera_register_dump(void)
 {
     if (scribera_dump_at_exit)
         scribera_dump_at_exit(__gcov_dump);
+}
+
+__attribute__((destructor)) static void scribera_unregister_dump(void)
+{
+    if (scribera_forget_dump)
+        scribera_forget_dump(__gcov_dump);
 }
 
 #ifdef __cplusplus

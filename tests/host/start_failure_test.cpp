@@ -342,9 +342,12 @@ TEST_P(WidgetStartFailed, StartInTheMiddleOfAStart)
         words = sentence();
     });
     parent.installEventFilter(&during);
-    EXPECT_TRUE(start());
+    const std::vector<LogLine> log = logged([&] { EXPECT_TRUE(start()); });
     parent.removeEventFilter(&during);
     EXPECT_EQ(inner, StartInCallback);
+    EXPECT_TRUE(std::any_of(log.begin(), log.end(), [](const LogLine& line) {
+        return line.text == "leave with false due to (called inside a callback) !";
+    }));
     EXPECT_TRUE(words.starts_with("A callback or an event")) << words;
     EXPECT_EQ(code(), StartOk) << "the start that ends last counts";
     EXPECT_EQ(api().UnInitialDevice(type()), 0);

@@ -748,6 +748,7 @@ std::vector<Operation> allOperations()
     all.push_back(printText);
 
     // ---- the same with a log
+    all.push_back(logged("LoggedConfirmKey", keyOperation("", ConfirmKeyDown)));
     all.push_back(logged("LoggedPenMove", penOperation("", true, one({0.7, 0.3}, PenMove))));
     all.push_back(
         logged("LoggedSaveClippedPng", saveOperation("", ImagePng, "saved.png", true, CopiesFirst)));

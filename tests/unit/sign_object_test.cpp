@@ -91,6 +91,17 @@ TEST_P(SignObject, FindsTheInkOfItsCanvas)
     EXPECT_EQ(found(1000, 1000), canvas.rect());
 }
 
+TEST_P(SignObject, KnowsNoPictureForATypeThatIsNone)
+{
+    m_simulator.send(stroke(*GetParam().model, {{0.3, 0.4}, {0.6, 0.5}}));
+    wchar_t path[] = L"nothing.bmp";
+    for (const int type : {-1, 0, 100}) {
+        EXPECT_EQ(m_object->Export().SaveDrawingImage(type, path, 300), -8) << type;
+        EXPECT_EQ(m_object->Export().Base64Encode(type), nullptr) << type;
+        EXPECT_EQ(m_object->Export().Base64Decode(type, "AA==", path), -8) << type;
+    }
+}
+
 TEST_P(SignObject, HasNoValueForANumberThatNamesNone)
 {
     m_simulator.send(stroke(*GetParam().model, {{0.3, 0.4}, {0.6, 0.5}}));
