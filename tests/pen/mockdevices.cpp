@@ -130,6 +130,9 @@ MockKernel& MockDevices::plug(const std::string& recording, int number)
 {
     const std::string node = nodeOf(number);
     runPython("recording.py", {recording, node});
+    // The first news of it comes before its requests are served. Who opened it then would be ended by
+    // umockdev.
+    hide(node);
     GError* error = nullptr;
     require(umockdev_testbed_add_from_string(m_testbed.get(), contentOf("device.umockdev").c_str(), &error),
             error);
@@ -137,7 +140,7 @@ MockKernel& MockDevices::plug(const std::string& recording, int number)
     auto device = std::make_unique<MockKernel>(fs::read_symlink(root() + node),
                                                umockdev_testbed_get_dev_fd(m_testbed.get(), node.c_str()));
     m_devices[number] = std::move(device);
-    // Once more, since the first news of it came before it could be opened.
+    show(node);
     umockdev_testbed_uevent(m_testbed.get(), pathOf(number).c_str(), "add");
     return *m_devices[number];
 }

@@ -22,12 +22,19 @@ struct Devices
     std::mutex lock;
     std::map<std::string, MockKernel*> byTerminal; // lock
     std::set<std::string> forbidden;               // lock
+    std::set<std::string> hidden;                  // lock
 };
 
 Devices& devices()
 {
     static Devices* const all = new Devices; // for threads that outlive main()
     return *all;
+}
+
+bool isHidden(const char* path)
+{
+    const std::lock_guard guard(devices().lock);
+    return devices().hidden.contains(path);
 }
 
 bool isForbidden(const char* path)
@@ -240,6 +247,18 @@ void MockKernel::beginWait()
         m_isTaken.notify_all();
 }
 
+void hide(const std::string& path)
+{
+    const std::lock_guard guard(devices().lock);
+    devices().hidden.insert(path);
+}
+
+void show(const std::string& path)
+{
+    const std::lock_guard guard(devices().lock);
+    devices().hidden.erase(path);
+}
+
 void forbidOpening(const std::string& path)
 {
     const std::lock_guard guard(devices().lock);
@@ -262,6 +281,10 @@ SCRIBERA_IN_FRONT int open(const char* path, int flags, ...)
     va_start(arguments, flags);
     const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
+    if (scribera::test::isHidden(path)) {
+        errno = ENOENT;
+        return -1;
+    }
     if (scribera::test::isForbidden(path)) {
         errno = EACCES;
         return -1;

@@ -73,6 +73,10 @@ private:
     bool m_refusesGrabs = false;
 };
 
+// This file is not there for whoever opens it, until it is shown.
+void hide(const std::string& path);
+void show(const std::string& path);
+
 // Opening this file is refused from now on, as it is to those who have no permission.
 void forbidOpening(const std::string& path);
 
