@@ -347,6 +347,30 @@ TEST(FailingSystemHere, WritesWhatIsOpenUnderANumber)
     EXPECT_EQ(contentOf(name), newer) << "it is another file";
 }
 
+TEST(FailingSystemHere, TellsWhatAPipeRefuses)
+{
+    fs::remove("pipe");
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    const CFileDescriptor reader(
+        ::open("pipe", O_RDONLY | O_NONBLOCK | O_CLOEXEC)); // it has room for all of it
+    ASSERT_TRUE(reader.IsOpen());
+    const auto write = [](const Failures& planned) {
+        failures = planned;
+        failures.counts = true;
+        const bool written = WriteWholeFile(QStringLiteral("pipe"), [](const FnTakeBytes& take) {
+            return take("some", 4) && take("more", 4);
+        });
+        failures.counts = false;
+        return written;
+    };
+    ASSERT_TRUE(write({}));
+    const int calls = failures.calls;
+    ASSERT_GT(calls, 3);
+    for (int call = 1; call <= calls; ++call)
+        EXPECT_FALSE(write(at(call))) << failures.names[static_cast<std::size_t>(call) - 1];
+    EXPECT_TRUE(fs::is_fifo("pipe"));
+}
+
 // Without a folder in their names.
 TEST(FailingSystemHere, LeavesNoPartOfAFileInTheCurrentFolder)
 {

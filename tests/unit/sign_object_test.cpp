@@ -128,6 +128,12 @@ TEST_P(SignObject, MakesOneColourTransparent)
         EXPECT_EQ(image.pixel(i % 3, i / 3), expected[i]) << i;
     EXPECT_EQ(textsOf(mainLog(), GetParam().method("MakeAsTransparentImage")),
               (Texts{"Enter, nWidth=3, nHeight=2", "leave"}));
+
+    removeLogs();
+    image.setPixel(0, 0, 0xffffffff);
+    m_object->Export().MakeAsTransparentImage(image, Qt::white);
+    EXPECT_EQ(image.pixel(0, 0), 0x00ffffffU);
+    EXPECT_EQ(textsOf(mainLog(), GetParam().method("MakeAsTransparentImage")), Texts{});
 }
 
 // Pads without a screen have no such id.
@@ -147,6 +153,7 @@ TEST_P(SignObject, AsksTheDriverForTheSecureIdWhileThereIsOne)
         return result;
     };
     const bool hasOne = GetParam().model->hasScreen;
+    EXPECT_EQ(m_object->DeviceQueries().GetDeviceSecureID(text, sizeof text), hasOne ? 0 : -1);
     EXPECT_EQ(ask(), hasOne ? 0 : -1);
     EXPECT_STREQ(text, hasOne ? "S-0042" : "untouched");
     {

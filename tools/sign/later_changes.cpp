@@ -214,7 +214,7 @@ public:
         // the fields were read this way.
         std::vector<QPDFObjectHandle> rest = itemsOf(before.form().getKeyIfDict("/Fields"));
         while (!rest.empty()) {
-            QPDFObjectHandle node = std::move(rest.back());
+            QPDFObjectHandle node = rest.back();
             rest.pop_back();
             if (m_parts.contains(node.getObjGen()))
                 continue;
