@@ -55,6 +55,19 @@ Failures always(const char* name, int call = 0)
     return planned;
 }
 
+// Runs it with these failures, whichever way it ends.
+template <class Write>
+bool withFailures(const Failures& planned, Write write)
+{
+    struct End
+    {
+        ~End() { failures.counts = false; }
+    } end;
+    failures = planned;
+    failures.counts = true;
+    return write();
+}
+
 bool fails(const char* name)
 {
     if (!failures.counts)
@@ -201,10 +214,8 @@ protected:
         fs::remove_all(m_folder);
         fs::create_directory(m_folder);
         GetParam().make(m_file);
-        failures = planned;
-        failures.counts = true;
-        written = WriteWholeFile(QString::fromStdString(m_file.string()), handOver);
-        failures.counts = false;
+        written = withFailures(
+            planned, [&] { return WriteWholeFile(QString::fromStdString(m_file.string()), handOver); });
         return failures.calls;
     }
     int write(const Failures& planned, std::optional<bool>& written)
@@ -302,7 +313,6 @@ TEST_P(FailingSystem, LeavesNoPartWhenTheBytesEndInAnException)
             try {
                 write(always(unknown), written, handOver);
             } catch (const std::bad_alloc&) {
-                failures.counts = false;
             }
             EXPECT_EQ(*written, times < throwsAt);
             expectTidy(*written, names);
@@ -355,13 +365,10 @@ TEST(FailingSystemHere, TellsWhatAPipeRefuses)
         ::open("pipe", O_RDONLY | O_NONBLOCK | O_CLOEXEC)); // it has room for all of it
     ASSERT_TRUE(reader.IsOpen());
     const auto write = [](const Failures& planned) {
-        failures = planned;
-        failures.counts = true;
-        const bool written = WriteWholeFile(QStringLiteral("pipe"), [](const FnTakeBytes& take) {
-            return take("some", 4) && take("more", 4);
+        return withFailures(planned, [] {
+            return WriteWholeFile(QStringLiteral("pipe"),
+                                  [](const FnTakeBytes& take) { return take("some", 4) && take("more", 4); });
         });
-        failures.counts = false;
-        return written;
     };
     ASSERT_TRUE(write({}));
     const int calls = failures.calls;
@@ -389,10 +396,8 @@ TEST(FailingSystemHere, LeavesNoPartOfAFileThatIsOpen)
     const auto overwrite = [](const Failures& planned, bool& written) {
         makeOlder("open.svg");
         CFileDescriptor file(::open("open.svg", O_WRONLY | O_CLOEXEC));
-        failures = planned;
-        failures.counts = true;
-        written = OverwriteFile(file, QByteArray::fromStdString(newer));
-        failures.counts = false;
+        written =
+            withFailures(planned, [&] { return OverwriteFile(file, QByteArray::fromStdString(newer)); });
         return failures.calls;
     };
     bool written = false;
