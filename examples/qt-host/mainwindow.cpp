@@ -218,6 +218,7 @@ QWidget* MainWindow::makeSettings()
     auto* const column = new QVBoxLayout(side);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(10);
+    column->addStrut(282); // wider where a language needs it
 
     auto* const padBox = new QGroupBox(tr("Pad"));
     auto* const padForm = new QFormLayout(padBox);
@@ -271,7 +272,7 @@ QWidget* MainWindow::makeSettings()
     column->addWidget(m_save);
     column->addWidget(m_document);
     connect(load, &QPushButton::clicked, this, &MainWindow::loadInk);
-    side->setFixedWidth(std::max(282, side->sizeHint().width())); // languages differ in length
+    side->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     return side;
 }
 
