@@ -12,9 +12,23 @@ namespace {
 
 const QString Name = QStringLiteral("input");
 
+// Nothing known beside the document, and everything.
+template <bool isKnown>
+Circumstances circumstances()
+{
+    return isKnown ? Circumstances{&g_PadK210, 19.685} : Circumstances{};
+}
+
+template <bool isKnown>
 QByteArray writtenAsInkMl(const CInkSnapshot& ink)
 {
-    return toInkMl(ink, nullptr);
+    return toInkMl(ink, circumstances<isKnown>());
+}
+
+template <bool isKnown>
+CInkSnapshot readAsInkMl(const QByteArray& text, const QString& name)
+{
+    return fromInkMl(text, name, circumstances<isKnown>());
 }
 
 // What is accepted is ink, and as that the same when it has gone there and back.
@@ -48,7 +62,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     if (size > std::numeric_limits<int>::max() / 2)
         return 0;
     const QByteArray text(reinterpret_cast<const char*>(data), static_cast<int>(size));
-    read(fromInkMl, writtenAsInkMl, text);
+    read(readAsInkMl<false>, writtenAsInkMl<false>, text);
+    read(readAsInkMl<true>, writtenAsInkMl<true>, text);
     read(fromCsv, toCsv, text);
     read(fromJson, toJson, text);
     read(fromRecording, nullptr, text); // the pad that it names is not kept

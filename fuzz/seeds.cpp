@@ -548,6 +548,19 @@ Seeds inkDocuments()
         {"inkml-time", inkMl("<definitions><timestamp xml:id=\"a\" timeString=\"2023-11-14T22:13:20Z\"/>"
                              "<timestamp xml:id=\"b\" timestampRef=\"#a\" timeOffset=\"-1\"/></definitions>"
                              "<trace timeOffset=\"30\">1 2</trace>")},
+        {"inkml-units",
+         inkMl("<context><inkSource><traceFormat><channel name=\"X\" type=\"integer\" units=\"cm\"/>"
+               "<channel name=\"Y\" units=\"in\" orientation=\"-ve\" max=\"4\"/>"
+               "<channel name=\"F\" min=\"-1\" max=\"1\"/><channel name=\"T\" units=\"s\"/></traceFormat>"
+               "<channelProperties><channelProperty channel=\"X\" name=\"resolution\" value=\"1000\" "
+               "units=\"1/cm\"/></channelProperties></inkSource></context>"
+               "<trace>327 1.5 0 0,330 1.6 .5 .005</trace>")},
+        {"inkml-steps",
+         inkMl("<context><inkSource><traceFormat><channel name=\"X\"/><channel name=\"Y\"/><channel "
+               "name=\"F\"/>"
+               "</traceFormat><channelProperties><channelProperty channel=\"Y\" name=\"resolution\" "
+               "value=\".01\" units=\"mm\"/></channelProperties></inkSource></context>"
+               "<trace>1 2 .25,3 4 1</trace>")},
         {"inkml-entity", "<!DOCTYPE ink [<!ENTITY a \"1 2\">]>" + inkMl("<trace>&a;</trace>")},
         {"inkml-cut", inkMl(format).chopped(40)},
         {"inkml-large", inkMl("<trace>1e9 99999999999999999999,-.5 '2</trace>")},

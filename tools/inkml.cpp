@@ -14,6 +14,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -27,6 +28,8 @@ const QString XmlNamespace = QStringLiteral("http://www.w3.org/XML/1998/namespac
 const QString FirstTick = QStringLiteral("first-tick");
 // A channel of ours: the wall clock.
 const QString SecondsChannel = QStringLiteral("seconds");
+// The property of a channel that tells what a step of it is.
+const QString Resolution = QStringLiteral("resolution");
 
 using Number = long double; // holds every whole number of 64 bits, with or without sign
 static_assert(std::numeric_limits<Number>::digits >= 64);
@@ -70,6 +73,21 @@ void writeFormat(QXmlStreamWriter& xml)
     xml.writeEndElement();
 }
 
+// So many of the units of X and Y are in a millimetre.
+void writeResolution(QXmlStreamWriter& xml, double unitsPerMillimetre)
+{
+    const QString number = QString::number(unitsPerMillimetre, 'f', QLocale::FloatingPointShortest);
+    xml.writeStartElement(Namespace, QStringLiteral("channelProperties"));
+    for (const char* channel : {"X", "Y"}) {
+        xml.writeEmptyElement(Namespace, QStringLiteral("channelProperty"));
+        xml.writeAttribute(QStringLiteral("channel"), QLatin1String(channel));
+        xml.writeAttribute(QStringLiteral("name"), Resolution);
+        xml.writeAttribute(QStringLiteral("value"), number);
+        xml.writeAttribute(QStringLiteral("units"), QStringLiteral("1/mm"));
+    }
+    xml.writeEndElement();
+}
+
 // A timestamp is not negative and of 64 bits. A clock that shows anything else stands in the points alone.
 bool canBeTimestamp(std::int64_t seconds)
 {
@@ -102,17 +120,53 @@ Role roleOf(const QString& name)
     return Role::Other;
 }
 
+struct Unit
+{
+    const char* name;
+    Number size;
+};
+
+// In millimetres. The last one is not the Recommendation's, but widely used.
+constexpr Unit Lengths[] = {{"m", 1000},        {"cm", 10},        {"mm", 1},         {"in", 25.4L},
+                            {"pt", 25.4L / 72}, {"pc", 25.4L / 6}, {"himetric", .01L}};
+constexpr Unit Times[] = {{"s", 1000}, {"ms", 1}}; // in milliseconds
+
+// Of a unit of the channel's quantity; 0 for any other.
+Number sizeOfUnit(Role role, const QString& name)
+{
+    const auto find = [&name](const auto& units) -> Number {
+        for (const Unit& unit : units)
+            if (name == QLatin1String(unit.name))
+                return unit.size;
+        return 0;
+    };
+    return role == Role::X || role == Role::Y ? find(Lengths) : role == Role::Time ? find(Times) : 0;
+}
+
 struct Channel
 {
-    Role role;
-    Number initial;
+    Role role = Role::Other;
+    Number initial = 0;
     QString respectTo;
+    QString units;
+    bool isWhole = false;    // its values are whole numbers
+    bool isReversed = false; // they increase the other way
+    std::optional<Number> smallest;
+    std::optional<Number> largest;
+};
+
+// What becomes of a channel's values.
+struct Scale
+{
+    Number factor = 1;
+    Number offset = 0;
 };
 
 struct Format
 {
     std::vector<Channel> channels;
-    std::size_t regular = 0; // so many of them have a value in every point
+    std::size_t regular = 0;      // so many of them have a value in every point
+    std::map<Role, Number> steps; // of the source's resolutions
 
     bool has(Role role) const
     {
@@ -121,11 +175,35 @@ struct Format
                 return true;
         return false;
     }
+
+    // What a step is, in millimetres or milliseconds, where there is a resolution; 0 for one that does not
+    // tell.
+    std::optional<Number> step(Role role) const
+    {
+        const auto found = steps.find(role);
+        return found == steps.end() ? std::nullopt : std::optional<Number>(found->second);
+    }
+
+    // Whole numbers with a resolution count its steps, and name the units for which it is.
+    bool isInUnits(const Channel& channel) const
+    {
+        return sizeOfUnit(channel.role, channel.units) > 0 && !(channel.isWhole && step(channel.role));
+    }
+
+    // Of what is 1 in a channel, in millimetres or milliseconds; 0 where that is not told.
+    Number sizeOfValue(const Channel& channel) const
+    {
+        return isInUnits(channel) ? sizeOfUnit(channel.role, channel.units) : step(channel.role).value_or(0);
+    }
 };
 
 Format defaultFormat()
 {
-    return {{{Role::X, 0, {}}, {Role::Y, 0, {}}}, 2};
+    Format format;
+    for (const Role role : {Role::X, Role::Y})
+        format.channels.emplace_back().role = role;
+    format.regular = format.channels.size();
+    return format;
 }
 
 // A channel's values, of which each may be told as a difference to those before it.
@@ -253,8 +331,11 @@ private:
 class InkMlReader
 {
 public:
-    InkMlReader(const QByteArray& text, const QString& name)
-        : m_xml(text), m_name(name), m_ink(name, IncomingInk::Places::Points)
+    // A largest pressure that is assumed where none is told, for values that are not whole.
+    InkMlReader(const QByteArray& text, const QString& name, const Circumstances& circumstances,
+                std::optional<Number> largestPressure)
+        : m_xml(text), m_name(name), m_circumstances(circumstances), m_largestPressure(largestPressure),
+          m_ink(name, IncomingInk::Places::Points)
     {
     }
 
@@ -274,8 +355,12 @@ public:
         return m_ink.ink();
     }
 
+    // Whether pressures whose range is not told were all of 0 to 1, of which rounding leaves nothing.
+    bool hasShares() const { return m_pressuresAreShares.value_or(false); }
+
 private:
     static constexpr int DeepestGroup = 64;
+    static constexpr std::size_t MostChannels = 64; // of a format
 
     [[noreturn]] void refuse(const QString& reason) const
     {
@@ -289,6 +374,12 @@ private:
     QString attribute(const char* name) const
     {
         return m_xml.attributes().value(QLatin1String(name)).toString();
+    }
+    std::optional<Number> number(const char* name) const
+    {
+        bool isNumber = false;
+        const double value = attribute(name).toDouble(&isNumber);
+        return isNumber && std::isfinite(value) ? std::optional<Number>(value) : std::nullopt;
     }
     QString id() const { return m_xml.attributes().value(XmlNamespace, QStringLiteral("id")).toString(); }
 
@@ -344,19 +435,26 @@ private:
     {
         const QString itsId = id();
         Format format = m_current;
-        for (const char* reference : {"contextRef", "inkSourceRef", "traceFormatRef"})
+        for (const char* reference : {"contextRef", "inkSourceRef"})
             if (const QString to = attribute(reference);
                 !to.isEmpty() && to != QLatin1String("#DefaultContext"))
                 format = referred(m_formats, to);
+        std::optional<Format> own; // which comes before the source's
+        if (const QString to = attribute("traceFormatRef"); !to.isEmpty())
+            own = referred(m_formats, to);
         while (m_xml.readNextStartElement()) {
             if (is("inkSource"))
                 format = readSource();
             else if (is("traceFormat"))
-                format = readFormat();
+                own = readFormat();
             else if (is("timestamp"))
                 readTimestamp();
             else
                 m_xml.skipCurrentElement();
+        }
+        if (own) {
+            own->steps.insert(format.steps.begin(), format.steps.end());
+            format = *own;
         }
         remember(itsId, format);
         return format;
@@ -369,11 +467,34 @@ private:
         while (m_xml.readNextStartElement()) {
             if (is("traceFormat"))
                 format = readFormat();
+            else if (is("channelProperties"))
+                readProperties(format);
             else
                 m_xml.skipCurrentElement();
         }
         remember(itsId, format);
         return format;
+    }
+
+    void readProperties(Format& format)
+    {
+        while (m_xml.readNextStartElement()) {
+            if (const Role role = roleOf(attribute("channel"));
+                is("channelProperty") && attribute("name") == Resolution)
+                format.steps[role] = stepOf(role);
+            m_xml.skipCurrentElement();
+        }
+    }
+
+    // Of the resolution that is being read: so many in a unit, or so many units.
+    Number stepOf(Role role) const
+    {
+        const Number value = number("value").value_or(0);
+        const QString units = attribute("units");
+        if (!(value > 0))
+            return 0;
+        return units.startsWith(QLatin1String("1/")) ? sizeOfUnit(role, units.mid(2)) / value
+                                                     : sizeOfUnit(role, units) * value;
     }
 
     Format readFormat()
@@ -395,6 +516,8 @@ private:
                 m_xml.skipCurrentElement();
             }
         }
+        if (format.channels.size() > MostChannels)
+            refuse(Text::tr("has too many channels"));
         if (!m_xml.hasError() && (!format.has(Role::X) || !format.has(Role::Y)))
             refuse(Text::tr("the trace format has no channels X and Y"));
         remember(itsId, format);
@@ -403,10 +526,16 @@ private:
 
     Channel readChannel()
     {
-        constexpr std::size_t MostChannels = 64;
         if (++m_channels > MostChannels * MostChannels)
             refuse(Text::tr("has too many channels"));
-        Channel channel{roleOf(attribute("name")), 0, attribute("respectTo")};
+        Channel channel;
+        channel.role = roleOf(attribute("name"));
+        channel.respectTo = attribute("respectTo");
+        channel.units = attribute("units");
+        channel.isWhole = attribute("type") == QLatin1String("integer");
+        channel.isReversed = attribute("orientation") == QLatin1String("-ve");
+        channel.smallest = number("min");
+        channel.largest = number("max");
         const QString initial = attribute("default");
         if (channel.role == Role::TipSwitch)
             channel.initial = initial == QLatin1String("F") ? 0 : 1;
@@ -443,19 +572,21 @@ private:
     void readTrace(const std::optional<Format>& ofGroup)
     {
         const QString reference = attribute("contextRef");
-        const Format format =
-            reference.isEmpty() ? ofGroup.value_or(m_current) : referred(m_formats, reference);
+        const Format& format = !reference.isEmpty() ? referred(m_formats, reference)
+                               : ofGroup            ? *ofGroup
+                                                    : m_current;
         const bool isWritten = attribute("type") != QLatin1String("penUp");
         const QString continuation = attribute("continuation");
         const bool endsStroke =
             !format.has(Role::TipSwitch) && (continuation.isEmpty() || continuation == QLatin1String("end"));
         const QString offset = attribute("timeOffset");
+        const std::vector<Scale> scales = isWritten ? scalesOf(format) : std::vector<Scale>();
         const QByteArray text = m_xml.readElementText().toUtf8();
         if (m_xml.hasError() || !isWritten)
             return;
 
         const std::size_t before = m_count;
-        takePoints(format, {text.constData(), static_cast<std::size_t>(text.size())}, offset);
+        takePoints(format, scales, {text.constData(), static_cast<std::size_t>(text.size())}, offset);
         if (endsStroke && m_count > before) {
             IncomingPoint end = *m_ink.last();
             end.status = kStatusStrokeEnd;
@@ -463,7 +594,80 @@ private:
         }
     }
 
-    void takePoints(const Format& format, std::string_view text, const QString& offset)
+    std::vector<Scale> scalesOf(const Format& format) const
+    {
+        std::vector<Scale> scales;
+        for (const Channel& channel : format.channels) {
+            switch (channel.role) {
+            case Role::X:
+            case Role::Y:
+                scales.push_back(scaled(channel, unitsOfValue(format, channel)));
+                break;
+            case Role::Force:
+                scales.push_back(pressureScale(channel));
+                break;
+            case Role::Time:
+                scales.push_back({format.sizeOfValue(channel) > 0 ? format.sizeOfValue(channel) : 1, 0});
+                break;
+            default:
+                scales.emplace_back();
+            }
+        }
+        return scales;
+    }
+
+    // The channel the way that the pads count, within the range that it tells, and so many times as large.
+    static Scale scaled(const Channel& channel, Number factor)
+    {
+        if (!channel.isReversed)
+            return {factor, 0};
+        const Number ends = channel.largest ? channel.smallest.value_or(0) + *channel.largest : 0;
+        return {-factor, ends * factor};
+    }
+
+    // Pad units in what is 1 in a channel of positions.
+    Number unitsOfValue(const Format& format, const Channel& channel) const
+    {
+        const QLatin1String name(channel.role == Role::X ? "X" : "Y");
+        if (!m_circumstances.unitsPerMillimetre) {
+            if (format.isInUnits(channel))
+                refuse(Text::tr("channel %1 is in %2; --units-per-mm has to tell how many pad units are in a "
+                                "millimetre")
+                           .arg(name, channel.units));
+            return 1;
+        }
+        const Number size = format.sizeOfValue(channel);
+        if (size <= 0)
+            refuse(Text::tr("channel %1 tells no length; without --units-per-mm its values are taken as pad "
+                            "units")
+                       .arg(name));
+        return size * *m_circumstances.unitsPerMillimetre;
+    }
+
+    // A range of pressures becomes the levels of the pad, where that is known. Otherwise one of which
+    // rounding would leave little is spread.
+    Scale pressureScale(Channel channel) const
+    {
+        constexpr Number spread = 1024;
+        if (isUnbounded(channel))
+            channel.largest = m_largestPressure;
+        const Number smallest = channel.smallest.value_or(0);
+        const Number range = channel.largest.value_or(smallest) - smallest;
+        const bool isKept = !m_circumstances.pad && (channel.isWhole || range >= spread);
+        if (range <= 0 || isKept)
+            return scaled(channel, 1);
+        const Number factor =
+            (m_circumstances.pad ? m_circumstances.pad->m_nInitialMaxPressure : spread) / range;
+        Scale scale = scaled(channel, factor);
+        scale.offset -= smallest * factor;
+        return scale;
+    }
+
+    // Whether a pressure is told in a way that leaves open what is the largest.
+    static bool isUnbounded(const Channel& channel) { return !channel.isWhole && !channel.largest; }
+
+    void takePoints(const Format& format, const std::vector<Scale>& scales, std::string_view text,
+                    const QString& offset)
     {
         std::vector<ChannelValue> values;
         for (const Channel& channel : format.channels)
@@ -483,7 +687,7 @@ private:
                 rest.skipComma();
             else if (!rest.atEnd())
                 m_ink.refuse(m_count, Text::tr("has more than the %1 values").arg(values.size()));
-            take(format, values, offset);
+            take(format, scales, values, offset);
         }
     }
 
@@ -496,7 +700,8 @@ private:
         return static_cast<std::int64_t>(rounded);
     }
 
-    void take(const Format& format, const std::vector<ChannelValue>& values, const QString& offset)
+    void take(const Format& format, const std::vector<Scale>& scales, const std::vector<ChannelValue>& values,
+              const QString& offset)
     {
         IncomingPoint point;
         const std::optional<IncomingPoint>& last = m_ink.last();
@@ -505,7 +710,8 @@ private:
         std::optional<double> timestamp;
         Number time = 0;
         for (std::size_t index = 0; index < values.size(); ++index) {
-            const Number value = values[index].value();
+            const Number told = values[index].value();
+            const Number value = told * scales[index].factor + scales[index].offset;
             switch (format.channels[index].role) {
             case Role::X:
                 point.x = whole(value);
@@ -515,6 +721,8 @@ private:
                 break;
             case Role::Force:
                 point.pressure = whole(value);
+                if (isUnbounded(format.channels[index]))
+                    m_pressuresAreShares = m_pressuresAreShares.value_or(true) && told >= 0 && told <= 1;
                 break;
             case Role::TipSwitch:
                 point.status = value > 0 ? kStatusOnStroke : kStatusStrokeEnd;
@@ -548,8 +756,11 @@ private:
 
     QXmlStreamReader m_xml;
     const QString m_name;
+    const Circumstances m_circumstances;
+    const std::optional<Number> m_largestPressure;
     IncomingInk m_ink;
-    std::size_t m_count = 0; // of points
+    std::optional<bool> m_pressuresAreShares; // of those whose range is not told, when there are any
+    std::size_t m_count = 0;                  // of points
     std::size_t m_channels = 0;
     std::int64_t m_firstTick = 0;
     Format m_current = defaultFormat();
@@ -560,7 +771,7 @@ private:
 
 } // namespace
 
-QByteArray toInkMl(const CInkSnapshot& ink, const CPadModel* pad)
+QByteArray toInkMl(const CInkSnapshot& ink, const Circumstances& circumstances)
 {
     const std::int64_t firstTick = ink.Count() > 0 ? ink.At(0).llTick : 0;
     const std::int64_t firstSeconds = ink.Count() > 0 ? ink.At(0).llSeconds : 0;
@@ -575,9 +786,11 @@ QByteArray toInkMl(const CInkSnapshot& ink, const CPadModel* pad)
     xml.writeStartElement(Namespace, QStringLiteral("context"));
     xml.writeStartElement(Namespace, QStringLiteral("inkSource"));
     xml.writeAttribute(XmlNamespace, QStringLiteral("id"), QStringLiteral("pad"));
-    if (pad)
-        xml.writeAttribute(QStringLiteral("model"), QLatin1String(pad->m_pszName));
+    if (circumstances.pad)
+        xml.writeAttribute(QStringLiteral("model"), QLatin1String(circumstances.pad->m_pszName));
     writeFormat(xml);
+    if (circumstances.unitsPerMillimetre)
+        writeResolution(xml, *circumstances.unitsPerMillimetre);
     xml.writeEndElement();
     xml.writeEmptyElement(Namespace, QStringLiteral("timestamp"));
     xml.writeAttribute(XmlNamespace, QStringLiteral("id"), QStringLiteral("start"));
@@ -609,7 +822,9 @@ QByteArray toInkMl(const CInkSnapshot& ink, const CPadModel* pad)
     return text;
 }
 
-CInkSnapshot fromInkMl(const QByteArray& text, const QString& name)
+CInkSnapshot fromInkMl(const QByteArray& text, const QString& name, const Circumstances& circumstances)
 {
-    return InkMlReader(text, name).read();
+    InkMlReader reader(text, name, circumstances, std::nullopt);
+    const CInkSnapshot ink = reader.read();
+    return reader.hasShares() ? InkMlReader(text, name, circumstances, 1).read() : ink;
 }

@@ -83,6 +83,17 @@ std::optional<double> resolutionOption(const QCommandLineParser& parser)
     return number;
 }
 
+void addCircumstances(QCommandLineParser& parser)
+{
+    addModelOption(parser);
+    addResolutionOption(parser);
+}
+
+Circumstances circumstancesOf(const QCommandLineParser& parser)
+{
+    return {optionalModel(parser), resolutionOption(parser)};
+}
+
 void addIsoOptions(QCommandLineParser& parser)
 {
     parser.addOption(
@@ -175,14 +186,13 @@ Conversion prepareReading(const QCommandLineParser&)
 
 void addInfoOptions(QCommandLineParser& parser)
 {
-    addModelOption(parser);
-    addResolutionOption(parser);
+    addCircumstances(parser);
     parser.addOption({QStringLiteral("require-signature"), Text::tr("Exit code 3 when nothing was signed.")});
 }
 
 Conversion prepareInfo(const QCommandLineParser& parser)
 {
-    const Circumstances circumstances{optionalModel(parser), resolutionOption(parser)};
+    const Circumstances circumstances = circumstancesOf(parser);
     const bool isRequired = parser.isSet(QStringLiteral("require-signature"));
     return fromStream([circumstances, isRequired](const CInkSnapshot& ink) -> Result {
         const Info info = toInfo(ink, circumstances);
@@ -247,7 +257,17 @@ Conversion prepareRecording(const QCommandLineParser& parser)
 
 Conversion prepareInkMl(const QCommandLineParser& parser)
 {
-    return fromStream([pad = optionalModel(parser)](const CInkSnapshot& ink) { return toInkMl(ink, pad); });
+    return fromStream([circumstances = circumstancesOf(parser)](const CInkSnapshot& ink) {
+        return toInkMl(ink, circumstances);
+    });
+}
+
+Conversion prepareInkMlReading(const QCommandLineParser& parser)
+{
+    return toStream(LargestDocument,
+                    [circumstances = circumstancesOf(parser)](const QByteArray& text, const QString& name) {
+                        return fromInkMl(text, name, circumstances);
+                    });
 }
 
 Conversion prepareIso(const QCommandLineParser& parser)
@@ -287,7 +307,7 @@ constexpr Command Commands[] = {
     {"to-recording", QT_TRANSLATE_NOOP("Tools", "A recording that the simulated pad plays."), addModelOption,
      prepareRecording},
     {"to-inkml", QT_TRANSLATE_NOOP("Tools", "The points in the Ink Markup Language of the W3C."),
-     addModelOption, prepareInkMl},
+     addCircumstances, prepareInkMl},
     {"to-iso19794-7",
      QT_TRANSLATE_NOOP("Tools", "The points as signature time series of ISO/IEC 19794-7:2007."),
      addIsoWritingOptions, prepareIso},
@@ -298,7 +318,7 @@ constexpr Command Commands[] = {
     {"from-recording", QT_TRANSLATE_NOOP("Tools", "The stream of a recording."), addNoOptions,
      prepareReading<fromRecording, LargestInput>},
     {"from-inkml", QT_TRANSLATE_NOOP("Tools", "The stream of a document in the Ink Markup Language."),
-     addNoOptions, prepareReading<fromInkMl, LargestDocument>},
+     addCircumstances, prepareInkMlReading},
     {"from-iso19794-7",
      QT_TRANSLATE_NOOP("Tools", "The stream of signature time series of ISO/IEC 19794-7:2007."),
      addIsoOptions, prepareIsoReading},

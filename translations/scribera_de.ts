@@ -2786,6 +2786,14 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
         <source>For programs.</source>
         <translation>Für Programme.</translation>
     </message>
+    <message>
+        <source>channel %1 is in %2; --units-per-mm has to tell how many pad units are in a millimetre</source>
+        <translation>Kanal %1 ist in %2; --units-per-mm muss angeben, wie viele Pad-Einheiten ein Millimeter hat</translation>
+    </message>
+    <message>
+        <source>channel %1 tells no length; without --units-per-mm its values are taken as pad units</source>
+        <translation>Kanal %1 nennt keine Länge; ohne --units-per-mm gelten seine Werte als Pad-Einheiten</translation>
+    </message>
 </context>
 <context>
     <name>VirtualPad</name>

@@ -57,6 +57,12 @@ std::string csvOf(const CInkSnapshot& ink)
     return csv.toStdString();
 }
 
+// By somebody who knows nothing beside the document.
+CInkSnapshot readInkMl(const QByteArray& text, const QString& name)
+{
+    return fromInkMl(text, name, {});
+}
+
 class InkFormatsTest : public InkToolTest
 {
 };
@@ -78,7 +84,21 @@ TEST_F(InkFormatsTest, JsonKeepsEverything)
 TEST_F(InkFormatsTest, InkMlKeepsEverything)
 {
     forEachSetOfPoints([](const CInkSnapshot& ink) {
-        EXPECT_EQ(difference(fromInkMl(toInkMl(ink, nullptr), QStringLiteral("input")), ink), "");
+        EXPECT_EQ(difference(readInkMl(toInkMl(ink, {}), QStringLiteral("input")), ink), "");
+    });
+}
+
+TEST_F(InkFormatsTest, InkMlWithMillimetresKeepsEverything)
+{
+    const std::array<Circumstances, 4> known = {
+        {{nullptr, 0.1}, {nullptr, 19.685039}, {&g_PadT580, 196.85}, {&g_PadK210, 10000}}};
+    std::size_t turn = 0;
+    forEachSetOfPoints([&](const CInkSnapshot& ink) {
+        const Circumstances& circumstances = known[turn++ % known.size()];
+        const QByteArray text = toInkMl(ink, circumstances);
+        EXPECT_EQ(difference(fromInkMl(text, QStringLiteral("input"), circumstances), ink), "");
+        // Device units are what they are for those who do not ask for millimetres.
+        EXPECT_EQ(difference(readInkMl(text, QStringLiteral("input")), ink), "");
     });
 }
 
@@ -123,15 +143,15 @@ TEST_F(InkFormatsTest, CompactSignatureRecordsKeepTheNearestOfTheirSteps)
 TEST_F(InkFormatsTest, InkMlIsWhatTheSchemaAllows)
 {
     QStringList files;
-    const auto add = [&](const CInkSnapshot& ink, const CPadModel* pad) {
-        files += write(std::to_string(files.size()).c_str(), toInkMl(ink, pad));
+    const auto add = [&](const CInkSnapshot& ink, const Circumstances& circumstances) {
+        files += write(std::to_string(files.size()).c_str(), toInkMl(ink, circumstances));
     };
     for (std::uint64_t seed = 0; seed < Signatures; ++seed) {
-        add(randomSignature(padOf(seed), seed), &padOf(seed));
-        add(randomPoints(seed), nullptr);
+        add(randomSignature(padOf(seed), seed), {&padOf(seed), 0.1 + static_cast<double>(seed) / 3});
+        add(randomPoints(seed), {});
     }
     for (const CInkSnapshot& ink : recordedSignatures())
-        add(ink, &g_PadT580);
+        add(ink, {&g_PadT580, 10000});
     const auto validate = [](const QStringList& documents) {
         QProcess checker;
         checker.setProcessChannelMode(QProcess::MergedChannels);
@@ -147,8 +167,10 @@ TEST_F(InkFormatsTest, InkMlIsWhatTheSchemaAllows)
 
     // The schema does not allow anything else.
     const QByteArray good = contentOf(files.first());
-    const std::array<std::pair<const char*, const char*>, 5> changes = {
+    const std::array<std::pair<const char*, const char*>, 7> changes = {
         {{"<traceFormat>", "<traceFormat frame=\"1\">"},
+         {"<channelProperties>", "<channelProperties/><channelProperties>"},
+         {" name=\"resolution\" value=\"0.1\"", " name=\"resolution\" value=\"1e-1\""},
          {"name=\"X\"", "nome=\"X\""},
          {" T 0 ", " TX 0 "},
          {"<timestamp xml:id=\"start\"", "<timestamp"},
@@ -177,6 +199,10 @@ TEST_F(InkFormatsTest, TheToolGoesEveryWay)
         EXPECT_EQ(outputOf({"from-" + form}, written), stream);
         EXPECT_EQ(outputOf({"from-" + form, write("written", written)}, {}), stream);
     }
+    const QStringList millimetres = {"--units-per-mm", "196.85"};
+    EXPECT_EQ(outputOf(QStringList{"from-inkml"} + millimetres,
+                       outputOf(QStringList{"to-inkml", file} + millimetres, {})),
+              stream);
     const QStringList compact = {"--compact", "--model", "T580"};
     const QByteArray bytes = outputOf(QStringList{"to-iso19794-7", file} + compact, {});
     EXPECT_EQ(bytes, toCompactIsoSignature(recordedSignatures().front(), g_PadT580));
@@ -240,10 +266,32 @@ QByteArray inkMl(const QByteArray& content)
     return "<ink xmlns=\"http://www.w3.org/2003/InkML\">" + content + "</ink>";
 }
 
-std::string ofInkMl(const QByteArray& content)
+std::string ofInkMl(const QByteArray& content, const Circumstances& circumstances = {})
 {
-    return csvOf(fromInkMl(inkMl(content), QStringLiteral("input")));
+    return csvOf(fromInkMl(inkMl(content), QStringLiteral("input"), circumstances));
 }
+
+std::string refusalOfInkMl(const QByteArray& content, const Circumstances& circumstances = {})
+{
+    return refusal(
+        [&](const QByteArray& text, const QString& name) { return fromInkMl(text, name, circumstances); },
+        inkMl(content));
+}
+
+// A context with a source of ink, of these channels and properties of channels.
+QByteArray sourceOf(const QByteArray& channels, const QByteArray& properties = {})
+{
+    return "<context xml:id='c'><inkSource xml:id='s'><traceFormat>" + channels +
+           "</traceFormat><channelProperties>" + properties + "</channelProperties></inkSource></context>";
+}
+
+QByteArray resolution(const char* channel, const char* value, const char* units)
+{
+    return QByteArray("<channelProperty channel='") + channel + "' name='resolution' value='" + value +
+           "' units='" + units + "'/>";
+}
+
+constexpr Circumstances TwentyToAMillimetre = {nullptr, 20};
 
 } // namespace
 
@@ -300,16 +348,259 @@ TEST_F(InkFormatsTest, InkMlWithContextsAndGroups)
               "1,1,1024,0,0,0\n2,2,1024,0,5,0\n3,3,1024,0,10,0\n3,3,1024,1,10,0\n");
 }
 
+TEST_F(InkFormatsTest, AnInkMlDocumentByteForByte)
+{
+    const auto document = [](const QByteArray& model, const QByteArray& properties) {
+        return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+               "<ink xmlns=\"http://www.w3.org/2003/InkML\">\n"
+               "<context><inkSource xml:id=\"pad\"" +
+               model +
+               "><traceFormat>"
+               "<channel name=\"X\" type=\"integer\" units=\"dev\"/>"
+               "<channel name=\"Y\" type=\"integer\" units=\"dev\"/>"
+               "<channel name=\"F\" type=\"integer\" units=\"dev\"/>"
+               "<channel name=\"S\" type=\"boolean\"/>"
+               "<channel name=\"T\" type=\"integer\" units=\"ms\" respectTo=\"#start\"/>"
+               "<channel name=\"seconds\" type=\"integer\" units=\"s\"/></traceFormat>" +
+               properties +
+               "</inkSource><timestamp xml:id=\"start\" time=\"9000\"/></context>\n"
+               "<annotation type=\"first-tick\">77</annotation>\n"
+               "<trace>1000 -2 258 T 0 9,1000 -2 258 F 5 9</trace>\n"
+               "</ink>\n";
+    };
+    const QByteArray stream = textOf({{1000, -2, 258, 0, 77, 9}, {1000, -2, 258, 1, 82, 9}});
+    EXPECT_EQ(outputOf({"to-inkml"}, stream), document("", ""));
+    EXPECT_EQ(outputOf({"to-inkml", "--model", "T580", "--units-per-mm", "1.9685e1"}, stream),
+              document(" model=\"T580\"",
+                       "<channelProperties>"
+                       "<channelProperty channel=\"X\" name=\"resolution\" value=\"19.685\" units=\"1/mm\"/>"
+                       "<channelProperty channel=\"Y\" name=\"resolution\" value=\"19.685\" units=\"1/mm\"/>"
+                       "</channelProperties>"));
+}
+
+TEST_F(InkFormatsTest, InkMlInUnitsOfLengthBecomesPadUnits)
+{
+    struct Case
+    {
+        const char* units;
+        const char* values;
+        const char* positions;
+    };
+    for (const Case& told : {Case{"m", "0.0327 .01", "654,200"}, Case{"cm", "3.27 1", "654,200"},
+                             Case{"mm", "32.7 -10.02", "654,-200"}, Case{"in", "1 0.5", "508,254"},
+                             Case{"pt", "72 36", "508,254"}, Case{"pc", "6 3", "508,254"},
+                             Case{"himetric", "3270 1000", "654,200"}}) {
+        SCOPED_TRACE(told.units);
+        const QByteArray units = QByteArray(" units='") + told.units + "'/>";
+        const std::string expected = told.positions;
+        for (const char* type : {"", " type='decimal'", " type='double'"})
+            EXPECT_EQ(ofInkMl(sourceOf("<channel name='X'" + QByteArray(type) + units + "<channel name='Y'" +
+                                       type + units) +
+                                  "<trace>" + told.values + "</trace>",
+                              TwentyToAMillimetre),
+                      expected + ",1024,0,0,0\n" + expected + ",1024,1,0,0\n");
+    }
+    // The two may differ, and differences are told in the same units.
+    EXPECT_EQ(
+        ofInkMl(sourceOf("<channel name='Y' units='in'/><channel name='X' type='integer' units='mm'/>") +
+                    "<trace>1 2,'.5'3,\"0\"1</trace>",
+                TwentyToAMillimetre),
+        "40,508,1024,0,0,0\n100,762,1024,0,5,0\n180,1016,1024,0,10,0\n180,1016,1024,1,10,0\n");
+    EXPECT_EQ(refusalOfInkMl(sourceOf("<channel name='X' units='m'/><channel name='Y' units='m'/>") +
+                                 "<trace>1 1,4 1</trace>",
+                             TwentyToAMillimetre),
+              "input: point 2: x 80000 is not within 0 to 65535");
+}
+
+TEST_F(InkFormatsTest, InkMlWithAResolutionBecomesPadUnits)
+{
+    const auto of = [](const QByteArray& channel, const QByteArray& properties, const char* values) {
+        const std::string csv = ofInkMl(sourceOf("<channel name='X'" + channel + "/><channel name='Y'" +
+                                                     channel + "/><channel name='F' type='integer'/>",
+                                                 properties) +
+                                            "<trace>" + values + " 7</trace>",
+                                        TwentyToAMillimetre);
+        return csv.substr(0, csv.find(",7,"));
+    };
+    const auto both = [](const char* value, const char* units) {
+        return resolution("X", value, units) + resolution("Y", value, units) + resolution("F", "0", "1/dev");
+    };
+    const QByteArray steps = " type='integer' units='dev'";
+    EXPECT_EQ(of(steps, both("5000", "1/in"), "2500 5000"), "254,508");
+    EXPECT_EQ(of(steps, both("0.01", "mm"), "3270 1000"), "654,200");
+    EXPECT_EQ(of("", both("100", "1/mm"), "3270 1000.4"), "654,200");
+    // Whole numbers with a resolution count its steps, whatever units they name beside it.
+    EXPECT_EQ(of(" type='integer' units='cm'", both("1000", "1/cm"), "3270 1000"), "654,200");
+    EXPECT_EQ(of(" type='integer' units='himetric'", both("1", "1/himetric"), "3270 1000"), "654,200");
+    EXPECT_EQ(of(" type='integer' max='9600' units='cm'",
+                 resolution("X", "367.8161", "1/cm") + resolution("Y", "440.36697", "1/cm"), "3678 4404"),
+              "2000,2000");
+    // Others are lengths where they have units of length.
+    EXPECT_EQ(of(" type='decimal' units='mm'", both("5000", "1/in"), "32.7 10"), "654,200");
+}
+
+TEST_F(InkFormatsTest, InkMlInUnitsOfLengthNeedsTheSizeOfPadUnits)
+{
+    const auto of = [](const char* x, const char* y, const QByteArray& properties = {}) {
+        return refusalOfInkMl(
+            sourceOf(QByteArray("<channel name='X'") + x + "/><channel name='Y'" + y + "/>", properties) +
+            "\n<trace>3.27 1</trace>");
+    };
+    EXPECT_EQ(
+        of(" units='cm'", " units='cm'"),
+        "input:2: channel X is in cm; --units-per-mm has to tell how many pad units are in a millimetre");
+    EXPECT_EQ(
+        of(" units='dev'", " type='integer' units='mm'"),
+        "input:2: channel Y is in mm; --units-per-mm has to tell how many pad units are in a millimetre");
+    EXPECT_EQ(
+        of(" units='mm'", "", resolution("X", "100", "1/mm")),
+        "input:2: channel X is in mm; --units-per-mm has to tell how many pad units are in a millimetre");
+    // Device units and steps are pad units, and so are units of no certain length.
+    for (const char* units : {"", " units='dev'", " units='px'", " units='em'"})
+        EXPECT_EQ(of(units, units), "nothing was refused") << units;
+    EXPECT_EQ(of(" type='integer' units='cm'", " type='integer' units='cm'",
+                 resolution("X", "1000", "1/cm") + resolution("Y", "1000", "1/cm")),
+              "nothing was refused");
+    // What is nowhere used does not matter.
+    EXPECT_EQ(ofInkMl(sourceOf("<channel name='X' units='cm'/><channel name='Y' units='cm'/>")), "");
+    const QString file =
+        write("notes.inkml",
+              inkMl(sourceOf("<channel name='X' units='cm'/><channel name='Y'/>") + "<trace>3.27 1</trace>"));
+    const Outcome outcome = runInk({"from-inkml", file});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(
+        outcome.error.toStdString(),
+        "scribera-ink: " + file.toStdString() +
+            ":1: channel X is in cm; --units-per-mm has to tell how many pad units are in a millimetre\n");
+}
+
+TEST_F(InkFormatsTest, InkMlWithoutLengthsHasNoMillimetres)
+{
+    const auto of = [](const QByteArray& content) {
+        return refusalOfInkMl(content + "<trace>3 1</trace>", TwentyToAMillimetre);
+    };
+    const auto told = [](const char* channel) {
+        return std::string("input:1: channel ") + channel +
+               " tells no length; without --units-per-mm its values are taken as pad units";
+    };
+    EXPECT_EQ(of(""), told("X"));
+    const QByteArray millimetres = "<channel name='X' units='mm'/>";
+    for (const char* units : {"", " units='dev'", " units='px'", " units='s'", " units='CM'"})
+        EXPECT_EQ(of(sourceOf(millimetres + "<channel name='Y'" + units + "/>")), told("Y")) << units;
+    for (const auto& [value, units] :
+         {std::pair("0", "1/mm"), std::pair("-5", "1/mm"), std::pair("nan", "1/mm"), std::pair("inf", "mm"),
+          std::pair("", "mm"), std::pair("7", "1/dev"), std::pair("7", ""), std::pair("7", "1/"),
+          std::pair("7", "mm/1")})
+        EXPECT_EQ(of(sourceOf(millimetres + "<channel name='Y' type='integer' units='mm'/>",
+                              resolution("Y", value, units))),
+                  told("Y"))
+            << value << ' ' << units;
+}
+
+TEST_F(InkFormatsTest, InkMlWithTheFormatOfItsContext)
+{
+    // The context's own channels take the place of the source's, whose resolution they keep.
+    const QByteArray source = "<inkSource xml:id='s'><traceFormat><channel name='X'/><channel name='Y'/>"
+                              "</traceFormat><channelProperties>" +
+                              resolution("X", "100", "1/mm") + resolution("Y", "50", "1/mm") +
+                              "</channelProperties></inkSource>";
+    const QByteArray format = "<traceFormat xml:id='f'><channel name='Y'/><channel name='X'/></traceFormat>";
+    for (const QByteArray& context :
+         {"<context>" + format + source + "</context>", "<context>" + source + format + "</context>",
+          "<definitions>" + source + format +
+              "</definitions><context inkSourceRef='#s' traceFormatRef='#f'/>",
+          "<definitions>" + source + "</definitions><context inkSourceRef='#s'>" + format + "</context>",
+          "<definitions>" + format + "</definitions><context traceFormatRef='#f'>" + source + "</context>"})
+        EXPECT_EQ(ofInkMl(context + "<trace>1000 3000</trace>", TwentyToAMillimetre),
+                  "600,400,1024,0,0,0\n600,400,1024,1,0,0\n")
+            << context.toStdString();
+}
+
+TEST_F(InkFormatsTest, InkMlThatCountsTheOtherWay)
+{
+    // Within the range that is told, from 0 where only its end is; otherwise from 0 downwards.
+    EXPECT_EQ(ofInkMl(sourceOf("<channel name='X' orientation='-ve' min='100' max='1100'/>"
+                               "<channel name='Y' orientation='-ve' max='500'/>"
+                               "<channel name='F' type='integer' orientation='-ve' max='2047'/>") +
+                      "<trace>100 500 0,1100 0 2047,'-100'20'-7</trace>"),
+              "1100,0,2047,0,0,0\n100,500,0,0,5,0\n200,480,7,0,10,0\n200,480,7,1,10,0\n");
+    EXPECT_EQ(ofInkMl(sourceOf("<channel name='X' orientation='+ve' max='9'/>"
+                               "<channel name='Y' orientation='-ve'/>") +
+                      "<trace>7 30</trace>"),
+              "7,-30,1024,0,0,0\n7,-30,1024,1,0,0\n");
+    EXPECT_EQ(ofInkMl(sourceOf("<channel name='X' units='mm'/><channel name='Y' units='cm' orientation='-ve' "
+                               "max='2.1'/>") +
+                          "<trace>7 0.5</trace>",
+                      TwentyToAMillimetre),
+              "140,320,1024,0,0,0\n140,320,1024,1,0,0\n");
+}
+
+TEST_F(InkFormatsTest, InkMlWithTimesInSeconds)
+{
+    const auto of = [](const QByteArray& channel, const QByteArray& properties, const char* trace) {
+        return ofInkMl(
+            "<definitions><timestamp xml:id='t' time='1700000000000'/></definitions>" +
+            sourceOf("<channel name='X'/><channel name='Y'/><channel name='T'" + channel + "/>", properties) +
+            "<trace timeOffset='40'>" + trace + "</trace>");
+    };
+    EXPECT_EQ(of(" units='s'", "", "1 1 .0053,1 1 1.2"),
+              "1,1,1024,0,45,0\n1,1,1024,0,1240,0\n1,1,1024,1,1240,0\n");
+    EXPECT_EQ(of(" units='s' respectTo='#t'", "", "1 1 0,1 1 1.5"),
+              "1,1,1024,0,0,1700000000\n1,1,1024,0,1500,1700000001\n1,1,1024,1,1500,1700000001\n");
+    EXPECT_EQ(of(" type='integer' units='s'", resolution("T", "100", "1/s"), "1 1 3"),
+              "1,1,1024,0,70,0\n1,1,1024,1,70,0\n");
+    for (const char* units : {"", " units='ms'", " units='dev'", " units='mm'"})
+        EXPECT_EQ(of(units, "", "1 1 3"), "1,1,1024,0,43,0\n1,1,1024,1,43,0\n") << units;
+}
+
+TEST_F(InkFormatsTest, InkMlWithARangeOfPressures)
+{
+    const auto of = [](const QByteArray& channel, const char* pressures, const CPadModel* pad) {
+        QByteArray trace;
+        for (const QByteArray& pressure : QByteArray(pressures).split(' '))
+            trace += (trace.isEmpty() ? "" : ",") + QByteArray("1 1 ") + pressure;
+        const CInkSnapshot ink = fromInkMl(
+            inkMl(sourceOf("<channel name='X'/><channel name='Y'/><channel name='F'" + channel + "/>") +
+                  "<trace>" + trace + "</trace>"),
+            {}, {pad, std::nullopt});
+        std::string text;
+        for (std::size_t index = 0; index + 1 < ink.Count(); ++index)
+            text += (index == 0 ? "" : " ") + std::to_string(ink.At(index).sPressure);
+        return text;
+    };
+    // A pad has its levels.
+    EXPECT_EQ(of(" type='decimal' min='0' max='1'", "0 .25 1", &g_PadK210), "0 512 2048");
+    EXPECT_EQ(of(" type='integer' max='32767' units='dev'", "0 16384 32767", &g_PadT580), "0 4096 8192");
+    EXPECT_EQ(of(" min='-1' max='1'", "-1 0 .5", &g_PadK210), "0 1024 1536");
+    EXPECT_EQ(of(" min='-1' max='1' orientation='-ve'", "-1 0 .5", &g_PadK210), "2048 1024 512");
+    EXPECT_EQ(of(" type='integer' min='100' max='2148'", "100 612 2148", &g_PadK210), "0 512 2048");
+    // Without one, what rounding would take is spread, and everything else is left as it is.
+    EXPECT_EQ(of(" type='decimal' min='0' max='1'", "0 .25 1", nullptr), "0 256 1024");
+    EXPECT_EQ(of(" max='100'", "0 25 33.3 100", nullptr), "0 256 341 1024");
+    EXPECT_EQ(of(" max='1024'", "0 25.4 1024", nullptr), "0 25 1024");
+    EXPECT_EQ(of(" type='integer' max='255'", "0 25 255", nullptr), "0 25 255");
+    // Where no end is told, shares of 1 are known by all of them being such.
+    EXPECT_EQ(of(" type='decimal'", "0 .25 1", nullptr), "0 256 1024");
+    EXPECT_EQ(of("", "0 .25 .75", &g_PadK210), "0 512 1536");
+    EXPECT_EQ(of(" orientation='-ve'", "0 .25 .75", nullptr), "1024 768 256");
+    EXPECT_EQ(of(" type='decimal'", "0 .25 1.5 900", nullptr), "0 0 2 900");
+    EXPECT_EQ(of(" type='decimal'", "0 -.25 1", nullptr), "0 0 1");
+    EXPECT_EQ(of(" type='integer'", "0 0 1", &g_PadK210), "0 0 1");
+    // A range of nothing is none.
+    for (const char* range : {" max='0'", " max='nan'", " min='3' max='3'", " min='3' max='2'", " min='5'"})
+        EXPECT_EQ(of(range, "7 8.6", &g_PadK210), "7 9") << range;
+}
+
 TEST_F(InkFormatsTest, InkMlThatIsNone)
 {
-    const auto of = [](const QByteArray& content) { return refusal(fromInkMl, inkMl(content)); };
-    EXPECT_EQ(refusal(fromInkMl, "<ink/>"), "input:1: is not an InkML document");
-    EXPECT_EQ(refusal(fromInkMl, "<svg xmlns='http://www.w3.org/2003/InkML'/>"),
+    const auto of = [](const QByteArray& content) { return refusalOfInkMl(content); };
+    EXPECT_EQ(refusal(readInkMl, "<ink/>"), "input:1: is not an InkML document");
+    EXPECT_EQ(refusal(readInkMl, "<svg xmlns='http://www.w3.org/2003/InkML'/>"),
               "input:1: is not an InkML document");
-    EXPECT_EQ(refusal(fromInkMl, "<!DOCTYPE ink [<!ENTITY a 'aaaa'>]>" + inkMl("<trace>&a;</trace>")),
+    EXPECT_EQ(refusal(readInkMl, "<!DOCTYPE ink [<!ENTITY a 'aaaa'>]>" + inkMl("<trace>&a;</trace>")),
               "input:1: has a document type, which is not read");
-    EXPECT_EQ(refusal(fromInkMl, ""), "input:1: Premature end of document.");
-    EXPECT_EQ(refusal(fromInkMl, inkMl("\n<trace>1 2</trace>").chopped(3)),
+    EXPECT_EQ(refusal(readInkMl, ""), "input:1: Premature end of document.");
+    EXPECT_EQ(refusal(readInkMl, inkMl("\n<trace>1 2</trace>").chopped(3)),
               "input:2: Premature end of document.");
     EXPECT_EQ(of("<trace>1 2</trace>") + of("<trace>&b;</trace>"),
               "nothing was refusedinput:1: Entity 'b' not declared.");
@@ -327,9 +618,16 @@ TEST_F(InkFormatsTest, InkMlThatIsNone)
               "input:1: the trace format has no channels X and Y");
     EXPECT_EQ(of(QByteArray("<traceGroup>").repeated(100) + QByteArray("</traceGroup>").repeated(100)),
               "input:1: groups lie deeper than 64");
-    EXPECT_EQ(of("<context><traceFormat>" + QByteArray("<channel name='X'/>").repeated(5000) +
-                 "</traceFormat></context>"),
-              "input:1: has too many channels");
+    const auto ofChannels = [&of](int count, int formats) {
+        return of("<definitions>" +
+                  ("<traceFormat><channel name='X'/><channel name='Y'/>" +
+                   QByteArray("<channel name='Z'/>").repeated(count - 2) + "</traceFormat>")
+                      .repeated(formats) +
+                  "</definitions>");
+    };
+    EXPECT_EQ(ofChannels(64, 64), "nothing was refused");
+    EXPECT_EQ(ofChannels(65, 1), "input:1: has too many channels");
+    EXPECT_EQ(ofChannels(63, 66), "input:1: has too many channels");
     const QByteArray timed = "<context><traceFormat><channel name='X'/><channel name='Y'/><channel name='T'/>"
                              "</traceFormat></context><trace>1 2 5,1 2 4</trace>";
     EXPECT_EQ(of(timed), "input: point 2: time 4 is before the previous point's, 5");

@@ -46,12 +46,12 @@ TEST_F(InkUsageTest, HelpOfACommandNamesItsOptions)
         EXPECT_TRUE(help.contains(command.toLatin1()));
         EXPECT_TRUE(help.contains("--output"));
         const bool isIso = command.endsWith("iso19794-7");
+        const bool isInkMl = command.endsWith("inkml");
         const bool draws = DrawingCommands.contains(command);
-        const bool takesModel =
-            isIso || draws || command == "to-recording" || command == "to-inkml" || command == "info";
+        const bool takesModel = isIso || draws || isInkMl || command == "to-recording" || command == "info";
         EXPECT_EQ(help.contains("--compact"), isIso || command == "to-svg");
         EXPECT_EQ(help.contains("--units-per-mm"),
-                  command == "to-iso19794-7" || command == "info" || command == "plot");
+                  isInkMl || command == "to-iso19794-7" || command == "info" || command == "plot");
         EXPECT_EQ(help.contains("--require-signature"), command == "info");
         EXPECT_EQ(help.contains("--model"), takesModel);
         EXPECT_EQ(help.contains("K421B"), takesModel);
@@ -85,9 +85,12 @@ TEST_F(InkUsageTest, WrongOptions)
     expectWrongUsage({"from-iso19794-7", "--model", "K210"}, "--model belongs to --compact");
     expectWrongUsage({"to-iso19794-7", "--compact", "--model", "K210", "--units-per-mm", "5"},
                      "--units-per-mm does not go with --compact");
-    for (const QString number : {"0", "-1", "many", "nan", "10001"})
-        expectWrongUsage({"to-iso19794-7", "--units-per-mm", number},
-                         "--units-per-mm " + number.toStdString() + " is not a number of 0.1 to 10000");
+    for (const char* command : {"to-iso19794-7", "to-inkml", "from-inkml"})
+        for (const QString number : {"0", "-1", "many", "nan", "10001"})
+            expectWrongUsage({command, "--units-per-mm", number},
+                             "--units-per-mm " + number.toStdString() + " is not a number of 0.1 to 10000");
+    expectWrongUsage({"from-inkml", "--model", "K999"},
+                     "--model K999 is not one of K210, K420, K421B, KM730, T580");
 }
 
 TEST_F(InkUsageTest, TheModelHasToBeNamed)
