@@ -108,6 +108,9 @@ CInkSnapshot fromCsv(const QByteArray& text, const QString& name)
 {
     IncomingInk ink(name, IncomingInk::Places::Lines);
     std::string_view rest(text.constData(), static_cast<std::size_t>(text.size()));
+    // The mark with which spreadsheets begin a file in UTF-8.
+    if (constexpr std::string_view mark = "\xef\xbb\xbf"; rest.starts_with(mark))
+        rest.remove_prefix(mark.size());
     if (nextLine(rest) != std::string_view(headerLine().constData()))
         ink.refuse(1, Text::tr("is not the header line %1").arg(QLatin1String(headerLine())));
     for (std::size_t number = 2; !rest.empty(); ++number) {

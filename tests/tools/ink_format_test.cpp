@@ -226,10 +226,19 @@ TEST_F(InkFormatsTest, KeysOfARecordingAreNoInk)
     EXPECT_EQ(refusal(fromRecording, "nothing"), "input:1: the first line is not '# scribera recording 1'");
 }
 
+TEST_F(InkFormatsTest, CsvAsSpreadsheetsSaveIt)
+{
+    const QByteArray text = "x,y,pressure,status,tick,seconds\r\n1,-2,3,0,4,5\r\n";
+    EXPECT_EQ(csvOf(fromCsv(text, {})), "1,-2,3,0,4,5\n");
+    EXPECT_EQ(csvOf(fromCsv("\xef\xbb\xbf" + text, {})), "1,-2,3,0,4,5\n");
+}
+
 TEST_F(InkFormatsTest, CsvThatIsNone)
 {
     const QByteArray header = "x,y,pressure,status,tick,seconds\n";
-    EXPECT_EQ(csvOf(fromCsv("x,y,pressure,status,tick,seconds\r\n1,-2,3,0,4,5\r\n", {})), "1,-2,3,0,4,5\n");
+    for (const char* mark : {"\xef\xbb", "\xef\xbb\xbf\xef\xbb\xbf", "\xfe\xff"})
+        EXPECT_EQ(refusal(fromCsv, mark + header),
+                  "input:1: is not the header line x,y,pressure,status,tick,seconds");
     EXPECT_EQ(refusal(fromCsv, ""), "input:1: is not the header line x,y,pressure,status,tick,seconds");
     for (const char* line : {"", "1,2,3,0,4", "1,2,3,0,4,5,", "1,2,3,0,4,5 ", "1,2,3,0,4,x", "1;2;3;0;4;5",
                              "1,2,3,0,4,9223372036854775808", "+1,2,3,0,4,5", "1.0,2,3,0,4,5"})
