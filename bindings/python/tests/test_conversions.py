@@ -150,6 +150,19 @@ def test_times_of_records_are_in_utc() -> None:
     assert record.when.utcoffset() == timedelta(0)
 
 
+@pytest.mark.parametrize(
+    ("seconds", "year"), [(-62_135_596_800, 1), (-10, 1969), (0, 1970), (253_402_300_799, 9999)]
+)
+def test_times_of_records_are_told_in_all_years_that_there_are(seconds: int, year: int) -> None:
+    assert InkRecord(0, 0, 0, False, 0, seconds).when.year == year
+
+
+@pytest.mark.parametrize("seconds", [-(2**63), -62_135_596_801, 253_402_300_800, 2**63 - 1])
+def test_times_of_records_beyond_all_years_are_refused(seconds: int) -> None:
+    with pytest.raises(OverflowError):
+        print(InkRecord(0, 0, 0, False, 0, seconds).when)
+
+
 def test_points_and_records_tell_one_time(simulator: Simulator, monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setenv("TZ", "XYZ-5:30")
     time.tzset()

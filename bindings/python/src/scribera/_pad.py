@@ -113,9 +113,9 @@ class Pad:
 
     The shared library is ``library``, else the environment's ``SCRIBERA_LIBRARY``, else that in the package's
     own wheel, else ``libscriberasdk.so.1`` or ``libscriberasdk-qt6.so.1``, the first that is there, where the
-    system keeps its libraries. It loads the pad's driver, ``libscriberadrv.so``, from the current directory. With ``driver_directory`` the current directory is
-    that one while the pad is being opened, and the old one again afterwards: it belongs to the whole process,
-    so no other thread should use relative paths meanwhile.
+    system keeps its libraries. It loads the pad's driver, ``libscriberadrv.so``, from the current directory.
+    With ``driver_directory`` the current directory is that one while the pad is being opened, and the old one
+    again afterwards: it belongs to the whole process, so no other thread should use relative paths meanwhile.
 
     Threads: all methods may be called from any thread; calls from several threads take turns. Callbacks run
     on the library's threads and may call all methods but :meth:`wait` and :meth:`close`. They should return

@@ -5,7 +5,7 @@ from __future__ import annotations
 import base64
 import re
 import struct
-from datetime import datetime, timezone
+from datetime import datetime, timedelta, timezone
 from enum import IntEnum
 from typing import TYPE_CHECKING, Any
 
@@ -116,8 +116,8 @@ class InkRecord:
     @property
     def when(self) -> datetime:
         """:attr:`seconds` as a time in UTC. Finer distances between points are in :attr:`tick`, a clock of its
-        own."""
-        return datetime.fromtimestamp(self.seconds, timezone.utc)
+        own. OverflowError when it is not in the years 1 to 9999."""
+        return _EPOCH + timedelta(seconds=self.seconds)
 
 
 @dataclass(frozen=True)
@@ -133,6 +133,8 @@ class PadInfo:
     model: str
     library_version: tuple[int, int]
 
+
+_EPOCH = datetime(1970, 1, 1, tzinfo=timezone.utc)
 
 _INK_RECORD = struct.Struct("<HhhBxqq")
 # The same record for NumPy: name, type, offset.
