@@ -29,19 +29,20 @@ void requireTimesInOrder(const CInkSnapshot& ink)
         require(ink.At(index).llTick >= ink.At(index - 1).llTick, "times do not go back");
 }
 
-void readFull(const QByteArray& bytes)
+void readFull(const QByteArray& bytes, std::optional<double> unitsPerMillimetre)
 {
-    const auto ink = accepted([&bytes] { return fromIsoSignature(bytes, Name); });
+    const auto ink = accepted([&] { return fromIsoSignature(bytes, Name, unitsPerMillimetre); });
     if (!ink)
         return;
     requireTimesInOrder(*ink);
     QByteArray written;
     try {
-        written = toIsoSignature(*ink, std::nullopt);
+        written = toIsoSignature(*ink, unitsPerMillimetre);
     } catch (const Failure&) {
         return; // what was read by steps and scales may be more than one record can tell
     }
-    require(toIsoSignature(fromIsoSignature(written, Name), std::nullopt) == written,
+    require(toIsoSignature(fromIsoSignature(written, Name, unitsPerMillimetre), unitsPerMillimetre) ==
+                written,
             "what is written can be read");
 }
 
@@ -71,7 +72,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     if (size > std::numeric_limits<int>::max() / 2)
         return 0;
     const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<int>(size));
-    readFull(bytes);
+    readFull(bytes, std::nullopt);
+    readFull(bytes, 19.685);
     readCompact(bytes);
     return 0;
 }

@@ -90,6 +90,12 @@ std::uint16_t scalingValue(double value)
     return static_cast<std::uint16_t>(std::clamp(code, 0, 0xFFFF));
 }
 
+double scalingOf(unsigned code)
+{
+    const double fraction = (code & ((1U << FractionBits) - 1)) / static_cast<double>(1 << FractionBits);
+    return std::ldexp(1 + fraction, static_cast<int>(code >> FractionBits) - ExponentBias);
+}
+
 void appendDescription(QByteArray& bytes, std::optional<double> scaling)
 {
     bytes += static_cast<char>(scaling ? HasScaling : 0);
@@ -162,7 +168,7 @@ private:
 struct Description
 {
     std::vector<int> channels; // included, in their order
-    std::array<double, ChannelCount> scaling{};
+    std::array<std::optional<double>, ChannelCount> scaling;
 
     bool has(Channel channel) const
     {
@@ -181,11 +187,9 @@ Description readDescription(Input& input)
 {
     Description description;
     const unsigned included = input.number(2);
-    for (int channel = 0; channel < ChannelCount; ++channel) {
-        description.scaling[static_cast<std::size_t>(channel)] = 1;
+    for (int channel = 0; channel < ChannelCount; ++channel)
         if (included & bitOf(static_cast<Channel>(channel)))
             description.channels.push_back(channel);
-    }
     if (!description.has(X) || !description.has(Y))
         input.refuse(Text::tr("the record has no channels X and Y"));
     for (const int channel : description.channels) {
@@ -193,19 +197,29 @@ Description readDescription(Input& input)
         if (preamble & HasNoLinearPart)
             input.refuse(Text::tr("the linear part of channel %1 was removed, and cannot be put back")
                              .arg(QLatin1String(ChannelNames[channel])));
-        if (preamble & HasScaling) {
-            const unsigned code = input.number(2);
-            const double fraction =
-                (code & ((1U << FractionBits) - 1)) / static_cast<double>(1 << FractionBits);
-            description.scaling[static_cast<std::size_t>(channel)] =
-                std::ldexp(1 + fraction, static_cast<int>(code >> FractionBits) - ExponentBias);
-        }
+        if (preamble & HasScaling)
+            description.scaling[static_cast<std::size_t>(channel)] = scalingOf(input.number(2));
         for (const unsigned statistic : HasStatistics)
             if (preamble & statistic)
                 input.skip(sizeOf(channel));
     }
     input.skip(1); // reserved
     return description;
+}
+
+// Pad units in what is 1 in a channel of positions. Two resolutions that the format cannot tell apart are
+// one, so that a pad's own records come back as they were.
+double unitsOfValue(const Input& input, const Description& description, Channel channel,
+                    std::optional<double> unitsPerMillimetre)
+{
+    if (!unitsPerMillimetre)
+        return 1;
+    const std::optional<double> scaling = description.scaling[channel];
+    if (!scaling)
+        input.refuse(
+            Text::tr("channel %1 tells no length; without --units-per-mm its values are taken as pad units")
+                .arg(QLatin1String(ChannelNames[channel])));
+    return scalingOf(scalingValue(*unitsPerMillimetre)) / *scaling;
 }
 
 } // namespace
@@ -245,11 +259,14 @@ QByteArray toIsoSignature(const CInkSnapshot& ink, std::optional<double> unitsPe
     return bytes;
 }
 
-CInkSnapshot fromIsoSignature(const QByteArray& bytes, const QString& name)
+CInkSnapshot fromIsoSignature(const QByteArray& bytes, const QString& name,
+                              std::optional<double> unitsPerMillimetre)
 {
     Input input(bytes, name);
     input.expectHead();
     const Description description = readDescription(input);
+    const double unitsOfX = unitsOfValue(input, description, X, unitsPerMillimetre);
+    const double unitsOfY = unitsOfValue(input, description, Y, unitsPerMillimetre);
     const bool isExtended = (input.number(1) & HasExtendedData) != 0;
     const unsigned count = input.number(3);
     if (input.left() / description.pointSize() < static_cast<int>(count))
@@ -265,13 +282,13 @@ CInkSnapshot fromIsoSignature(const QByteArray& bytes, const QString& name)
         for (const int channel : description.channels) {
             const int value =
                 static_cast<int>(input.number(sizeOf(channel))) - (isSigned(channel) ? SignedBias : 0);
-            const double scaled = value / description.scaling[static_cast<std::size_t>(channel)];
+            const double scaled = value / description.scaling[static_cast<std::size_t>(channel)].value_or(1);
             switch (channel) {
             case X:
-                point.x = value;
+                point.x = std::llround(value * unitsOfX);
                 break;
             case Y:
-                point.y = value;
+                point.y = std::llround(value * unitsOfY);
                 break;
             case Time:
                 point.tick = std::llround(scaled);

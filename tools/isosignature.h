@@ -14,8 +14,10 @@
 // X and Y in pad units a millimetre. Throws Failure for points that the form cannot hold.
 QByteArray toIsoSignature(const CInkSnapshot& ink, std::optional<double> unitsPerMillimetre);
 
-// From the input of that name. Throws Failure.
-CInkSnapshot fromIsoSignature(const QByteArray& bytes, const QString& name);
+// From the input of that name. With the size of pad units, lengths become these; without it, positions are
+// pad units already. Throws Failure.
+CInkSnapshot fromIsoSignature(const QByteArray& bytes, const QString& name,
+                              std::optional<double> unitsPerMillimetre);
 
 // The compact form: a byte a channel, X, Y, steps of time, pressure and tip switch, in shares of what the pad
 // has.

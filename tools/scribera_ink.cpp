@@ -98,7 +98,7 @@ void addIsoOptions(QCommandLineParser& parser)
 {
     parser.addOption(
         {QStringLiteral("compact"), Text::tr("The compact form, in shares of the pad that --model names.")});
-    addModelOption(parser);
+    addCircumstances(parser);
 }
 
 bool isCompact(const QCommandLineParser& parser)
@@ -106,13 +106,9 @@ bool isCompact(const QCommandLineParser& parser)
     const bool compact = parser.isSet(QStringLiteral("compact"));
     if (!compact && parser.isSet(QStringLiteral("model")))
         throw UsageError{Text::tr("--model belongs to --compact")};
+    if (compact && resolutionOption(parser))
+        throw UsageError{Text::tr("--units-per-mm does not go with --compact")};
     return compact;
-}
-
-void addIsoWritingOptions(QCommandLineParser& parser)
-{
-    addIsoOptions(parser);
-    addResolutionOption(parser);
 }
 
 void addDrawingOptions(QCommandLineParser& parser)
@@ -272,11 +268,10 @@ Conversion prepareInkMlReading(const QCommandLineParser& parser)
 
 Conversion prepareIso(const QCommandLineParser& parser)
 {
-    const std::optional<double> resolution = resolutionOption(parser);
     if (!isCompact(parser))
-        return fromStream([resolution](const CInkSnapshot& ink) { return toIsoSignature(ink, resolution); });
-    if (resolution)
-        throw UsageError{Text::tr("--units-per-mm does not go with --compact")};
+        return fromStream([resolution = resolutionOption(parser)](const CInkSnapshot& ink) {
+            return toIsoSignature(ink, resolution);
+        });
     return fromStream(
         [&pad = modelOption(parser)](const CInkSnapshot& ink) { return toCompactIsoSignature(ink, pad); });
 }
@@ -284,7 +279,10 @@ Conversion prepareIso(const QCommandLineParser& parser)
 Conversion prepareIsoReading(const QCommandLineParser& parser)
 {
     if (!isCompact(parser))
-        return toStream(LargestInput, fromIsoSignature);
+        return toStream(LargestInput, [resolution = resolutionOption(parser)](const QByteArray& bytes,
+                                                                              const QString& name) {
+            return fromIsoSignature(bytes, name, resolution);
+        });
     return toStream(LargestInput, [&pad = modelOption(parser)](const QByteArray& bytes, const QString& name) {
         return fromCompactIsoSignature(bytes, name, pad);
     });
@@ -310,7 +308,7 @@ constexpr Command Commands[] = {
      addCircumstances, prepareInkMl},
     {"to-iso19794-7",
      QT_TRANSLATE_NOOP("Tools", "The points as signature time series of ISO/IEC 19794-7:2007."),
-     addIsoWritingOptions, prepareIso},
+     addIsoOptions, prepareIso},
     {"from-json", QT_TRANSLATE_NOOP("Tools", "The stream of what to-json wrote."), addNoOptions,
      prepareReading<fromJson, LargestDocument>},
     {"from-csv", QT_TRANSLATE_NOOP("Tools", "The stream of what to-csv wrote."), addNoOptions,

@@ -63,6 +63,11 @@ CInkSnapshot readInkMl(const QByteArray& text, const QString& name)
     return fromInkMl(text, name, {});
 }
 
+CInkSnapshot readIsoSignature(const QByteArray& bytes, const QString& name)
+{
+    return fromIsoSignature(bytes, name, std::nullopt);
+}
+
 class InkFormatsTest : public InkToolTest
 {
 };
@@ -112,8 +117,12 @@ TEST_F(InkFormatsTest, RecordingsKeepAllButClockAndDate)
 TEST_F(InkFormatsTest, FullSignatureRecordsKeepAllButClockAndDate)
 {
     forEachSignature([](const CInkSnapshot& ink, const CPadModel&) {
-        EXPECT_EQ(difference(fromIsoSignature(toIsoSignature(ink, std::nullopt), {}), ink), "");
-        EXPECT_EQ(difference(fromIsoSignature(toIsoSignature(ink, 196.85), {}), ink), "");
+        EXPECT_EQ(difference(readIsoSignature(toIsoSignature(ink, std::nullopt), {}), ink), "");
+        for (const double resolution : {0.1, 19.685039, 196.85, 10000.0}) {
+            const QByteArray bytes = toIsoSignature(ink, resolution);
+            EXPECT_EQ(difference(readIsoSignature(bytes, {}), ink), "");
+            EXPECT_EQ(difference(fromIsoSignature(bytes, {}, resolution), ink), "");
+        }
     });
 }
 
@@ -682,7 +691,7 @@ TEST_F(InkFormatsTest, WhatAFullSignatureRecordCannotHold)
 
 TEST_F(InkFormatsTest, SignatureRecordsOfOthers)
 {
-    const auto of = [](const char* hex) { return csvOf(fromIsoSignature(QByteArray::fromHex(hex), {})); };
+    const auto of = [](const char* hex) { return csvOf(readIsoSignature(QByteArray::fromHex(hex), {})); };
     const QByteArray head = "5344490020313000";
     // X and Y alone.
     EXPECT_EQ(of(head + "c000"
@@ -710,35 +719,69 @@ TEST_F(InkFormatsTest, SignatureRecordsOfOthers)
               "1,2,7,0,1,0\n3,4,0,1,4,0\n");
 }
 
+TEST_F(InkFormatsTest, SignatureRecordsOfAnotherResolutionBecomePadUnits)
+{
+    const QByteArray head = "5344490020313000";
+    // X in hundredths, Y in quarters of a millimetre.
+    const QByteArray record = QByteArray::fromHex(head + "c000"
+                                                         "80b480"
+                                                         "809000"
+                                                         "00"
+                                                         "00"
+                                                         "000002"
+                                                         "83e87ffe"
+                                                         "8bb88002");
+    EXPECT_EQ(csvOf(readIsoSignature(record, {})), "1000,-2,1024,0,0,0\n3000,2,1024,0,5,0\n");
+    EXPECT_EQ(csvOf(fromIsoSignature(record, {}, 20)), "200,-10,1024,0,0,0\n600,10,1024,0,5,0\n");
+    EXPECT_EQ(outputOf({"to-csv"}, outputOf({"from-iso19794-7", "--units-per-mm", "20"}, record)),
+              "x,y,pressure,status,tick,seconds\n200,-10,1024,0,0,0\n600,10,1024,0,5,0\n");
+    EXPECT_EQ(refusal([](const QByteArray& bytes,
+                         const QString& name) { return fromIsoSignature(bytes, name, 10000); },
+                      record),
+              "input: point 1: x 100000 is not within 0 to 65535");
+    const QByteArray lengthless = QByteArray::fromHex(head + "c000"
+                                                             "80b480"
+                                                             "00"
+                                                             "00"
+                                                             "00"
+                                                             "000000");
+    EXPECT_EQ(
+        refusal(
+            [](const QByteArray& bytes, const QString& name) { return fromIsoSignature(bytes, name, 20); },
+            lengthless),
+        "input:15: channel Y tells no length; without --units-per-mm its values are taken as pad units");
+    EXPECT_EQ(csvOf(readIsoSignature(lengthless, {})), "");
+}
+
 TEST_F(InkFormatsTest, SignatureRecordsThatAreNone)
 {
     const QByteArray good = toIsoSignature(recordedSignatures().front(), std::nullopt);
-    EXPECT_EQ(refusal(fromIsoSignature, ""), "input:0: is not a signature record of ISO/IEC 19794-7");
-    EXPECT_EQ(refusal(fromIsoSignature, "FMR" + good.mid(3)),
+    EXPECT_EQ(refusal(readIsoSignature, ""), "input:0: is not a signature record of ISO/IEC 19794-7");
+    EXPECT_EQ(refusal(readIsoSignature, "FMR" + good.mid(3)),
               "input:0: is not a signature record of ISO/IEC 19794-7");
-    EXPECT_EQ(refusal(fromIsoSignature, good.left(5) + "2" + good.mid(6)),
+    EXPECT_EQ(refusal(readIsoSignature, good.left(5) + "2" + good.mid(6)),
               "input:4: is not of the edition of 2007, the one that is read");
     for (int size = 8; size < 22; ++size)
-        EXPECT_NE(refusal(fromIsoSignature, good.left(size)).find("the record ends too early"),
+        EXPECT_NE(refusal(readIsoSignature, good.left(size)).find("the record ends too early"),
                   std::string::npos)
             << size;
     const std::string count = std::to_string(recordedSignatures().front().Count());
     for (const int size : {22, 100, static_cast<int>(good.size()) - 1})
-        EXPECT_EQ(refusal(fromIsoSignature, good.left(size)),
+        EXPECT_EQ(refusal(readIsoSignature, good.left(size)),
                   "input:22: the record ends before its " + count + " points do");
-    EXPECT_EQ(refusal(fromIsoSignature, good + '\0'),
+    EXPECT_EQ(refusal(readIsoSignature, good + '\0'),
               "input:" + std::to_string(good.size()) + ": bytes follow the record");
     QByteArray bad = good;
     bad[8] = '\x41';
-    EXPECT_EQ(refusal(fromIsoSignature, bad), "input:10: the record has no channels X and Y");
+    EXPECT_EQ(refusal(readIsoSignature, bad), "input:10: the record has no channels X and Y");
     bad = good;
     bad[10] = '\x02';
-    EXPECT_EQ(refusal(fromIsoSignature, bad),
+    EXPECT_EQ(refusal(readIsoSignature, bad),
               "input:11: the linear part of channel X was removed, and cannot be put back");
     bad = good;
     bad[22] = '\x7f'; // the first point's x
-    EXPECT_TRUE(refusal(fromIsoSignature, bad).starts_with("input: point 1: x -"))
-        << refusal(fromIsoSignature, bad);
+    EXPECT_TRUE(refusal(readIsoSignature, bad).starts_with("input: point 1: x -"))
+        << refusal(readIsoSignature, bad);
     EXPECT_EQ(refusal([](const QByteArray& bytes,
                          const QString& name) { return fromCompactIsoSignature(bytes, name, g_PadK210); },
                       "1234567"),

@@ -51,7 +51,7 @@ TEST_F(InkUsageTest, HelpOfACommandNamesItsOptions)
         const bool takesModel = isIso || draws || isInkMl || command == "to-recording" || command == "info";
         EXPECT_EQ(help.contains("--compact"), isIso || command == "to-svg");
         EXPECT_EQ(help.contains("--units-per-mm"),
-                  isInkMl || command == "to-iso19794-7" || command == "info" || command == "plot");
+                  isInkMl || isIso || command == "info" || command == "plot");
         EXPECT_EQ(help.contains("--require-signature"), command == "info");
         EXPECT_EQ(help.contains("--model"), takesModel);
         EXPECT_EQ(help.contains("K421B"), takesModel);
@@ -83,9 +83,10 @@ TEST_F(InkUsageTest, WrongOptions)
     expectWrongUsage({"to-csv", "a", "b"}, "more than one file");
     expectWrongUsage({"to-iso19794-7", "--compact"}, "--model is missing");
     expectWrongUsage({"from-iso19794-7", "--model", "K210"}, "--model belongs to --compact");
-    expectWrongUsage({"to-iso19794-7", "--compact", "--model", "K210", "--units-per-mm", "5"},
-                     "--units-per-mm does not go with --compact");
-    for (const char* command : {"to-iso19794-7", "to-inkml", "from-inkml"})
+    for (const char* command : {"to-iso19794-7", "from-iso19794-7"})
+        expectWrongUsage({command, "--compact", "--model", "K210", "--units-per-mm", "5"},
+                         "--units-per-mm does not go with --compact");
+    for (const char* command : {"to-iso19794-7", "from-iso19794-7", "to-inkml", "from-inkml"})
         for (const QString number : {"0", "-1", "many", "nan", "10001"})
             expectWrongUsage({command, "--units-per-mm", number},
                              "--units-per-mm " + number.toStdString() + " is not a number of 0.1 to 10000");
