@@ -6,6 +6,7 @@
 
 #include <QDateTime>
 #include <QHash>
+#include <QLocale>
 #include <QTimeZone>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
@@ -407,14 +408,14 @@ private:
                             depth + 1);
             } else if (is("definitions")) {
                 readContent(true, format, depth + 1);
-            } else if (is("context")) {
-                const Format read = readContext();
+            } else if (is("context") || is("inkSource") || is("traceFormat")) {
+                // The last two stand outside of definitions in many documents, where they can mean one thing
+                // only.
+                const Format read = is("context")     ? readContext()
+                                    : is("inkSource") ? readSource()
+                                                      : readFormat();
                 if (!defines)
                     m_current = read;
-            } else if (is("inkSource")) {
-                readSource();
-            } else if (is("traceFormat")) {
-                readFormat();
             } else if (is("timestamp")) {
                 readTimestamp();
             } else if (is("annotation") && attribute("type") == FirstTick) {

@@ -534,6 +534,18 @@ TEST_F(InkFormatsTest, InkMlWithTheFormatOfItsContext)
             << context.toStdString();
 }
 
+TEST_F(InkFormatsTest, InkMlWithAFormatWithoutAContext)
+{
+    const QByteArray format =
+        "<traceFormat><channel name='Y'/><channel name='X'/><channel name='F'/></traceFormat>";
+    for (const QByteArray& told : {format, "<inkSource xml:id='s'>" + format + "</inkSource>"}) {
+        EXPECT_EQ(ofInkMl(told + "<trace>1 2 300</trace>"), "2,1,300,0,0,0\n2,1,300,1,0,0\n");
+        // What is only defined is not in force.
+        EXPECT_EQ(refusalOfInkMl("<definitions>" + told + "</definitions><trace>1 2 300</trace>"),
+                  "input: point 1: has more than the 2 values");
+    }
+}
+
 TEST_F(InkFormatsTest, InkMlThatCountsTheOtherWay)
 {
     // Within the range that is told, from 0 where only its end is; otherwise from 0 downwards.
