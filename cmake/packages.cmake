@@ -1,4 +1,4 @@
-# Archives: cpack in the build tree makes one of the installation, `cpack --config CPackSourceConfig.cmake` one of the
+# Archives: cpack in the build tree makes one of the installation, with an SPDX document beside it, `cpack --config CPackSourceConfig.cmake` one of the
 # source. Debian packages come from packaging/build-deb.
 set(CPACK_GENERATOR TGZ)
 set(CPACK_PACKAGE_NAME ${scribera_library})
@@ -30,6 +30,8 @@ set(CPACK_SOURCE_GENERATOR TGZ)
 set(CPACK_SOURCE_PACKAGE_FILE_NAME scriberasdk-${PROJECT_VERSION})
 # For the source, this puts a clean copy in the place of the directory.
 configure_file(cmake/package-source.cmake.in ${PROJECT_BINARY_DIR}/cmake/package-source.cmake @ONLY)
+configure_file(cmake/package-sbom.cmake.in ${PROJECT_BINARY_DIR}/cmake/package-sbom.cmake @ONLY)
+set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_BINARY_DIR}/cmake/package-sbom.cmake)
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/cmake/package-source.cmake)
 set(CPACK_SOURCE_INSTALLED_DIRECTORIES "${PROJECT_SOURCE_DIR};/")
 set(CPACK_SOURCE_IGNORE_FILES "")

@@ -1,9 +1,9 @@
-"""Puts the shared library into the wheel when SCRIBERA_WHEEL_LIBRARY names it; ./wheel does that. Without it the
-wheel is of Python alone."""
+"""Puts what `carry` has laid out, the shared library above all, into the wheel; ./wheel sets the environment for it.
+Without it the wheel is of Python alone."""
 
 import os
 import shutil
-import struct
+import subprocess
 from pathlib import Path
 
 from setuptools import Distribution, setup
@@ -14,47 +14,37 @@ try:
 except ImportError:  # setuptools before 70.1
     from wheel.bdist_wheel import bdist_wheel
 
-LIBRARY = os.environ.get("SCRIBERA_WHEEL_LIBRARY")
-MACHINES = {62: "x86_64", 183: "aarch64"}  # of ELF, and what Python calls them
-
-
-def platform_of(library):
-    """The wheel's platform, which is the library's and not that of the machine that builds the wheel."""
-    with open(library, "rb") as file:
-        header = file.read(20)
-    if header[:6] != b"\x7fELF\x02\x01":
-        raise SystemExit(f"{library} is no library for 64 bits")
-    (machine,) = struct.unpack_from("<H", header, 18)
-    if machine not in MACHINES:
-        raise SystemExit(f"{library} is for a machine that the package does not know: {machine}")
-    return f"linux_{MACHINES[machine]}"
-
-
-def name_of(library):
-    """What the library is called in the package: by its Qt, whatever number its file bears."""
-    return f"libscriberasdk{'-qt6' if '-qt6' in Path(library).name else ''}.so.1"
+CARRIED = os.environ.get("SCRIBERA_WHEEL_CARRIED")  # a folder
+SBOM = os.environ.get("SCRIBERA_WHEEL_SBOM")  # the program that says what the wheel holds
+PLATFORM = os.environ.get("SCRIBERA_WHEEL_PLATFORM", "any")  # the library's, not that of the machine that builds the wheel
 
 
 class BuildWithLibrary(build_py):
     def run(self):
         super().run()
-        if LIBRARY:
-            shutil.copyfile(LIBRARY, Path(self.build_lib, "scribera", name_of(LIBRARY)))
+        if CARRIED:
+            shutil.copytree(CARRIED, Path(self.build_lib, "scribera"), dirs_exist_ok=True)
 
 
 class WheelWithLibrary(bdist_wheel):
     def finalize_options(self):
         super().finalize_options()
-        self.root_is_pure = not LIBRARY
+        self.root_is_pure = not CARRIED
 
     def get_tag(self):
         # By ctypes any Python of any ABI calls the library.
-        return ("py3", "none", platform_of(LIBRARY) if LIBRARY else "any")
+        return ("py3", "none", PLATFORM)
+
+    def write_wheelfile(self, *arguments, **options):
+        super().write_wheelfile(*arguments, **options)
+        # The wheel lies there unpacked, but for the list of its files.
+        if SBOM:
+            subprocess.run([SBOM, "--wheel", self.bdist_dir], check=True)
 
 
 class WithLibrary(Distribution):
     def has_ext_modules(self):
-        return bool(LIBRARY)
+        return bool(CARRIED)
 
 
 setup(distclass=WithLibrary, cmdclass={"build_py": BuildWithLibrary, "bdist_wheel": WheelWithLibrary})

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Compares what the packages say of themselves, in SPDX 2.3, with what they hold.
 
-check_sbom.py PACKAGE...                Debian packages, each with its document
+check_sbom.py PACKAGE...                Debian packages, wheels or archives of installations, each with its document
 check_sbom.py --damaged PACKAGE...      the same, and that no fault put into a document or a package stays unseen
 """
 
@@ -13,7 +13,9 @@ import json
 import re
 import subprocess
 import sys
+import tarfile
 import tempfile
+import zipfile
 from collections.abc import Callable
 from functools import cache
 from pathlib import Path
@@ -21,16 +23,29 @@ from typing import Any
 
 # Of SPDX's list, those that may stand in these documents.
 LICENSES = {
+    "AFL-2.1",
     "Apache-2.0",
+    "BSD-2-Clause",
+    "BSD-3-Clause",
     "BSL-1.0",
+    "CC0-1.0",
+    "FTL",
     "GPL-2.0-only",
+    "GPL-2.0-or-later",
     "GPL-3.0-or-later",
+    "HPND",
+    "IJG",
     "LGPL-2.1-or-later",
     "LGPL-3.0-only",
     "MIT",
+    "MIT-Modern-Variant",
+    "MPL-1.1",
+    "Unicode-DFS-2016",
+    "Zlib",
+    "libpng-2.0",
 }
 EXCEPTIONS = {"GCC-exception-3.1"}
-KINDS = {"CONTAINS", "DEPENDS_ON", "DESCRIBES", "DYNAMIC_LINK", "STATIC_LINK"}
+KINDS = {"CONTAINS", "DEPENDS_ON", "DESCENDANT_OF", "DESCRIBES", "DYNAMIC_LINK", "STATIC_LINK"}
 IDENTIFIER = re.compile(r"SPDXRef-[A-Za-z0-9.-]+")
 OF_DOCUMENT = {
     "SPDXID",
@@ -67,20 +82,55 @@ class Packed:
     """A package as it is unpacked."""
 
     def __init__(self, package: Path, folder: Path) -> None:
-        subprocess.run(["dpkg-deb", "-x", package, folder], check=True)
-        fields = [output_of("dpkg-deb", "-f", package, field).strip() for field in ("Package", "Version", "Architecture")]
-        self.name, self.version, self.architecture = fields
-        self.depends = output_of("dpkg-deb", "-f", package, "Depends")
-        self.document = f"./usr/share/doc/{self.name}/{self.name}.spdx.json"
+        self.unlisted: list[str] = []  # files that the document is silent about: itself, and what changes with it
+        self.carried: dict[str, str | None] = {}  # files of other packages, and which these are
+        if package.suffix == ".whl":
+            root = self.open_wheel(package, folder)
+        elif package.suffix == ".gz":
+            root = self.open_archive(package, folder)
+        else:
+            root = self.open_debian_package(package, folder)
+        document = root / self.unlisted[0] if self.unlisted else package.with_name(package.name.removesuffix(".tar.gz") + ".spdx.json")
+        self.text = json.loads(document.read_text(encoding="utf-8"))
         self.files: dict[str, bytes] = {}
         self.needed: dict[str, set[str]] = {}
-        for path in folder.rglob("*"):
-            if path.is_file() and not path.is_symlink():
-                name = "./" + path.relative_to(folder).as_posix()
+        for path in root.rglob("*"):
+            name = "./" + path.relative_to(root).as_posix()
+            if path.is_file() and not path.is_symlink() and name not in self.unlisted:
                 self.files[name] = path.read_bytes()
                 if self.files[name].startswith(b"\x7fELF"):
                     self.needed[name] = set(re.findall(r"NEEDED +(\S+)", output_of("objdump", "-p", path)))
-        self.text = json.loads(self.files.pop(self.document))
+
+    def open_debian_package(self, package: Path, folder: Path) -> Path:
+        subprocess.run(["dpkg-deb", "-x", package, folder], check=True)
+        fields = [output_of("dpkg-deb", "-f", package, field).strip() for field in ("Package", "Version", "Architecture")]
+        self.name, self.version, self.architecture = fields
+        self.unlisted = [f"./usr/share/doc/{self.name}/{self.name}.spdx.json"]
+        return folder
+
+    def open_wheel(self, package: Path, folder: Path) -> Path:
+        with zipfile.ZipFile(package) as archive:
+            archive.extractall(folder)
+        self.name, self.version, _, _, platform = package.stem.split("-")
+        self.architecture = "amd64" if platform.endswith("x86_64") else "arm64"
+        information = f"./{self.name}-{self.version}.dist-info"
+        self.unlisted = [f"{information}/sboms/{self.name}.spdx.json", f"{information}/RECORD"]
+        for core in folder.glob("scribera/qt/lib/libQt*Core.so.*"):
+            for path in core.parent.iterdir():
+                self.carried["./" + path.relative_to(folder).as_posix()] = owner_of(path.name, self.architecture)
+            for path in core.parents[1].glob("plugins/*/*"):
+                place = f"qt{core.name[5]}/plugins/{path.parent.name}/{path.name}"
+                self.carried["./" + path.relative_to(folder).as_posix()] = owner_of(place, self.architecture)
+        return folder
+
+    def open_archive(self, package: Path, folder: Path) -> Path:
+        """Of an installation on this machine; its document lies beside it."""
+        with tarfile.open(package) as archive:
+            archive.extractall(folder)
+        self.name, self.version, _ = package.name.rsplit("-", 2)
+        self.architecture = output_of("dpkg", "--print-architecture").strip()
+        (root,) = folder.iterdir()
+        return root
 
 
 @cache
@@ -104,7 +154,7 @@ def license_faults(expression: str, own: set[str]) -> list[str]:
     if expression == "NOASSERTION":
         return []
     faults = []
-    for part in re.split(r" (?:AND|OR) ", expression):
+    for part in re.split(r" (?:AND|OR) ", re.sub(r"[()]", "", expression)):
         name, _, exception = part.partition(" WITH ")
         if name not in LICENSES | own:
             faults.append(f"{name} is no licence")
@@ -160,7 +210,7 @@ def faults_of(text: dict[str, Any], packed: Packed, own: dict[str, str]) -> list
         expect(entry["filesAnalyzed"] == (entry is main), f"the files of {entry['name']}")
         expect(re.match(r"(Organization|Person): \S", entry["supplier"]), f"the supplier of {entry['name']}")
         locators = [one["referenceLocator"] for one in entry["externalRefs"] if one["referenceType"] == "purl"]
-        expect(len(locators) == 1 and re.fullmatch(r"pkg:deb/[a-z]+/[^/@\s]+@[^/@\s]+", locators[0]), f"where {entry['name']} is from")
+        expect(len(locators) == 1 and re.fullmatch(r"pkg:(deb/[a-z]+|generic/[a-z]+|pypi)/[^/@\s]+@[^/@\s]+", locators[0]), f"where {entry['name']} is from")
         for expression in (entry["licenseConcluded"], entry["licenseDeclared"]):
             faults.extend(f"{packed.name}: {entry['name']}: {fault}" for fault in license_faults(expression, licenses))
         expect(entry["licenseDeclared"] != "NOASSERTION", f"no licence is told for {entry['name']}")
@@ -180,8 +230,11 @@ def faults_of(text: dict[str, Any], packed: Packed, own: dict[str, str]) -> list
         linked = {packages[other]["name"] for one, kind, other in relations if (one, kind) == (entry["SPDXID"], "DYNAMIC_LINK") and other in packages}
         wanted = {own.get(soname) or owner_of(soname, packed.architecture) for soname in packed.needed.get(name, ())}
         expect(linked == wanted, f"{name} is linked to {linked}, not to {wanted}")
+        origins = [packages[other]["name"] for one, kind, other in relations if (one, kind) == (entry["SPDXID"], "DESCENDANT_OF")]
+        origin = [packed.carried[name]] if name in packed.carried else []
+        expect(origins == origin, f"{name} is told to be from {origins}, not from {origin}")
     code = main["packageVerificationCode"]
-    expect(code["packageVerificationCodeExcludedFiles"] == [packed.document], "the file that is not in the code")
+    expect(code["packageVerificationCodeExcludedFiles"] == packed.unlisted, "the files that are not in the code")
     sums = sorted(hashlib.sha1(content).hexdigest() for content in packed.files.values())
     expect(code["packageVerificationCodeValue"] == hashlib.sha1("".join(sums).encode()).hexdigest(), "the code of all files")
     for entry in text["packages"]:
@@ -222,7 +275,7 @@ def main() -> None:
         packages = [Packed(name, Path(work, str(number))) for number, name in enumerate(names)]
     own = {}
     for packed in packages:
-        for name in packed.needed:
+        for name in packed.needed.keys() - packed.carried.keys():
             if found := re.fullmatch(r"(lib[\w-]+\.so\.\d+)[\d.]*", name.rpartition("/")[2]):
                 own[found[1]] = packed.name
     faults = [fault for packed in packages for fault in faults_of(packed.text, packed, own)]
@@ -236,12 +289,13 @@ def main() -> None:
                 damage(text)
                 if not faults_of(text, packed, own):
                     faults.append(f"{packed.name}: {kind} stays unseen")
-            linked = [one for one in packed.text["relationships"] if one["relationshipType"] == "DYNAMIC_LINK"]
-            if linked:
-                text = copy.deepcopy(packed.text)
-                text["relationships"].remove(linked[-1])
-                if not faults_of(text, packed, own):
-                    faults.append(f"{packed.name}: a library left out stays unseen")
+            for kind in ("DYNAMIC_LINK", "DESCENDANT_OF"):
+                related = [one for one in packed.text["relationships"] if one["relationshipType"] == kind]
+                if related:
+                    text = copy.deepcopy(packed.text)
+                    text["relationships"].remove(related[-1])
+                    if not faults_of(text, packed, own):
+                        faults.append(f"{packed.name}: a {kind} left out stays unseen")
     if faults:
         sys.exit("\n".join(faults))
     print(f"{len(packages)} documents tell what {sum(len(packed.files) for packed in packages)} files are")

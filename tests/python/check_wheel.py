@@ -1,14 +1,15 @@
 #!/usr/bin/env python3
-"""Checks the wheel that carries the library: in fresh environments without network and other packages, a signature is
-taken with the wheel's own library.
+"""Checks the wheels that carry the library, without Qt and with it: in fresh environments without network and other
+packages, a signature is taken with the wheel's own library, and with its own Qt where it has one.
 
-check_wheel.py --wheel PROGRAM --library LIBRARY --driver DRIVER --work FOLDER [--python INTERPRETER]...
+check_wheel.py --wheel PROGRAM --sbom PROGRAM --library LIBRARY --driver DRIVER --work FOLDER [--python INTERPRETER]...
 """
 
 from __future__ import annotations
 
 import argparse
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -31,9 +32,10 @@ with Pad("K210", size=(300, 200)) as pad:
     status, points = asyncio.run(sign(pad))
     assert status is Status.CONFIRM and len(points) == len(pad) > 10, (status, len(points), len(pad))
     assert pad.png().startswith(b"\\x89PNG") and "</svg>" in pad._repr_svg_()
+    assert pad.jpeg().startswith(b"\\xff\\xd8\\xff") and pad.pdf().startswith(b"%PDF")
     assert pad[0].when.utcoffset() is not None
     maps = open("/proc/self/maps").read().splitlines()
-    print(sorted({line.split()[-1] for line in maps if "libscriberasdk" in line}))
+    print(*sorted({line.split()[-1] for line in maps if "libscriberasdk" in line or "libQt" in line or "libqjpeg" in line}))
     try:
         pad.array()
     except ImportError as error:
@@ -72,12 +74,13 @@ def tag(wheel: Path) -> str:
 def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--wheel", type=Path, required=True)
+    parser.add_argument("--sbom", type=Path, required=True)
     parser.add_argument("--library", type=Path, required=True)
     parser.add_argument("--driver", type=Path, required=True)
     parser.add_argument("--work", type=Path, required=True)
     parser.add_argument("--python", type=Path, action="append", default=[])
     arguments = parser.parse_args()
-    for name in ("wheel", "library", "driver", "work"):
+    for name in ("wheel", "sbom", "library", "driver", "work"):
         setattr(arguments, name, getattr(arguments, name).resolve())
     arguments.work.mkdir(parents=True, exist_ok=True)
     folder = Path(tempfile.mkdtemp(dir=arguments.work))
@@ -96,7 +99,15 @@ def main() -> None:
     name = arguments.library.name[: arguments.library.name.index(".so") + len(".so.1")]
     with zipfile.ZipFile(wheel) as archive:
         assert archive.read(f"scribera/{name}") == arguments.library.read_bytes()
-    assert sorted(set(members(wheel)) - set(members(plain))) == [f"scribera/{name}"]
+    more = set(members(wheel)) - set(members(plain))
+    assert {name for name in more if not name.endswith(".spdx.json")} == {f"scribera/{name}"}, more
+
+    whole = Path(run(*prefix, arguments.wheel, "--with-qt", "--output", folder, arguments.library, env=environment).strip())
+    platform = whole.name.removeprefix(f"{plain.name.removesuffix('-none-any.whl')}-none-").removesuffix(".whl")
+    assert re.fullmatch(rf"manylinux_2_\d+_{os.uname().machine}", platform) and f"Tag: py3-none-{platform}\n" in tag(whole), whole
+    carried = {Path(one).name.split(".")[0] for one in members(whole) if one.startswith("scribera/qt/")}
+    assert {"libqjpeg", "LGPL-3", "packages"} <= carried and not carried & {"libc", "libstdc++"}, carried
+    run(sys.executable, arguments.sbom, "--damaged", wheel, whole)
 
     (folder / "text.so").write_text("not a library\n" * 10)
     refused = subprocess.run(
@@ -105,12 +116,13 @@ def main() -> None:
     assert refused.returncode == 1 and b"is no library for 64 bits" in refused.stderr, refused
     assert not list((folder / "refused").iterdir())
 
-    for number, python in enumerate(arguments.python):
+    trials = [(python, wheel) for python in arguments.python] + [(python, whole) for python in arguments.python[:1]]
+    for number, (python, chosen) in enumerate(trials):
         environ = folder / f"environment{number}"
         own = environ / "bin" / "python"
         pip = [own, "-m", "pip", "--disable-pip-version-check"]
         run(*prefix, python, "-m", "venv", environ, env=environment)
-        run(*prefix, *pip, "install", "--quiet", "--no-index", wheel, env=environment)
+        run(*prefix, *pip, "install", "--quiet", "--no-index", chosen, env=environment)
         place = folder / f"place{number}"
         place.mkdir()
         (place / "libscriberadrv.so").symlink_to(arguments.driver)
@@ -120,10 +132,13 @@ def main() -> None:
             "SCRIBERA_SIM_KEY": "confirm",
             "SCRIBERA_SIM_START_MS": "1000",
         }
-        loaded = run(*prefix, own, "-c", SIGN, cwd=place, env=environment | simulated).strip()
+        loaded = run(*prefix, own, "-c", SIGN, cwd=place, env=environment | simulated).split()
         (package,) = (environ / "lib").glob("python3*/site-packages/scribera")
-        assert loaded == str([str(package.resolve() / name)]), loaded
-        print(f"{python}: a signature with {loaded}")
+        library, qt = str(package.resolve() / name), str(package.resolve() / "qt") + "/"
+        assert library in loaded and any("/libqjpeg.so" in one for one in loaded), loaded
+        others = [one for one in loaded if one != library]
+        assert all(one.startswith(qt) == (chosen == whole) for one in others), loaded
+        print(f"{python}: a signature with {library} and the Qt of {qt if chosen == whole else 'the system'}")
     shutil.rmtree(folder)
 
 

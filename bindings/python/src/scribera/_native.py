@@ -230,8 +230,17 @@ def let_workers_wait(on: bool = True, *, library: str | os.PathLike[str] | None 
 
 # Built for Qt 5 and for Qt 6. Without a window either does.
 _USUAL_NAMES = ("libscriberasdk.so.1", "libscriberasdk-qt6.so.1")
-_OWN = [Path(__file__).with_name(name) for name in _USUAL_NAMES]  # what a wheel may carry
+# What a wheel may carry.
+_OWN = [Path(__file__).with_name(name) for name in _USUAL_NAMES]
+_OWN_PLUGINS = Path(__file__).with_name("qt") / "plugins"
 _loaded: dict[str, ctypes.CDLL] = {}
+
+
+def _name_plugins() -> None:
+    """Tells a Qt that came with the wheel where its image formats are, which it looks for where the system's are."""
+    places = os.environ.get("QT_PLUGIN_PATH", "").split(os.pathsep)
+    if _OWN_PLUGINS.is_dir() and str(_OWN_PLUGINS) not in places:
+        os.environ["QT_PLUGIN_PATH"] = os.pathsep.join([*filter(None, places), str(_OWN_PLUGINS)])
 
 
 def load(library: str | os.PathLike[str] | None) -> ctypes.CDLL:
@@ -242,6 +251,7 @@ def load(library: str | os.PathLike[str] | None) -> ctypes.CDLL:
         names = [named]
     elif own := [os.fspath(path) for path in _OWN if path.exists()]:
         names = own
+        _name_plugins()
     else:
         names = [*_USUAL_NAMES]
         if found := ctypes.util.find_library("scriberasdk"):
