@@ -3,7 +3,7 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-foreach(folder IN ITEMS BINDIR LIBDIR LIBEXECDIR INCLUDEDIR DATADIR)
+foreach(folder IN ITEMS BINDIR LIBDIR LIBEXECDIR INCLUDEDIR DATADIR MANDIR)
     if(IS_ABSOLUTE "${CMAKE_INSTALL_${folder}}")
         message(FATAL_ERROR "CMAKE_INSTALL_${folder} has to be relative to the prefix")
     endif()
@@ -65,8 +65,10 @@ install(PROGRAMS scripts/run-demo scripts/run-window-demo DESTINATION ${SCRIBERA
 configure_file(packaging/scribera-demo.in ${PROJECT_BINARY_DIR}/packaging/scribera-demo @ONLY)
 install(PROGRAMS ${PROJECT_BINARY_DIR}/packaging/scribera-demo DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 # Manual pages, and completion of command lines.
-install(DIRECTORY packaging/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} COMPONENT tools
-    PATTERN scribera-bridge.1 EXCLUDE PATTERN "scribera-sign*" EXCLUDE)
+install(DIRECTORY packaging/share/man/ DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT tools
+    PATTERN scribera-bridge.1 EXCLUDE PATTERN scribera-sign.1 EXCLUDE)
+install(DIRECTORY packaging/share/bash-completion DESTINATION ${CMAKE_INSTALL_DATADIR} COMPONENT tools
+    PATTERN scribera-sign EXCLUDE)
 
 if(SCRIBERA_BUILD_SIGN)
     install(TARGETS scribera-sign RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT sign)

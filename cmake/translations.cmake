@@ -3,11 +3,11 @@
 # The lrelease of any Qt will do: the format is the same. Debian's own command in /usr/bin needs a chosen Qt.
 get_target_property(scribera_qmake Qt${SCRIBERA_QT}::qmake IMPORTED_LOCATION)
 get_filename_component(scribera_qt_programs ${scribera_qmake} DIRECTORY)
-find_program(SCRIBERA_LRELEASE lrelease
+find_program(SCRIBERA_LRELEASE NAMES lrelease-qt${SCRIBERA_QT} lrelease-qt5 lrelease-qt6 lrelease
     HINTS ${scribera_qt_programs} /usr/lib/qt${SCRIBERA_QT}/bin /usr/lib/qt5/bin /usr/lib/qt6/bin
     DOC "Compiles the catalogues of translated texts")
 if(NOT SCRIBERA_LRELEASE)
-    message(STATUS "lrelease is missing: windows and tools will speak English only (Debian: qttools5-dev-tools)")
+    message(WARNING "lrelease is missing: windows and tools will speak English only (Debian: qttools5-dev-tools)")
 endif()
 
 # scribera_add_catalogues(TARGET FILE.ts...): compiles the catalogues and puts them into the target, a library, as

@@ -105,7 +105,9 @@ class Packed:
         subprocess.run(["dpkg-deb", "-x", package, folder], check=True)
         fields = [output_of("dpkg-deb", "-f", package, field).strip() for field in ("Package", "Version", "Architecture")]
         self.name, self.version, self.architecture = fields
-        self.unlisted = [f"./usr/share/doc/{self.name}/{self.name}.spdx.json"]
+        shares_folder = output_of("dpkg-deb", "-f", package, "Multi-Arch").strip() == "same"
+        document = f"{self.name}_{self.architecture}" if shares_folder else self.name
+        self.unlisted = [f"./usr/share/doc/{self.name}/{document}.spdx.json"]
         return folder
 
     def open_wheel(self, package: Path, folder: Path) -> Path:
