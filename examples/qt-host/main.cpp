@@ -110,7 +110,8 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv)
     return application;
 }
 
-// The language of the person's desktop, where there is a catalogue for it; English otherwise.
+// The first of the person's languages that there is a catalogue for. The texts themselves are English, so a
+// language that comes after English is not wanted.
 void loadCatalogues()
 {
     static QTranslator ofQt;
@@ -120,12 +121,19 @@ void loadCatalogues()
 #else
     const QString folder = QLibraryInfo::location(QLibraryInfo::TranslationsPath);
 #endif
-    if (!own.load(QLocale(), QStringLiteral("scribera-demo-host"), QStringLiteral("_"),
-                  QStringLiteral(":/translations")))
+    const QString before = QStringLiteral("_");
+    for (const QString& name : QLocale::system().uiLanguages()) {
+        const QLocale language(name);
+        if (language.language() == QLocale::English)
+            return;
+        if (!own.load(language, QStringLiteral("scribera-demo-host"), before,
+                      QStringLiteral(":/translations")))
+            continue;
+        if (ofQt.load(language, QStringLiteral("qtbase"), before, folder))
+            QCoreApplication::installTranslator(&ofQt); // for the dialogs that are Qt's
+        QCoreApplication::installTranslator(&own);
         return;
-    if (ofQt.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"), folder))
-        QCoreApplication::installTranslator(&ofQt); // for the dialogs that are Qt's
-    QCoreApplication::installTranslator(&own);
+    }
 }
 
 } // namespace
