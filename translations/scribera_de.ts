@@ -2990,7 +2990,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falsche Argumente.
         <translation>Immer wieder a&amp;bspielen</translation>
     </message>
     <message>
-        <source>&amp;Record</source>
+        <source>Re&amp;cord</source>
         <translation>Auf&amp;zeichnen</translation>
     </message>
     <message>

@@ -618,7 +618,7 @@
     </message>
     <message>
         <source>&amp;Try again</source>
-        <translation>Noch &amp;einmal versuchen</translation>
+        <translation>&amp;Noch einmal versuchen</translation>
     </message>
     <message>
         <source>Looks for the pad once more</source>

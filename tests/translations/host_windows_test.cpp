@@ -1,4 +1,4 @@
-// The demo host's windows, in German and in the pseudo language.
+// The demo host's windows, in English, in German and in the pseudo language.
 #include "documentdialog.h"
 #include "mainwindow.h"
 #include "previewdialog.h"
@@ -91,7 +91,8 @@ int main(int argc, char** argv)
     const QApplication application(argc, argv);
     QApplication::setStyle(QStringLiteral("Fusion")); // as the host does
     QTranslator translator;
-    if (!translator.load(qEnvironmentVariable("SCRIBERA_HOST_CATALOGUE")))
+    const QString catalogue = qEnvironmentVariable("SCRIBERA_HOST_CATALOGUE");
+    if (!catalogue.isEmpty() && !translator.load(catalogue)) // English needs none
         return 1;
     QCoreApplication::installTranslator(&translator);
     if (isPseudo()) // as Qt's own catalogue of such a language says

@@ -6,8 +6,12 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
+#include <QKeySequence>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMap>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPaintDevice>
 #include <QPaintEngine>
 #include <QPainterPath>
@@ -149,6 +153,65 @@ QStringList textsOf(const QWidget& widget)
     return texts;
 }
 
+// The key that brings a person to the widget; empty for most.
+QKeySequence keyOf(const QWidget& widget)
+{
+    if (const auto* const button = qobject_cast<const QAbstractButton*>(&widget))
+        return button->shortcut();
+    if (const auto* const group = qobject_cast<const QGroupBox*>(&widget))
+        return QKeySequence::mnemonic(group->title());
+    const auto* const label = qobject_cast<const QLabel*>(&widget);
+    return label && label->buddy() ? QKeySequence::mnemonic(label->text()) : QKeySequence();
+}
+
+// A key that stands for two things only steps between them.
+class Keys
+{
+public:
+    void add(const QKeySequence& key, const QString& owner)
+    {
+        if (!key.isEmpty())
+            m_owners[key.toString()] += owner;
+    }
+    void addMnemonicsOf(const QWidget& menu)
+    {
+        for (const QAction* const action : menu.actions())
+            if (action->isVisible())
+                add(QKeySequence::mnemonic(action->text()), action->text());
+    }
+    QStringList doubles() const
+    {
+        QStringList faults;
+        for (auto key = m_owners.begin(); key != m_owners.end(); ++key)
+            if (key->size() > 1)
+                faults += QStringLiteral("%1 is the key of several: %2")
+                              .arg(key.key(), key->join(QStringLiteral(", ")));
+        return faults;
+    }
+
+private:
+    QMap<QString, QStringList> m_owners;
+};
+
+// Within the window, and within each of its menus.
+QStringList doubledKeys(const QWidget& window, const QList<QWidget*>& widgets)
+{
+    QStringList faults;
+    Keys ofWindow;
+    for (const QWidget* const widget : widgets) {
+        if (qobject_cast<const QMenu*>(widget)) {
+            Keys ofMenu;
+            ofMenu.addMnemonicsOf(*widget);
+            faults += ofMenu.doubles();
+        } else if (widget->window() == &window && widget->isVisibleTo(&window)) {
+            ofWindow.add(keyOf(*widget), widget->property("text").toString());
+            if (qobject_cast<const QMenuBar*>(widget))
+                ofWindow.addMnemonicsOf(*widget);
+        }
+    }
+    return faults + ofWindow.doubles();
+}
+
 } // namespace
 
 bool isPseudo()
@@ -168,6 +231,7 @@ QStringList faultsOf(QWidget& window)
     QStringList faults;
     QList<QWidget*> widgets = window.findChildren<QWidget*>();
     widgets.prepend(&window);
+    faults += doubledKeys(window, widgets);
     for (const QWidget* const widget : widgets) {
         const QString place =
             QStringLiteral("%1 \"%2\"")

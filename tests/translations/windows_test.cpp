@@ -1,4 +1,4 @@
-// The windows of the virtual pad and of scribera-pad, in German and in the pseudo language.
+// The windows of the virtual pad and of scribera-pad, in English, in German and in the pseudo language.
 #include "catalogues.h"
 #include "fingerdialog.h"
 #include "mainwindow.h"

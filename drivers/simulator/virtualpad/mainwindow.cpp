@@ -117,7 +117,7 @@ void MainWindow::makeMenus()
     connect(m_replay, &QAction::triggered, this, &MainWindow::toggleReplay);
     m_loop = penMenu->addAction(tr("Replay again and &again"));
     m_loop->setCheckable(true);
-    m_record = penMenu->addAction(tr("&Record"));
+    m_record = penMenu->addAction(tr("Re&cord"));
     m_record->setShortcut(QKeySequence(QStringLiteral("Ctrl+R"), QKeySequence::PortableText));
     m_record->setCheckable(true);
     m_record->setToolTip(tr("Record what the pen does, and save it in the end (Ctrl+R)"));
@@ -295,7 +295,7 @@ void MainWindow::refresh()
     setWindowTitle(tr("%1 – Scribera virtual pad").arg(model));
 
     m_replay->setText(m_pad.isReplaying() ? tr("Stop &replay") : tr("&Replay…"));
-    m_record->setText(m_pad.isRecording() ? tr("Stop and &save…") : tr("&Record"));
+    m_record->setText(m_pad.isRecording() ? tr("Stop and &save…") : tr("Re&cord"));
     m_record->setChecked(m_pad.isRecording());
     m_fingerprint->setEnabled(hasFingerprintSensor(pad));
 
