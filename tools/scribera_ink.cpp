@@ -56,7 +56,7 @@ void addModelOption(QCommandLineParser& parser)
         {QStringLiteral("model"),
          Text::tr("The pad: %1; the pads' own names, such as SCK210, too. Streams do not name it.")
              .arg(padNames().join(QStringLiteral(", "))),
-         QStringLiteral("model")});
+         Text::tr("model")});
 }
 
 // Null when it is not named.
@@ -69,7 +69,7 @@ void addResolutionOption(QCommandLineParser& parser)
 {
     parser.addOption({QStringLiteral("units-per-mm"),
                       Text::tr("Pad units in a millimetre, which neither streams nor pads tell."),
-                      QStringLiteral("number")});
+                      Text::tr("number")});
 }
 
 std::optional<double> resolutionOption(const QCommandLineParser& parser)
@@ -116,18 +116,18 @@ void addDrawingOptions(QCommandLineParser& parser)
     addModelOption(parser);
     parser.addOptions({
         {QStringLiteral("size"),
-         Text::tr("Canvas in pixels; the whole writing area is on it. Default 800x400."),
-         QStringLiteral("WxH"), QStringLiteral("800x400")},
+         Text::tr("Canvas in pixels; the whole writing area is on it. Default 800x400."), Text::tr("WxH"),
+         QStringLiteral("800x400")},
         {QStringLiteral("pen-width"), Text::tr("1 to 10, default 3; strokes follow it and the pressure."),
-         QStringLiteral("width"), QStringLiteral("3")},
-        {QStringLiteral("color"), Text::tr("Ink as #rrggbb or by name, default black."),
-         QStringLiteral("color"), QStringLiteral("black")},
+         Text::tr("width"), QStringLiteral("3")},
+        {QStringLiteral("color"), Text::tr("Ink as #rrggbb or by name, default black."), Text::tr("color"),
+         QStringLiteral("black")},
     });
 }
 
 void addResolution(QCommandLineParser& parser, const QString& description)
 {
-    parser.addOption({QStringLiteral("dpi"), description, QStringLiteral("dpi"), QStringLiteral("150")});
+    parser.addOption({QStringLiteral("dpi"), description, Text::tr("dpi"), QStringLiteral("150")});
 }
 
 void addSvgOptions(QCommandLineParser& parser)
@@ -346,13 +346,13 @@ int run(const QStringList& arguments)
     QCommandLineParser parser;
     startParser(parser, command.summary);
     const QCommandLineOption output({QStringLiteral("o"), QStringLiteral("output")},
-                                    Text::tr("File to write, default standard output."),
-                                    QStringLiteral("file"), QStringLiteral("-"));
+                                    Text::tr("File to write, default standard output."), Text::tr("file"),
+                                    QStringLiteral("-"));
     parser.addOption(output);
     command.addOptions(parser);
     parser.addPositionalArgument(first, Text::tr(command.summary), first);
-    parser.addPositionalArgument(QStringLiteral("file"), Text::tr("File to read, default standard input."),
-                                 QStringLiteral("[file]"));
+    parser.addPositionalArgument(Text::tr("file"), Text::tr("File to read, default standard input."),
+                                 QStringLiteral("[%1]").arg(Text::tr("file")));
     if (!parse(parser, arguments))
         return printHelp(parser.helpText());
     const QStringList files = parser.positionalArguments().mid(1);

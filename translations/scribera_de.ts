@@ -2794,6 +2794,71 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
         <source>channel %1 tells no length; without --units-per-mm its values are taken as pad units</source>
         <translation>Kanal %1 nennt keine Länge; ohne --units-per-mm gelten seine Werte als Pad-Einheiten</translation>
     </message>
+    <message>
+        <source>FILE</source>
+        <translation>DATEI</translation>
+    </message>
+    <message>
+        <source>file</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>seconds</source>
+        <translation>Sekunden</translation>
+    </message>
+    <message>
+        <source>WxH</source>
+        <translation>BxH</translation>
+    </message>
+    <message>
+        <source>width</source>
+        <translation>Breite</translation>
+    </message>
+    <message>
+        <source>colour</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>dpi</source>
+        <translation>dpi</translation>
+    </message>
+    <message>
+        <source>model</source>
+        <translation>Modell</translation>
+    </message>
+    <message>
+        <source>number</source>
+        <translation>Zahl</translation>
+    </message>
+    <message>
+        <source>color</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>document</source>
+        <translation>Dokument</translation>
+    </message>
+    <message>
+        <source>DOCUMENT</source>
+        <translation>DOKUMENT</translation>
+    </message>
+    <message>
+        <source>points</source>
+        <comment>a width</comment>
+        <translation>Punkt</translation>
+    </message>
+    <message>
+        <source>text</source>
+        <translation>Text</translation>
+    </message>
+    <message>
+        <source>name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>lines</source>
+        <translation>Zeilen</translation>
+    </message>
 </context>
 <context>
     <name>VirtualPad</name>
@@ -2886,6 +2951,26 @@ Exit code: 0 done, 1 failure, 2 wrong arguments.
         <translation>Auch die Optionen von Qt werden verstanden, etwa -platform und -style.
 Exit-Code: 0 erledigt, 1 Fehler, 2 falsche Argumente.
 </translation>
+    </message>
+    <message>
+        <source>MODEL</source>
+        <translation>MODELL</translation>
+    </message>
+    <message>
+        <source>PATH</source>
+        <translation>PFAD</translation>
+    </message>
+    <message>
+        <source>FILE</source>
+        <translation>DATEI</translation>
+    </message>
+    <message>
+        <source>PATTERN|FILE</source>
+        <translation>MUSTER|DATEI</translation>
+    </message>
+    <message>
+        <source>WxH</source>
+        <translation>BxH</translation>
     </message>
 </context>
 <context>

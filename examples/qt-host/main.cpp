@@ -151,16 +151,16 @@ int main(int argc, char* argv[])
     const QCommandLineOption version = parser.addVersionOption();
     const QString models = PadSession::models().join(QLatin1String(", "));
     const QCommandLineOption model(QStringLiteral("model"), Program::tr("The pad: %1.").arg(models),
-                                   QStringLiteral("model"), QStringLiteral("K210"));
+                                   Program::tr("model"), QStringLiteral("K210"));
     const QCommandLineOption autoSave(QStringLiteral("auto-save"),
                                       Program::tr("On confirm, save the signature in every form and end."),
-                                      QStringLiteral("folder"));
+                                      Program::tr("folder"));
     const QCommandLineOption screenshot(QStringLiteral("screenshot"),
                                         Program::tr("Save a picture of the window and end."),
-                                        QStringLiteral("file"));
+                                        Program::tr("file"));
     const QCommandLineOption after(QStringLiteral("after"),
                                    Program::tr("When to take it: 'confirm', or seconds (default 1)."),
-                                   QStringLiteral("moment"), QStringLiteral("1"));
+                                   Program::tr("moment"), QStringLiteral("1"));
     parser.addOptions({model, autoSave, screenshot, after});
 
     if (!parser.parse(QCoreApplication::arguments()))

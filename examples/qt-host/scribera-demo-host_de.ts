@@ -547,6 +547,22 @@
         <source>cannot make the folder %1</source>
         <translation>der Ordner %1 lässt sich nicht anlegen</translation>
     </message>
+    <message>
+        <source>model</source>
+        <translation>Modell</translation>
+    </message>
+    <message>
+        <source>folder</source>
+        <translation>Ordner</translation>
+    </message>
+    <message>
+        <source>file</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>moment</source>
+        <translation>Zeitpunkt</translation>
+    </message>
 </context>
 <context>
     <name>ReplayView</name>

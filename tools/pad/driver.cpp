@@ -128,7 +128,7 @@ void addDriverOption(QCommandLineParser& parser)
                       Text::tr("The pad's driver: 'pen' for pens and touch screens of this machine, "
                                "'simulated', or a file. Default ./%1, as hosts have it.")
                           .arg(QLatin1String(driverName)),
-                      QStringLiteral("driver")});
+                      Text::tr("driver")});
 }
 
 Driver driverOption(const QCommandLineParser& parser)

@@ -32,7 +32,7 @@ constexpr Command commands[] = {
      nullptr, addWatchOptions, watchPad},
     {"record",
      QT_TRANSLATE_NOOP("Tools", "Write what the pen does as a recording, which the simulated pad plays."),
-     "FILE", addRecordOptions, recordPad},
+     QT_TRANSLATE_NOOP("Tools", "FILE"), addRecordOptions, recordPad},
     {"sign", QT_TRANSLATE_NOOP("Tools", "Take one signature and save it as files."), nullptr, addSignOptions,
      signOnPad},
     {"doctor",
@@ -60,8 +60,8 @@ int runCommand(const Command& command, const QStringList& arguments)
     const QString name = QLatin1String(command.name);
     parser.addPositionalArgument(name, Text::tr(command.summary), name);
     if (command.file)
-        parser.addPositionalArgument(QStringLiteral("file"), Text::tr("File to write; - is standard output."),
-                                     QLatin1String(command.file));
+        parser.addPositionalArgument(Text::tr("file"), Text::tr("File to write; - is standard output."),
+                                     Text::tr(command.file));
     if (!parse(parser, arguments))
         return printHelp(parser.helpText());
     const QStringList files = parser.positionalArguments().mid(1);

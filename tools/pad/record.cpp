@@ -123,8 +123,7 @@ End recordOn(Session& session, Tape& tape, Strokes& strokes, const Deadline& dea
 void addRecordOptions(QCommandLineParser& parser)
 {
     addDriverAndModel(parser);
-    parser.addOption(
-        {QStringLiteral("seconds"), Text::tr("End after this time."), QStringLiteral("seconds")});
+    parser.addOption({QStringLiteral("seconds"), Text::tr("End after this time."), Text::tr("seconds")});
 }
 
 int recordPad(const QCommandLineParser& parser, const QString& file)

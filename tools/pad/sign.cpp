@@ -33,21 +33,21 @@ void addSignOptions(QCommandLineParser& parser)
          Text::tr("File to save, as its suffix says: %1; the last two are the ink packet stream. May be "
                   "given several times.")
              .arg(kindsOfFiles()),
-         QStringLiteral("file")},
+         Text::tr("file")},
         {QStringLiteral("size"),
          Text::tr("Canvas in pixels; the whole writing area is on it. Default 400 high, in the "
                   "proportions of the pad."),
-         QStringLiteral("WxH")},
+         Text::tr("WxH")},
         {QStringLiteral("width"),
-         Text::tr("Of the pen, 1 to 10, default 3; strokes follow it and the pressure."),
-         QStringLiteral("width"), QStringLiteral("3")},
+         Text::tr("Of the pen, 1 to 10, default 3; strokes follow it and the pressure."), Text::tr("width"),
+         QStringLiteral("3")},
         {QStringLiteral("colour"), Text::tr("Of the ink as #rrggbb or by name, default black."),
-         QStringLiteral("colour"), QStringLiteral("black")},
+         Text::tr("colour"), QStringLiteral("black")},
         {QStringLiteral("clip"), Text::tr("Only the ink and 10 pixels around it.")},
         {QStringLiteral("transparent"), Text::tr("Paper that is not seen, in PNG.")},
-        {QStringLiteral("dpi"), Text::tr("Resolution, 150 or 300, default 300."), QStringLiteral("dpi"),
+        {QStringLiteral("dpi"), Text::tr("Resolution, 150 or 300, default 300."), Text::tr("dpi"),
          QStringLiteral("300")},
-        {QStringLiteral("timeout"), Text::tr("Wait no longer than this."), QStringLiteral("seconds")},
+        {QStringLiteral("timeout"), Text::tr("Wait no longer than this."), Text::tr("seconds")},
         {QStringLiteral("window"), Text::tr("Show the canvas and buttons in a window.")},
     });
 }

@@ -13,7 +13,7 @@ void addDriverAndModel(QCommandLineParser& parser)
     parser.addOption({QStringLiteral("model"),
                       Text::tr("The pad: %1; the pads' own names, such as SCK210, too. Default K210.")
                           .arg(padNames().join(QStringLiteral(", "))),
-                      QStringLiteral("model"), QStringLiteral("K210")});
+                      Text::tr("model"), QStringLiteral("K210")});
 }
 
 std::optional<int> secondsOption(const QCommandLineParser& parser, const char* option)

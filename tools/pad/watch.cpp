@@ -232,7 +232,7 @@ void addWatchOptions(QCommandLineParser& parser)
     parser.addOptions({
         {QStringLiteral("json"), Text::tr("An object of JSON for each event, in a line of its own.")},
         {QStringLiteral("seconds"), Text::tr("End after this time; otherwise Ctrl-C ends."),
-         QStringLiteral("seconds")},
+         Text::tr("seconds")},
     });
 }
 

@@ -102,8 +102,7 @@ int runCommand(const SignCommand& command, const QStringList& arguments)
     const QString name = QLatin1String(command.name);
     if (!name.isEmpty())
         parser.addPositionalArgument(name, Text::tr(command.summary), name);
-    parser.addPositionalArgument(QStringLiteral("document"), Text::tr("PDF document."),
-                                 QStringLiteral("DOCUMENT"));
+    parser.addPositionalArgument(Text::tr("document"), Text::tr("PDF document."), Text::tr("DOCUMENT"));
     if (!parse(parser, arguments))
         return printHelp(name.isEmpty() ? generalHelp(optionsOf(parser)) : parser.helpText());
     const QStringList files = parser.positionalArguments().mid(name.isEmpty() ? 0 : 1);

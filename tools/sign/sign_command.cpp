@@ -210,7 +210,7 @@ QByteArray takenInk(const Source& source)
 void addDocumentPasswordOption(QCommandLineParser& parser)
 {
     parser.addOption({QStringLiteral("document-password-file"),
-                      Text::tr("File whose first line opens the document."), QStringLiteral("file")});
+                      Text::tr("File whose first line opens the document."), Text::tr("file")});
 }
 
 std::string documentPassword(const QCommandLineParser& parser)
@@ -228,39 +228,40 @@ sign::Secret passwordOption(const QCommandLineParser& parser, const char* option
 
 void addSigningOptions(QCommandLineParser& parser)
 {
-    const auto add = [&parser](const char* name, const QString& description, const char* valueName,
+    const auto add = [&parser](const char* name, const QString& description, const QString& valueName,
                                const char* byDefault = "") {
-        parser.addOption(
-            {QLatin1String(name), description, QLatin1String(valueName), QLatin1String(byDefault)});
+        parser.addOption({QLatin1String(name), description, valueName, QLatin1String(byDefault)});
     };
     parser.addOption({{QStringLiteral("o"), QStringLiteral("output")},
                       Text::tr("The signed document."),
-                      QStringLiteral("file")});
-    add("page", Text::tr("From 1. Default 1 with --at, all with --after."), "number", "1");
-    add("at", Text::tr("Upper left corner of the signature, in points from that of the page."), "X,Y");
+                      Text::tr("file")});
+    add("page", Text::tr("From 1. Default 1 with --at, all with --after."), Text::tr("number"), "1");
+    add("at", Text::tr("Upper left corner of the signature, in points from that of the page."),
+        QStringLiteral("X,Y"));
     add("width",
         Text::tr("Room for the ink in points, default 180. What is written on all of the pad fills it."),
-        "points", "180");
+        Text::tr("points", "a width"), "180");
     add("after", Text::tr("Text behind which the signature stands, on its line. It must be there once."),
-        "text");
-    add("field", Text::tr("Signature field that is filled."), "name");
-    add("pad", Text::tr("Sign now, on this pad."), "model");
+        Text::tr("text"));
+    add("field", Text::tr("Signature field that is filled."), Text::tr("name"));
+    add("pad", Text::tr("Sign now, on this pad."), Text::tr("model"));
     addDriverOption(parser);
-    add("timeout", Text::tr("Wait no longer than this for the signature."), "seconds");
-    add("ink", Text::tr("Ink packet stream to draw; - is standard input."), "file");
+    add("timeout", Text::tr("Wait no longer than this for the signature."), Text::tr("seconds"));
+    add("ink", Text::tr("Ink packet stream to draw; - is standard input."), Text::tr("file"));
     parser.addOption({QStringLiteral("model"), Text::tr("The pad that --ink is from, default K210."),
-                      QStringLiteral("model"), QStringLiteral("K210")});
-    add("pen-width", Text::tr("1 to 10, default 3; strokes follow it and the pressure."), "width", "3");
-    add("colour", Text::tr("Of the ink as #rrggbb or by name, default black."), "colour", "black");
-    add("show", Text::tr("Lines below the ink: name, date, reason, separated by commas."), "lines");
+                      Text::tr("model"), QStringLiteral("K210")});
+    add("pen-width", Text::tr("1 to 10, default 3; strokes follow it and the pressure."), Text::tr("width"),
+        "3");
+    add("colour", Text::tr("Of the ink as #rrggbb or by name, default black."), Text::tr("colour"), "black");
+    add("show", Text::tr("Lines below the ink: name, date, reason, separated by commas."), Text::tr("lines"));
     add("certificate", Text::tr("PKCS#12 file whose key seals the document. Without one it is only marked."),
-        "file");
-    add("password-file", Text::tr("File whose first line opens the certificate's."), "file");
-    add("name", Text::tr("Who signs, default what the certificate says."), "name");
-    add("reason", Text::tr("Why."), "text");
-    add("location", Text::tr("Where."), "text");
+        Text::tr("file"));
+    add("password-file", Text::tr("File whose first line opens the certificate's."), Text::tr("file"));
+    add("name", Text::tr("Who signs, default what the certificate says."), Text::tr("name"));
+    add("reason", Text::tr("Why."), Text::tr("text"));
+    add("location", Text::tr("Where."), Text::tr("text"));
     add("seal-ink", Text::tr("Certificate in PEM whose key alone shall read the ink in the document."),
-        "file");
+        Text::tr("file"));
     addDocumentPasswordOption(parser);
 }
 

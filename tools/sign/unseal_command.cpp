@@ -32,15 +32,12 @@ void addUnsealOptions(QCommandLineParser& parser)
 {
     parser.addOptions({
         {QStringLiteral("key"),
-         Text::tr("Private key in PEM, of the certificate that the ink was sealed for."),
-         QStringLiteral("file")},
+         Text::tr("Private key in PEM, of the certificate that the ink was sealed for."), Text::tr("file")},
         {QStringLiteral("password-file"), Text::tr("File whose first line is the password of the key."),
-         QStringLiteral("file")},
-        {{QStringLiteral("o"), QStringLiteral("output")},
-         Text::tr("File for the ink."),
-         QStringLiteral("file")},
+         Text::tr("file")},
+        {{QStringLiteral("o"), QStringLiteral("output")}, Text::tr("File for the ink."), Text::tr("file")},
         {QStringLiteral("field"), Text::tr("Of several signatures with sealed ink, the one of this field."),
-         QStringLiteral("name")},
+         Text::tr("name")},
     });
     addDocumentPasswordOption(parser);
 }

@@ -159,7 +159,7 @@ void addVerifyOptions(QCommandLineParser& parser)
     parser.addOptions({
         {QStringLiteral("trust"),
          Text::tr("Certificates in PEM to trust: a signer's must come from one of them, or be one."),
-         QStringLiteral("file")},
+         Text::tr("file")},
         {QStringLiteral("json"), Text::tr("For programs.")},
     });
     addDocumentPasswordOption(parser);

@@ -34,8 +34,8 @@ enum Option
 
 std::array<QCommandLineOption, 10> allOptions()
 {
-    const auto value = [](const char* name, const QString& text, const char* placeholder) {
-        return QCommandLineOption(QString::fromLatin1(name), text, QString::fromLatin1(placeholder));
+    const auto value = [](const char* name, const QString& text, const QString& placeholder) {
+        return QCommandLineOption(QString::fromLatin1(name), text, placeholder);
     };
     const auto flag = [](const QStringList& names, const QString& text) {
         return QCommandLineOption(names, text);
@@ -47,22 +47,23 @@ std::array<QCommandLineOption, 10> allOptions()
             Text::tr("be this pad, whatever device type a host asks for; one of %1, also without SC. Without "
                      "it, an SCK210 that turns into what a host asks for")
                 .arg(models),
-            "MODEL"),
+            Text::tr("MODEL")),
         value("socket",
               Text::tr("wait for hosts at this path; default is where the driver looks with "
                        "SCRIBERA_SIM_PAD=default"),
-              "PATH"),
-        value("replay", Text::tr("play this recording for each host that has opened the pad"), "FILE"),
+              Text::tr("PATH")),
+        value("replay", Text::tr("play this recording for each host that has opened the pad"),
+              Text::tr("FILE")),
         flag({QStringLiteral("loop")}, Text::tr("play it again and again")),
         value("fingerprint",
               Text::tr("put this finger on the sensor after that: loop, whorl, arch or a grey PGM picture"),
-              "PATTERN|FILE"),
-        value("position", Text::tr("place of the window on the screen"), "X,Y"),
-        value("size", Text::tr("size of the window"), "WxH"),
+              Text::tr("PATTERN|FILE")),
+        value("position", Text::tr("place of the window on the screen"), QStringLiteral("X,Y")),
+        value("size", Text::tr("size of the window"), Text::tr("WxH")),
         value("screenshot",
               Text::tr("save a picture of the window and quit; with --replay, play at once and save it "
                        "afterwards"),
-              "FILE"),
+              Text::tr("FILE")),
         flag({QStringLiteral("help"), QStringLiteral("h")}, Text::tr("show this text")),
         flag({QStringLiteral("version"), QStringLiteral("v")}, Text::tr("show the version"))};
 }
