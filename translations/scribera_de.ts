@@ -412,10 +412,6 @@
         <translation>wurde geändert, was auf Seite %1 liegt</translation>
     </message>
     <message>
-        <source>so much was there already that the changes are not judged</source>
-        <translation>war schon so viel vorhanden, dass die Änderungen nicht beurteilt werden</translation>
-    </message>
-    <message>
         <source>the document was changed</source>
         <translation>wurde das Dokument geändert</translation>
     </message>
@@ -722,6 +718,10 @@
     <message>
         <source>how the document is encrypted was changed after it</source>
         <translation>wie das Dokument verschlüsselt ist, wurde nach ihr geändert</translation>
+    </message>
+    <message>
+        <source>there is too much to compare</source>
+        <translation>es ist zu viel zu vergleichen</translation>
     </message>
 </context>
 <context>

@@ -223,3 +223,20 @@ def test_nothing_that_could_be_compared(tool: Tool, tmp_path: Path) -> None:
     code, [one] = judged(tool, file)
     assert code == 1 and not one["valid"] and "cannot be judged" in str(one["fault"])
     assert not one_line(tool.run("unseal", file, "--key", tool.keys.escrow("ec")[1], "-o", tmp_path / "ink")).endswith(".")
+
+
+def test_more_than_can_be_compared(tool: Tool, tmp_path: Path) -> None:
+    """Values that are nothing, so that the program needs little memory for them."""
+
+    def crowd(pdf: Pdf) -> None:
+        numbers = list(range(100, 200))
+        for number in numbers:
+            pdf.add("[" + "null " * 50_010 + "]", number)
+        entry = f"/Crowd [{writer.references(numbers)}] /T "
+        pdf.objects[NAME] = pdf.objects[NAME].replace(b"/T ", entry.encode())
+
+    once = signed_by_customer(tool, tmp_path, "/Action /Include /Fields [(Name)]", crowd)
+    file = tmp_path / "changed.pdf"
+    file.write_bytes(writer.appended(once, {70: b"(nobody refers to it)"}))
+    code, [one] = judged(tool, file)
+    assert (code, one["fault"]) == (1, "what was changed after it cannot be judged: there is too much to compare")
