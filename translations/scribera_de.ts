@@ -93,7 +93,7 @@
     </message>
     <message>
         <source>is a %1, which SCRIBERA_PEN_DEVICE has to name</source>
-        <translation>ist vom Typ %1, den SCRIBERA_PEN_DEVICE nennen muss</translation>
+        <translation>ist vom Typ %1 und muss in SCRIBERA_PEN_DEVICE genannt sein</translation>
     </message>
     <message>
         <source>no device to sign on is &quot;%1&quot;</source>
@@ -189,7 +189,7 @@
     <name>Sign</name>
     <message>
         <source>the signature would lie beyond the edge of the page, which is %1 by %2 points</source>
-        <translation>die Unterschrift läge über dem Rand der Seite, die %1 mal %2 Punkt misst</translation>
+        <translation>die Unterschrift läge außerhalb der Seite, die %1 mal %2 Punkt misst</translation>
     </message>
     <message>
         <source>there is no room for a signature behind the text</source>
@@ -213,7 +213,7 @@
     </message>
     <message>
         <source>the document is damaged: what is on its pages cannot be read</source>
-        <translation>das Dokument ist beschädigt: was auf seinen Seiten steht, lässt sich nicht lesen</translation>
+        <translation>das Dokument ist beschädigt: Was auf seinen Seiten steht, lässt sich nicht lesen</translation>
     </message>
     <message>
         <source>more than 2 GB cannot be read at once</source>
@@ -253,11 +253,11 @@
     </message>
     <message>
         <source>the document is certified: it must not be changed any more</source>
-        <translation>das Dokument ist zertifiziert: es darf nicht mehr geändert werden</translation>
+        <translation>das Dokument ist zertifiziert: Es darf nicht mehr geändert werden</translation>
     </message>
     <message>
         <source>the document is certified: fields that it has may be filled and signed, nothing may be added</source>
-        <translation>das Dokument ist zertifiziert: vorhandene Felder dürfen ausgefüllt und unterschrieben werden, hinzukommen darf nichts</translation>
+        <translation>das Dokument ist zertifiziert: Vorhandene Felder dürfen ausgefüllt und unterschrieben werden, hinzukommen darf nichts</translation>
     </message>
     <message>
         <source>it is no PDF document</source>
@@ -293,7 +293,7 @@
     </message>
     <message>
         <source>there is no page %1: the document has %2</source>
-        <translation>es gibt keine Seite %1: das Dokument hat %2</translation>
+        <translation>es gibt keine Seite %1: Das Dokument hat %2</translation>
     </message>
     <message>
         <source>its form fields are wrong</source>
@@ -329,7 +329,7 @@
     </message>
     <message>
         <source>a signature of the document locks the field %1</source>
-        <translation>eine Unterschrift des Dokuments sperrt das Feld %1</translation>
+        <translation>eine Signatur des Dokuments sperrt das Feld %1</translation>
     </message>
     <message>
         <source>the owner of the document does not allow this; the owner&apos;s password would</source>
@@ -353,11 +353,11 @@
     </message>
     <message>
         <source>the document cannot be continued: it contradicts itself</source>
-        <translation>das Dokument lässt sich nicht fortsetzen: es widerspricht sich</translation>
+        <translation>das Dokument lässt sich nicht fortsetzen: Es widerspricht sich</translation>
     </message>
     <message>
         <source>the signature cannot be found again: the document contradicts itself</source>
-        <translation>die Unterschrift ist nicht wiederzufinden: das Dokument widerspricht sich</translation>
+        <translation>die Unterschrift ist nicht wiederzufinden: Das Dokument widerspricht sich</translation>
     </message>
     <message>
         <source>the field %1 is not drawn as it is filled, which the form leaves to readers</source>
@@ -441,7 +441,7 @@
     </message>
     <message>
         <source>the document is damaged: it does not tell where its cross-reference is</source>
-        <translation>das Dokument ist beschädigt: es sagt nicht, wo seine Querverweistabelle ist</translation>
+        <translation>das Dokument ist beschädigt: Es sagt nicht, wo seine Querverweistabelle ist</translation>
     </message>
     <message>
         <source>there are no random numbers</source>
@@ -449,7 +449,7 @@
     </message>
     <message>
         <source>the document is damaged: it has no cross-reference where it says</source>
-        <translation>das Dokument ist beschädigt: wo es seine Querverweistabelle angibt, ist keine</translation>
+        <translation>das Dokument ist beschädigt: Wo es seine Querverweistabelle angibt, ist keine</translation>
     </message>
     <message>
         <source>the document has no numbers left for further objects</source>
@@ -457,7 +457,7 @@
     </message>
     <message>
         <source>the document is damaged: one object is two</source>
-        <translation>das Dokument ist beschädigt: ein Objekt ist zweierlei</translation>
+        <translation>das Dokument ist beschädigt: Ein Objekt ist zweierlei</translation>
     </message>
     <message>
         <source>the document is too large</source>
@@ -473,7 +473,7 @@
     </message>
     <message>
         <source>what the ink is to be sealed for is no certificate in PEM</source>
-        <translation>wofür die Tinte versiegelt werden soll, ist kein Zertifikat in PEM</translation>
+        <translation>das Zertifikat, für das die Tinte versiegelt werden soll, liegt nicht im PEM-Format vor</translation>
     </message>
     <message>
         <source>the ink cannot be sealed for this certificate: %1</source>
@@ -481,11 +481,11 @@
     </message>
     <message>
         <source>the private key is not in PEM, or it has a password</source>
-        <translation>der private Schlüssel ist nicht in PEM, oder er hat ein Passwort</translation>
+        <translation>der private Schlüssel liegt nicht im PEM-Format vor, oder er hat ein Passwort</translation>
     </message>
     <message>
         <source>the private key is not in PEM, or the password is not its own</source>
-        <translation>der private Schlüssel ist nicht in PEM, oder das Passwort ist nicht seines</translation>
+        <translation>der private Schlüssel liegt nicht im PEM-Format vor, oder das Passwort passt nicht zu ihm</translation>
     </message>
     <message>
         <source>the ink cannot be sealed: %1</source>
@@ -497,7 +497,7 @@
     </message>
     <message>
         <source>the sealed ink cannot be opened: it was changed, or is for another key</source>
-        <translation>die versiegelte Tinte lässt sich nicht öffnen: sie wurde geändert oder ist für einen anderen Schlüssel</translation>
+        <translation>die versiegelte Tinte lässt sich nicht öffnen: Sie wurde geändert oder ist für einen anderen Schlüssel</translation>
     </message>
     <message>
         <source>the sealed ink was made for another document</source>
@@ -565,15 +565,15 @@
     </message>
     <message>
         <source>what it covers does not begin with the file</source>
-        <translation>was sie abdeckt, beginnt nicht mit der Datei</translation>
+        <translation>was sie umfasst, beginnt nicht mit der Datei</translation>
     </message>
     <message>
         <source>the ranges that it covers overlap</source>
-        <translation>die Bereiche, die sie abdeckt, überlappen sich</translation>
+        <translation>die Bereiche, die sie umfasst, überlappen sich</translation>
     </message>
     <message>
         <source>it covers more than there is: the file is cut off</source>
-        <translation>sie deckt mehr ab, als da ist: die Datei ist abgeschnitten</translation>
+        <translation>sie umfasst mehr, als da ist: Die Datei ist abgeschnitten</translation>
     </message>
     <message>
         <source>what it leaves out is more than the signature</source>
@@ -597,7 +597,7 @@
     </message>
     <message>
         <source>it holds what it signs instead of the document&apos;s digest</source>
-        <translation>sie enthält, was sie unterschreibt, statt des Hashwerts des Dokuments</translation>
+        <translation>sie enthält das Signierte selbst statt des Hashwerts des Dokuments</translation>
     </message>
     <message>
         <source>its digest is of a kind that is not safe or not known</source>
@@ -629,7 +629,7 @@
     </message>
     <message>
         <source>there is no certificate in PEM among what is to be trusted</source>
-        <translation>unter dem, dem vertraut werden soll, ist kein Zertifikat in PEM</translation>
+        <translation>unter den Zertifikaten, denen vertraut werden soll, ist keines im PEM-Format</translation>
     </message>
     <message>
         <source>its certificate is not meant for signatures</source>
@@ -641,7 +641,7 @@
     </message>
     <message>
         <source>the signer&apos;s certificate is missing</source>
-        <translation>das Zertifikat der unterzeichnenden Person fehlt</translation>
+        <translation>das Zertifikat der signierenden Person fehlt</translation>
     </message>
     <message>
         <source>what it says stands apart from it</source>
@@ -653,7 +653,7 @@
     </message>
     <message>
         <source>what it covers does not have it as a signature</source>
-        <translation>was sie abdeckt, enthält sie nicht als Signatur</translation>
+        <translation>was sie umfasst, enthält sie nicht als Signatur</translation>
     </message>
     <message>
         <source>it certifies the document against that, but afterwards %1</source>
@@ -669,7 +669,7 @@
     </message>
     <message>
         <source>it is no dictionary</source>
-        <translation>sie ist kein Dictionary</translation>
+        <translation>sie ist kein Dictionary-Objekt</translation>
     </message>
     <message>
         <source>it is of a kind that is not known here: %1</source>
@@ -685,7 +685,7 @@
     </message>
     <message>
         <source>the sealed ink is not within what was signed</source>
-        <translation>die versiegelte Tinte liegt nicht in dem, was unterschrieben wurde</translation>
+        <translation>die versiegelte Tinte liegt nicht in dem, was signiert wurde</translation>
     </message>
     <message>
         <source>it has too many signatures to verify them all</source>
@@ -732,7 +732,7 @@
     </message>
     <message>
         <source>is not a grey PGM picture, which would begin with P5 or P2</source>
-        <translation>ist kein graues PGM-Bild, das mit P5 oder P2 anfangen würde</translation>
+        <translation>ist kein PGM-Graustufenbild; ein solches beginnt mit P5 oder P2</translation>
     </message>
     <message>
         <source>the header does not give width, height and largest grey value</source>
@@ -759,7 +759,7 @@ Writes a synthetic fingerprint as a grey PGM picture of 208x288 pixels.
 Exit code: 0 done, 1 the file cannot be written, 2 wrong arguments.
 </source>
         <translation>Aufruf: scribera-sim-fingerprint --pattern NAME [--seed N] [-o DATEI]
-Schreibt einen künstlichen Fingerabdruck als graues PGM-Bild von 208x288 Pixeln.
+Schreibt einen künstlichen Fingerabdruck als PGM-Graustufenbild von 208x288 Pixeln.
 
   --pattern NAME  Linien: loop (Schleife), whorl (Wirbel) oder arch (Bogen)
   --seed N        0 oder eine positive ganze Zahl, Vorgabe 1; gleicher Startwert,
@@ -805,11 +805,11 @@ Exit-Code: 0 erledigt, 1 die Datei lässt sich nicht schreiben, 2 falsche Argume
     </message>
     <message>
         <source>the time is before the previous row&apos;s</source>
-        <translation>die Zeit liegt vor der der vorigen Zeile</translation>
+        <translation>die Zeit ist früher als in der vorigen Zeile</translation>
     </message>
     <message>
         <source>the time is too long after the first row&apos;s</source>
-        <translation>die Zeit liegt zu lange nach der der ersten Zeile</translation>
+        <translation>der Abstand zur Zeit der ersten Zeile ist zu groß</translation>
     </message>
     <message>
         <source>more than one file</source>
@@ -821,11 +821,11 @@ Exit-Code: 0 erledigt, 1 die Datei lässt sich nicht schreiben, 2 falsche Argume
     </message>
     <message>
         <source>a second introduction</source>
-        <translation>eine zweite Vorstellung</translation>
+        <translation>eine zweite Anmeldung</translation>
     </message>
     <message>
         <source>the first message is no introduction</source>
-        <translation>die erste Nachricht ist keine Vorstellung</translation>
+        <translation>die erste Nachricht ist keine Anmeldung</translation>
     </message>
     <message>
         <source>a switch that is neither on nor off</source>
@@ -901,7 +901,7 @@ Exit-Code: 0 erledigt, 1 die Datei lässt sich nicht schreiben, 2 falsche Argume
     </message>
     <message>
         <source>another virtual pad is listening there</source>
-        <translation>dort lauscht schon ein virtuelles Pad</translation>
+        <translation>dort nimmt schon ein anderes virtuelles Pad Verbindungen an</translation>
     </message>
     <message>
         <source>is there already, and no socket</source>
@@ -909,7 +909,7 @@ Exit-Code: 0 erledigt, 1 die Datei lässt sich nicht schreiben, 2 falsche Argume
     </message>
     <message>
         <source>somebody else is listening there</source>
-        <translation>dort lauscht schon ein anderes Programm</translation>
+        <translation>dort nimmt schon ein anderes Programm Verbindungen an</translation>
     </message>
     <message>
         <source>no host takes the fingerprint</source>
@@ -1024,7 +1024,7 @@ Macht aus Handschrift eine Aufzeichnung für das simulierte Pad. DATEI enthält 
                  %1
   --pad          die Positionen sind schon Pad-Einheiten, ebenso Druckwerte, die keine
                  Anteile von 1 sind: nicht skalieren
-  --flip-y       auf den Kopf stellen: in der Datei wächst y nach oben
+  --flip-y       auf den Kopf stellen: In der Datei wächst y nach oben
   -o ZIEL        Zieldatei, Vorgabe Standardausgabe
   --help         diesen Text anzeigen
   --version      Name und Version anzeigen
@@ -1187,7 +1187,7 @@ Exit-Code: 0 erledigt, 1 die Datei lässt sich nicht schreiben, 2 falsche Argume
     </message>
     <message>
         <source>cannot listen there: %1</source>
-        <translation>dort lässt sich nicht lauschen: %1</translation>
+        <translation>dort lassen sich keine Verbindungen annehmen: %1</translation>
     </message>
     <message>
         <source>%1 has no fingerprint sensor</source>
@@ -1409,7 +1409,7 @@ Exit-Code: 0 erledigt, 1 die Datei lässt sich nicht schreiben, 2 falsche Argume
     </message>
     <message>
         <source>report rate:</source>
-        <translation>Melderate:</translation>
+        <translation>Abtastrate:</translation>
     </message>
     <message>
         <source>%1 points/s</source>
@@ -1546,7 +1546,7 @@ Exit-Code: 0 erledigt, 1 die Datei lässt sich nicht schreiben, 2 falsche Argume
     </message>
     <message>
         <source>cannot be told (%1): change to one that is there</source>
-        <translation>lässt sich nicht ermitteln (%1): wechseln Sie in einen vorhandenen</translation>
+        <translation>lässt sich nicht ermitteln (%1): Wechseln Sie in einen vorhandenen</translation>
     </message>
     <message>
         <source>the driver&apos;s own business; no input device is asked</source>
@@ -1554,11 +1554,11 @@ Exit-Code: 0 erledigt, 1 die Datei lässt sich nicht schreiben, 2 falsche Argume
     </message>
     <message>
         <source>%1 %2: nothing is logged; remove it</source>
-        <translation>%1 %2: es wird nichts protokolliert; entfernen Sie die Datei</translation>
+        <translation>%1 %2: Es wird nichts protokolliert; entfernen Sie die Datei</translation>
     </message>
     <message>
         <source>%1 cannot be made: nothing is logged; make /tmp writable</source>
-        <translation>%1 lässt sich nicht anlegen: es wird nichts protokolliert; machen Sie /tmp beschreibbar</translation>
+        <translation>%1 lässt sich nicht anlegen: Es wird nichts protokolliert; machen Sie /tmp beschreibbar</translation>
     </message>
     <message>
         <source>is no plain file</source>
@@ -1582,7 +1582,7 @@ Exit-Code: 0 erledigt, 1 die Datei lässt sich nicht schreiben, 2 falsche Argume
     </message>
     <message>
         <source>the driver %1: ask its maker</source>
-        <translation>der Treiber %1: fragen Sie seinen Hersteller</translation>
+        <translation>der Treiber %1: Fragen Sie seinen Hersteller</translation>
     </message>
     <message>
         <source>not tried, for want of a driver</source>
@@ -1610,7 +1610,7 @@ Exit-Code: 0 erledigt, 1 die Datei lässt sich nicht schreiben, 2 falsche Argume
     </message>
     <message>
         <source>leads to %1, which is not there</source>
-        <translation>führt zu %1, was es nicht gibt</translation>
+        <translation>verweist auf %1; das gibt es nicht</translation>
     </message>
     <message>
         <source>is not there</source>
@@ -1684,7 +1684,7 @@ Gibt Auskunft über Unterschriftenpads, Stifte und Touchscreens und nimmt Unters
     </message>
     <message>
         <source>yes: signed on</source>
-        <translation>ja: darauf wird unterschrieben</translation>
+        <translation>ja, darauf wird unterschrieben</translation>
     </message>
     <message>
         <source>yes, where SCRIBERA_PEN_DEVICE names it</source>
@@ -1704,7 +1704,7 @@ Gibt Auskunft über Unterschriftenpads, Stifte und Touchscreens und nimmt Unters
     </message>
     <message>
         <source>not felt; half of the pad&apos;s is told</source>
-        <translation>wird nicht gespürt; gemeldet wird die Hälfte des Drucks des Pads</translation>
+        <translation>wird nicht erfasst; gemeldet wird der halbe Höchstdruck des Pads</translation>
     </message>
     <message>
         <source>the recording is longer than the %1 ms that one may have</source>
@@ -1712,7 +1712,7 @@ Gibt Auskunft über Unterschriftenpads, Stifte und Touchscreens und nimmt Unters
     </message>
     <message>
         <source>End after this time.</source>
-        <translation>Nach dieser Zeit enden.</translation>
+        <translation>Nach dieser Zeit beenden.</translation>
     </message>
     <message>
         <source>cancelled; nothing is written</source>
@@ -1740,7 +1740,7 @@ Gibt Auskunft über Unterschriftenpads, Stifte und Touchscreens und nimmt Unters
     </message>
     <message>
         <source>Of the pen, 1 to 10, default 3; strokes follow it and the pressure.</source>
-        <translation>Breite des Stifts, 1 bis 10, Vorgabe 3; Striche folgen ihr und dem Druck.</translation>
+        <translation>Strichbreite, 1 bis 10, Vorgabe 3; der Druck verändert sie.</translation>
     </message>
     <message>
         <source>Of the ink as #rrggbb or by name, default black.</source>
@@ -1824,12 +1824,12 @@ Gibt Auskunft über Unterschriftenpads, Stifte und Touchscreens und nimmt Unters
     </message>
     <message>
         <source>End after this time; otherwise Ctrl-C ends.</source>
-        <translation>Nach dieser Zeit enden; sonst beendet Strg-C.</translation>
+        <translation>Nach dieser Zeit beenden, sonst mit Strg-C.</translation>
     </message>
     <message>
         <source>Watching the pad %1. Ctrl-C ends.
 </source>
-        <translation>Das Pad %1 wird beobachtet. Strg-C beendet.
+        <translation>Das Pad %1 wird beobachtet. Strg-C beendet die Beobachtung.
 </translation>
     </message>
     <message>
@@ -1882,7 +1882,7 @@ Gibt Auskunft über Unterschriftenpads, Stifte und Touchscreens und nimmt Unters
     </message>
     <message>
         <source>1 to 10, default 3; strokes follow it and the pressure.</source>
-        <translation>1 bis 10, Vorgabe 3; Striche folgen ihr und dem Druck.</translation>
+        <translation>Strichbreite, 1 bis 10, Vorgabe 3; der Druck verändert sie.</translation>
     </message>
     <message>
         <source>Ink as #rrggbb or by name, default black.</source>
@@ -2038,7 +2038,7 @@ Exit-Code: 0 erledigt, 1 fehlerhafte Eingabe oder eine Datei, die sich nicht les
     </message>
     <message>
         <source>%1; this program is of version %2: install both from one release, and look for another copy in LD_LIBRARY_PATH</source>
-        <translation>%1; dieses Programm hat Version %2: installieren Sie beide aus einer Ausgabe und suchen Sie in LD_LIBRARY_PATH nach einer weiteren Kopie</translation>
+        <translation>%1; dieses Programm hat Version %2: Installieren Sie beide aus derselben Veröffentlichung und suchen Sie in LD_LIBRARY_PATH nach einer weiteren Kopie</translation>
     </message>
     <message>
         <source>%1 cannot be entered: hosts find no driver in it</source>
@@ -2078,7 +2078,7 @@ Exit-Code: 0 erledigt, 1 fehlerhafte Eingabe oder eine Datei, die sich nicht les
     </message>
     <message>
         <source>%1: correct or unset it</source>
-        <translation>%1: berichtigen oder löschen Sie die Variable</translation>
+        <translation>%1: Berichtigen oder löschen Sie die Variable</translation>
     </message>
     <message>
         <source>pad</source>
@@ -2110,7 +2110,7 @@ Exit-Code: 0 erledigt, 1 fehlerhafte Eingabe oder eine Datei, die sich nicht les
     </message>
     <message>
         <source>is no driver of such a pad: it lacks %1</source>
-        <translation>ist kein Treiber eines solchen Pads: es fehlt %1</translation>
+        <translation>ist kein Treiber eines solchen Pads: Es fehlt %1</translation>
     </message>
     <message>
         <source>the driver cannot be put into a folder of its own: %1</source>
@@ -2179,7 +2179,7 @@ Exit-Code: 0 erledigt, 1 fehlerhafte Eingabe oder eine Datei, die sich nicht les
     </message>
     <message>
         <source>What comes from the pad, as it comes: samples, keys, report rate, gaps.</source>
-        <translation>Was vom Pad kommt, sobald es kommt: Messwerte, Tasten, Melderate, Lücken.</translation>
+        <translation>Was vom Pad kommt, sobald es kommt: Messwerte, Tasten, Abtastrate, Lücken.</translation>
     </message>
     <message>
         <source>Write what the pen does as a recording, which the simulated pad plays.</source>
@@ -2261,13 +2261,13 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     <message>
         <source>Recording the pad %1; its confirm key ends. So does Enter; Escape drops the recording.
 </source>
-        <translation>Das Pad %1 wird aufgezeichnet; seine Bestätigungstaste beendet. Das tut auch die Eingabetaste; Esc verwirft die Aufzeichnung.
+        <translation>Das Pad %1 wird aufgezeichnet. Seine Bestätigungstaste oder die Eingabetaste beendet die Aufzeichnung; Esc verwirft sie.
 </translation>
     </message>
     <message>
         <source>Recording the pad %1; its confirm key ends.
 </source>
-        <translation>Das Pad %1 wird aufgezeichnet; seine Bestätigungstaste beendet.
+        <translation>Das Pad %1 wird aufgezeichnet. Seine Bestätigungstaste beendet die Aufzeichnung.
 </translation>
     </message>
     <message>
@@ -2461,7 +2461,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     </message>
     <message>
         <source>What each signature covers, who made it, and whether it is valid.</source>
-        <translation>Was jede Signatur abdeckt, von wem sie ist und ob sie gültig ist.</translation>
+        <translation>Was jede Signatur umfasst, von wem sie ist und ob sie gültig ist.</translation>
     </message>
     <message>
         <source>Write the ink that was sealed for the holder of a key.</source>
@@ -2553,7 +2553,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     </message>
     <message>
         <source>Upper left corner of the signature, in points from that of the page.</source>
-        <translation>Obere linke Ecke der Unterschrift, in Punkt ab der der Seite.</translation>
+        <translation>Obere linke Ecke der Unterschrift, in Punkt, gemessen ab der oberen linken Ecke der Seite.</translation>
     </message>
     <message>
         <source>Room for the ink in points, default 180. What is written on all of the pad fills it.</source>
@@ -2609,7 +2609,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     </message>
     <message>
         <source>Certificate in PEM whose key alone shall read the ink in the document.</source>
-        <translation>Zertifikat in PEM, dessen Schlüssel allein die Tinte im Dokument lesen soll.</translation>
+        <translation>Zertifikat im PEM-Format; nur mit seinem Schlüssel soll sich die Tinte im Dokument lesen lassen.</translation>
     </message>
     <message>
         <source>%1: page %2, field %3, sealed by %4</source>
@@ -2617,7 +2617,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     </message>
     <message>
         <source>%1: page %2, marked. This is no seal: without --certificate nothing shows later changes. The signatures in the document do not cover it.</source>
-        <translation>%1: Seite %2, markiert. Das ist kein Siegel: Ohne --certificate zeigt nichts spätere Änderungen an. Die Signaturen im Dokument decken es nicht ab.</translation>
+        <translation>%1: Seite %2, markiert. Das ist kein Siegel: Ohne --certificate zeigt nichts spätere Änderungen an. Die Signaturen im Dokument umfassen die Markierung nicht.</translation>
     </message>
     <message>
         <source>%1: page %2, marked. This is no seal: without --certificate nothing shows later changes.</source>
@@ -2625,7 +2625,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     </message>
     <message>
         <source>the ink of a mark. Nobody signed it: anybody may have put it there</source>
-        <translation>die Tinte einer Markierung. Niemand hat sie signiert: jeder kann sie dort hingesetzt haben</translation>
+        <translation>die Tinte einer Markierung. Niemand hat sie signiert: Jeder kann sie dort angebracht haben</translation>
     </message>
     <message>
         <source>the ink of the field %1, signed by %2; the signature is valid</source>
@@ -2637,7 +2637,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     </message>
     <message>
         <source>Private key in PEM, of the certificate that the ink was sealed for.</source>
-        <translation>Privater Schlüssel in PEM zu dem Zertifikat, für das die Tinte versiegelt wurde.</translation>
+        <translation>Privater Schlüssel im PEM-Format zu dem Zertifikat, für das die Tinte versiegelt wurde.</translation>
     </message>
     <message>
         <source>File whose first line is the password of the key.</source>
@@ -2724,7 +2724,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     </message>
     <message>
         <source>signer:</source>
-        <translation>Person:</translation>
+        <translation>signiert von:</translation>
     </message>
     <message>
         <source>issuer:</source>
@@ -2780,11 +2780,11 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     </message>
     <message>
         <source>Certificates in PEM to trust: a signer&apos;s must come from one of them, or be one.</source>
-        <translation>Zertifikate in PEM, denen vertraut wird: das einer Signatur muss von einem davon stammen oder eines sein.</translation>
+        <translation>Zertifikate im PEM-Format, denen vertraut wird: Das einer Signatur muss von einem davon stammen oder selbst eines davon sein.</translation>
     </message>
     <message>
         <source>For programs.</source>
-        <translation>Für Programme.</translation>
+        <translation>Ausgabe als JSON, für Programme.</translation>
     </message>
     <message>
         <source>channel %1 is in %2; --units-per-mm has to tell how many pad units are in a millimetre</source>
@@ -2880,7 +2880,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     </message>
     <message>
         <source>put this finger on the sensor after that: loop, whorl, arch or a grey PGM picture</source>
-        <translation>danach diesen Finger auf den Sensor legen: loop, whorl, arch oder ein graues PGM-Bild</translation>
+        <translation>danach diesen Finger auf den Sensor legen: loop, whorl, arch oder ein PGM-Graustufenbild</translation>
     </message>
     <message>
         <source>place of the window on the screen</source>
@@ -2892,7 +2892,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
     </message>
     <message>
         <source>save a picture of the window and quit; with --replay, play at once and save it afterwards</source>
-        <translation>ein Bild des Fensters speichern und beenden; mit --replay sofort abspielen und danach speichern</translation>
+        <translation>ein Bild des Fensters speichern und das Programm beenden; mit --replay sofort abspielen und danach speichern</translation>
     </message>
     <message>
         <source>show this text</source>
@@ -2942,7 +2942,8 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
         <source>A signature pad in a window. The simulated driver finds it when its host has
 SCRIBERA_SIM_PAD=default or =PATH in the environment; either may be started first.</source>
         <translation>Ein Unterschriftenpad in einem Fenster. Der simulierte Treiber findet es, wenn sein Host
-SCRIBERA_SIM_PAD=default oder =PFAD in der Umgebung hat; die Reihenfolge der Starts ist egal.</translation>
+SCRIBERA_SIM_PAD=default oder =PFAD in der Umgebung hat; ob Pad oder Host zuerst
+gestartet wird, ist gleichgültig.</translation>
     </message>
     <message>
         <source>Qt&apos;s own options are understood too, such as -platform and -style.
@@ -3005,7 +3006,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falsche Argumente.
     </message>
     <message>
         <source>Grey PGM picture</source>
-        <translation>Graues PGM-Bild</translation>
+        <translation>PGM-Graustufenbild</translation>
     </message>
     <message>
         <source>Picture file</source>
@@ -3033,7 +3034,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falsche Argumente.
     </message>
     <message>
         <source>Grey pictures (*.pgm);;All files (*)</source>
-        <translation>Graue Bilder (*.pgm);;Alle Dateien (*)</translation>
+        <translation>Graustufenbilder (*.pgm);;Alle Dateien (*)</translation>
     </message>
 </context>
 <context>
@@ -3096,7 +3097,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falsche Argumente.
     </message>
     <message>
         <source>Report rate</source>
-        <translation>Melderate</translation>
+        <translation>Abtastrate</translation>
     </message>
     <message>
         <source>Samples sent</source>
@@ -3186,7 +3187,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falsche Argumente.
     <name>virtualpad::PadServer</name>
     <message>
         <source>it did not introduce itself</source>
-        <translation>er hat sich nicht vorgestellt</translation>
+        <translation>er hat sich nicht angemeldet</translation>
     </message>
     <message>
         <source>it does not read</source>

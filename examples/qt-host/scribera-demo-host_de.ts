@@ -109,7 +109,7 @@
     </message>
     <message>
         <source>Signing…</source>
-        <translation>Unterschreibe …</translation>
+        <translation>Wird unterschrieben …</translation>
     </message>
 </context>
 <context>
@@ -216,7 +216,7 @@
     </message>
     <message>
         <source>Width of the pen, 1 to 10</source>
-        <translation>Breite des Stifts, 1 bis 10</translation>
+        <translation>Strichbreite, 1 bis 10</translation>
     </message>
     <message>
         <source>Follows the &amp;pressure</source>
@@ -521,11 +521,11 @@
     </message>
     <message>
         <source>On confirm, save the signature in every form and end.</source>
-        <translation>Nach der Bestätigung die Unterschrift in jeder Form speichern und enden.</translation>
+        <translation>Nach der Bestätigung die Unterschrift in jeder Form speichern und das Programm beenden.</translation>
     </message>
     <message>
         <source>Save a picture of the window and end.</source>
-        <translation>Ein Bild des Fensters speichern und enden.</translation>
+        <translation>Ein Bild des Fensters speichern und das Programm beenden.</translation>
     </message>
     <message>
         <source>When to take it: &apos;confirm&apos;, or seconds (default 1).</source>

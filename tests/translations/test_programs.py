@@ -152,7 +152,7 @@ def test_what_scribera_ink_tells_of_ink(ink: bytes) -> None:
     german = run("ink", "info", "--units-per-mm", "20", language=GERMAN, stdin=ink).text
     assert line_of(german, "Punkte:").replace(".", "") == line_of(english, "points:")
     assert line_of(german, "Dauer:") == line_of(english, "duration:").replace(".", ",")
-    assert line_of(german, "Melderate:") == line_of(english, "report rate:").replace("points", "Punkte").replace(".", ",")
+    assert line_of(german, "Abtastrate:") == line_of(english, "report rate:").replace("points", "Punkte").replace(".", ",")
     assert line_of(german, "unterschrieben:") == "ja"
     columns = {len(line) - len(line.split(":", 1)[1].lstrip()) for line in german.splitlines()}
     assert len(columns) == 1
