@@ -180,9 +180,9 @@ QWidget* MainWindow::makePenBox()
     auto* const colors = new QButtonGroup(this);
     auto* const swatches = new QHBoxLayout;
     const std::tuple<const char*, QString, QColor> inks[] = {
-        {"Black", tr("Black"), Qt::black},
-        {"Blue", tr("Blue"), QColor(0x10, 0x35, 0x9c)},
-        {"Green", tr("Green"), QColor(0x0b, 0x6b, 0x3a)}};
+        {"black", tr("Black"), Qt::black},
+        {"blue", tr("Blue"), QColor(0x10, 0x35, 0x9c)},
+        {"green", tr("Green"), QColor(0x0b, 0x6b, 0x3a)}};
     for (const auto& [name, text, color] : inks) {
         auto* const swatch = new QToolButton;
         swatch->setObjectName(QLatin1String(name));

@@ -284,12 +284,12 @@ TEST_P(DemoWindow, PenSettingsReachTheInk)
     ASSERT_TRUE(open());
     find<QAbstractButton>("pressure").setChecked(false);
     find<QSlider>("penWidth").setValue(8);
-    find<QToolButton>("Blue").click();
+    find<QToolButton>("blue").click();
     person.draw({0.1, 0.5}, {0.9, 0.5}, 0.9);
     const QRgb blue = qRgb(0x10, 0x35, 0x9c);
     const QRect column(canvas().width() / 2, 0, 1, canvas().height());
     EXPECT_NEAR(countOf(drawn(), column, blue), 8, 1);
-    find<QToolButton>("Green").click();
+    find<QToolButton>("green").click();
     find<QSlider>("penWidth").setValue(2);
     person.draw({0.1, 0.8}, {0.9, 0.8}, 0.9);
     EXPECT_NEAR(countOf(drawn(), column, blue), 8, 1) << "what is drawn stays as it is";

@@ -9,7 +9,7 @@ from pathlib import Path
 TREE = Path(__file__).resolve().parents[2]
 
 # The functions and macros that look a text up, and which of their arguments it is.
-LOOKUPS = {"tr": 0, "trText": 1, "QT_TRANSLATE_NOOP": 1, "TR_LATER": 1}
+LOOKUPS = {"tr": 0, "trText": 1, "translate": 1, "QT_TRANSLATE_NOOP": 1, "TR_LATER": 1}
 
 LITERAL = r'"(?:[^"\\\n]|\\.)*"'
 TOKEN = re.compile(
@@ -17,6 +17,8 @@ TOKEN = re.compile(
     re.DOTALL | re.MULTILINE)
 ESCAPES = {"n": "\n", "t": "\t", '"': '"', "'": "'", "\\": "\\"}
 TWO_WORDS = re.compile(r"[A-Za-z]{2,}['.,:;]? +['(]?[A-Za-z%]{2,}|[a-z]{2,}:? +['\"]?%\d|%\d[',:;]* +[a-z]{2,}|[a-z]{2,}: $")
+# One word alone is for people with a capital, a key or an end; otherwise it may as well be a name.
+ONE_WORD = re.compile(r"[A-Z][a-z]{2,}\.?|[A-Za-z]*&[A-Za-z]+|[A-Za-z&]*[a-z]{2}(…|\.\.\.|[:!?])\n?")
 PROGRAM_BEFORE_ITS_WORDS = re.compile(r"scribera[-a-z]*: %[s1]\n(%s\n)?")
 
 
@@ -70,11 +72,12 @@ def texts_in(source: str, name: str) -> list[Text]:
 
 def is_for_people(text: str) -> bool:
     """Whether it looks like words of a sentence rather than a name or a format."""
-    return TWO_WORDS.search(text) is not None and not PROGRAM_BEFORE_ITS_WORDS.fullmatch(text)
+    is_of_words = TWO_WORDS.search(text) or ONE_WORD.fullmatch(text)
+    return is_of_words is not None and not PROGRAM_BEFORE_ITS_WORDS.fullmatch(text)
 
 
 def files_in(*folders: str) -> list[Path]:
-    return sorted(path for folder in folders for path in (TREE / folder).glob("*") if path.suffix in (".cpp", ".h"))
+    return sorted(path for folder in folders for path in (TREE / folder).rglob("*") if path.suffix in (".cpp", ".h"))
 
 
 def texts_of(paths: list[Path]) -> list[Text]:
