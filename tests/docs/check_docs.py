@@ -563,6 +563,60 @@ def python_document(bench: Bench) -> None:
     expect(bench.content("twice.pdf").startswith(original), "twice.pdf does not begin with contract.pdf")
 
 
+def system_tool(bench: Bench, name: str, package: str) -> bool:
+    """Whether the program is there; what cannot be tried is a failure."""
+    bench.environment["PATH"] = f"{os.environ['PATH']}:/usr/sbin:/sbin"
+    is_there = bool(shutil.which(name, path=bench.environment["PATH"]))
+    expect(is_there, f"{name} is not there, so that nothing was tried; it is in the package {package}")
+    return is_there
+
+
+@case("counter.service", "counter-logs.conf")
+def service_unit(bench: Bench) -> None:
+    if not system_tool(bench, "systemd-analyze", "systemd"):
+        return
+    # The host of the unit is not on this machine.
+    unit = (SAMPLES / "counter.service").read_text()
+    verified = unit.replace("/usr/local/bin/counter-service", "/bin/true")
+    expect(verified != unit, "the unit starts another program")
+    addition = bench.folder / "counter.service.d" / "logs.conf"
+    addition.parent.mkdir()
+    shutil.copy(SAMPLES / "counter-logs.conf", addition)
+    (bench.folder / "counter.service").write_text(verified)
+    verify = ["systemd-analyze", "verify", "--man=no", "--recursive-errors=no", str(bench.folder / "counter.service")]
+    expect_lines(bench.run(verify))
+    # It reads the addition, and says what it does not know.
+    addition.write_text("[Service]\nNobodyKnowsThis=yes\n")
+    expect("NobodyKnowsThis" in bench.run(verify, answer=1), "an unknown setting is not found")
+
+
+@case("counter.desktop")
+def desktop_entry(bench: Bench) -> None:
+    if system_tool(bench, "desktop-file-validate", "desktop-file-utils"):
+        expect_lines(bench.run(["desktop-file-validate", str(SAMPLES / "counter.desktop")]))
+
+
+@case("counter.logrotate")
+def rotate_logs(bench: Bench) -> None:
+    if not system_tool(bench, "logrotate", "logrotate"):
+        return
+    # The logs of a host without a service, and of the user whom programs take this one for.
+    shown = (SAMPLES / "counter.logrotate").read_text()
+    somebody = " ".join(bench.run(["id", "-un"], ["id", "-gn"]).split())
+    rotation = shown.replace("/var/log/counter/", "/tmp/").replace("su counter counter", f"su {somebody}")
+    expect(rotation.count("/tmp/") == 1 and somebody in rotation, "the file rotates other logs")
+    (bench.folder / "rotation").write_text(rotation)
+    (bench.folder / "rotation").chmod(0o644)
+    bench.plug_in()
+    sign = bench.binary("log_a_signature")
+    rotate = ["logrotate", "--force", "--state", str(bench.folder / "state"), str(bench.folder / "rotation")]
+    kept = ["sh", "-ec", "gzip -dc /tmp/scriberasdk.log.1.gz | head -n 1; head -n 1 /tmp/scriberasdk.log"]
+    bench.run(["logrotate", "--debug", str(bench.folder / "rotation")])
+    lines = bench.run(sign, rotate, sign, kept).splitlines()
+    told = [line for line in lines if line.startswith("[")]
+    expect(len(told) == 2 and all("InitialDevice" in line for line in told), f"the logs begin with {lines}")
+
+
 def run_case(arguments: argparse.Namespace) -> None:
     bench = Bench(arguments)
     CASES[arguments.case].check(bench)
