@@ -1,5 +1,6 @@
 # What an installation holds, in components: the library for hosts that run, what hosts are built with, the tools of
-# those who develop them, and the documents. Nothing here names the prefix, so that an installation can be moved.
+# those who develop them, and the documents. Nothing but the unit of the service for browsers names the prefix, so that
+# an installation can be moved.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -89,7 +90,9 @@ if(SCRIBERA_BUILD_BRIDGE)
     install(FILES packaging/share/man/man1/scribera-bridge.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT bridge)
     install(FILES web/bridge/scribera-bridge.conf DESTINATION ${CMAKE_INSTALL_SYSCONFDIR} COMPONENT bridge)
-    # Where the manager of each user looks, for an installation into /usr; others copy them to /etc/systemd/user.
+    # Where the manager of each user looks, for an installation into /usr; others copy them to /etc/systemd/user. A unit
+    # needs whole paths: those of the prefix that is configured, where the files above are.
+    get_filename_component(SCRIBERA_FULL_SYSCONFDIR ${CMAKE_INSTALL_SYSCONFDIR} ABSOLUTE BASE_DIR ${CMAKE_INSTALL_PREFIX})
     configure_file(web/bridge/systemd/scribera-bridge.service.in ${PROJECT_BINARY_DIR}/web/scribera-bridge.service @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/web/scribera-bridge.service web/bridge/systemd/scribera-bridge.socket
         DESTINATION lib/systemd/user COMPONENT bridge)
