@@ -192,7 +192,7 @@
         <translation>die Unterschrift läge außerhalb der Seite, die %1 mal %2 Punkt misst</translation>
     </message>
     <message>
-        <source>there is no room for a signature behind the text</source>
+        <source>there is no room for a signature after the text</source>
         <translation>hinter dem Text ist kein Platz für eine Unterschrift</translation>
     </message>
     <message>
@@ -424,7 +424,7 @@
         <translation>ein leerer Text ist überall</translation>
     </message>
     <message>
-        <source>a signature cannot stand behind the text &apos;%1&apos; as it is drawn</source>
+        <source>a signature cannot stand after the text &apos;%1&apos; as it is drawn</source>
         <translation>hinter dem Text „%1“, so wie er gezeichnet ist, kann keine Unterschrift stehen</translation>
     </message>
     <message>
@@ -592,7 +592,7 @@
         <translation>sie ist keine CMS-Signatur</translation>
     </message>
     <message>
-        <source>something else stands behind it in its place</source>
+        <source>something else stands after it in its place</source>
         <translation>hinter ihr steht an ihrer Stelle noch etwas anderes</translation>
     </message>
     <message>
@@ -2560,7 +2560,7 @@ Exit-Code: 0 erledigt, 1 Fehler, 2 falscher Aufruf, 3 abgebrochen, 4 niemand hat
         <translation>Platz für die Tinte in Punkt, Vorgabe 180. Was das ganze Pad füllt, füllt auch ihn.</translation>
     </message>
     <message>
-        <source>Text behind which the signature stands, on its line. It must be there once.</source>
+        <source>Text after which the signature stands, on its line. It must be there once.</source>
         <translation>Text, hinter dem die Unterschrift steht, auf seiner Zeile. Er muss genau einmal vorkommen.</translation>
     </message>
     <message>

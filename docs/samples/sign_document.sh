@@ -1,5 +1,5 @@
 #!/bin/sh
-# Takes a signature on the pad, puts it behind the words "Signature:" of contract.pdf, and seals the document.
+# Takes a signature on the pad, puts it after the words "Signature:" of contract.pdf, and seals the document.
 set -e
 
 # A certificate to try it with. A real one comes from your certificate authority, as a file like counter.p12.

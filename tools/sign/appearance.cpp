@@ -139,13 +139,13 @@ Layout Layout::behind(const Page& page, const TextEnd& text, double width, doubl
     layout.m_room.left = left;
     layout.m_room.width = std::min(width, page.width() - left);
     if (left < 0 || layout.m_room.width < leastInkWidth)
-        throw Refusal{trText("Sign", "there is no room for a signature behind the text")};
+        throw Refusal{trText("Sign", "there is no room for a signature after the text")};
     layout.setLines(lines, largestFont);
     const double inkHeight = std::min(layout.m_room.width * areaHeightByWidth, text.baseline);
     layout.m_room.top = text.baseline - inkHeight;
     layout.m_room.height = inkHeight + layout.m_textHeight;
     if (inkHeight < leastInkHeight || layout.m_room.bottom() > page.height())
-        throw Refusal{trText("Sign", "there is no room for a signature behind the text")};
+        throw Refusal{trText("Sign", "there is no room for a signature after the text")};
     return layout;
 }
 

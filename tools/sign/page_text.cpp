@@ -322,7 +322,7 @@ TextEnd findText(Document& document, const std::string& text, int onlyPage)
     }
     if (found.empty() && isElsewise)
         throw Refusal{
-            filled(trText("Sign", "a signature cannot stand behind the text '%1' as it is drawn"), {text})};
+            filled(trText("Sign", "a signature cannot stand after the text '%1' as it is drawn"), {text})};
     if (found.empty())
         throw Refusal{filled(
             isAllRead

@@ -241,7 +241,7 @@ void addSigningOptions(QCommandLineParser& parser)
     add("width",
         Text::tr("Room for the ink in points, default 180. What is written on all of the pad fills it."),
         Text::tr("points", "a width"), "180");
-    add("after", Text::tr("Text behind which the signature stands, on its line. It must be there once."),
+    add("after", Text::tr("Text after which the signature stands, on its line. It must be there once."),
         Text::tr("text"));
     add("field", Text::tr("Signature field that is filled."), Text::tr("name"));
     add("pad", Text::tr("Sign now, on this pad."), Text::tr("model"));

@@ -105,7 +105,7 @@ Owned<CMS_ContentInfo> cmsOf(const std::string& contents)
         throw Fault{trText("Sign", "it is no CMS signature")};
     const std::string_view rest = std::string_view(contents).substr(static_cast<std::size_t>(end - start));
     if (rest.find_first_not_of('\0') != std::string_view::npos)
-        throw Fault{trText("Sign", "something else stands behind it in its place")};
+        throw Fault{trText("Sign", "something else stands after it in its place")};
     if (CMS_is_detached(cms.get()) != 1)
         throw Fault{trText("Sign", "it holds what it signs instead of the document's digest")};
     return cms;
