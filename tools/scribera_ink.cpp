@@ -341,7 +341,8 @@ int run(const QStringList& arguments)
         return printHelp(generalHelp());
     if (first == QLatin1String("--version") || first == QLatin1String("-v"))
         return printHelp(QStringLiteral("scribera-ink " SCRIBERA_VERSION "\n"));
-    const Command& command = commandNamed(Commands, commandName(arguments));
+    const QString name = commandName(arguments);
+    const Command& command = commandNamed(Commands, name);
 
     QCommandLineParser parser;
     startParser(parser, command.summary);

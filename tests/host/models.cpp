@@ -38,13 +38,13 @@ const std::vector<PadModel>& padModels()
     return models;
 }
 
-const PadModel& padModel(const std::string& name)
+const PadModel& padModel(std::string_view name)
 {
     for (const PadModel& model : padModels()) {
         if (name == model.name)
             return model;
     }
-    throw std::invalid_argument("no pad model " + name);
+    throw std::invalid_argument("no pad model " + std::string(name));
 }
 
 const PadModel& otherModel(const PadModel& model)

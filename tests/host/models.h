@@ -3,6 +3,7 @@
 
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -37,7 +38,7 @@ struct PadModel
 };
 
 const std::vector<PadModel>& padModels();
-const PadModel& padModel(const std::string& name);
+const PadModel& padModel(std::string_view name);
 const PadModel& otherModel(const PadModel& model); // some other model, the same one every time
 
 struct PadCase

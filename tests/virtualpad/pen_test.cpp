@@ -8,6 +8,7 @@
 #include <limits>
 #include <random>
 #include <sstream>
+#include <string_view>
 
 using namespace virtualpad;
 using simulator::RecordedSample;
@@ -19,7 +20,7 @@ const std::vector<std::string> Models = [] {
     return std::vector(std::istream_iterator<std::string>(names), {});
 }();
 
-const simulator::Pad& padOf(const std::string& model)
+const simulator::Pad& padOf(std::string_view model)
 {
     return *simulator::padForModel(model);
 }
