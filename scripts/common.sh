@@ -53,7 +53,7 @@ build_packages=(g++ gcc libc6-dev cmake ninja-build pkg-config qtbase5-dev libqt
     libboost1.81-dev libssl-dev libqpdf-dev qttools5-dev-tools)
 package_packages=(cmark-gfm debhelper dh-python doxygen dpkg-dev fonts-dejavu-core python3 python3-all python3-setuptools
     python3-wheel qt6-base-dev qt6-svg-dev)
-test_packages=(libgtest-dev libgmock-dev relacy-dev binutils clang-format qt6-base-dev
+test_packages=(libgtest-dev libgmock-dev relacy-dev binutils clang-format dpkg-dev qt6-base-dev
     locales python3 python3-venv python3-setuptools python3-wheel python3-pytest python3-tomli
     python3-exceptiongroup mypy
     python3-websockets python3-jsonschema python3-numpy python3-pil openssl

@@ -23,7 +23,7 @@ def main() -> None:
         code, text = run("cmake", "--install", build, "--prefix", prefix, "--component", component)
         assert code == 0, text
     host = Path(__file__).resolve().parents[1] / "consumer" / "other_qt"
-    configure = ("cmake", "-S", host, "-B", work / "host", f"-DCMAKE_PREFIX_PATH={prefix}", f"-DQT={qt}")
+    configure = ("cmake", "-S", host, "-B", work / "host", "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={prefix}", f"-DQT={qt}")
     code, text = run(*configure)
     assert code == 0, text
     code, text = run(*configure, "-DMIXED=ON")
