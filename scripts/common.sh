@@ -57,7 +57,7 @@ test_packages=(libgtest-dev libgmock-dev relacy-dev binutils clang-format dpkg-d
     locales python3 python3-venv python3-setuptools python3-wheel python3-pytest python3-tomli
     python3-exceptiongroup mypy
     python3-websockets python3-jsonschema python3-numpy python3-pil openssl
-    patchelf qpdf xvfb xauth fonts-dejavu-core imagemagick libxml2-utils poppler-utils umockdev libumockdev-dev
+    patchelf qpdf xvfb xauth fonts-dejavu-core fonts-liberation imagemagick libxml2-utils poppler-utils umockdev libumockdev-dev
     desktop-file-utils logrotate systemd)
 browser_packages=(chromium firefox-esr fonts-dejavu-core imagemagick openssl)
 
