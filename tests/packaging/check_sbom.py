@@ -42,6 +42,7 @@ LICENSES = {
     "MPL-1.1",
     "Unicode-DFS-2016",
     "Zlib",
+    "bzip2-1.0.6",
     "libpng-2.0",
 }
 EXCEPTIONS = {"GCC-exception-3.1"}
