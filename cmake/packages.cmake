@@ -1,5 +1,5 @@
-# Archives: cpack in the build tree makes one of the installation, with an SPDX document beside it, `cpack --config CPackSourceConfig.cmake` one of the
-# source. Debian packages come from packaging/build-deb.
+# Archives: cpack in the build tree makes one of the installation, with an SPDX document beside it, and
+# `cpack --config CPackSourceConfig.cmake` one of the source. Debian packages come from packaging/build-deb.
 set(CPACK_GENERATOR TGZ)
 set(CPACK_PACKAGE_NAME ${scribera_library})
 set(CPACK_PACKAGE_VENDOR Corvenna)
